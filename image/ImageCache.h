@@ -7,10 +7,10 @@
 
 #include <vector>
 
-/// One item per image file, keyed by ImageDef::IdOf of its name, which copies of a description share. An item holds any
-/// number of versions: whole decoded pictures of one size and depth. Locked versions are never evicted. When the total
-/// exceeds the limit, the images whose newest version was used least recently lose all their unlocked versions; each
-/// unlock checks the limit.
+/// One item per image file, keyed by ImageDef::IdOf of the file name, so copies of a description share an item. An item
+/// holds any number of versions: whole decoded pictures, each at one size and depth. Locked versions are never evicted.
+/// When the total exceeds the limit, the images whose newest version was used least recently lose all their unlocked
+/// versions; each unlock checks the limit.
 ///
 /// KImage::init creates the process's cache or adopts a host's; earlier users create it on demand. KImage::exit deletes
 /// it. Any thread may lock and unlock. The cache's mutex guards the items and is never held during a load.
@@ -30,7 +30,7 @@ public:
 
     /// Returns the process's cache, created if there is none.
     static ImageCache &Instance();
-    /// Makes @p cache the process's cache; null for none. Call it on the main thread while the cache is unused.
+    /// Makes @p cache the process's cache; null removes it. Call it on the main thread while the cache is unused.
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
@@ -41,20 +41,20 @@ public:
 
     /// Returns the item of an image, or null.
     Item *Find(ImageDef *def) { return m_items.value(KeyOf(def)); }
-    /// Returns the live image of that path in the cache, or null.
+    /// Returns the cached image with that path, or null if there is none or it was destroyed.
     ImageDef *Find(QString fileName)
     {
         const Item *const item = m_items.value(ImageDef::IdOf(fileName));
         return item ? item->m_def.data() : nullptr;
     }
-    /// Returns the item of an image. Creates one if there is none, or if the cached image of that name was destroyed.
+    /// Returns the item of an image, creating it if there is none. An item whose image was destroyed adopts @p def.
     Item *FindOrMake(ImageDef *def);
     /// Evicts unlocked versions until memory use is below the limit. Skips images that are being loaded.
     void AdjustCacheMemory_unlocked();
 
     // Call these without the mutex.
 
-    /// Releases a lock, then enforces the limit; without such a lock, only enforces the limit.
+    /// Releases a lock, if there is one, then enforces the limit.
     void Unlock(ImageDef *def, int width, int height, int depth);
     /// Removes the item of @p def's path. The cache no longer owns the image; its locked pixels stay until the cache is
     /// destroyed.
@@ -69,10 +69,10 @@ public:
     int m_maxMemoryMo = 256;                // MiB; hosts may set it to KSystemInfo::maxCacheSize()
 
 private:
-    /// Doesn't use m_id: a copied or assigned description has none, or that of its previous file.
+    /// Doesn't use m_id: a copied description has none, and an assigned one keeps that of its previous file.
     static QString KeyOf(const ImageDef *def) { return ImageDef::IdOf(def->FileName()); }
 
-    QVector<Image *> m_lentOfDeleted; // owned
+    QVector<Image *> m_lentOfDeleted; // owned: pixels that were locked when their image was removed
 };
 
 template <typename Image, typename Loader> ImageCache<Image, Loader> &ImageCache<Image, Loader>::Instance()

@@ -16,7 +16,7 @@
 
 template <typename Image, typename Loader> class ImageCache;
 
-/// Owned by the cache, which destroys it only while no call on its image is running.
+/// The cache's record of one image. The cache owns it and destroys it only while no call on the image is running.
 ///
 /// The mutex is held during a whole load: a second thread that requests the same image waits and then finds the
 /// version, while different images load in parallel. Lock it alone or after the cache's mutex, never before.
@@ -70,7 +70,7 @@ public:
         const CacheLocker locker(m_mutex);
         return Usage_unlocked().isFreeable;
     }
-    // Like the three functions above, but without waiting for a running load: such items are skipped.
+    // Like the three functions above, but they skip an item that is being loaded instead of waiting for it.
     Usage TryUsage() const
     {
         const CacheLocker locker(m_mutex, std::try_to_lock);
@@ -106,7 +106,7 @@ private:
         const auto found = std::find_if(m_versions.cbegin(), m_versions.cend(), test);
         return found == m_versions.cend() ? nullptr : *found;
     }
-    /// Updates the cache's total at the end of a scope, even if an exception ends it.
+    /// Guard that updates the cache's total at the end of a scope, even after an exception.
     class Counting {
     public:
         explicit Counting(ImageCacheItem *item) : m_item(item) { }

@@ -30,7 +30,7 @@ template <typename Record, typename Visit> void ForEachSetting(Record &record, V
     visit("image/rawBlueScaling", record.rawBlueScaling);
 }
 
-/// Reads a field with the getter of its type; its current value is the default.
+/// Visitor that reads a field with the getter for its type; the current value is the default.
 class FieldLoader {
 public:
     explicit FieldLoader(KernelSettingsReader &reader) : m_reader(reader) { }
@@ -83,7 +83,7 @@ void ImageDatas::GetDefaultLoadParams(GFL_LOAD_PARAMS *params)
 {
     gflGetDefaultLoadParams(params);
     if (!settings)
-        return; // a module that was never started uses the layer's defaults
+        return; // a module that was never started uses the defaults of the image-file layer
     params->RawUseAutomaticBalance = settings->rawUseAutomaticBalance;
     params->RawUseCameraBalance = settings->rawUseCameraBalance;
     params->RawHighlight = static_cast<unsigned char>(settings->rawHighlight & 0xFF);

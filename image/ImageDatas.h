@@ -14,16 +14,16 @@ class KernelSettingsWriter;
 class KSettingsManager;
 
 /// One instance is process-wide: KImage::init creates it or adopts the host's; KImage::exit deletes it if it was
-/// created. Change it only while nothing loads; any thread may read it. A change affects images described and loaded
-/// afterward.
+/// created. Change it only while nothing is being loaded; any thread may read it. A change affects images described and
+/// loaded afterward.
 class ImageDatas {
 public:
-    // The order is shared with hosts.
-    QSize thumbnailSize{128, 128}; // pixels: the box for thumbnails
+    // Hosts depend on the order of the fields.
+    QSize thumbnailSize{128, 128}; // box for thumbnails, in pixels
 
     // How to treat missing or wrong camera data. 0: use the file's; 1: use the defaults where the file has none; 2:
-    // always use the defaults. Any other value counts as 0. Lens models: 0 rectilinear, 1 fisheye. Focal lengths: mm,
-    // 35 mm equivalent.
+    // always use the forced values. Any other value counts as 0. Lens models: 0 rectilinear, 1 fisheye. Focal lengths
+    // are 35 mm equivalents, in mm.
     int exifMode = 0;
     float exifDefaultFocal35mm = 50.0F;
     int exifDefaultLensModel = 0;
@@ -44,12 +44,12 @@ public:
     float rawBlueScaling = 1.0F;
 
     QStringList thumbnailExtensions{
-        QStringLiteral(".THM")}; // suffixes (case is ignored) of files that are never described
+        QStringLiteral(".THM")}; // case-insensitive suffixes of files that are never described
 
     ImageDatas();
 
-    /// Copies the process-wide instance, if there is one, then reads each field from its key "image/" plus field name,
-    /// so missing keys keep the process-wide value. thumbnailSize and thumbnailExtensions have no keys.
+    /// Copies the process-wide instance, if there is one, then reads each field from the key "image/" + field name, so
+    /// missing keys keep the process-wide value. thumbnailSize and thumbnailExtensions have no keys.
     void LoadSettings(KernelSettingsReader &reader);
     void LoadSettings(KSettingsManager &manager);
     void LoadSettings(QHash<QString, QVariant> &hash);
@@ -57,8 +57,8 @@ public:
     /// Writes the fields that have a key.
     void SaveSettings(KernelSettingsWriter &writer);
 
-    /// Returns the layer's default load parameters with the raw settings of the process-wide instance. All loads from
-    /// files use them, so that a camera raw file develops the same way everywhere.
+    /// Sets @p params to the layer's default load parameters with the raw settings of the process-wide instance. All
+    /// loads from files use them, so that a camera raw file is developed the same way everywhere.
     static void GetDefaultLoadParams(GFL_LOAD_PARAMS *params);
 
     static ImageDatas *settings;

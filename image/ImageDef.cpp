@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kThumbnailScaleMax = 32; // the larger thumbnail is at least a 32nd of the picture's sides
+constexpr int kThumbnailScaleMax = 32; // the larger thumbnail has at least 1/32 of the picture's width and height
 
 enum ExifMode { kExifOfFile = 0, kExifDefaults = 1, kExifForced = 2 };
 
@@ -34,8 +34,8 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Returns why pixels of this kind aren't supported. Those of Photoshop files are, because the image-file layer returns
-/// them as RGB.
+/// Returns why pixels of this kind aren't supported, or None. Photoshop files with three or more channels are always
+/// supported, because the image-file layer returns them as RGB.
 RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {
     const QString description = QString::fromLatin1(information.Description);
@@ -62,8 +62,8 @@ RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATIO
     return isPhotoshop && channels >= 3 ? RefusalReason::None : suspicion->second;
 }
 
-/// Reads the parts of a file that a description needs: its header, and a record with its metadata, which has pixels
-/// only if a thumbnail is requested. Without metadata the record may be missing.
+/// Reads the parts of a file that a description needs: the header, and a record with the metadata, which has pixels
+/// only if a thumbnail is requested. @p bitmap may stay null if there is no metadata.
 bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *information, GFL_BITMAP **bitmap)
 {
     const QByteArray name = path.toUtf8();
@@ -85,8 +85,8 @@ bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *inf
     return true;
 }
 
-/// Returns the largest power of two, at most 32, by which a picture can be reduced and still cover the box in one
-/// direction.
+/// Returns the largest power of two, at most 32, by which a picture can be reduced and still cover the box in width or
+/// height.
 int ScaleThatCovers(int width, int height, const QSize &box)
 {
     int scale = kThumbnailScaleMax;
@@ -95,7 +95,7 @@ int ScaleThatCovers(int width, int height, const QSize &box)
     return scale;
 }
 
-/// Returns the power of two, at most 32, that reduces a picture to the box in one direction.
+/// Returns the smallest power of two, at most 32, that reduces a picture so that it fits the box in width or height.
 int ScaleThatFits(int width, int height, const QSize &box)
 {
     int scale = 1;
@@ -110,7 +110,7 @@ KException FileException(const char *text, const QString &fileName)
                       QString());
 }
 
-/// Owns a block from the image-file layer for a scope.
+/// Wraps a block from the image-file layer so that it is freed at the end of the scope.
 template <typename Data> std::unique_ptr<Data, void (*)(Data *)> Block(Data *data, void (*free)(Data *))
 {
     return {data, free};
@@ -190,7 +190,7 @@ void ImageDef::Init()
     ApplyExifMode();
 }
 
-/// Applies the settings' camera data: where the file has none, or always.
+/// Applies the camera data of the settings if exifMode requires it. Returns whether it did.
 bool ImageDef::ApplyExifMode()
 {
     const ImageDatas &settings = Settings();
@@ -416,7 +416,7 @@ KImage *ImageDef::Lock(int width, int height, bool nativeDepth)
     {
         const CacheLocker locker(cache.m_mutex);
         ++cache.m_accessCount;
-        item = cache.FindOrMake(this); // immediately: a second thread finds the same item and waits for its load
+        item = cache.FindOrMake(this); // before loading, so that a second thread finds the item and waits
     }
     KImage *const image = item->Lock(width, height, nativeDepth);
     if (!image || IsEmpty(*image)) {
@@ -424,7 +424,7 @@ KImage *ImageDef::Lock(int width, int height, bool nativeDepth)
         item->ReleaseFromMemory();
         throw FileException(QT_TRANSLATE_NOOP("QCoreApplication", "File \"%1\" cannot be loaded"), FileName());
     }
-    // The larger thumbnail would need all rows: the next lock that doesn't accept pending ones makes it.
+    // The larger thumbnail would need all rows, so leave it to the next lock that doesn't accept pending rows.
     if (gflAcceptsPendingRows())
         return image;
     try {

@@ -18,7 +18,7 @@ struct RefusalReason {
     enum Kind {
         None,
         Unread,    // the image-file layer can't read it: see text
-        Companion, // its name has a suffix of files that accompany pictures
+        Companion, // has the suffix of files that accompany pictures
         Gray,
         Lab,
         Cmyk,
@@ -31,15 +31,15 @@ struct RefusalReason {
     QString text; // in English
 };
 
-/// Created by CreateAPicture only, from a file's header and metadata, so describing whole folders is cheap. Pixels are
-/// in the image cache; Lock gives access to them.
+/// The description of an image file, made by CreateAPicture or IsAPicture. They read only the file's header and
+/// metadata, so describing whole folders is cheap. Pixels are in the image cache; Lock gives access to them.
 ///
 /// An image in the cache, added by IsAPicture or by a lock, belongs to the cache: Delete or KImage::exit destroys it.
 /// Any other belongs to the caller that requested it.
 ///
-/// Any thread may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, as well as anything on different
-/// images. Assign, reload and delete an image only while no other thread is calling it; pixels may stay locked
-/// meanwhile. Call GetThumbnail on the GUI thread.
+/// Threads may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, and any function on different images.
+/// Assign, reload and delete an image only while no other thread is calling it; pixels may stay locked meanwhile. Call
+/// GetThumbnail on the GUI thread.
 class ImageDef : public QObject, public KIImageDef {
     Q_OBJECT
 public:
@@ -63,18 +63,18 @@ public:
     static bool CreateAPicture(const QString &path, ImageDef *&out, bool withThumbnail);
     /// Returns whether the file exists and has a picture's suffix.
     static bool IsAPicture(const QString &path);
-    /// Finds the image of that path in the cache, or adds a new one. Returns false, and null, if there is none.
+    /// Finds the image with that path in the cache, or adds it. On failure returns false and sets @p out to null.
     static bool IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail);
-    /// As above; @p reason receives the reason if there is none.
+    /// As above; on failure @p reason receives the reason.
     static bool IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail, RefusalReason *reason);
-    /// Returns the image of that path in the cache, or null.
+    /// Returns the cached image with that path, or null.
     static ImageDef *Find(const QString &path);
     /// Removes an image from the cache and destroys it. Pixels that are still locked stay until the kernel stops.
     static void Delete(const QString &path);
     static void Delete(ImageDef *image);
 
     /// Returns the key of a path in the image cache: the MD5 of its local 8-bit form up to the first zero byte, in
-    /// lower-case hexadecimal digits. Two spellings of a path have two keys.
+    /// lowercase hexadecimal digits. Different spellings of a path have different keys.
     static QString IdOf(const QString &path);
 
     /// Describes the file again, with thumbnail, and drops every cached version. Keeps lens kind and user geometry.
@@ -109,33 +109,33 @@ public:
 
     // --- Pixels in the cache ---
 
-    /// Returns whether that version is in memory.
+    /// Returns whether the version of that size and depth is in memory.
     bool IsCached(int width, int height, bool nativeDepth);
     /// Frees all unlocked versions.
     void ReleaseFromMemory();
-    /// Returns a larger thumbnail, 8 bits, made from real pixels, which are loaded if no lock has loaded them yet.
-    /// Owned by this object, valid until Reload. Throws as Lock does.
+    /// Returns a larger 8-bit thumbnail made from real pixels, which are loaded if no lock has loaded them yet. Owned
+    /// by this object, valid until Reload. Throws as Lock does.
     KImage *GetHighResThumbnail32();
     /// Makes the larger thumbnail from newly loaded pixels. Call it with the cache's mutex held.
     void GetThumbnailFromHighRes(KImage &image);
 
     // --- Metadata (ImageDef_Exif.cpp) ---
 
-    /// Fills m_shooting, m_exifSummary and m_hasExif from a file's two lists, which the caller keeps.
+    /// Fills m_shooting, m_exifSummary and m_hasExif from a file's two EXIF lists, which the caller still owns.
     void AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended);
     /// Reads all EXIF of the file again and formats it as a text table.
     QString DumpExif();
     /// Returns 1 for a fisheye lens, 0 for another lens, negative if unknown.
     static int IsFisheyeLens(QString maker, QString lensId);
 
-    /// Returns the approximate number of bytes held, without full pixels and metadata blocks.
+    /// Returns the approximate number of bytes held, excluding full-size pixels and metadata blocks.
     qint64 memSize() const;
 
     static CameraProperties g_Cameras;
     static LensIDProperties g_Lenses;
     static QString g_ErrorMessages; // why files were refused, one per line; cleared by the code that displays it
 
-    // The order is shared with hosts.
+    // Hosts depend on the order of the fields.
     QString m_fileName; // as given
     int m_rows = 0;     // height and width, pixels
     int m_cols = 0;

@@ -45,7 +45,7 @@ int Whole(const char *value)
     return static_cast<int>(qBound(-kMost, std::strtol(value, nullptr, 10), kMost));
 }
 
-/// Returns the number in the brackets of "Top-left (1)".
+/// Returns the number in the parentheses of "Top-left (1)".
 int Orientation(const char *value)
 {
     int number = 0;
@@ -53,7 +53,7 @@ int Orientation(const char *value)
     return number;
 }
 
-/// Parses "2010:05:03 18:30:00"; 0 if the text isn't a date.
+/// Parses a date such as "2010:05:03 18:30:00". Returns 0 if the text isn't one.
 qint64 Timestamp(const char *value)
 {
     std::tm time = {};
@@ -171,7 +171,7 @@ QString ShortText(const char *value)
     return Text(value).left(kLongest);
 }
 
-/// Parses "45° 30' 7.5\"". A number with a decimal comma reads as 0.
+/// Parses an angle such as "45° 30' 7.5\"". A number with a decimal comma reads as 0.
 double Degrees(const char *value)
 {
     QRegExp form(QStringLiteral("(\\d+).\\s+(\\d+(?:[\\.,/]\\d+)?)'\\s+(\\d+(?:[\\.,/]\\d+)?)\""));
@@ -181,7 +181,7 @@ double Degrees(const char *value)
                     ShootingInformation::kUnknownPlace);
 }
 
-/// Parses "254.5" or "509/2".
+/// Parses a direction such as "254.5" or "509/2".
 double Direction(const char *value)
 {
     const QString text = ShortText(value);
@@ -255,7 +255,7 @@ QString ReadEntry(const GFL_EXIF_ENTRY &entry, Readings &to)
     return summary;
 }
 
-/// Returns the 35 mm ratio from the focal plane's resolution and the picture's size; 0 if the file lacks one of them.
+/// Returns the crop factor from the focal plane's resolution and the picture's size; 0 if any of these is missing.
 double RatioOfPlane(const Readings &readings)
 {
     if (readings.planeUnitMm == 0.0F || readings.planeX == 0.0F || readings.planeY == 0.0F
@@ -267,15 +267,15 @@ double RatioOfPlane(const Readings &readings)
                     0.0);
 }
 
-/// Determines ratio and 35 mm focal length from the first of these that is known: the camera's value, the table of
-/// cameras, the focal plane.
+/// Determines the crop factor and the 35 mm equivalent focal length from the first of these that is known: the camera's
+/// value, the camera table, the focal plane.
 /// @return whether the result is reliable.
 bool SettleFocal(const Readings &readings, CameraProperties &cameras)
 {
     ShootingInformation &shooting = readings.shooting;
     if (readings.focal35mm != 0.0) {
         shooting.focal35mm = readings.focal35mm;
-        shooting.focalRatio = readings.focal35mm / readings.realFocalMm; // infinite if the file has no real one
+        shooting.focalRatio = readings.focal35mm / readings.realFocalMm; // infinite without a real focal length
         return true;
     }
     if (readings.realFocalMm == 0.0) {
@@ -294,11 +294,11 @@ void SettleExposure(const Readings &readings)
 {
     ShootingInformation &shooting = readings.shooting;
     if (readings.shutterSpeed != 0.0F && shooting.exposureTime == 0.0)
-        shooting.exposureTime = static_cast<double>(readings.shutterSpeed); // unconverted, though it is a logarithm
+        shooting.exposureTime = static_cast<double>(readings.shutterSpeed); // unconverted, although it is a logarithm
     if (shooting.exposureTime == 0.0 || shooting.fNumber == 0.0)
         return;
     shooting.exposureValue =
-        FiniteOr(std::log(shooting.fNumber * shooting.fNumber / shooting.exposureTime), 0.0); // negative time
+        FiniteOr(std::log(shooting.fNumber * shooting.fNumber / shooting.exposureTime), 0.0); // NaN for a negative time
 }
 
 /// Parses a comment such as "FOV: 73.7 x 53.1 ~ 84.0" after any encoding prefix.
@@ -381,7 +381,7 @@ void ImageDef::AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended)
         m_hasExif = SettleFocal(readings, g_Cameras);
         SettleExposure(readings);
         if (m_shooting.timestamp == -1)
-            m_shooting.timestamp = 0; // mktime returns this for an invalid date
+            m_shooting.timestamp = 0; // mktime returns -1 for an invalid date
         ReadExtended(extended, m_shooting);
     }
     if (m_shooting.privateKind == 0)
@@ -393,7 +393,7 @@ QString ImageDef::DumpExif()
     GFL_LOAD_PARAMS params = {};
     ImageDatas::GetDefaultLoadParams(&params);
     params.Flags |= 0x6410;  // metadata, and a custom form; other bits have no effect
-    params.ColorModel = 256; // not a model of the layer: pixels are not converted
+    params.ColorModel = 256; // not a color model of the layer, so pixels are not converted
     params.DefaultAlpha = 255;
     const QSize box = ImageDatas::settings ? ImageDatas::settings->thumbnailSize : ImageDatas().thumbnailSize;
     GFL_BITMAP *loaded = nullptr;

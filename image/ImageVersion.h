@@ -6,8 +6,8 @@
 #include <QString>
 #include <QVector>
 
-/// Created locked and in memory by the item that owns it, whose mutex guards the fields. Width, height and depth
-/// identify it. Eviction frees the pixels; the object and its disk copy stay.
+/// A version of an image, identified by width, height and depth. The item that owns it creates it locked and in memory;
+/// the item's mutex guards the fields. Eviction frees the pixels; the object and its disk copy stay.
 template <typename Image> class ImageVersion {
 public:
     /// @p depth in bits per channel; @p stamp is the cache's access count.

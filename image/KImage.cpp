@@ -12,8 +12,7 @@ void *KImage::m_logData = nullptr;
 
 namespace {
 
-/// Returns the number of channels of a type from its bits: gray, binary and palette forms, three-channel forms,
-/// four-channel forms.
+/// Returns the number of channels of a type, which is a bit mask: 1 for gray, binary and palette forms; 0 if unknown.
 int ChannelsOfType(unsigned short type)
 {
     if (type & 0x0007)
@@ -30,7 +29,7 @@ qint64 PixelBytes(const GFL_BITMAP &bitmap)
     return static_cast<qint64>(bitmap.Height) * bitmap.BytesPerLine;
 }
 
-/// Allocates a block with the module's allocator, or throws. Never null, even for 0 bytes.
+/// Allocates a block with the module's allocator, or throws. Never returns null, even for 0 bytes.
 void *AllocateBytes(qint64 bytes)
 {
     void *block = alloc_callback(static_cast<unsigned long>(qMax<qint64>(bytes, 1)), nullptr);

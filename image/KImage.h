@@ -1,4 +1,4 @@
-// The raster image of all kernels; owns one bitmap record.
+// The raster image that all kernels process; owns one bitmap record.
 #pragma once
 
 #include "KException.h"
@@ -36,11 +36,11 @@ struct KImageInstances {
 ///   | GFL_RGB  | 3: R G B | same         | same, native    | same                               |
 ///   | GFL_RGBA | 4: R G B A, straight alpha | same | same  | same                               |
 ///
-/// Channels are interleaved, rows start at multiples of 4 bytes, the first row is on top. An image is empty (no record)
-/// or allocated. Copies are deep: no two images share pixels, except one that wraps a block of the caller.
-/// Errors are KExceptions; arguments are checked in their order. The messages are "Invalid Bitmap" (this image is
-/// empty, or the operation doesn't support its form), "Invalid Parameter" and "Not enough memory".
-/// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
+/// Channels are interleaved, rows start at multiples of 4 bytes, the first row is the top one. An image is empty (no
+/// record) or allocated. Copies are deep: images never share pixels, but one can wrap a block of the caller. Errors are
+/// KExceptions; arguments are checked in order. The messages are "Invalid Bitmap" (this image is empty, or the
+/// operation doesn't support its form), "Invalid Parameter" and "Not enough memory". Either one thread modifies an
+/// image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
 class KImage {
 public:
     KImage();
@@ -49,7 +49,7 @@ public:
     explicit KImage(const QImage &image);
     ~KImage();
 
-    /// Deep copy that owns its pixels, without Comment and MetaData. Trap: assigning an image to itself empties it.
+    /// Makes a deep copy, without Comment and MetaData, that owns its pixels. Trap: self-assignment empties the image.
     KImage &operator=(const KImage &other);
 
     // --- Starting and stopping the module (KImage_Module.cpp), main thread ---
@@ -65,7 +65,7 @@ public:
     /// Allocates the image, @p width by @p height of @p type at @p bitsPerComponent. With null @p data the image owns
     /// its pixels, and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data
     /// it wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass the low 32 bits
-    /// of strides from 2 GiB on. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are
+    /// of a stride of 2 GiB or more. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are
     /// undefined. After a failure the old content is lost.
     void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                      int bytesPerLine);
@@ -88,8 +88,8 @@ public:
 
     /// Sets both resolutions, in dots per inch, to the low 16 bits of @p dpi.
     void SetDPI(int dpi);
-    /// Returns the first fault in the channels of a float image, row by row: 1 for a value above 1e9, -1 for a negative
-    /// one, 2 for NaN; 0 if there is none. For other depths it reads the rows' bytes as floats.
+    /// Returns a code for the first faulty sample of a float image: 1 for a value above 1e9, -1 for a negative one, 2
+    /// for NaN; 0 if there is none. The bytes of other depths are read as floats.
     int IntegrityValidation();
 
     /// Sets a callback for the module's log lines, once at startup; Log does nothing without one.
@@ -98,21 +98,21 @@ public:
 
     // --- Files (KImage_File.cpp) ---
 
-    /// Replaces the image with a file, as @p type at its depth; with @p thumbnail, with its cheapest small version.
+    /// Reads a file, as @p type at the file's depth; with @p thumbnail, the small version that is cheapest to get.
     void Read(QString fileName, unsigned short type, bool thumbnail);
-    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
+    /// Reads a file, in its form, into an empty image: at the file's depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
     /// Like ID_Read, but may return while rows are still being decoded: call WaitForRows before reading any.
     void ID_ReadPending(QString fileName, bool nativeDepth);
-    /// Waits for the first @p rows rows and returns how many are decoded. Throws the read's error for @p fileName.
+    /// Waits for the first @p rows rows; returns how many are decoded. Throws the read's error, naming @p fileName.
     int WaitForRows(int rows, const QString &fileName) const;
     /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
-    /// Replaces the image with a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
+    /// Reads a file of @p size bytes in memory, at 8 bits. Camera raw files are developed with the layer's defaults.
     void ReadFromMemory(unsigned char *data, unsigned int size);
-    /// Writes the image. @p format is "tiff", "jpeg" or another format name, ignoring case, short forms too; @p
-    /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
-    /// it is empty. A failed write leaves an existing file unchanged and creates no other.
+    /// Writes the image. @p format is a case-insensitive name such as "tiff" or its short form "tif"; @p compression as
+    /// in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless it is empty. A
+    /// failed write leaves an existing file unchanged and creates no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
     /// A picture that is generated from the top down while it is written, so that it is never completely in memory.
     struct RowsToWrite {
@@ -129,22 +129,22 @@ public:
         int compression = -1, quality = -1; // as in TranscodeCompression; JPEG quality, 1 to 100
         bool halfFloats = false;            // OpenEXR: 16-bit floats
     };
-    /// Writes the same file as Write of the whole picture. With a @p record it also gets the XMP of @p metadataSource
-    /// with these properties, metadata for the edited picture (gflBitmapMarkEdited), and in a JPEG a new thumbnail.
+    /// Writes the file that Write would. A @p record adds the XMP of @p metadataSource with these properties, metadata
+    /// for the edited picture (gflBitmapMarkEdited) and, in a JPEG, a new thumbnail.
     static void WriteRows(const RowsToWrite &rows, const QString &fileName, const FileForm &form,
                           const QString &metadataSource, const EditRecord &record = {});
     /// Like Write, into a block that the caller owns and releases with free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
     /// Writes an uncompressed TIFF in the image's form; ID_Read at native depth restores it exactly.
     void ID_WriteToCache(QString fileName);
-    /// Writes debugging dumps at 8 bits: the picture with or without its alpha, and only the alpha.
+    /// Write 8-bit PNG files for debugging: the picture with alpha, the picture without alpha, and the alpha alone.
     void Output_PNG_RGBA(QString fileName) const;
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
     /// Changes form or colors of an 8-bit image in place; @p mode is a GflColorDepth, which defines the meaning of @p
     /// parameters. A wrapped block stays unchanged: the image then gets a separate block.
     void Convert(unsigned short mode, unsigned short parameters);
-    /// Converts a compression number to the layer's fields; @p format in lower case. -1 keeps the layer's defaults.
+    /// Converts a compression number to the layer's fields; @p format is lowercase. -1 keeps the layer's defaults.
     ///
     ///   | format    | number                                                          |
     ///   |-----------|-----------------------------------------------------------------|
@@ -153,7 +153,7 @@ public:
     ///   | exr       | 1 to 4 and 6 to 8: method number - 1; others PIZ                |
     ///   | png, hdri, psd | passed on unchanged                                        |
     void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);
-    /// Throws the KException for a layer's error; returns for 0. An empty @p fileName omits the file's line.
+    /// Throws a KException for an error number of the layer; returns for 0. An empty @p fileName omits the file's line.
     void CheckIfGFLError(int error, QString fileName, QString where);
 
     // --- Copying and conversion (KImage_Copy.cpp) ---
@@ -171,26 +171,26 @@ public:
     /// Replaces a channel with a gray image of this image's size, at any depth.
     void SetChannel(KImage &source, int channel);
     void SetAlpha(KImage &source);
-    /// Paints this image onto @p target at (x, y), clipped to it, using its alpha if it has one. The target's alpha
-    /// stays, except under an image without alpha, which overwrites it.
+    /// Paints this image onto @p target at (x, y), clipped to the target. An RGBA image is blended by its alpha, and
+    /// the target's alpha stays; any other image overwrites the target.
     void BlendTo(KImage &target, int x, int y);
 
     // --- Arithmetic (KImage_Arithmetic.cpp): all channels, including alpha ---
 
-    /// The other image has the same shape, 8 bits or float. Traps at 8 bits: sums and differences are halved (negative
+    /// Combine images of the same shape, 8 bits or float. Traps at 8 bits: sums and differences are halved (negative
     /// ones are 0), products divided by 256.
     KImage &operator-=(const KImage &other);
     KImage &operator+=(const KImage &other);
     KImage &operator*=(const KImage &other);
-    /// Multiplies the colors by @p factor. Integer depths saturate, and all their channels, even alpha, also lose one
-    /// part in 256 or 65,536.
+    /// Multiplies the colors by @p factor. Integers saturate, and all their channels, even alpha, lose one part in 256
+    /// or 65,536.
     KImage &operator*=(float factor);
 
     // --- Bridges to Qt (KImage_Qt.cpp) ---
 
-    /// Converts from Format_RGB32 or Format_ARGB32 to GFL_RGBA at 8 bits, the fourth byte unchanged.
+    /// Converts from Format_RGB32 or Format_ARGB32 to GFL_RGBA at 8 bits, with the fourth byte unchanged.
     void FromQImage(const QImage &image);
-    /// Converts to Format_ARGB32, floats above 1 clipped. Does nothing on an empty image.
+    /// Converts to Format_ARGB32, clipping floats above 1. Does nothing on an empty image.
     void ToQImage(QImage &image);
     void ToQPixmap(QPixmap &pixmap);
 
@@ -206,14 +206,14 @@ public:
 
     // --- Alpha (KImage_Alpha.cpp) ---
 
-    /// Multiplies the alpha of an RGBA image by a gray mask. The depths must differ, else "Invalid Bitmap": a mask of
+    /// Multiplies the alpha of an RGBA image by a gray mask. Throws "Invalid Bitmap" if the depths are equal. A mask of
     /// lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of this
     /// image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
     /// Sets alpha below half of the full range, and NaN, to 0; any other alpha to full.
     void BinarizeAlpha();
-    /// Converts premultiplied colors to straight ones, then makes them opaque: color * full / alpha, truncated and
-    /// saturated. Pixels with alpha 0 are unchanged.
+    /// Converts premultiplied colors to straight ones, color * full / alpha, truncated and saturated, and makes the
+    /// pixels opaque. Pixels with alpha 0 are unchanged.
     void ScaleByAlpha();
 
     // --- Tone (KImage_Tone.cpp): colors only, alpha stays ---
@@ -225,9 +225,9 @@ public:
     void HistogramAuto(KImage &target);
     void HistogramEqualization(KImage &target);
 
-    /// How HDR_Normalize maps t = (v - minimum) / (maximum - minimum) to 0 to 1. Logarithmic: log(1 + v') / log(1 +
-    /// max'), v' and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to
-    /// a logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
+    /// Curves that map t = (v - minimum) / (maximum - minimum) to 0 to 1. Logarithmic: log(1 + v') / log(1 + max'), v'
+    /// and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to a
+    /// logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
     /// Finds the least and greatest finite color sample of a float image, everywhere or only where alpha isn't 0; both
     /// 0 if there is none.
@@ -237,7 +237,7 @@ public:
     /// Calls HDR_Normalize with the range of the visible pixels.
     void HDR_QuickToneMapper(int mode);
 
-    /// Interpolates, in this order, from black, from middle gray and from the picture's luma (Haeberli and Voorhies
+    /// Scales distances from black, from middle gray and from the pixel's luma, in this order (Haeberli and Voorhies
     /// 1994); a factor of 1 changes nothing. Integers saturate, floats stay at 0 or above.
     void adjustColor(float brightness, float contrast, float saturation);
     /// Colors @p target in two tones, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie on
@@ -251,10 +251,10 @@ public:
     /// Blurs all channels with a Gaussian, repeating the edges. @p sigma is in pixels; 0 copies. See
     /// primitives::GaussianBlur for the accuracy. @p target must not be this image.
     void ConvolveGaussian(float sigma, KImage &target) const;
-    /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius, in pixels.
-    /// Transparent pixels stay and don't bleed into others; a pixel whose result isn't finite also stays. Y: luminance
-    /// only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius and 10, 0.4 and 0.2 times the
-    /// amount. Not in place.
+    /// Sharpens by unsharp masking: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3
+    /// radius, in pixels. Transparent pixels don't bleed into others; they and pixels whose result isn't finite stay
+    /// unchanged. Y: luminance only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius and 10, 0.4
+    /// and 0.2 times the amount. Not in place.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);
@@ -262,7 +262,7 @@ public:
     // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp) ---
 
     /// Finds the image circle: radius and center, in pixels from the frame's middle; all 0 if there is none. Seeds
-    /// qrand(). Cat-eye: for a circle cut by the frame, whose radius is known to a fifth (@p nominalRadius, or 0).
+    /// qrand(). Cat-eye: for a circle cut off by the frame; @p nominalRadius is its radius within 20 %, or 0.
     void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
     void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.
@@ -270,20 +270,20 @@ public:
     /// Maps an equidistant fisheye frame to a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to
     /// 180 degrees from left to right, latitude 90 to -90 downward, with the lens pointing at the middle; directions
     /// outside its view are transparent. The circle is detected ("Invalid Bitmap" if there is none) and spans @p
-    /// degrees; or it is given and spans 180 (for a lens of d degrees pass radius * 180 / d).
+    /// degrees, or it is given and spans 180 (for a lens of d degrees, pass radius * 180 / d).
     void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;
     void CircularCateyeToSpherical(int width, double radius, double offsetX, double offsetY, KImage &target) const;
 
-    /// Paints a disc with a smooth edge about pixel position (x, y), such as a mark; @p color is a QRgb with alpha.
+    /// Paints a disc with a smooth edge centered on pixel position (x, y); @p color is a QRgb with alpha.
     void PutPoint(float x, float y, float radius, int color);
-    /// Applies Brown's radial model (1971): samples the pixel at r from the center bilinearly at r (1 + k1 r^2 + k2 r^4
-    /// + k3 r^6), r in half diagonals; a non-zero @p direction applies the inverse. Positions outside the picture give
-    /// 0. Optical2 corrects lateral color: it moves one channel ('R', 'G', 'B', 'A') about the middle, at @p scale
-    /// times that radius, and repeats its edges.
+    /// Applies Brown's radial model (1971): samples the pixel at radius r bilinearly at r (1 + k1 r^2 + k2 r^4 + k3
+    /// r^6), r in half diagonals from the center; a nonzero @p direction applies the inverse. Positions outside the
+    /// picture give 0. Optical2 corrects lateral color: it samples one channel ('R', 'G', 'B', 'A') at @p scale times
+    /// that radius, about the middle, and repeats its edges.
     void Optical(float k1, float k2, float k3, float offsetX, float offsetY, int direction);
     void Optical2(float k1, float k2, float k3, char channel, float scale, int direction);
 
-    // The order is shared with hosts.
+    // Hosts depend on the order of the fields.
     GFL_BITMAP *m_bitmap; // null for an empty image
     bool m_ownsData;      // false: Data belongs to the caller of AllocBitmap
     bool m_spareFlag;     // copied, never read

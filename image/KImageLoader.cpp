@@ -17,7 +17,7 @@ std::unique_ptr<KImage> ReadFile(const QString &fileName, bool nativeDepth)
     return image;
 }
 
-/// Like ReadFile, but rows may still be pending if the thread that locks accepts that.
+/// Like ReadFile, but rows may still be pending if the calling thread accepts that.
 std::unique_ptr<KImage> ReadLentFile(const QString &fileName, bool nativeDepth)
 {
     if (!gflAcceptsPendingRows())
@@ -46,8 +46,8 @@ void SetPixels(Version *version, std::unique_ptr<KImage> image)
     version->m_inMemory = true;
 }
 
-/// Returns the full-size version of a depth, in memory and not locked for the caller; if the item has none, @p read
-/// creates it and the item adopts it.
+/// Returns the full-size version at a depth, in memory but not locked for the caller. If its pixels aren't in memory,
+/// @p read loads them; a new version is added to the item.
 template <typename Read> Version *FullVersion(const ImageDef *def, int depth, Item *item, Read read)
 {
     Version *full = item->Find_unlocked(def->nCols(), def->nRows(), depth);
@@ -111,7 +111,7 @@ std::unique_ptr<KImage> ReadCopy(const Version *version)
     }
 }
 
-/// Reads the version's disk copy. If there is none, creates the pixels and writes it.
+/// Reads the version's disk copy. If that isn't usable, creates the pixels and writes a new copy.
 void FillWithCopy(ImageDef *def, Version *version, Item *item)
 {
     if (auto copy = ReadCopy(version)) {
@@ -123,7 +123,7 @@ void FillWithCopy(ImageDef *def, Version *version, Item *item)
         image = ReadFile(def->FileName(), /*nativeDepth=*/true);
     else
         image = Reduced(*DevelopedVersion(def, item)->m_image, version);
-    version->RemoveDiskCopy(); // an unusable one
+    version->RemoveDiskCopy(); // it may exist but be unusable
     image->ID_WriteToCache(item->fullCacheName(version));
     SetPixels(version, std::move(image));
 }

@@ -1,4 +1,4 @@
-// Reads, reduces and frees versions of images: the link between the image cache and KImage.
+// Reads, reduces and frees versions of images; links the image cache to KImage.
 #pragma once
 
 #include "ImageCache.h"
@@ -14,18 +14,18 @@ using KImageCache = ImageCache<KImage, KImageLoader>;
 ///   | any other            | a bigger version in memory, else the file | the file             |
 ///
 /// All functions except LockPostProcess are called with the item's mutex held. On failure they throw KException and
-/// leave the version to be filled without pixels.
+/// leave the requested version without pixels.
 class KImageLoader {
 public:
     using Version = ImageVersion<KImage>;
     using Item = ImageCacheItem<KImage, KImageLoader>;
 
-    /// Reads the file at its own depth.
+    /// Reads the file at its native depth.
     static void Load(ImageDef *def, Version *version);
     /// Fills an evicted version of the item.
     static void Load(ImageDef *def, Version *version, bool reloadFromSource, Item *item);
-    /// Fills a new version. True: the item must adopt it. False: @p version has been replaced by a version that the
-    /// item already has, with one more lock.
+    /// Fills a new version and returns true, after which the item must adopt it; or replaces @p version with one that
+    /// the item already has, locks that one and returns false.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
     /// Returns whether decoding failed after the version was lent (gflAcceptPendingRows).

@@ -29,7 +29,7 @@ template <typename T> void BinarizeRun(T *alpha, int pixels)
 {
     constexpr auto kFull = static_cast<T>(kFullValue<T>);
     constexpr auto kHalf = static_cast<T>(std::is_floating_point_v<T> ? 0.5f : kFullValue<T> / 2 + 1);
-    if constexpr (std::is_floating_point_v<T>) // NaN is neither below nor above
+    if constexpr (std::is_floating_point_v<T>) // NaN is neither below nor above a threshold
         std::replace_if(
             alpha, alpha + pixels, [](T value) { return std::isnan(value); }, T(0));
     primitives::ThresholdValue<T>(alpha, 0, alpha, 0, {pixels, 1}, kHalf, T(0), primitives::Comparison::Less);

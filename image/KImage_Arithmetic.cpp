@@ -12,7 +12,7 @@ using primitives::Size;
 using primitives::Status;
 using primitives::Step;
 
-/// An operation on images, by layout: gray, RGB, RGBA. The right-hand image is its first source.
+/// Row functions of an image operation, by layout: gray, RGB, RGBA. Their first source is the right-hand operand.
 struct ImageOperation {
     Status (*floats[3])(const Ipp32f *, Step, const Ipp32f *, Step, Ipp32f *, Step, Size);
     Status (*bytes[3])(const Ipp8u *, Step, const Ipp8u *, Step, Ipp8u *, Step, Size, int scaleFactor);

@@ -8,8 +8,8 @@ namespace {
 
 constexpr int kAlphaChannel = 3;
 
-/// Copies one channel of an interleaved run to a plane and back, [depth][layout]; the interleaved pointer points to the
-/// channel.
+/// Functions that copy one channel of an interleaved run to a plane, and back: [depth][layout]. The interleaved pointer
+/// points to the channel's first sample.
 constexpr RunStep kExtractSteps[3][3] = {
     {nullptr, steps::Run<ippiCopy_8u_C3C1R>, steps::Run<ippiCopy_8u_C4C1R>},
     {nullptr, steps::Run<ippiCopy_16u_C3C1R>, steps::Run<ippiCopy_16u_C4C1R>},

@@ -19,13 +19,13 @@ bool Fits(int position, int count, int size)
     return static_cast<qint64>(position) + count <= size;
 }
 
-/// Returns how many of @p count pixels fit into @p size from @p position on.
+/// Returns how many of @p count pixels starting at @p position lie within @p size.
 int ClippedCount(int position, int count, int size)
 {
     return static_cast<int>(qMin<qint64>(static_cast<qint64>(count) + position, size) - position);
 }
 
-/// Checks the arguments of placing a whole image in another at (x, y).
+/// Checks the arguments for placing a whole image in another at (x, y).
 void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
 {
     if (IsEmpty(image))
@@ -39,7 +39,7 @@ void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
 }
 
 /// Makes a new target opaque if the conversion (16-bit gray to RGBA) would leave its alpha undefined.
-void FillAlphaThatStays(const KImage &source, KImage &target)
+void FillUndefinedAlpha(const KImage &source, KImage &target)
 {
     if (!IsWorkingDepth(source.bitsPerComponent()) || !IsWorkingDepth(target.bitsPerComponent())
         || !IsWorkingType(target.type()))
@@ -61,7 +61,7 @@ void FillAlphaThatStays(const KImage &source, KImage &target)
 /// Integers are truncated toward zero and clamped: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
 {
-    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the branches are equal for only one C
+    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the branches are equal only for C = 3
     const T *s = static_cast<const T *>(source);
     T *t = static_cast<T *>(target);
     for (int i = 0; i < pixels; ++i) {
@@ -96,7 +96,7 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!IsInside(y, this->height()) || !Fits(y, height, this->height()))
         KThrow(kInvalidParameter);
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
-        KThrow(kInvalidParameter); // would be written beyond the target's rows
+        KThrow(kInvalidParameter); // would write beyond the target's rows
     if (width < 1 || height < 1)
         return;
 
@@ -137,7 +137,7 @@ void KImage::Convert(KImage &target, unsigned short type, int bitsPerComponent) 
     const bool keepsBlock = target.m_bitmap && HasShape(*target.m_bitmap, width(), height(), type, bitsPerComponent);
     target.AllocBitmap(width(), height(), type, bitsPerComponent, /*clear=*/false, nullptr, 0);
     if (!keepsBlock)
-        FillAlphaThatStays(*this, target);
+        FillUndefinedAlpha(*this, target);
     CropCopyTo(0, 0, width(), height(), target, 0, 0);
 }
 

@@ -98,7 +98,7 @@ const char *NameOfError(int error)
     return "GFL_UNKNOWN_ERROR";
 }
 
-/// Maps OpenEXR compression numbers to the layer's; any number not listed gives 4 (PIZ).
+/// Maps OpenEXR compression numbers to the layer's; any other number gives 4 (PIZ).
 unsigned short ExrCompression(int compression)
 {
     if (compression >= 1 && compression <= 4)

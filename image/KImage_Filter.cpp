@@ -52,7 +52,7 @@ void BlurPlane(const KImage &plane, KImage &blurred, float sigma)
 
 // --- Unsharp mask ---
 
-/// Kernels up to this size are applied directly; wider ones, whose cost would grow with them, are replaced by a
+/// Kernels up to this size are applied directly; wider ones, whose cost would grow with their size, are replaced by a
 /// Gaussian of the same variance.
 constexpr int kLargestPlainKernel = 301;
 
@@ -143,7 +143,7 @@ private:
     KImage m_share;
 };
 
-/// Sharpens the first @p channels channels of an image in place.
+/// Unsharp mask for the first channels of an image, in place.
 class Sharpener {
 public:
     Sharpener(KImage &image, float radius, float amount) : m_image(image), m_blur(radius), m_amount(amount)
@@ -198,7 +198,7 @@ void CheckUnsharp(const KImage &image, const KImage &target, float radius, float
         KThrow(kInvalidParameter);
 }
 
-/// To PhotoYCC and back, [depth][layout is RGBA].
+/// Conversions to PhotoYCC and back: [depth][is RGBA].
 constexpr RunStep kToYcc[3][2] = {{steps::Run<ippiRGBToYCC_8u_C3R>, steps::Run<ippiRGBToYCC_8u_AC4R>},
                                   {steps::Run<ippiRGBToYCC_16u_C3R>, steps::Run<ippiRGBToYCC_16u_AC4R>},
                                   {steps::Run<ippiRGBToYCC_32f_C3R>, steps::Run<ippiRGBToYCC_32f_AC4R>}};
@@ -224,10 +224,10 @@ void RestorePixels(const KImage &image, KImage &sharpened)
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {
                 unsigned char *pixel = sharpened.getData(x, y);
-                bool isLeft = channels == 4 && !(LoadComponent<T>(pixel + 3 * sizeof(T)) > 0);
+                bool isKept = channels == 4 && !(LoadComponent<T>(pixel + 3 * sizeof(T)) > 0);
                 for (size_t c = 0; c < 3; ++c)
-                    isLeft = isLeft || !std::isfinite(LoadComponent<T>(pixel + c * sizeof(T)));
-                if (isLeft)
+                    isKept = isKept || !std::isfinite(LoadComponent<T>(pixel + c * sizeof(T)));
+                if (isKept)
                     std::memcpy(pixel, image.getData(x, y), pixelBytes);
             }
         }

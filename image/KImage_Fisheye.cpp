@@ -20,10 +20,10 @@ using primitives::Step;
 constexpr int kRays = 360; // one per degree
 constexpr int kMargin = 2; // the median reads this far beyond the region, on all sides
 constexpr int kIterations = 500;
-constexpr int kMinSupport = kRays / 8; // edges that confirm a circle; about 20 agree by chance
+constexpr int kMinSupport = kRays / 8; // edges needed to confirm a circle; about 20 agree by chance
 constexpr double kMinRadius = 0.25;    // relative to the smaller side, like kLargestOffset
 constexpr double kLargestOffset = 0.2;
-constexpr double kSmallerSideSteps = 1000; // in frames larger than this, rays have longer steps
+constexpr double kSmallerSideSteps = 1000; // larger frames are sampled in steps of several pixels
 constexpr double kNominalTolerance = 0.2;
 /// Code for full brightness. Four times this, the edge filter's largest response, still fits in 16 bits.
 constexpr float kFullCode = 8191;
@@ -58,13 +58,13 @@ public:
     Step StepBytes() const { return m_step; }
     primitives::Size Size() const { return {kRays, m_rows}; }
 
-    /// Returns the address of a sample; the margin is outside row 0 and column 0.
+    /// Returns the address of a sample. The margin has indices below 0 and beyond the last ray and row.
     Ipp16s *At(int ray, int row) const
     {
         return primitives::RowAt(m_block.get(), m_step, row + kMargin) + ray + kMargin;
     }
 
-    /// Fills the margin: columns wrap around, rows repeat the outer ones.
+    /// Fills the margin: columns wrap around, the first and last rows are repeated.
     void Wrap() const
     {
         ippiCopy_16s_C1R(At(kRays - kMargin, 0), m_step, At(-kMargin, 0), m_step, {kMargin, m_rows});
@@ -107,7 +107,7 @@ struct PolarGrid {
     int rows;
 };
 
-/// Returns brightness as a code. It uses the square root, so that the step from a dim picture to black outweighs steps
+/// Returns brightness as a code. Codes are square roots, so that the step from a dim picture to black outweighs steps
 /// between bright objects. Transparent pixels and NaN are black.
 template <typename T> Ipp16s CodeOf(const float *pixel, int channels)
 {
@@ -121,7 +121,7 @@ float BrightnessOf(Ipp16s code)
     return static_cast<float>(code) * static_cast<float>(code);
 }
 
-/// Samples the frame along its rays; a large step averages as many samples as it has pixels.
+/// Samples the frame along its rays; a step of several pixels averages one sample per pixel.
 template <typename T> void SampleRays(const PixelSampler<T> &sampler, const PolarGrid &grid, const PolarPlane &polar)
 {
     const int samples = qMax(1, static_cast<int>(grid.stepPx + 0.5)), channels = sampler.Channels();
@@ -144,7 +144,7 @@ template <typename T> void SampleRays(const PixelSampler<T> &sampler, const Pola
     }
 }
 
-/// The denoised frame in polar form, and the response to edges where it gets darker outward.
+/// Denoised frame in polar form, and its edge response, which is positive where brightness falls outward.
 struct PolarFrame {
     explicit PolarFrame(const KImage &image) : grid(image), codes(grid.rows), edges(grid.rows)
     {
@@ -172,9 +172,9 @@ struct PolarFrame {
     PolarPlane edges;
 };
 
-constexpr int kLevelRows = 4; // to measure the level on either side of an edge
+constexpr int kLevelRows = 4; // averaged on each side of an edge to measure the level
 
-/// Returns a quarter of the picture's typical brightness at the minimum radius: brighter samples lie inside the circle.
+/// Returns a quarter of the picture's typical brightness at the minimum radius; brighter samples lie inside the circle.
 float InsideLevel(const PolarFrame &frame)
 {
     const int row = static_cast<int>(kMinRadius * frame.grid.smallerSide / frame.grid.stepPx);
@@ -204,7 +204,8 @@ struct Reach {
     double first, last;
 };
 
-/// Returns the strongest edge of each ray, or a point inside, at the frame's edge, for a ray that the frame cuts off.
+/// Returns the strongest edge of each ray or, for a ray that leaves the frame inside the circle, an inside point at the
+/// frame's edge.
 QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
 {
     const float insideLevel = InsideLevel(frame);

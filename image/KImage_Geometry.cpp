@@ -89,8 +89,9 @@ void FindRowEnds(const KImage &image, int y, int &left, int &right)
         --right;
 }
 
-/// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes row by row
-/// with a list of the columns not found yet, because going by columns would fetch one cache line per pixel.
+/// Sets each column's entry in @p edgeOf to the first row, starting at @p y and before @p end, in which the column is
+/// valid. Goes row by row with a list of the unresolved columns, because going column by column would fetch one cache
+/// line per pixel.
 void FindColumnEdges(const KImage &image, int y, int end, int step, std::vector<int> &edgeOf)
 {
     std::vector<int> open(edgeOf.size());
@@ -125,7 +126,7 @@ struct Span {
     float end;
 };
 
-/// Returns the innermost end of all lines. Lines close to the outer sides count less: at distance d from them a line
+/// Returns the innermost ends of all lines. Lines near the outer sides count less: at distance d from a side, a line
 /// can move an end inward by at most reach(d), because the other pair of sides may cut off the corners instead.
 ///
 /// @param firstOf, lastOf  The ends of each line.
@@ -149,10 +150,10 @@ Span InnermostEnds(const std::vector<int> &firstOf, const std::vector<int> &last
 
 bool HasValidPixels(const Outline &outline, int width)
 {
-    const auto isBefore = [=](int left) { return left < width / 2; };
-    const auto isBehind = [=](int right) { return right >= width / 2; };
-    return std::any_of(outline.leftOf.begin(), outline.leftOf.end(), isBefore)
-        || std::any_of(outline.rightOf.begin(), outline.rightOf.end(), isBehind);
+    const auto isInFirstHalf = [=](int left) { return left < width / 2; };
+    const auto isInSecondHalf = [=](int right) { return right >= width / 2; };
+    return std::any_of(outline.leftOf.begin(), outline.leftOf.end(), isInFirstHalf)
+        || std::any_of(outline.rightOf.begin(), outline.rightOf.end(), isInSecondHalf);
 }
 
 } // namespace
@@ -189,7 +190,7 @@ void KImage::Resize(KImage &target, int width, int height)
     target.AllocBitmap(width, height, type(), bitsPerComponent(), /*clear=*/true, nullptr, 0);
     if (!IsWorkingType(type()))
         return;
-    if (IsWorkingDepth(bitsPerComponent()) && !HasAlignedRows(target)) { // it wraps a block of another stride
+    if (IsWorkingDepth(bitsPerComponent()) && !HasAlignedRows(target)) { // it wraps a block with an unaligned stride
         KImage aligned;
         Resize(aligned, width, height);
         aligned.CopyTo(target, 0, 0);

@@ -14,7 +14,7 @@
 namespace {
 
 bool s_startedAlone = false; // this copy of the module created the shared objects and started the image-file layer
-bool s_ownsCache = false;    // this copy created the cache: it runs alone, or the host shares none
+bool s_ownsCache = false;    // this copy created the cache, because it runs alone or the host shares none
 
 /// Registers the tables of cameras and lenses: "Data:cameras.txt", "Data:lensid.txt".
 void RegisterData()

@@ -23,14 +23,14 @@ void CheckForm(const KImage &image)
 
 // --- Sphere ---
 
-/// The circle of a frame, and half of its field angle.
+/// The image circle of a frame, and half its angle of view.
 struct FisheyeCircle {
     double radius, offsetX, offsetY;
     double halfAngleRad;
 };
 
-/// Maps directions to positions in an equidistant fisheye frame: the distance from the circle's center is proportional
-/// to the angle from the axis.
+/// Mapping from directions to positions in an equidistant fisheye frame: the distance from the circle's center is
+/// proportional to the angle from the axis.
 class EquidistantLens {
 public:
     EquidistantLens(const KImage &frame, const FisheyeCircle &circle)
@@ -41,7 +41,7 @@ public:
     {
     }
 
-    /// Returns NaN for a direction outside the lens's view. x to the right, y up, z along the axis.
+    /// Returns the position for a direction (x to the right, y up, z along the axis); NaN outside the lens's view.
     Position Of(float x, float y, float z) const
     {
         const float fromAxis = std::sqrt(x * x + y * y), angle = atan2f(fromAxis, z);
@@ -55,7 +55,7 @@ private:
     float m_centerX, m_centerY, m_pixelsPerRadian, m_halfAngleRad;
 };
 
-/// Fills the sphere's row at @p latitudeRad from an RGBA frame.
+/// Fills row @p y of the sphere, at @p latitudeRad, from an RGBA frame.
 template <typename T>
 void ProjectRow(const PixelSampler<T> &frame, const EquidistantLens &lens, float latitudeRad, KImage &sphere, int y)
 {
@@ -93,15 +93,15 @@ void ProjectToSphere(const KImage &frame, const FisheyeCircle &circle, int width
 
 // --- Radial model ---
 
-/// Maps radius r to scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, forward or inverse.
+/// Mapping from radius r to scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, or its inverse.
 class RadialModel {
 public:
-    RadialModel(const KImage &image, const float (&k)[3], float scale, Position offset, bool isBack)
+    RadialModel(const KImage &image, const float (&k)[3], float scale, Position offset, bool isInverse)
         : m_k1(k[0]),
           m_k2(k[1]),
           m_k3(k[2]),
           m_scale(scale),
-          m_isBack(isBack),
+          m_isInverse(isInverse),
           m_center({static_cast<float>(image.width() - 1) / 2 + offset.x,
                     static_cast<float>(image.height() - 1) / 2 + offset.y}),
           m_unitPx(static_cast<float>(std::hypot(image.width(), image.height()) / 2))
@@ -112,8 +112,8 @@ public:
     Position Of(float x, float y) const
     {
         const float dx = x - m_center.x, dy = y - m_center.y, r = std::sqrt(dx * dx + dy * dy) / m_unitPx;
-        const float factor =
-            m_isBack ? 1 / (m_scale * FactorBack(r / m_scale)) : m_scale * static_cast<float>(Factor(double(r * r)));
+        const float factor = m_isInverse ? 1 / (m_scale * InverseFactor(r / m_scale))
+                                         : m_scale * static_cast<float>(Factor(double(r * r)));
         return {m_center.x + factor * dx, m_center.y + factor * dy};
     }
 
@@ -122,7 +122,7 @@ private:
 
     /// Returns the factor at the radius r that maps to @p radius, found by Newton's method starting from @p radius.
     /// Beyond a fold of the model the method finds other or negative radii, which are rejected.
-    float FactorBack(float radius) const
+    float InverseFactor(float radius) const
     {
         double r = static_cast<double>(radius);
         for (int i = 0; i < 20; ++i) {
@@ -138,15 +138,15 @@ private:
 
     double m_k1, m_k2, m_k3;
     float m_scale;
-    bool m_isBack;
+    bool m_isInverse;
     Position m_center;
     float m_unitPx;
 };
 
 enum class Outside { Zero, NearestEdge };
 
-/// Fills the channels [first, end) of @p image from a copy of it.
-void Bend(KImage &image, const RadialModel &model, int first, int end, Outside outside)
+/// Remaps the channels [first, end) of @p image.
+void Remap(KImage &image, const RadialModel &model, int first, int end, Outside outside)
 {
     const KImage source(image);
     WithSampler(source, [&](const auto &sampler) {
@@ -171,7 +171,7 @@ bool AllFinite(std::initializer_list<float> values)
 
 // --- Discs ---
 
-/// Blends a pixel's channels toward a color of 0 to 1, gray by its luma.
+/// Blends a pixel's channels toward a color with components from 0 to 1; a gray pixel toward the color's luma.
 template <typename T> void PaintPixel(unsigned char *pixel, int channels, const float rgba[4], float share)
 {
     const float luma = 0.299f * rgba[0] + 0.587f * rgba[1] + 0.114f * rgba[2];
@@ -239,7 +239,7 @@ void KImage::Optical(float k1, float k2, float k3, float offsetX, float offsetY,
     if (!AllFinite({k1, k2, k3, offsetX, offsetY}))
         KThrow(kInvalidParameter);
     const RadialModel model(*this, {k1, k2, k3}, /*scale=*/1, {offsetX, offsetY}, direction != 0);
-    Bend(*this, model, 0, m_bitmap->ComponentsPerPixel, Outside::Zero);
+    Remap(*this, model, 0, m_bitmap->ComponentsPerPixel, Outside::Zero);
 }
 
 void KImage::Optical2(float k1, float k2, float k3, char channel, float scale, int direction)
@@ -251,5 +251,5 @@ void KImage::Optical2(float k1, float k2, float k3, char channel, float scale, i
     if (!AllFinite({k1, k2, k3, scale}) || !(scale > 0) || index < 0 || index >= m_bitmap->ComponentsPerPixel)
         KThrow(kInvalidParameter);
     const RadialModel model(*this, {k1, k2, k3}, scale, {0, 0}, direction != 0);
-    Bend(*this, model, index, index + 1, Outside::NearestEdge);
+    Remap(*this, model, index, index + 1, Outside::NearestEdge);
 }

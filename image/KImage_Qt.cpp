@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Swaps between the bytes B, G, R, A of a QImage's pixel and R, G, B, A; its own inverse.
+/// Channel order that converts the bytes B, G, R, A of a QImage pixel to R, G, B, A, and back.
 constexpr int kSwapRedAndBlue[] = {2, 1, 0, 3};
 
 } // namespace

@@ -22,8 +22,8 @@ namespace {
 
 // --- Histograms ---
 
-/// Gives @p target the source's form at 8 bits and calls change(source). Forms without such a change are only
-/// converted.
+/// Allocates @p target in the source's form at 8 bits and calls change(source), which fills it. Gray images and other
+/// depths are only converted.
 template <typename Change> void ChangeColors8(const KImage &source, KImage &target, Change change)
 {
     if (IsEmpty(source) || !IsWorkingType(source.type()))
@@ -55,7 +55,7 @@ Table8 EqualizingTable(const KImage &image)
         }
     }
     const qint64 all = qint64(image.width()) * image.height() * 3;
-    qint64 lowest = 0, sum = 0; // counts of samples: of the lowest value, and up to the current one
+    qint64 lowest = 0, sum = 0; // sample counts: at the lowest value, and up to the current one
     Table8 table;
     for (int v = 0; v < 256; ++v) {
         sum += counts[static_cast<size_t>(v)];
@@ -184,7 +184,7 @@ struct Tint {
 /// Returns the tint of each value: the straight line between two points of the color wheel, whose center is gray.
 std::array<Tint, 256> TintTable(const QColor &shadows, const QColor &lights)
 {
-    const auto onWheel = [](const QColor &color) { // gray has no hue, but also no saturation
+    const auto onWheel = [](const QColor &color) { // the invalid hue of a gray has no effect: its saturation is 0
         return std::polar(color.hsvSaturationF(), 2 * M_PI * color.hsvHueF());
     };
     const std::complex<double> from = onWheel(shadows), to = onWheel(lights);
@@ -250,7 +250,7 @@ void KImage::HDR_Normalize(float minimum, float maximum, int mode)
         KThrow(kInvalidParameter);
     constexpr float kLongest = std::numeric_limits<float>::max();
     const Range range = {minimum, qMin(maximum - minimum, kLongest)};
-    constexpr float kShortest = 1e-30f; // of a non-flat range, so that no scale overflows
+    constexpr float kShortest = 1e-30f; // shorter ranges count as flat, so that no scale overflows
     if (range.length > kShortest) {
         kNormalizers[mode](*this, range);
     } else {

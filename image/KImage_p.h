@@ -1,4 +1,4 @@
-// Shared by the sources of KImage: the three messages, and tests of a pixel form.
+// Helpers shared by KImage's source files: messages, tests of the pixel form, the allocator.
 #pragma once
 
 #include "KImage.h"
@@ -7,7 +7,7 @@ constexpr char kInvalidBitmap[] = "Invalid Bitmap";
 constexpr char kInvalidParameter[] = "Invalid Parameter";
 constexpr char kNotEnoughMemory[] = "Not enough memory";
 
-/// Returns whether a type is one of the three working types, and a depth one of the three working depths.
+/// Return whether a type is one of the three working types, or a depth one of the three working depths.
 constexpr bool IsWorkingType(int type)
 {
     return type == GFL_GREY || type == GFL_RGB || type == GFL_RGBA;
@@ -48,7 +48,7 @@ struct FileInformation : GFL_FILE_INFORMATION {
 /// Returns whether @p name ends with @p extension; ignores the case of ASCII letters unless @p caseSensitive.
 bool IsExtention(const std::string &name, const std::string &extension, bool caseSensitive);
 
-/// The allocator that the image module passes to the image-file layer, so that each side frees what the other
+/// The allocator that the image module passes to the image-file layer, so that each side can free what the other
 /// allocated. The last argument is a tag for a debugging allocator and is ignored.
 void *alloc_callback(unsigned long size, void *userData);
 void *realloc_callback(void *pointer, unsigned long size, void *userData);

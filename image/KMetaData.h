@@ -5,9 +5,9 @@
 
 #include <QDomElement>
 
-/// Owns deep copies of the four blocks, in the image-file layer's memory; each is null when absent, and setting one
-/// doesn't affect the others. If memory is short, a block is absent and an EXIF list keeps the values copied so far.
-/// Write on one thread, then read on any.
+/// Deep copies of the four blocks, in the image-file layer's memory; each is null when absent, and setting one doesn't
+/// affect the others. If memory is short, a block is absent and an EXIF list keeps the values copied so far. Write on
+/// one thread, then read on any.
 class KMetaData {
 public:
     KMetaData();
@@ -28,10 +28,10 @@ public:
     void SetExifex(GFL_EXIF_DATAEX *data);
     void SetXmp(GFL_XMP_DATA *data);
 
-    /// Returns the root element of the XMP packet, with names as written; null if there is no XMP or it is not XML.
+    /// Returns the root element of the XMP packet, with prefixed names as written; null if there is no valid XMP.
     QDomElement DomXmp() const;
 
-    /// Copies a text to the image-file layer's memory; null for null, or if memory is short.
+    /// Copies a text to the image-file layer's memory; returns null for null, or if memory is short.
     static char *StrDup(const char *text);
 
 private:

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Returns the cell's number without its fraction; 0 if it isn't a number.
+/// Returns the number in a cell, truncated; 0 if it isn't a number.
 int WholeNumber(const QStringRef &cell)
 {
     const float number = cell.toFloat();

@@ -19,7 +19,7 @@ public:
         int type = 0; // 0 standard, 1 fisheye, 2 tilt/shift
     };
 
-    /// Creates an empty table, not read yet.
+    /// Creates an empty table; Initialize reads it.
     LensIDProperties();
     /// Copies the current table of @p other.
     LensIDProperties(const LensIDProperties &other);
@@ -30,7 +30,7 @@ public:
     /// Returns the rows, in the table's order, whose brand occurs in @p make and whose identifier contains @p lensId,
     /// ignoring case. An empty @p lensId gives all lenses of the brand.
     QVector<LensDefinition> findLenses(QString make, QString lensId);
-    /// Returns the long names of these rows.
+    /// Returns the long names of the rows that findLenses returns.
     QStringList findLensList(QString make, QString lensId);
     /// Returns the type of the only matching row; -1 if none or several match.
     int isFisheyLens(QString make, QString lensId);

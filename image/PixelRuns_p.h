@@ -8,27 +8,27 @@
 constexpr int kRunPixels = 512;
 constexpr int kMaxBytesPerPixel = 16;
 
-/// Block for one run between two steps, or for aligned copies of an image's rows.
+/// Buffer for one run, between two steps or as an aligned copy of an image's pixels.
 struct alignas(64) RunBlock {
     unsigned char bytes[kRunPixels * kMaxBytesPerPixel];
 };
 
-/// Returns whether a pixel may be accessed as a number: a wrapped block may have any stride.
+/// Returns whether a pixel's components may be accessed directly: a wrapped block may have any stride.
 inline bool IsAligned(const KImage &image, const void *pixel)
 {
     const int bytesPerComponent = qMax(1, image.bitsPerComponent() >> 3);
     return reinterpret_cast<quintptr>(pixel) % static_cast<quintptr>(bytesPerComponent) == 0;
 }
 
-/// Returns whether this holds for all rows.
+/// Returns whether IsAligned holds for all rows.
 inline bool HasAlignedRows(const KImage &image)
 {
     return IsAligned(image, image.getData(0, 0)) && IsAligned(image, image.getData(0, 1));
 }
 
-/// Calls run(src, dst, pixels) for the runs of the rectangle at (x, y) of @p source and at (targetX, targetY) of @p
-/// target, both within their images. If rows are not aligned to components, the run gets aligned copies, and the
-/// target's copy is written back.
+/// Calls run(src, dst, pixels) for each run of the rectangle at (x, y) in @p source and at (targetX, targetY) in @p
+/// target. Both rectangles must lie within their images. If rows are not aligned to components, the run gets aligned
+/// copies, and the target's copy is written back.
 template <typename Run>
 void ForRuns(const KImage &source, int x, int y, int width, int height, KImage &target, int targetX, int targetY,
              Run run)

@@ -20,12 +20,12 @@ template <typename T> void StoreComponent(unsigned char *at, float value)
     std::memcpy(at, &stored, sizeof(T));
 }
 
-/// The code of 1.0 at a depth.
+/// Value that represents 1.0 at a depth.
 template <typename T>
 constexpr float kFullValue = std::is_floating_point_v<T> ? 1.0f : float(std::numeric_limits<T>::max());
 
-/// Samples an image with components @p T. Pixel centers are at integers; the outer half of the edge pixels repeats the
-/// edge. Must not outlive the image's pixels.
+/// Sampler for an image with components of type @p T. Pixel centers are at integers; positions in the outer half of an
+/// edge pixel repeat the edge. Must not outlive the image's pixels.
 template <typename T> class PixelSampler {
 public:
     using Component = T;
@@ -43,8 +43,8 @@ public:
         return x >= -0.5f && y >= -0.5f && x <= m_right + 0.5f && y <= m_bottom + 0.5f;
     }
 
-    /// Reads the channels [first, end) at a position into @p values, from index 0 on; positions outside are clamped to
-    /// the nearest inside.
+    /// Reads the channels [first, end) at a position into @p values, starting at index 0; positions outside are clamped
+    /// to the nearest inside.
     void Read(float x, float y, int first, int end, float *values) const
     {
         const float left = qBound(0.0f, x, m_right), top = qBound(0.0f, y, m_bottom);

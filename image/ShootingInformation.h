@@ -3,13 +3,13 @@
 
 #include <QString>
 
-/// Returns the number of bytes of a text on the heap: two per character of its capacity, 0 without storage.
+/// Returns the number of bytes that a text occupies on the heap: two per character of its capacity.
 inline qint64 TextBytes(const QString &text)
 {
     return 2 * static_cast<qint64>(text.capacity());
 }
 
-/// A plain value. The order of the fields is shared with hosts; unknown fields keep the values given here.
+/// A plain value. Hosts depend on the order of the fields; unknown fields keep these defaults.
 struct ShootingInformation {
     static constexpr double kUnknownPlace = -9999.0; // for the four GPS numbers
 
@@ -17,7 +17,7 @@ struct ShootingInformation {
     QString modelName;
     double focalRatio = 0.0;   // 35 mm focal length over real focal length; infinite if only the former is known
     double focal35mm = 0.0;    // 35 mm equivalent, in mm
-    double distortionK1 = 0.0; // radial coefficients; only settings fill them
+    double distortionK1 = 0.0; // radial coefficients, filled only from settings
     double distortionK2 = 0.0;
     double distortionK3 = 0.0;
     double exposureTime = 0.0; // seconds
@@ -29,11 +29,11 @@ struct ShootingInformation {
     qint64 timestamp = 0;       // seconds since the epoch, taking the camera's clock as local time
     int validWidth = 0;         // pixels, as given by the camera
     int validHeight = 0;
-    QString lensId;        // as in the table of lenses: "10 22 235"
+    QString lensId;        // as in the lens table: "10 22 235"
     double fovFirst = 0.0; // degrees, from a comment "FOV: 73.7 x 53.1 ~ 84.0"
     double fovSecond = 0.0;
     double fovThird = 0.0;
-    double gpsLatitude = kUnknownPlace; // degrees, without sign: see the Refs
+    double gpsLatitude = kUnknownPlace; // degrees, unsigned: the Refs give the hemisphere
     double gpsLongitude = kUnknownPlace;
     double gpsAltitude = kUnknownPlace;
     double gpsDirection = kUnknownPlace;
@@ -48,6 +48,6 @@ struct ShootingInformation {
     quint8 privateSubKind = 0;
     quint8 privateData[32] = {};
 
-    /// Returns the number of bytes held: a fixed part and the texts, without software.
+    /// Returns the number of bytes held: a fixed part and the texts, except software.
     qint64 memSize() const;
 };

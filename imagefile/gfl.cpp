@@ -21,12 +21,12 @@ using namespace imagefile;
 namespace {
 
 constexpr Box kDefaultThumbnail = {256, 256};
-constexpr std::uint16_t kDefaultQuality = 90; // JPEG: above it, artifacts are hard to see
+constexpr std::uint16_t kDefaultQuality = 90; // JPEG: above this, artifacts are hard to see
 
 std::atomic<bool> lzwAllowed{false};
 thread_local bool acceptsPendingRows = false;
 
-// A recognized file: its bytes, format and headers.
+// A recognized file: its codec and its headers.
 struct OpenFile {
     const Codec *codec = nullptr;
     GFL_FILE_INFORMATION info = {};

@@ -1,8 +1,8 @@
 // The complete interface of the image-file layer: bitmap and parameter records, and the functions on them.
 //
 // C-style and re-entrant: any thread may call any function on different bitmaps and different files. Rules for all:
-//  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result if no error number
-//    is returned; freeing null does nothing.
+//  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result of functions that
+//    return no error number; freeing null does nothing.
 //  - Functions that can fail return a GflError number, and gflLastErrorText() then explains it. No exception leaves the
 //    layer, whatever its type; running out of memory gives GFL_ERROR_NO_MEMORY.
 //  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx; release them with their gflFree* function.
@@ -28,7 +28,7 @@ GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK real
                              void *userData);
 GFL_API void gflLibraryExit();
 
-/// Allows (not 0) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
+/// Allows (nonzero) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API void gflEnableLZW(int enable);
 
 /// Sets how many threads one save or load may use; 0 (the default) means one per processor. File and pixels are
@@ -57,7 +57,7 @@ GFL_API void *gflMemoryAlloc(std::uint32_t size);
 /// loaded.
 GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
 
-/// Returns the index of a format by its lower-case name ("tiff", "jpeg"), or -1, for which a save returns
+/// Returns the index of a format by its lowercase name ("tiff", "jpeg"), or -1, for which a save returns
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 
@@ -77,7 +77,7 @@ GFL_API int gflGetFileInformationExUTF8(const char *path, std::int32_t index, GF
 GFL_API void gflFreeFileInformation(GFL_FILE_INFORMATION *info);
 
 /// Reads a whole picture into a new record, pixels as stored (orientation is not applied). Delivers GFL_GREY, GFL_RGB
-/// and GFL_RGBA at 8, 16 or 32 bits, as GFL_LOAD_PARAMS requests. A file that ends early gives GFL_ERROR_FILE_READ. @p
+/// or GFL_RGBA at 8, 16 or 32 bits, as GFL_LOAD_PARAMS requests. A file that ends early gives GFL_ERROR_FILE_READ. @p
 /// info, which may be null, describes the file like gflGetFileInformationExUTF8.
 GFL_API int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_LOAD_PARAMS *params,
                               GFL_FILE_INFORMATION *info);
@@ -86,8 +86,8 @@ GFL_API int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_L
 GFL_API int gflLoadBitmapFromMemory(const std::uint8_t *data, std::uint32_t size, GFL_BITMAP **bitmap,
                                     const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
 
-/// Allows (not 0) or forbids (0, the default) code that lends pictures to this thread, such as a host's image cache, to
-/// load them with GFL_LOAD_PENDING. The thread then calls gflWaitForRows before it reads rows.
+/// Allows (nonzero) or forbids (0, the default) code that lends pictures to this thread, such as a host's image cache,
+/// to load them with GFL_LOAD_PENDING. The thread then calls gflWaitForRows before it reads rows.
 GFL_API void gflAcceptPendingRows(int accept);
 GFL_API bool gflAcceptsPendingRows();
 
@@ -96,8 +96,8 @@ GFL_API bool gflAcceptsPendingRows();
 /// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
 GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 
-/// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions, never
-/// enlarged; a box of 0 by 0 means 256 by 256. Decodes no more than necessary. Otherwise like gflLoadBitmapUTF8; @p
+/// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions and never
+/// enlarging it; a box of 0 by 0 means 256 by 256. Decodes no more than necessary. Otherwise like gflLoadBitmapUTF8; @p
 /// info gives the size of the file's picture, not of the thumbnail.
 GFL_API int gflLoadThumbnailUTF8(const char *path, int width, int height, GFL_BITMAP **bitmap,
                                  const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
@@ -113,9 +113,9 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
-/// Sets whether the files that this thread saves are synced to disk afterward (not 0) or not (0, the default). If
-/// they are, the disk starts to store a file while it is being written, so that the sync is short. Files that replace
-/// others are stored early in any case, because the save itself syncs them.
+/// Sets whether the caller will sync the files that this thread saves to disk (nonzero) or not (0, the default). If so,
+/// the system starts storing a file while it is being written, so that the sync is short. Files that replace others are
+/// stored early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
@@ -133,8 +133,8 @@ typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std
 
 /// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives its
 /// size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the calling
-/// thread, while other threads pack finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at once
-/// request GFL_FAST_ROWS rows each, roughly in order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
+/// thread, while other threads compress finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at
+/// once request GFL_FAST_ROWS rows each, roughly in order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
 /// GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
@@ -146,8 +146,8 @@ GFL_API int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, co
 // ---- Colors of a bitmap ----
 
 /// Changes form or colors of an 8-bit bitmap in place; @p mode is a GflColorDepth, which defines the meaning of @p
-/// parameters. @p result must be null. The pixels may move to another block. GFL_ERROR_BAD_BITMAP for other depths,
-/// GFL_ERROR_BAD_PARAMETERS for other numbers; a failure leaves the bitmap unchanged.
+/// parameters. @p result must be null. The pixels may move to another block. Returns GFL_ERROR_BAD_BITMAP for other
+/// depths and GFL_ERROR_BAD_PARAMETERS for invalid arguments; a failure leaves the bitmap unchanged.
 GFL_API int gflChangeColorDepth(GFL_BITMAP *bitmap, GFL_BITMAP **result, std::uint16_t mode, std::uint16_t parameters);
 
 // ---- Metadata of a bitmap: all functions copy ----
@@ -167,10 +167,10 @@ GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 /// Copies ICC profile, IPTC and EXIF if @p source has them; other blocks of @p target stay. XMP is not copied:
 /// see gflBitmapMarkEdited.
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Copies all XMP of @p source to @p target, the picture edited from it, sets @p items in it, and updates its metadata
-/// to match the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
-///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF. An invalid orientation in
-///    EXIF is removed.
+/// Copies all XMP of @p source to @p target, a picture edited from @p source, sets @p items there, and updates the
+/// target's metadata to match its pixels. Call it after gflBitmapCopyMetadata, which copies the EXIF.
+///  - Sizes in EXIF and XMP are set to the target's, and the orientation in XMP to that in EXIF. An invalid orientation
+///    in EXIF is removed.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
 ///  - Develop settings (prefixes crs and crss) are left out unless the source says that they were applied; an earlier
 ///    record of ours (prefix vitrelux) is replaced.
@@ -204,9 +204,9 @@ GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 
 /// Evaluates the tone curves of an RGB or gray ICC profile: the light for @p points stored values evenly spaced from 0
 /// to 1, one curve after the other.
-/// @param points  At least 2. Tables of profiles have up to 4,096.
+/// @param points  At least 2. Tables in profiles have up to 4,096 entries.
 /// @param light   Room for 3 * @p points values; those of existing curves are filled.
-/// @return 3, or 1 for gray; 0 if the bytes are not such a profile, or if it only has lookup tables.
+/// @return 3, or 1 for gray; 0 if the bytes are not such a profile or it has only lookup tables.
 GFL_API int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light);
 
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);

@@ -15,7 +15,7 @@ constexpr int kMiddle = 128; // black and white: pixels of at least this luma be
 
 using Table = std::array<std::uint8_t, 256>; // new value by old one
 
-/// Result of a mode: another form, then other color values.
+/// Changes that a mode makes: first the form, then color values.
 struct Change {
     int channels; // of the form
     bool usesTable;
@@ -30,7 +30,7 @@ Table BlackOrWhite(int whiteFrom)
     return table;
 }
 
-// Returns evenly spaced levels, including darkest and lightest; each value maps to the nearest.
+// Returns a table that maps each value to the nearest of @p count evenly spaced levels, which include 0 and 255.
 Table Levels(int count)
 {
     Table table = {};

@@ -1,4 +1,4 @@
-// The functions of gfl.h on metadata: of bitmaps, of files, and the release of blocks.
+// The metadata functions of gfl.h: for bitmaps, for files, and for releasing blocks.
 #include "gfl.h"
 
 #include "core/allocator.h"
@@ -67,7 +67,7 @@ template <class Block> Block *OfBitmap(const GFL_BITMAP *bitmap, Block *(*block)
     return metadata ? GuardedValue([&] { return block(*metadata); }) : nullptr;
 }
 
-/// Returns a block of a file, using one of the functions above. Only reads the file's metadata.
+/// Returns a block of a file, using one of the functions above. Reads only the file's metadata.
 template <class Block> Block *OfFile(const char *path, Block *(*block)(const Metadata &))
 {
     Block *result = nullptr;

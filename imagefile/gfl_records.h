@@ -18,7 +18,7 @@ enum GflError : std::uint16_t {
     GFL_ERROR_BAD_PARAMETERS = 50,
 };
 
-/// Pixel forms, values of GFL_BITMAP::Type. The layer delivers and accepts the last three; channels are interleaved.
+/// Pixel forms: values of GFL_BITMAP::Type. The layer delivers and accepts the last three; channels are interleaved.
 enum GflType : std::uint16_t {
     GFL_BINARY = 1,
     GFL_GREY = 2,
@@ -92,7 +92,7 @@ enum GflSaveFlag : std::uint32_t {
 };
 
 /// Rows that gflSaveRowsUTF8 requests at once with GFL_SAVE_FAST and deflate, starting at multiples of this; the last
-/// request is shorter. A power of two.
+/// request may be shorter. A power of two.
 constexpr int GFL_FAST_ROWS = 64;
 
 /// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
@@ -102,9 +102,9 @@ constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 ///
 ///   | format    | numbers                                                             |
 ///   |-----------|---------------------------------------------------------------------|
-///   | tiff      | 0 none, 2 LZW, 4 deflate, 50000 Zstandard (the number of libtiff);  |
+///   | tiff      | 0 none, 2 LZW, 4 deflate, 50000 Zstandard (libtiff's number);       |
 ///   |           | others are GFL_ERROR_BAD_PARAMETERS                                 |
-///   | png       | level of zlib, 0 to 9; higher ones count as 9                       |
+///   | png       | zlib level, 0 to 9; higher numbers count as 9                       |
 ///   | hdri, psd | 0 none; others: run-length encoded rows                             |
 struct GFL_SAVE_PARAMS {
     std::uint32_t Flags;
@@ -124,7 +124,7 @@ enum GflColorDepth : std::uint16_t {
     GFL_DEPTH_LEVELS = 5,          // keeps the form; number of values per color, 2 to 256, evenly spread
 };
 
-/// How a file stores color, values of GFL_FILE_INFORMATION::ColorModel. Hosts rely on the numbers of CMYK and Lab.
+/// How a file stores color: values of GFL_FILE_INFORMATION::ColorModel. Hosts rely on the numbers of CMYK and Lab.
 enum GflColorModel : std::uint16_t {
     GFL_CM_RGB = 0,
     GFL_CM_GREY = 1,
@@ -165,7 +165,7 @@ struct GFL_XMP_DATA {
 };
 static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8, "layout shared with hosts");
 
-/// Bit of GFL_IPTC_ENTRY::Id: Value is hexadecimal digits, because the bytes contain a zero.
+/// Bit of GFL_IPTC_ENTRY::Id: Value holds hexadecimal digits, because the bytes contain a zero.
 constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
 
 struct GFL_IPTC_ENTRY {
@@ -237,7 +237,7 @@ struct GFL_METADATA_ITEM {
 
 /// The metadata of a file, for lookup by key: all EXIF with the values of decoded maker notes, in file order, where a
 /// key may occur twice; then all XMP; then, for camera raw files, LibRaw's fields (imagefile/raw/raw_facts.h), whose
-/// Printed is Raw.
+/// Printed equals Raw.
 struct GFL_METADATA_LIST {
     std::uint32_t NumberOfItems;
     GFL_METADATA_ITEM *ItemsList;
@@ -253,7 +253,7 @@ struct GFL_XMP_ITEM {
 struct GFL_FORMAT {
     const char *Name;      // for gflGetFormatIndexByName: "tiff"
     const char *Label;     // for display, English: "TIFF", "Camera raw"
-    const char *Suffixes;  // lower case, the usual one first, separated by spaces: ".tif .tiff"
+    const char *Suffixes;  // lowercase, the usual one first, separated by spaces: ".tif .tiff"
     const char *MimeTypes; // separated by spaces: "image/tiff"
-    bool CanBeWritten;     // can be a save's FormatIndex; all can be read
+    bool CanBeWritten;     // may be used to save; all formats can be read
 };

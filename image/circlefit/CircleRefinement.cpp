@@ -7,8 +7,8 @@ namespace {
 
 constexpr double kTolerances[] = {0.025, 0.015, 0.01, 0.007, 0.005, 0.005, 0.005};
 
-/// The normal equations of the corrections to (radius, centerX, centerY): relative to the current center, an edge in
-/// the direction u is off by correction . (1, u).
+/// Normal equations for corrections to (radius, centerX, centerY): the residual of an edge in direction u from the
+/// current center is correction . (1, u).
 class NormalEquations {
 public:
     void Add(double ux, double uy, double residual)
@@ -24,7 +24,7 @@ public:
 
     int Count() const { return m_count; }
 
-    /// Solves by Cramer's rule; false if the edges are too close together.
+    /// Solves the equations by Cramer's rule. Returns false if the edges are too close together.
     bool Solve(double correction[3]) const
     {
         const double all = Determinant(m_matrix);

@@ -10,6 +10,6 @@ struct RefinedCircle {
 
 /// Refines the best model of a finished fit by least squares over the distances of its edges (Gauss-Newton). Needed if
 /// the center is far from the origin, because a trial's linear model is off by up to offset^2 / (2 radius) there. The
-/// first iterations use edges up to 2.5 % of the smaller side away, the last ones up to 0.5 %. The model stays
-/// unchanged if fewer than three edges are near.
+/// first iterations use edges up to 2.5 % of the smaller side away, the last ones up to 0.5 %. With fewer than three
+/// edges in range, the model stays unchanged.
 RefinedCircle RefineCircle(const RansacFisheye &fit);

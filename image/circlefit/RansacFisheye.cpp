@@ -12,7 +12,7 @@ constexpr double kInlierShare = 0.005; // of the smaller side
 constexpr double kMinScore = 0.05;
 constexpr double kGoodScore = 0.6;
 
-/// Solves the three linear equations in place; false if they have no unique solution.
+/// Solves three linear equations and overwrites @p matrix. Returns false if there is no unique solution.
 bool Solve(float matrix[3][3], const float right[3], float solution[3])
 {
     constexpr primitives::Step kRowBytes = 3 * sizeof(float);

@@ -1,13 +1,13 @@
-// Robust fit of one circle with outliers: the image circle of a fisheye photograph.
+// Robust fit of a circle to points with outliers: the image circle of a fisheye photograph.
 #pragma once
 
 #include <QVector>
 
-/// Finds a circle from points measured along rays that start near its center, by random sample consensus (Fischler and
+/// Fit of a circle to points measured along rays that start near its center, by random sample consensus (Fischler and
 /// Bolles 1981). All lengths are in pixels, positions relative to the rays' origin.
 ///
-/// Fill data, width, height, iterations and maxCenterOffset2, call process(), read best. Draws come from qrand(): a
-/// caller that seeds with qsrand() gets the same circle for the same data. One thread per fit.
+/// Fill data, width, height, iterations and maxCenterOffset2, call process(), read best. Random numbers come from
+/// qrand(): a caller that seeds it with qsrand() gets the same circle for the same data. Use each fit on one thread.
 class RansacFisheye {
 public:
     /// One measurement, on the ray of the unit vector (directionX, directionY).
@@ -26,7 +26,7 @@ public:
 
     QVector<Data> data;
     double bestScore = 0;        // 0: nothing found
-    Model best = {0, 0, 0};      // the first model of that score
+    Model best = {0, 0, 0};      // the first model with that score
     int iterations = 0;          // maximum number of trials
     double maxCenterOffset2 = 0; // upper limit of the center's squared distance from the origin
     double width = 0;            // of the image
@@ -34,14 +34,14 @@ public:
 
     /// Runs the trials until one is good enough.
     void process();
-    /// Returns the circle through three edges drawn at random, in the linear model that is valid close to the center:
-    /// distance = radius + centerX * directionX + centerY * directionY. All 0 if the three directions don't determine
-    /// it or there are fewer than three edges; a circle about the origin through the first edge if the center would be
-    /// too far out.
+    /// Returns the circle through three edges drawn at random, by a linear model that holds for centers near the
+    /// origin: distance = radius + centerX * directionX + centerY * directionY. All 0 if the three directions don't
+    /// determine it or there are fewer than three edges. If the center would be too far out, returns the circle about
+    /// the origin through the first edge.
     Model computeOneModel();
-    /// Scores a model as the share of edges within 0.5 % of the image's smaller side, plus points inside, minus edges
-    /// missed where the circle lies beyond the image. Keeps it if it is the best so far and that share is above 5 %;
-    /// returns true if the score is above 0.6.
+    /// Scores a model: the number of edges within 0.5 % of the image's smaller side, plus points inside, minus missed
+    /// edges in whose direction the circle lies beyond the image, divided by the number of measurements. Keeps the
+    /// model if it is the best so far and the first share is above 5 %; returns true if the score is above 0.6.
     bool evaluateModel(Model model);
 
 private:

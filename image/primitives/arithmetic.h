@@ -1,4 +1,4 @@
-// Pixel-wise arithmetic of images and constants, comparison and threshold.
+// Pixel-wise arithmetic on images and constants, comparisons and thresholds.
 //
 // The target may be one of the sources. Integer results are divided by 2 to the power of a scale factor, rounded to
 // nearest and saturated.
@@ -28,7 +28,7 @@ template <typename V> constexpr V ScaleDown(V value, int scaleFactor)
     return scaleFactor > 0 ? static_cast<V>((value + (V(1) << (scaleFactor - 1))) >> scaleFactor) : value;
 }
 
-/// Limits of scale factors: no shift to the left, and rounding of 16-bit products stays within 63 bits.
+/// Returns whether a scale factor is in range: no shift to the left, and rounded 16-bit products fit in 63 bits.
 constexpr bool IsScaleFactor(int scaleFactor)
 {
     return scaleFactor >= 0 && scaleFactor <= 31;
@@ -48,7 +48,7 @@ template <typename Op, typename T, int C>
 Status CombineScaled(const T *first, Step firstStep, const T *second, Step secondStep, T *dst, Step dstStep, Size size,
                      int scaleFactor)
 {
-    // 8-bit products and their rounding fit in 32 bits up to a shift of 30, which vectorizes; all others need 64.
+    // Rounded 8-bit products fit in 32 bits up to a shift of 30, so the loop vectorizes; 16-bit samples need 64.
     using Wide = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
     if (!IsScaleFactor(scaleFactor))
         return Status::BadArgument;
@@ -61,7 +61,7 @@ Status CombineScaled(const T *first, Step firstStep, const T *second, Step secon
                    });
 }
 
-/// Combines each channel with its constant of @p constants.
+/// Combines each channel with its constant.
 template <typename Op, int C>
 Status CombineConstants(const Ipp32f *src, Step srcStep, const Ipp32f constants[C], Ipp32f *dst, Step dstStep,
                         Size size)
@@ -112,10 +112,10 @@ Status MulConstantScaled(const T *src, Step srcStep, int constant, T *dst, Step 
     return MulConstantsScaled<T, 1>(src, srcStep, &constant, dst, dstStep, size, scaleFactor);
 }
 
-/// The values are those of the interface.
+/// The values are part of the interface.
 enum class Comparison { Less = 0, LessEqual = 1, Equal = 2, GreaterEqual = 3, Greater = 4 };
 
-/// Writes a mask of 255 where the comparison of the pixel with @p constant is true, otherwise 0. Always 0 for NaN.
+/// Writes a mask: 255 where the pixel compares true with @p constant, otherwise 0. NaN always gives 0.
 template <typename T>
 Status CompareConstant(const T *src, Step srcStep, T constant, Ipp8u *mask, Step maskStep, Size size, Comparison how)
 {

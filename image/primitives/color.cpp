@@ -42,7 +42,7 @@ void ToRgbFromHsv(Ipp8u &h, Ipp8u &s, Ipp8u &v)
     v = channel(4.0f);
 }
 
-/// The value of 1.0 in a type.
+/// Value that represents 1.0 in a type.
 template <typename T> constexpr float kFull = std::is_floating_point_v<T> ? 1.0f : float(std::numeric_limits<T>::max());
 
 constexpr float kLumaGain = 1.0f / 1.402f;

@@ -46,7 +46,7 @@ Status CopyChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
     });
 }
 
-/// Converts gray (@p S 1) or RGB (S 3) to RGBA with the alpha @p alpha.
+/// Converts gray (@p S = 1) or RGB (S = 3) to RGBA with the given alpha.
 template <typename T, int S> Status CopyOpaque(const T *src, Step srcStep, T *dst, Step dstStep, Size size, T alpha)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [alpha, width = size.width](const T *srcRow, T *dstRow) {

@@ -7,10 +7,10 @@
 
 namespace primitives {
 
-/// Followed in its block by the weights from the center outward.
+/// Header of the block that holds the weights, which follow from the center outward.
 struct GaussianSpec {
     int radius;
-    int padding; // aligns the weights with the block
+    int padding; // keeps the weights aligned to 8 bytes
 
     float *Weights() { return reinterpret_cast<float *>(this + 1); }
     const float *Weights() const { return reinterpret_cast<const float *>(this + 1); }
@@ -37,13 +37,13 @@ PRIMITIVES_WIDE void StartWith(const float *center, float weight, float *__restr
 
 /// Two rows at the same distance from the center.
 struct Pair {
-    const float *before, *behind;
+    const float *before, *after;
 };
 
 PRIMITIVES_WIDE void AddPair(Pair pair, float weight, float *__restrict sums, std::int64_t samples)
 {
     for (std::int64_t i = 0; i < samples; ++i)
-        sums[i] += weight * (pair.before[i] + pair.behind[i]);
+        sums[i] += weight * (pair.before[i] + pair.after[i]);
 }
 
 /// Adds four pairs at once, so that the sums are read and written only once.
@@ -52,13 +52,14 @@ PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], floa
 {
     const Pair a = pairs[0], b = pairs[1], c = pairs[2], d = pairs[3];
     for (std::int64_t i = 0; i < samples; ++i) {
-        const float first = weights[0] * (a.before[i] + a.behind[i]) + weights[1] * (b.before[i] + b.behind[i]);
-        const float second = weights[2] * (c.before[i] + c.behind[i]) + weights[3] * (d.before[i] + d.behind[i]);
+        const float first = weights[0] * (a.before[i] + a.after[i]) + weights[1] * (b.before[i] + b.after[i]);
+        const float second = weights[2] * (c.before[i] + c.after[i]) + weights[3] * (d.before[i] + d.after[i]);
         sums[i] += first + second;
     }
 }
 
-/// Fills @p sums with the center and the pairs pairAt(1) to pairAt(radius), in parts that fit in the first-level cache.
+/// Fills @p sums with the weighted sum of the center and the pairs pairAt(1) to pairAt(radius), in parts that fit in
+/// the first-level cache.
 template <typename PairAt>
 void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *sums, std::int64_t count)
 {
@@ -67,7 +68,7 @@ void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *
         const std::int64_t samples = std::min(kStretch, count - start);
         const auto stretchAt = [&](int d) {
             const Pair whole = pairAt(d);
-            return Pair{whole.before + start, whole.behind + start};
+            return Pair{whole.before + start, whole.after + start};
         };
         StartWith(center + start, spec.Weights()[0], sums + start, samples);
         int d = 1;
@@ -80,7 +81,7 @@ void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *
     }
 }
 
-/// Computes the blurred column values of row @p y, with @p radius repeated ones before and after.
+/// Computes row @p y blurred along the columns, and repeats its first and last values radius times as padding.
 void BlurColumns(const Ipp32f *src, Step srcStep, Size size, int y, const GaussianSpec &spec, float *padded)
 {
     float *sums = padded + spec.radius;

@@ -6,21 +6,21 @@
 
 namespace primitives {
 
-/// The weights of a blur; stored in a block of the caller.
+/// Weights of a blur, stored in a block of the caller.
 struct GaussianSpec;
 
 /// Returns the sizes in bytes of the weights and of the work block of a blur. @p kernelSize is odd.
 Status FilterGaussianGetBufferSize(Size size, int kernelSize, std::int64_t *specBytes, std::int64_t *bufferBytes);
 
-/// Computes the weights exp(-d^2 / (2 sigma^2)) at the distances d from 0 to kernelSize / 2, with the sum 1. @p sigma
-/// is above 0.
+/// Computes the weights exp(-d^2 / (2 sigma^2)) at the distances d from 0 to kernelSize / 2, normalized to the sum 1.
+/// @p sigma is above 0.
 Status FilterGaussianInit(int kernelSize, float sigma, BorderMode border, GaussianSpec *spec);
 
 /// Blurs a plane; pixels beyond its edge repeat the edge. The target must not overlap the source.
 Status FilterGaussianBorder(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size,
                             const GaussianSpec *spec, void *buffer);
 
-/// Same, without a separate specification: @p buffer also holds it.
+/// Like the functions above, but @p buffer also holds the weights.
 Status FilterGaussGetBufferSize(Size size, int kernelSize, std::int64_t *bytes);
 Status FilterGaussBorder(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, int kernelSize,
                          float sigma, BorderMode border, void *buffer);

@@ -19,7 +19,7 @@ namespace primitives {
 
 namespace {
 
-constexpr float kReach = 3.5f; // of kernels, in sigmas: one part in 2,000 of the weight lies beyond
+constexpr float kReach = 3.5f; // of kernels, in sigmas; one part in 2,000 of the weight lies beyond
 constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline extends two steps to both sides
 
 /// A plane that owns its memory; empty if the allocation fails.
@@ -35,7 +35,7 @@ struct Plane {
     std::unique_ptr<Ipp32f, void (*)(void *)> block;
 };
 
-/// Nodes lie at the pixels 0, k, 2k and so on, with a margin on both sides beyond which all are equal.
+/// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes beyond that would be equal.
 struct Grid {
     int pixels;
     int spacing; // k
@@ -55,7 +55,7 @@ double BSpline(double t)
     return 2.0 / 3 - distance * distance * (1 - distance / 2);
 }
 
-/// The weight of each pixel, from @p first on, in a node; the edge's weight includes the pixels beyond it.
+/// Weights of pixels in a node, starting with pixel @p first. That of an edge pixel includes those repeated beyond it.
 struct NodeWeights {
     NodeWeights(const Grid &grid, int node)
     {
@@ -73,7 +73,7 @@ struct NodeWeights {
     std::vector<float> weights;
 };
 
-/// Sets the sums to those of four weighted rows; Add4 adds these to the sums.
+/// Sets @p sums to the weighted sum of four rows; Add4 adds that sum to @p sums.
 PRIMITIVES_WIDE void SumOf4(const Ipp32f *const rows[4], const float weights[4], Ipp32f *__restrict sums,
                             std::int64_t count)
 {
@@ -90,7 +90,7 @@ PRIMITIVES_WIDE void Add4(const Ipp32f *const rows[4], const float weights[4], I
         sums[i] += weights[0] * a[i] + weights[1] * b[i] + weights[2] * c[i] + weights[3] * d[i];
 }
 
-/// Computes one node's row: the weighted sum of the rows under it.
+/// Computes one node's row: the weighted sum of the rows that the node covers.
 void ProjectOnNode(const Ipp32f *src, Step srcStep, const NodeWeights &node, Ipp32f *sums, std::int64_t width)
 {
     constexpr std::int64_t kStretch = 1024; // the sums stay in the first-level cache
@@ -100,7 +100,7 @@ void ProjectOnNode(const Ipp32f *src, Step srcStep, const NodeWeights &node, Ipp
         for (std::int64_t tap = 0; tap <= last; tap += 4) {
             const Ipp32f *rows[4];
             float weights[4];
-            for (int i = 0; i < 4; ++i) { // with fewer than four, repeats the last row with weight 0
+            for (int i = 0; i < 4; ++i) { // if fewer than four are left, repeat the last row with weight 0
                 rows[i] = RowAt(src, srcStep, node.first + std::min(tap + i, last)) + start;
                 weights[i] = tap + i <= last ? node.weights[static_cast<std::size_t>(tap + i)] : 0.0f;
             }
@@ -109,7 +109,8 @@ void ProjectOnNode(const Ipp32f *src, Step srcStep, const NodeWeights &node, Ipp
     }
 }
 
-/// Computes pixel @p pixel of an axis for @p width samples at once, from rows of nodes from node @p firstNode on.
+/// Evaluates pixel @p pixel of an axis for @p width samples at once. The first row of @p nodes is that of node @p
+/// firstNode.
 void ReadOff(const Ipp32f *nodes, Step step, int firstNode, const Grid &grid, int pixel, Ipp32f *dst,
              std::int64_t width)
 {
@@ -155,7 +156,7 @@ void Transpose(Plane &src, Size size, Plane &dst)
             }
         }
     }
-    for (int y = 0; y < size.height; ++y) { // the rest at the right and at the bottom
+    for (int y = 0; y < size.height; ++y) { // the remainder at the right and bottom
         for (int x = y < wholeHeight ? wholeWidth : 0; x < size.width; ++x)
             dst.Row(x)[y] = src.Row(y)[x];
     }
@@ -173,7 +174,7 @@ Status BlurPlainly(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, S
 }
 
 /// A plane's two grids, with projection and evaluation. Works in blocks of node rows, which are transposed for the
-/// columns so that every loop runs along memory; planes on the grid are stored transposed.
+/// columns so that every loop accesses memory sequentially; planes on the grid are stored transposed.
 class GridBlur {
 public:
     GridBlur(Size size, int spacing)
@@ -217,7 +218,7 @@ public:
     }
 
 private:
-    static constexpr int kBlock = 125, kOverlap = 3; // node rows; together a multiple of the vectors' length
+    static constexpr int kBlock = 125, kOverlap = 3; // node rows; together a multiple of the vector length
 
     Grid m_rows, m_columns;
     Plane m_block, m_turned;
@@ -233,7 +234,7 @@ Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Si
 
     GridBlur grid(size, spacing);
     const Size onGridSize = grid.GridSize();
-    // Use the target, which isn't needed until the end: the first access to new memory takes longer than the blur.
+    // Keep the grid in the target until that is filled: the first access to new memory takes longer than the blur.
     const bool fits = onGridSize.width <= size.width && onGridSize.height <= size.height;
     Plane onGrid = fits ? Plane(onGridSize, dst, dstStep) : Plane(onGridSize);
     Plane blurred(onGridSize);

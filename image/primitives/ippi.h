@@ -1,4 +1,4 @@
-// Public names of the image primitives, by family: each is an alias of one instance of a template, whose header
+// Public names of the image primitives, by family. Each is an alias of a template instance; the header of the template
 // documents arguments and rules.
 #pragma once
 

@@ -1,4 +1,4 @@
-// LU decomposition of small matrices, and solving by back-substitution.
+// LU decomposition of small matrices and back-substitution.
 #pragma once
 
 #include "types.h"

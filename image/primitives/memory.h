@@ -5,14 +5,14 @@
 
 namespace primitives {
 
-/// Allocates @p bytes, or @p height rows of @p rowBytes each with the step in @p step, aligned to 64 bytes. Null if a
-/// size is below 1 or the memory is not available. Release it with Free.
+/// Allocates @p bytes, or @p height rows of @p rowBytes each with the step in @p step, aligned to 64 bytes. Returns
+/// null if a size is below 1 or the memory is not available. Release the block with Free.
 void *Allocate(std::int64_t bytes);
 void *AllocateRows(std::int64_t rowBytes, int height, Step *step);
 /// Frees a block; accepts null.
 void Free(void *block);
 
-/// Allocates an image of @p width by @p height pixels of @p C channels; pixels undefined.
+/// Allocates an image of @p width by @p height pixels of @p C channels; the pixels are undefined.
 template <typename T, int C> T *AllocateImage(int width, int height, Step *step)
 {
     return static_cast<T *>(AllocateRows(std::int64_t(width) * C * std::int64_t(sizeof(T)), height, step));

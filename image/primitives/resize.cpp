@@ -7,7 +7,7 @@ namespace primitives {
 
 namespace {
 
-/// The source positions that contribute to one target position, @p count from @p first on, and their weights.
+/// Source positions that contribute to one target position: @p count, starting at @p first, and their weights.
 struct Taps {
     std::int32_t first;
     std::int32_t count;
@@ -32,7 +32,7 @@ std::int64_t MaxWeights(int src, int dst, ResizeMethod method)
 
 } // namespace
 
-/// Followed in its block by the taps of the target's columns, those of its rows, then all weights.
+/// Header of a block that continues with the taps of the target's columns, those of its rows, and all weights.
 struct ResizeSpec {
     Size src;
     Size dst;
@@ -48,7 +48,8 @@ static_assert(sizeof(ResizeSpec) % alignof(Taps) == 0);
 
 namespace {
 
-/// Fills the taps of one axis, in integer multiples of 1 / dst source positions; returns the next free weight.
+/// Fills the taps of one axis, computed in integer multiples of 1 / dst source pixels. Returns the index of the next
+/// free weight.
 std::int64_t FillSuperTaps(int src, int dst, Taps *taps, float *weights, std::int64_t next)
 {
     for (std::int64_t i = 0; i < dst; ++i) {
@@ -63,7 +64,7 @@ std::int64_t FillSuperTaps(int src, int dst, Taps *taps, float *weights, std::in
     return next;
 }
 
-/// Same for bilinear; positions in integer multiples of 1 / (2 dst).
+/// Like FillSuperTaps, but for bilinear interpolation and in multiples of 1 / (2 dst) source pixels.
 std::int64_t FillLinearTaps(int src, int dst, Taps *taps, float *weights, std::int64_t next)
 {
     const std::int64_t unit = 2 * std::int64_t(dst);
@@ -90,8 +91,8 @@ template <typename FillTaps> Status Init(Size src, Size dst, ResizeSpec *spec, F
     return Status::Ok;
 }
 
-/// Adds the weighted sum of @p Rows rows from @p src on to sums. Several at a time, because each call reads and writes
-/// the sums in memory.
+/// Adds the weighted sum of @p Rows rows, the first at @p src, to @p sums. Takes several rows at a time, because each
+/// call reads and writes the sums in memory.
 template <int Rows, typename T>
 void AddRows(const T *src, Step srcStep, const float *weights, float *sums, std::int64_t count)
 {

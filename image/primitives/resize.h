@@ -1,14 +1,14 @@
 // Changes the size of an image: area weighting for reductions, bilinear for everything else.
 //
-// Both are separable: first an output row is combined from source rows, then the output pixels from that row. The
-// weights of source rows and columns are computed once, in a specification.
+// Both are separable: source rows are combined into one row, then its samples into output pixels. The weights of source
+// rows and columns are computed once, in a specification.
 #pragma once
 
 #include "types.h"
 
 namespace primitives {
 
-/// The values are those of the interface.
+/// The values are part of the interface.
 enum ResizeMethod { kResizeLinear = 2, kResizeSuper = 8 };
 enum BorderMode { kBorderReplicate = 1 };
 
@@ -26,7 +26,7 @@ Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, 
                      std::int64_t *initBytes);
 
 /// Prepares area weighting: a target pixel is the mean of the source area that it covers, in which pixels cut by its
-/// edge count in proportion. Supports any ratio from 1 on, separately for each direction.
+/// edge count in proportion. Supports any ratio of 1 or more, separately for each direction.
 Status ResizeSuperInit(Size src, Size dst, ResizeSpec *spec);
 /// Prepares bilinear interpolation between pixel centers; the outermost pixels are repeated beyond their centers. @p
 /// initBuffer is not used.
@@ -35,7 +35,7 @@ Status ResizeLinearInit(Size src, Size dst, ResizeSpec *spec, void *initBuffer);
 /// Returns the size in bytes of the work block for images of @p channels channels: one row of the source in floats.
 Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::int64_t *bytes);
 
-/// Computes the part of the target at @p dstOffset of @p dstSize pixels.
+/// Computes the part of the target that starts at @p dstOffset and has @p dstSize pixels.
 ///
 /// @param src  Pixel (0, 0) of the whole source.
 /// @param dst  First pixel of the part. Must not overlap the source.

@@ -21,7 +21,7 @@ struct Pixel {
 /// of a source cache line are used while the line is in the first-level cache.
 constexpr std::int64_t kBlockSide = 16;
 
-/// Targets from this size on exceed the caches anyway, so they are written bypassing the caches.
+/// Targets of this size or more exceed the caches anyway, so writes bypass the caches.
 constexpr std::int64_t kStreamedBytes = std::int64_t(4) << 20;
 
 void Store(Pixel *to, const Pixel &pixel)
@@ -66,7 +66,7 @@ Range ImageOf(Range source, int sign, std::int64_t shift)
     return {shift - source.end + 1, shift - source.first + 1};
 }
 
-/// Maps a target position back to its source.
+/// Mapping from target positions back to source positions.
 template <typename T> struct Turn {
     T cosine;
     T sine;
@@ -77,7 +77,7 @@ template <typename T> struct Turn {
     T SourceY(T x, T y) const { return sine * (x - shiftX) + cosine * (y - shiftY); }
 };
 
-/// A part of the target whose sources all lie within the source.
+/// Part of the target whose source positions all lie within the source.
 struct Region {
     Range x;
     Range y;
@@ -100,8 +100,8 @@ Region TargetRegion(Rect srcRect, Rect dstRect, const Turn<std::int64_t> &turn)
             Intersect(wanted.y, ImageOf(src.y, cosine, turn.shiftY))};
 }
 
-/// Returns the first column from @p x on, at most @p end, whose pixel starts a cache line. Writing half a line past the
-/// caches costs a read and a write.
+/// Returns the first column at or after @p x, at most @p end, whose pixel starts a cache line. A partial line that
+/// bypasses the caches costs a read and a write.
 std::int64_t LineStart(const Pixel *row, std::int64_t x, std::int64_t end)
 {
     constexpr std::uintptr_t kLineBytes = 64;
@@ -115,7 +115,7 @@ template <void StorePixel(Pixel *, const Pixel &)>
 void MovePixels(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, const Region &region,
                 const Turn<std::int64_t> &turn)
 {
-    // Source bytes from one target column to the next.
+    // Distance in bytes between the source pixels of adjacent target columns.
     const Step acrossStep = turn.cosine * std::int64_t(sizeof(Pixel)) + turn.sine * srcStep;
     for (std::int64_t blockX = region.x.first; blockX < region.x.end; blockX += kBlockSide) {
         // Blocks go down the target, along the same few source rows.
@@ -179,7 +179,7 @@ Pixel SampleCubic(const Ipp32f *src, Step srcStep, Rect rect, double x, double y
     return sum;
 }
 
-/// Returns whether a position belongs to one of @p count pixels from @p first on, centers at integers.
+/// Returns whether a position belongs to one of @p count pixels, the first centered on @p first.
 bool IsWithin(double position, int first, int count)
 {
     return position >= first - 0.5 && position < double(first) + count - 0.5;

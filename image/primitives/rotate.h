@@ -5,7 +5,7 @@
 
 namespace primitives {
 
-/// Cubic interpolation; the value is that of the interface.
+/// Cubic interpolation; the value is part of the interface.
 enum Interpolation { kCubic = 4 };
 
 /// Rotates @p srcRect of an image counterclockwise (rows run downward) by @p angleDegrees about the center of its

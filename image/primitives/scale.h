@@ -1,4 +1,4 @@
-// Changes the depth of components: mapping of ranges, and plain conversion.
+// Changes the depth of components, by mapping ranges or by plain conversion.
 #pragma once
 
 #include "types.h"
@@ -6,10 +6,10 @@
 
 namespace primitives {
 
-/// How Scale16To8 rounds: "fast" may be off by one.
+/// Rounding mode of Scale16To8: "fast" may be off by one.
 enum ScaleHint { kScaleFast = 1 };
 
-/// Maps the whole range of one integer type to that of the other: 257 counts of 16 bits are one of 8 bits.
+/// Maps the whole range of one integer type to that of the other: 257 steps at 16 bits are one step at 8 bits.
 template <int C> Status Scale8To16(const Ipp8u *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp8u *srcRow, Ipp16u *dstRow) {
@@ -21,7 +21,7 @@ template <int C> Status Scale8To16(const Ipp8u *src, Step srcStep, Ipp16u *dst, 
 template <int C> Status Scale16To8(const Ipp16u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, ScaleHint)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp8u *dstRow) {
-        // v / 257 to within one count, exact for multiples of 257, and it stays within 16 bits.
+        // Gives v / 257 to within 1, exactly for multiples of 257, and stays within 16 bits.
         for (std::int64_t i = 0; i < n; ++i) {
             const Ipp16u v = srcRow[i];
             dstRow[i] = static_cast<Ipp8u>(static_cast<Ipp16u>(v - (v >> 8) + 128) >> 8);
@@ -29,7 +29,7 @@ template <int C> Status Scale16To8(const Ipp16u *src, Step srcStep, Ipp8u *dst, 
     });
 }
 
-/// Maps 0 to 255 to @p low to @p high.
+/// Maps the range 0 to 255 to the range @p low to @p high.
 template <int C>
 Status Scale8ToFloat(const Ipp8u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float low, float high)
 {
@@ -40,7 +40,7 @@ Status Scale8ToFloat(const Ipp8u *src, Step srcStep, Ipp32f *dst, Step dstStep, 
     });
 }
 
-/// Maps @p low to @p high to 0 to 255; values outside saturate.
+/// Maps the range @p low to @p high to the range 0 to 255; values outside saturate.
 template <int C>
 Status ScaleFloatTo8(const Ipp32f *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, float low, float high)
 {
@@ -52,7 +52,7 @@ Status ScaleFloatTo8(const Ipp32f *src, Step srcStep, Ipp8u *dst, Step dstStep, 
     });
 }
 
-/// Maps 0 to 65,535 to 0.0 to 1.0.
+/// Maps the range 0 to 65,535 to the range 0 to 1.
 template <int C> Status Scale16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp32f *dstRow) {
@@ -61,7 +61,7 @@ template <int C> Status Scale16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f *
     });
 }
 
-/// Maps 0.0 to 1.0 to 0 to 65,535; values outside saturate.
+/// Maps the range 0 to 1 to the range 0 to 65,535; values outside saturate.
 template <int C> Status ScaleFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp16u *dstRow) {
@@ -69,7 +69,7 @@ template <int C> Status ScaleFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *
     });
 }
 
-/// The rounding of ConvertFloatTo16: only "to nearest" is supported.
+/// Rounding mode of ConvertFloatTo16: only "to nearest" is supported.
 enum RoundMode { kRoundNear = 1 };
 
 /// Converts 0 to 65,535 to floats of the same value.

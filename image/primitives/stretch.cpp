@@ -166,7 +166,7 @@ std::int64_t Stretch::RunVectors(const Ipp8u *, Ipp8u *, std::int64_t) const
 
 void Stretch::Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const
 {
-    // A vector that ends within a three-channel pixel leaves part of it, which the plain loop completes.
+    // If the last vector ends within a three-channel pixel, the plain loop completes the pixel.
     const std::int64_t samples = pixels * m_channels, done = m_factor ? RunVectors(src, dst, samples) : 0;
     for (std::int64_t i = done; i < samples; ++i)
         dst[i] = m_channels == 4 && i % 4 == 3 ? src[i] : m_table[src[i]];

@@ -1,11 +1,11 @@
-// Stretches the range of 8-bit colors. Pixels have 3 or 4 channels, of which the first three are used.
+// Stretches the range of 8-bit colors. Pixels have 3 or 4 channels, of which the first three are colors.
 #pragma once
 
 #include "types.h"
 
 namespace primitives {
 
-/// Least and greatest color sample of the added pixels.
+/// Least and greatest color samples of the added pixels.
 class ColorRange {
 public:
     explicit ColorRange(int channels);
@@ -17,7 +17,7 @@ public:
 private:
     static constexpr int kLanes = 48; // a whole number of pixels of either kind, and of vectors
 
-    /// Adds whole groups of kLanes samples; returns the number of samples, 0 without vector code.
+    /// Adds whole groups of kLanes samples; returns the number of samples added, 0 without vector code.
     std::int64_t AddVectors(const Ipp8u *pixels, std::int64_t samples);
     bool IsColor(int lane) const { return lane % m_channels < 3; }
 
@@ -28,25 +28,26 @@ private:
 /// Maps the colors of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
 void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
 
-/// Maps colors v to 255 (v - low) / (high - low), truncated and limited to 0 to 255; if low is high, low maps to 0.
+/// Mapping from colors v to 255 (v - low) / (high - low), truncated and limited to 0 to 255. If low equals high, it
+/// maps to 0.
 class Stretch {
 public:
     Stretch(Ipp8u low, Ipp8u high, int channels);
 
-    /// Uses a table of all values, which defines the result.
+    /// Maps through a table of all values, which defines the result.
     void RunPlain(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const
     {
         MapColors(m_table, m_channels, src, dst, pixels);
     }
-    /// Same, by vector multiplication; for ranges that have a factor.
+    /// Gives the same result, by vector multiplication if a factor reproduces the table.
     void Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const;
 
 private:
-    /// Returns (limited << 8) * factor >> 16, plus rounding, >> shift.
+    /// Returns (((limited << 8) * factor >> 16) + rounding) >> shift; limited is value - low, clamped to the range.
     Ipp8u Multiplied(Ipp8u value) const;
     bool GivesTable() const;
     void FindFactor();
-    /// Processes whole vectors of a row; returns the number of samples, 0 without vector code.
+    /// Processes whole vectors of a row; returns the number of samples processed, 0 without vector code.
     std::int64_t RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samples) const;
 
     Ipp8u m_table[256];

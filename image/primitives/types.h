@@ -5,7 +5,7 @@
 //   bytes from one row to the next and are 64-bit, so images beyond 2 and 4 GiB work. A step may be negative.
 // - Row starts and steps are multiples of the component's size.
 // - Only the pixels of the region are written, never the gap between two rows.
-// - A null pointer or a size below 1 returns a status, and nothing is read or written.
+// - For a null pointer or a size below 1, functions return an error status and read and write nothing.
 // - Functions have no state and start no threads: any thread may call any of them on rows that don't overlap.
 #pragma once
 
@@ -77,8 +77,8 @@ Status ForRows(const S *a, Step aStep, const S *b, Step bStep, D *dst, Step dstS
     return CheckSize(size);
 }
 
-/// Calls sample(i) for 0 to count - 1. Promises the compiler that the calls are independent, because a target is either
-/// one of the sources or doesn't overlap them. Otherwise possible aliasing would prevent vectorization.
+/// Calls sample(i) for 0 to count - 1. Promises the compiler that the calls are independent: a target either is one of
+/// the sources or doesn't overlap them. Without that, possible aliasing would prevent vectorization.
 template <typename Sample> void ForSamples(std::int64_t count, Sample sample)
 {
 #ifndef __clang__
@@ -95,7 +95,7 @@ template <int C> constexpr std::int64_t RowSamples(Size size)
     return std::int64_t(C) * size.width;
 }
 
-/// Clamps @p value to the range of an unsigned type of up to 16 bits; NaN is 0.
+/// Clamps @p value to the range of an unsigned type of up to 16 bits; NaN becomes 0.
 template <typename D> constexpr float Limit(float value)
 {
     static_assert(sizeof(D) <= 2 && std::is_unsigned_v<D>);
@@ -104,8 +104,8 @@ template <typename D> constexpr float Limit(float value)
     return notBelow < kMax ? notBelow : kMax;
 }
 
-/// Converts computed values to components; nothing else does. Integers are rounded to nearest and clamped to the range
-/// of the type, and NaN becomes 0. Floats are unchanged.
+/// Converts a computed value to a component; all such conversions use this function or Truncate. Integers are rounded
+/// to nearest and clamped to the range of the type, and NaN becomes 0. Floats are unchanged.
 template <typename D> constexpr D Saturate(float value)
 {
     if constexpr (std::is_floating_point_v<D>) {
@@ -115,7 +115,7 @@ template <typename D> constexpr D Saturate(float value)
     }
 }
 
-/// Same, but truncated toward zero.
+/// Like Saturate, but truncates toward zero.
 template <typename D> constexpr D Truncate(float value)
 {
     if constexpr (std::is_floating_point_v<D>)
@@ -124,7 +124,7 @@ template <typename D> constexpr D Truncate(float value)
         return static_cast<D>(static_cast<int>(Limit<D>(value)));
 }
 
-/// Same, for integers.
+/// Clamps an integer to the range of a type.
 template <typename D, typename V> constexpr std::enable_if_t<std::is_integral_v<V>, D> Saturate(V value)
 {
     constexpr V kMin = std::numeric_limits<D>::min();

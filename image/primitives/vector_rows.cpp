@@ -22,7 +22,7 @@ void Store16(void *to, __m128i value)
     _mm_storeu_si128(static_cast<__m128i *>(to), value);
 }
 
-/// Computes Saturate of (v - low) * factor for four floats, as 32-bit integers.
+/// Function object that computes Saturate of (v - low) * factor for four floats, as 32-bit integers.
 struct Rounding {
     __m128 low;
     __m128 factor;
@@ -31,7 +31,7 @@ struct Rounding {
     __m128i operator()(const Ipp32f *src) const
     {
         const __m128 scaled = _mm_mul_ps(_mm_sub_ps(_mm_loadu_ps(src), low), factor);
-        // The second operand wins if the first is NaN.
+        // The maximum is its second operand if the first is NaN.
         const __m128 inRange = _mm_min_ps(_mm_max_ps(scaled, _mm_setzero_ps()), limit);
         return _mm_cvttps_epi32(_mm_add_ps(inRange, _mm_set1_ps(0.5f)));
     }
@@ -55,7 +55,7 @@ __attribute__((target("ssse3"))) inline __m128i FourGrays(const Ipp8u *src)
     return _mm_srli_epi32(sum, Weights::kShift);
 }
 
-/// Processes the pixels of a row in groups of 16, while the group's reads end within the row; returns how many.
+/// Converts pixels in groups of 16 as long as all reads stay within the row. Returns the number converted.
 __attribute__((target("ssse3"))) std::int64_t Rgb8ToGrayInVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels)
 {
     std::int64_t x = 0;
@@ -68,7 +68,7 @@ __attribute__((target("ssse3"))) std::int64_t Rgb8ToGrayInVectors(const Ipp8u *s
     return x;
 }
 
-/// Scales a pixel of 32-bit integers, whose fourth is 0, and stores it with alpha 1.
+/// Scales a pixel of 32-bit integers, the fourth of which is 0, and stores it with alpha 1.
 void StoreOpaque(Ipp32f *dst, __m128i pixel, __m128 factor)
 {
     const __m128 alpha = _mm_setr_ps(0.0f, 0.0f, 0.0f, 1.0f);
@@ -128,7 +128,7 @@ void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low
 void FloatToInteger(const Ipp32f *src, Ipp16u *dst, std::int64_t count, float low, float factor)
 {
     const Rounding round = {_mm_set1_ps(low), _mm_set1_ps(factor), _mm_set1_ps(65535.0f)};
-    // SSE2 only packs signed 16-bit numbers: shift the range down for it, and flip the sign bit back.
+    // SSE2 packs only to signed 16-bit numbers: shift the range down first, and flip the sign bit afterward.
     const __m128i half = _mm_set1_epi32(32768), signBit = _mm_set1_epi16(-32768);
     std::int64_t i = 0;
     for (; i + 8 <= count; i += 8) {

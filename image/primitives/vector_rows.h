@@ -1,4 +1,4 @@
-// Row loops that compilers don't vectorize well: their definition in plain code, and a bit-identical vector form.
+// Row loops that compilers don't vectorize well, each as plain code that defines it and as bit-identical vector code.
 #pragma once
 
 #include "types.h"
@@ -17,7 +17,7 @@ template <typename D> void FloatToInteger(const Ipp32f *src, D *dst, std::int64_
         dst[i] = Saturate<D>((src[i] - low) * factor);
 }
 
-/// Weights of R, G and B (0.299, 0.587, 0.114; ITU-R BT.601) in parts of 2^shift; their sum is 2^shift.
+/// Weights of R, G and B (0.299, 0.587, 0.114; ITU-R BT.601) in units of 2^-shift; their sum is 2^shift.
 template <typename T> struct GrayWeights;
 template <> struct GrayWeights<Ipp8u> { // fits in signed 16 bits
     static constexpr int kShift = 15, kRed = 9798, kGreen = 19235, kBlue = 3735;
@@ -42,7 +42,7 @@ template <typename T, int C> void RgbToGray(const T *src, T *dst, std::int64_t p
     }
 }
 
-/// Copies three channels of @p S to the first three of four, gray to each of them, and sets @p alpha.
+/// Copies RGB (@p S = 3), or gray (S = 1) to all three colors, and sets @p alpha.
 template <typename T, int S> void CopyOpaque(const T *src, T *dst, std::int64_t pixels, T alpha)
 {
     for (std::int64_t x = 0; x < pixels; ++x) {

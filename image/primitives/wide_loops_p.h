@@ -3,8 +3,8 @@
 
 #include "vectors.h"
 
-// Before a function: compiles it a second time for processors with AVX2; the loader selects one. Fused multiply-add is
-// not used, so that results are bit-identical. Functions that it calls must be inlined. The thread sanitizer and clang
+// Attribute that compiles a function a second time, for processors with AVX2; the loader selects the version. Fused
+// multiply-add is not used, so that results are bit-identical. Callees must be inlined. The thread sanitizer and clang
 // 14 don't support such functions.
 #if VITRELUX_VECTORS && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_THREAD__)
 #define PRIMITIVES_WIDE __attribute__((target_clones("default", "avx2")))

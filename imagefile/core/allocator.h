@@ -22,7 +22,7 @@ char *NewText(const std::string &text);
 /// Returns a copy of bytes, null if there are none; throws std::bad_alloc.
 std::uint8_t *NewBytes(const void *bytes, std::size_t count);
 
-/// Owns a record until it is returned, for functions that may throw while they build it.
+/// Owner of a record until it is returned, for functions that may throw while they build it.
 template <class T> using Owned = std::unique_ptr<T, void (*)(T *)>;
 
 void *NewZeroedBytes(std::size_t bytes);

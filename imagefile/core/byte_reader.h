@@ -14,8 +14,8 @@ inline std::uint32_t BigEndian32(const std::uint8_t *p)
         | static_cast<std::uint32_t>(p[2]) << 8 | p[3];
 }
 
-/// Reads sequentially from a position, with buffering. A read past the end fails, as does every later one, so callers
-/// may read several values and check once.
+/// Buffered reader that starts at any position. A read past the end fails, as does every later one, so callers may read
+/// several values and check once.
 class ByteReader {
 public:
     /// The source must outlive the reader.

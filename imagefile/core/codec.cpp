@@ -1,4 +1,4 @@
-// Shared by all formats: rows generated on demand, suffixes.
+// Code shared by all formats: rows generated on demand, suffixes.
 #include "codec.h"
 
 namespace imagefile {
@@ -8,7 +8,7 @@ Status RowMaker::Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t 
     const int error = callback(firstRow, rows, data, bytesPerLine, userData);
     return error == GFL_NO_ERROR
         ? Status::Ok()
-        : Status::Fail(static_cast<GflError>(error), Text("rows from %d on could not be made", firstRow));
+        : Status::Fail(static_cast<GflError>(error), Text("can't generate the rows from %d on", firstRow));
 }
 
 std::string LowerCaseSuffix(const std::string &path)
@@ -17,7 +17,7 @@ std::string LowerCaseSuffix(const std::string &path)
     if (dot == std::string::npos || path[dot] == '/')
         return std::string();
     std::string suffix = path.substr(dot);
-    for (char &c : suffix) { // not by tolower: under a Turkish locale it keeps 'I'
+    for (char &c : suffix) { // not tolower, which keeps 'I' in a Turkish locale
         if (c >= 'A' && c <= 'Z')
             c = static_cast<char>(c - 'A' + 'a');
     }

@@ -39,12 +39,12 @@ struct SaveOptions {
 
 /// The format that a file's name suggests.
 struct NameHint {
-    std::string suffix; // lower case, with the dot; empty for memory or if there is none
+    std::string suffix; // lowercase, with the dot; empty for memory or if there is none
     bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 
-/// A file format. Stateless: one object serves all threads. Catches longjmps of the format's library, and all
-/// exceptions other than std::bad_alloc.
+/// A file format. Stateless: one object serves all threads. Catches all longjmp calls of the format's library, and all
+/// exceptions except std::bad_alloc.
 class Codec {
 public:
     virtual ~Codec() = default;
@@ -52,7 +52,7 @@ public:
     /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// Examines a file that Probe accepted, for formats whose files begin like those of another format.
+    /// Returns whether a file that Probe accepted is of this format, for formats that begin like another.
     virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
     /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file if its
@@ -63,8 +63,8 @@ public:
     /// Returns whether ReadPixels passes on final rows long before it returns, and gives no warnings unless the file is
     /// CMYK.
     virtual bool StreamsRows() const { return false; }
-    /// Delivers the cheapest version that is at least as large as the picture fitted into @p box, or else the
-    /// picture.
+    /// Delivers the cheapest version that is at least as large as the picture fitted into @p box, or the picture if
+    /// there is none.
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;
 
@@ -89,7 +89,7 @@ inline Status Codec::ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &
     return ReadPixels(source, params, rows);
 }
 
-/// Returns ".jpg" for "a/B.JPG"; empty without a suffix.
+/// Returns a path's suffix in lowercase: ".jpg" for "a/B.JPG"; empty if there is none.
 std::string LowerCaseSuffix(const std::string &path);
 
 } // namespace imagefile

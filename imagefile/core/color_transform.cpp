@@ -86,7 +86,7 @@ Status ColorTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
     }
     const ProfilePtr from(cmsCreateLab4ProfileTHR(ColorContext(), nullptr));
     const cmsUInt32Number in = isAdapted ? TYPE_Lab_DBL : Format(PT_Lab, 3, bits, hasAlpha);
-    // Lab's formula is not replaced by a table, whose errors would be visible in the shadows, where sRGB is steep.
+    // Keep lcms2 from replacing Lab's formula with a table, whose errors would show in shadows, where sRGB is steep.
     m_engine = Engine::Make(from.get(), in, Format(PT_RGB, 3, bits, hasAlpha), cmsFLAGS_NOOPTIMIZE);
     return m_engine ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the color conversion");
 }

@@ -7,7 +7,7 @@
 namespace imagefile {
 
 /// Formats @p value with up to nine significant digits and no trailing zeros: "50", "3.6". Large and tiny values use
-/// scientific form.
+/// scientific notation.
 inline std::string Decimal(double value)
 {
     constexpr int kDigits = 9;
@@ -16,8 +16,8 @@ inline std::string Decimal(double value)
     return std::string(text, result.ptr);
 }
 
-/// Like Decimal, but never in scientific form; below 0.5e-9 it is "0". For values that other programs parse as plain
-/// decimals.
+/// Like Decimal, but never in scientific notation; values below 0.5e-9 give "0". For values that other programs parse
+/// as plain decimals.
 inline std::string FixedDecimal(double value)
 {
     const std::string general = Decimal(value);

@@ -5,8 +5,8 @@
 
 namespace imagefile {
 
-/// While an instance exists, this thread's locale is "C": printf writes a decimal point, and Exiv2, which translates
-/// its output, answers in English. Without memory for a locale the thread keeps its own.
+/// Scope in which this thread's locale is "C": printf writes a decimal point, and Exiv2, which translates its output,
+/// answers in English. If there is no memory for a locale, the thread keeps its own.
 class EnglishThread {
 public:
     EnglishThread()

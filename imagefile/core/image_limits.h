@@ -1,4 +1,4 @@
-// Checks of the sizes that a picture file claims, before memory is allocated.
+// Checks the sizes that a picture file claims, before memory is allocated.
 #pragma once
 
 #include "limits.h"
@@ -8,7 +8,7 @@
 
 namespace imagefile {
 
-/// From this file size on, TIFFs are written as BigTIFF: offsets of the classic form have 32 bits.
+/// TIFF files of this size or more are written as BigTIFF: offsets of classic TIFF have only 32 bits.
 constexpr std::uint64_t kBigTiffFromBytes = std::uint64_t(1) << 32;
 
 /// Sets the maximum number of pixels that CheckImageSize accepts; 0 (the default) means no limit. Thread-safe.

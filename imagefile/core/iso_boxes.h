@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// A box: its length, which includes the header, four letters, and its contents.
+/// A box. In the file it has a length, which includes the header, a name of four letters, and contents.
 struct IsoBox {
     std::uint64_t begin = 0, end = 0; // of the contents present in the file
     char name[5] = "";
@@ -19,7 +19,7 @@ struct IsoBox {
 /// Returns the boxes in a range of a file, up to the first invalid one; the last may be incomplete.
 std::vector<IsoBox> IsoBoxesIn(const Source &source, std::uint64_t begin, std::uint64_t end);
 
-/// Returns the first box with that name; an empty one if there is none.
+/// Returns the first box with that name, or an empty one.
 IsoBox FindIsoBox(const std::vector<IsoBox> &boxes, const char *name);
 
 } // namespace imagefile

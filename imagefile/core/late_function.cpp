@@ -9,8 +9,8 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the path of a file next to this library. Loading it by its name alone would search other folders if a
-/// sanitizer replaces dlopen.
+/// Returns the path of a file next to this library. If a sanitizer replaces dlopen, a name without a path would be
+/// searched for in other folders.
 std::string PathOfNeighbor(const char *file)
 {
     Dl_info self = {};

@@ -1,17 +1,17 @@
-// Functions of libraries that are loaded at their first use.
+// Functions of libraries that are loaded on first use.
 #pragma once
 
 #include <atomic>
 
 namespace imagefile {
 
-/// Returns the address of a function of libheif or libjxl; the first call loads both. With the codecs that they load in
-/// turn they need 10 ms, half of the program's startup time, and most runs read no such file. Throws std::runtime_error
-/// with the reason if they can't be loaded. Thread-safe.
+/// Returns the address of a function of libheif or libjxl; the first call loads both. Loading them and their codecs
+/// takes 10 ms, half of the program's startup time, and most runs read no file that needs them. Throws
+/// std::runtime_error with the reason if they can't be loaded. Thread-safe.
 void *FindLate(const char *name);
 
-/// One such function, which is called like the original. Constants with the names of the originals, in this namespace,
-/// hide them.
+/// One such function, which is called like the original. The constants in this namespace have the names of the original
+/// functions and hide those.
 template <class Function> class LateFunction;
 
 template <class Result, class... Arguments> class LateFunction<Result(Arguments...)> {

@@ -10,11 +10,11 @@ namespace imagefile {
 // ---- Pixels ----
 
 /// Longest side. Stitched panoramas reach about 300,000 pixels; a float RGBA row of this length takes only 16 MiB, and
-/// the product of four such factors fits in 64 bits.
+/// the product of width, height, channels and bytes per sample fits in 64 bits.
 constexpr std::int64_t kMaxSidePixels = std::int64_t(1) << 20;
 
-/// Bytes of one delivered picture: 32 GiB, two gigapixels of float RGBA, beyond what a machine corrects in memory.
-/// A float picture of 400 megapixels takes 4.8 to 6.4 GB.
+/// Bytes of one delivered picture: 32 GiB, two gigapixels of float RGBA, more than a machine can correct in memory. A
+/// float picture of 400 megapixels takes 4.8 to 6.4 GB.
 constexpr std::int64_t kMaxImageBytes = std::int64_t(1) << 35;
 
 /// Up to this many bytes, a claim is accepted regardless of the file's size: allocating them is harmless, and a
@@ -51,7 +51,7 @@ constexpr int kMaxJpegScans = 100;
 /// Segments and fill bytes skipped in a JPEG while searching for metadata; bounds the time for a file of fill bytes.
 constexpr int kMaxJpegSteps = 10000;
 
-/// Segments of a JPEG up to its EXIF, which comes first or after JFIF's.
+/// Segments of a JPEG up to its EXIF, which comes first or right after JFIF's.
 constexpr int kMaxSegmentsBeforeExif = 4;
 
 /// Samples per pixel of a TIFF. Pictures have up to 5, a few more with masks.
@@ -84,8 +84,8 @@ constexpr int kMaxExrParts = 1000;
 /// Channels of a PSD's picture or layer, from the format specification.
 constexpr int kMaxPsdChannels = 56;
 
-/// Extra channels of a JPEG XL besides color and opacity. Each takes as much memory as a gray picture; files from
-/// cameras have at most a depth map.
+/// Extra channels of a JPEG XL picture besides color and opacity. Each takes as much memory as a gray picture; files
+/// from cameras have at most a depth map.
 constexpr std::uint32_t kMaxJxlExtraChannels = 16;
 
 /// JPEG 2000 precincts accepted regardless of the file's size; OpenJPEG allocates a few hundred bytes for each.

@@ -7,12 +7,12 @@
 
 namespace imagefile {
 
-/// Watches errno, which malloc() sets to ENOMEM, during calls to a library on this thread.
+/// Check for failed allocations on this thread since construction, by errno, which malloc() sets to ENOMEM.
 class MemoryCheck {
 public:
     MemoryCheck() { errno = 0; }
 
-    /// Throws std::bad_alloc if memory ran out since construction, unless a later call has overwritten errno.
+    /// Throws std::bad_alloc if memory has run out, unless a later call has overwritten errno.
     void Require() const
     {
         if (errno == ENOMEM)

@@ -3,8 +3,8 @@
 
 namespace imagefile {
 
-/// While an instance exists, the first operator new of its thread that fails frees this memory and tries again. The
-/// memory is never accessed, so it takes only address space. At most one instance per thread.
+/// Reserve memory for a thread: while an instance exists, the first operator new that fails frees it and tries again.
+/// It is never accessed, so it takes only address space. At most one instance per thread.
 class MemoryReserve {
 public:
     /// Throws std::bad_alloc.

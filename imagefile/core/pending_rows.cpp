@@ -30,7 +30,7 @@ public:
     /// Waits until there is a bitmap, which the sink still owns.
     Status WaitForStart(GFL_BITMAP **bitmap);
     Status Wait(int rows, int *ready);
-    /// Ends decoding, which the rest of a large file may need seconds for, and gives up ownership of the bitmap.
+    /// Ends decoding early, because the rest of a large file may take seconds, and gives up ownership of the bitmap.
     GFL_BITMAP *Take();
 
     Status Start(int width, int height, const PixelForm &form) override;
@@ -50,7 +50,7 @@ private:
     std::mutex m_mutex; // guards everything below
     std::condition_variable m_changed;
     GFL_BITMAP *m_bitmap = nullptr;
-    int m_ready = 0; // the last row counts only after a success, because damage may show at the end
+    int m_ready = 0; // the last row counts only after a success, because damage may be found at the end
     bool m_isFinished = false;
     Status m_status = Status::Ok();
     std::exception_ptr m_exception;

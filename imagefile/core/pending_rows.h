@@ -12,8 +12,8 @@ namespace imagefile {
 /// ForgetPending, which gflFreeBitmap calls. May throw what @p decode throws.
 Status StartPending(const GFL_LOAD_PARAMS &params, std::function<Status(RowSink *)> decode, Owned<GFL_BITMAP> *bitmap);
 
-/// Waits until the first @p rows rows are decoded, or until decoding has ended if those are all, and sets @p ready to
-/// the number of decoded rows. Returns why decoding failed, or throws what it threw. Bitmaps that aren't registered are
+/// Waits until the first @p rows rows are decoded (for all rows, until decoding has ended) and sets @p ready to the
+/// number of decoded rows. Returns why decoding failed, or throws what it threw. Bitmaps that aren't registered are
 /// complete.
 Status WaitForRows(const GFL_BITMAP &bitmap, int rows, int *ready);
 

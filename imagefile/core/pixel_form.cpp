@@ -66,7 +66,7 @@ int ChannelIndex(int channels)
 
 int ChannelsOfType(unsigned type)
 {
-    // Masks over all type values that hosts know: one index or gray, three colors, colors with alpha.
+    // Bit masks of all type values that hosts use: index or gray, three colors, colors with alpha.
     return (type & 0x0007) != 0 ? 1 : (type & 0x1050) != 0 ? 3 : (type & 0x27A0) != 0 ? 4 : 0;
 }
 

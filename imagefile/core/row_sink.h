@@ -21,10 +21,10 @@ struct Box {
 Box FitInto(const Box &box, int width, int height);
 
 /// Returns whether a @p preview can replace a @p picture in @p box: it must be large enough and have the proportions of
-/// the picture, except for the few rows and columns that cameras crop. Previews with bars at the sides don't.
+/// the picture, except for the few rows and columns that cameras crop. This excludes previews with bars at the sides.
 bool CanReplace(const Box &picture, const Box &preview, const Box &box);
 
-/// Receives a picture row by row from the top. May throw std::bad_alloc.
+/// Receiver of a picture's rows, from top to bottom. May throw std::bad_alloc.
 class RowSink {
 public:
     virtual ~RowSink() = default;
@@ -46,8 +46,9 @@ PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params);
 /// bitmap.
 Status NewBitmap(int width, int height, const PixelForm &form, Owned<GFL_BITMAP> *bitmap);
 
-/// Checks that the layer accepts a caller's record: GFL_GREY, GFL_RGB or GFL_RGBA of 8, 16 or 32 bits, rows from the
-/// top, long enough. Otherwise GFL_ERROR_BAD_BITMAP. CheckShape doesn't check the pixels, which may be absent.
+/// Checks that the layer accepts a caller's record: GFL_GREY, GFL_RGB or GFL_RGBA of 8, 16 or 32 bits, with rows stored
+/// from the top and long enough. Otherwise returns GFL_ERROR_BAD_BITMAP. CheckShape doesn't check the pixels, which may
+/// be absent.
 Status CheckBitmap(const GFL_BITMAP &bitmap);
 Status CheckShape(const GFL_BITMAP &bitmap);
 
@@ -70,8 +71,8 @@ private:
     std::vector<std::uint8_t> m_row;
 };
 
-/// Reduces the picture to fit into a box: each target pixel is the mean of the whole source pixels that it covers. Only
-/// needs memory for one row and the result.
+/// The picture reduced to fit into a box: each target pixel is the mean of the whole source pixels that it covers.
+/// Needs memory only for one row and the result.
 class ReducedRows : public RowSink {
 public:
     ReducedRows(const GFL_LOAD_PARAMS &params, const Box &box);
@@ -90,7 +91,7 @@ private:
     int m_width = 0, m_height = 0; // of the source
     int m_targetWidth = 0, m_targetHeight = 0;
     int m_targetRow = 0;
-    int m_rowsAdded = 0; // in the target row
+    int m_rowsAdded = 0; // to the target row
     std::vector<std::uint8_t> m_row;
     std::vector<double> m_sums; // exact for integers: a box has fewer than 2^37 samples of 16 bits
 };

@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Provides a picture's rows from top to bottom, from a bitmap or generated in bands.
+/// A picture's rows from top to bottom, from a bitmap or generated in bands.
 class RowSource {
 public:
     /// Both must outlive the object. @p maker is null if the pixels are in the bitmap.

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kMaxLinks = 40; // the kernel's limit
 
-std::string FolderOf(const std::string &path) // with its slash; empty for the current folder
+std::string FolderOf(const std::string &path) // with its trailing slash; empty for the current folder
 {
     return path.substr(0, path.rfind('/') + 1);
 }
@@ -77,7 +77,7 @@ Status FileSink::CheckTarget()
     struct stat existing = {};
     m_replaces = ::stat(m_target.c_str(), &existing) == 0;
     m_storesEarly = m_replaces || isSyncedByCaller;
-    if (!m_replaces) // circular links and the like can't become a new file
+    if (!m_replaces) // no file can be created through circular links and the like
         return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
     if (!S_ISREG(existing.st_mode))
@@ -91,7 +91,7 @@ Status FileSink::OpenTemporary()
 {
     // The target's name may already have the maximum length, so the temporary one isn't derived from it.
     static std::atomic<unsigned> counter{0};
-    constexpr int kTries = 100; // names are only taken if a crashed process with the same ID left files
+    constexpr int kTries = 100; // a name is taken only if a crashed process with the same ID left the file
     for (int i = 0; i < kTries; ++i) {
         const std::string name = FolderOf(m_target) + Text(".%x-%x.part", static_cast<unsigned>(::getpid()), counter++);
         m_file = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666); // minus the process's umask
@@ -142,7 +142,7 @@ Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t len
     return Status::Ok();
 }
 
-/// Makes the disk store what was written so far, without waiting for it. Failures show when the file is synced.
+/// Starts storing the data written so far on disk, without waiting. Failures are reported when the file is synced.
 void FileSink::StartStoring()
 {
     constexpr std::uint64_t kAtOnce = 4 << 20;

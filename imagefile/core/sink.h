@@ -9,7 +9,7 @@
 
 namespace imagefile {
 
-/// Bytes accessed by position; writes past the end extend it. One thread at a time.
+/// Byte storage accessed by position; writes past the end extend it. For one thread at a time.
 class Sink {
 public:
     virtual ~Sink() = default;
@@ -27,7 +27,7 @@ protected:
     std::uint64_t m_size = 0;
 };
 
-/// Sets whether the caller syncs the files that this thread creates, even new ones, afterward.
+/// Sets whether the caller will sync the files that this thread creates, even those that replace none.
 void SetSyncedByCaller(bool isSynced);
 
 /// A temporary file next to its target, so that a failed write neither changes the target nor leaves stray files.
@@ -40,8 +40,8 @@ public:
     /// GFL_ERROR_FILE_CREATE if the folder is missing or not writable, or if the target is write-protected, a folder or
     /// a device.
     Status Create(const std::string &path);
-    /// Closes the file and renames it to its target. If it replaces a file, it first syncs to disk and copies that
-    /// file's permissions. A full disk may be reported only here.
+    /// Closes the file and renames it to its target. If the target exists, first copies its permissions and syncs the
+    /// new file to disk. A full disk may be reported only here.
     Status Commit();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;

@@ -31,7 +31,7 @@ Status Source::Open(const std::string &path)
 Status Source::Check() const
 {
     if (m_shrank)
-        return Status::Fail(GFL_ERROR_FILE_READ, Text("%s was truncated while it was read", m_path.c_str()));
+        return Status::Fail(GFL_ERROR_FILE_READ, Text("%s was truncated while being read", m_path.c_str()));
     if (m_failure == 0)
         return Status::Ok();
     return Status::Fail(GFL_ERROR_FILE_READ, Text("can't read %s: %s", m_path.c_str(), std::strerror(m_failure)));
@@ -39,7 +39,7 @@ Status Source::Check() const
 
 std::size_t Source::ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const
 {
-    if (offset >= m_size || length == 0) // empty memory may be null
+    if (offset >= m_size || length == 0) // the address of empty memory may be null
         return 0;
     length = static_cast<std::size_t>(std::min<std::uint64_t>(length, m_size - offset));
     if (m_data) {

@@ -9,7 +9,7 @@
 
 namespace imagefile {
 
-/// A readable range of bytes of fixed size. Threads may share it for ReadAt.
+/// A readable range of bytes of fixed size. Several threads may call ReadAt.
 class Source {
 public:
     /// Creates an empty source: size 0.
@@ -20,7 +20,7 @@ public:
     Source(const Source &) = delete;
     Source &operator=(const Source &) = delete;
 
-    /// Opens a regular file. GFL_ERROR_FILE_OPEN if it is missing, not readable, or a folder or device.
+    /// Opens a regular file. Returns GFL_ERROR_FILE_OPEN if it is missing, not readable, or a folder or device.
     Status Open(const std::string &path);
 
     std::uint64_t Size() const { return m_size; }
@@ -29,8 +29,8 @@ public:
     /// Returns the memory; null for a file.
     const std::uint8_t *Data() const { return m_data; }
 
-    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source, or if the disk fails or the file
-    /// is now shorter than Size(), which Check then reports.
+    /// Copies up to @p length bytes, starting at @p offset; fewer at the end of the source, or if the disk fails or the
+    /// file is now shorter than Size(), which Check then reports.
     std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
 
     /// Returns GFL_ERROR_FILE_READ once a read has failed for a reason other than the end of the file. Decoders treat

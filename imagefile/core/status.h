@@ -28,9 +28,9 @@ private:
 /// Formats like printf into a string.
 std::string Text(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Stores a failure's text for gflLastErrorText of this thread, and returns its number. Success keeps the old text.
+/// Stores a failure's text for this thread's gflLastErrorText and returns the error number. Success keeps the old text.
 int Report(const Status &status) noexcept;
-/// Same, without a Status. Allocates nothing, so it works even when memory is short.
+/// As above, without a Status. Allocates nothing, so it works even when memory is short.
 int Report(GflError error, const char *why) noexcept;
 
 /// Stores a text for gflLastWarningText of this thread, unless there is one already. Allocates nothing.

@@ -35,7 +35,7 @@ struct TiffVariant {
     std::uint64_t Number(const std::uint8_t *data, std::size_t bytes) const;
     /// Encodes a number of 1 to 8 bytes.
     void Put(std::uint64_t number, std::size_t bytes, std::uint8_t *data) const;
-    /// Returns the offset of a field's values that don't fit in it, or of the directory that it points to.
+    /// Returns the offset of a field's values if they don't fit in the field, or of the directory that it points to.
     std::uint64_t OffsetOf(const TiffField &field) const { return Number(field.value.data(), OffsetBytes()); }
 };
 
@@ -45,10 +45,10 @@ std::uint64_t TiffValueBytes(const TiffField &field);
 /// Returns whether a field with this tag points to the EXIF, GPS or interoperability directory.
 bool IsDirectoryPointer(std::uint16_t tag);
 
-/// Determines the variant of a file from its first four bytes, @p head. False if it is not a TIFF.
+/// Determines the variant of a file from its first four bytes, @p head. Returns false if it is not a TIFF.
 bool TiffVariantOf(const std::uint8_t *head, TiffVariant *variant);
 
-/// Reads the directory at @p offset of a TIFF in memory. False if it extends past the end.
+/// Reads the directory at @p offset of a TIFF in memory. Returns false if it extends past the end.
 bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, TiffVariant variant,
                    TiffFields *fields);
 
@@ -56,7 +56,7 @@ bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, 
 std::vector<std::uint8_t> EncodeDirectory(const TiffFields &fields, TiffVariant variant);
 
 /// Converts a classic field to BigTIFF, both little-endian. Moves values of 5 to 8 bytes from @p classic, the file,
-/// into the field. False if they extend past its end.
+/// into the field. Returns false if they extend past its end.
 bool WidenField(const std::vector<std::uint8_t> &classic, TiffField *field);
 
 } // namespace imagefile

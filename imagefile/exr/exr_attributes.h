@@ -5,8 +5,8 @@
 
 namespace imagefile {
 
-/// Checks that all headers' attributes lie within the file and that each value has the length that the file states.
-/// OpenEXR ignores the stated length of a type that it knows, and would continue at the wrong offset.
+/// Checks that all headers' attributes lie within the file and that the stated length of each value matches its type.
+/// OpenEXR ignores the stated length for types that it knows, so it would continue at a wrong offset.
 /// @param manyParts  the file has a list of headers instead of a single one.
 Status CheckExrAttributes(const Source &source, bool manyParts);
 

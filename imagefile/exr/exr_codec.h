@@ -1,4 +1,4 @@
-// Shared by the files of the OpenEXR codec.
+// Declarations shared by the OpenEXR codec's source files.
 #pragma once
 
 #include "core/bytes.h"
@@ -16,7 +16,7 @@ namespace imagefile {
 ///   | Y, RY, BY                     | RGB                                 |
 ///   | any of these with A           | RGBA, colors divided by their alpha |
 ///
-/// If the file has none of these, the first layer that has them is used. Values are linear and delivered as stored.
+/// If the file has none of these, the first layer that has any is used. Values are linear and delivered as stored.
 Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadExrPixels(const Source &source, RowSink *rows);
 /// Reads the XMP packet that WriteExr stores; empty if there is none or the header is damaged.

@@ -24,7 +24,7 @@ namespace imagefile {
 
 namespace {
 
-// Adapts a Source for OpenEXR.
+// OpenEXR input stream over a Source.
 class Input : public Imf::IStream {
 public:
     explicit Input(const Source &source) : Imf::IStream("OpenEXR"), m_source(source) { }
@@ -204,11 +204,11 @@ Status OpenExr(const Source &source, ExrLayout *layout)
 // Returns a base address from which OpenEXR finds the row buffer by data window coordinates, for any y.
 template <class T> T *BaseOf(T *row, int minX, std::size_t pixelBytes)
 {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the base may lie outside the buffer, where pointers are not allowed
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the base may lie outside the buffer, where no pointer is valid
     return reinterpret_cast<T *>(reinterpret_cast<std::intptr_t>(row) - minX * static_cast<std::intptr_t>(pixelBytes));
 }
 
-/// Reads rows of the data window as floats of the delivered form, colors as stored.
+/// Reader of the data window's rows, as floats in the delivered form with colors as stored.
 class RowReader {
 public:
     RowReader(const Source &source, const ExrLayout &layout);

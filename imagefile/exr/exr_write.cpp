@@ -16,8 +16,8 @@ namespace imagefile {
 
 namespace {
 
-// Adapts a Sink for OpenEXR. Keeps the first failure, because OpenEXR writes the file's last table in a destructor,
-// which swallows exceptions.
+// OpenEXR output stream over a Sink. Keeps the first failure, because OpenEXR writes the file's last table in a
+// destructor, which swallows exceptions.
 class Output : public Imf::OStream {
 public:
     explicit Output(Sink *sink) : Imf::OStream("OpenEXR"), m_sink(sink) { }
@@ -41,7 +41,7 @@ private:
     Status m_failure = Status::Ok();
 };
 
-// Returns half for B44 and DWA, which would store floats uncompressed.
+// Returns the type of samples in the file; half for B44 and DWA, which would store floats uncompressed.
 Imf::PixelType TypeFor(const GFL_BITMAP &bitmap, const SaveOptions &options, Imf::Compression method)
 {
     return bitmap.BitsPerComponent == 8 || options.halfFloats || method >= Imf::B44_COMPRESSION ? Imf::HALF

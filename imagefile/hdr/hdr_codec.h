@@ -15,7 +15,7 @@ constexpr int kMaxPackedWidth = 32767;
 
 Status ReadHdrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadHdrPixels(const Source &source, RowSink *rows);
-/// Writes pixels; metadata is neither written nor read.
+/// Writes the pixels, without metadata.
 Status WriteHdr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
 const Codec &HdrCodec();

@@ -18,7 +18,7 @@ Status Damaged(const std::string &why)
     return Status::Fail(GFL_ERROR_FILE_READ, "Radiance HDR: " + why);
 }
 
-/// Contents of the header. Scanlines are rows from the top, unless the axes say otherwise.
+/// Contents of the header. Scanlines are rows from the top, unless the axes specify otherwise.
 struct HdrLayout {
     int width = 0;
     int height = 0;
@@ -31,7 +31,7 @@ struct HdrLayout {
     int Length() const { return byColumns ? height : width; }
 };
 
-// Reads a line without its end; false after the end of the header.
+// Reads a line without its line feed; false at the end of the file or past the header's maximum size.
 bool ReadLine(ByteReader *reader, std::string *line)
 {
     line->clear();
@@ -45,7 +45,7 @@ bool ReadLine(ByteReader *reader, std::string *line)
     return false;
 }
 
-// Parses "EXPOSURE= 2.5". Several lines multiply; values that can't be a factor are skipped.
+// Parses "EXPOSURE= 2.5". The factors of several lines are multiplied; values that can't be a factor are skipped.
 void TakeExposure(const std::string &value, HdrLayout *layout)
 {
     const std::size_t begin = value.find_first_not_of(" \t+");
@@ -111,9 +111,9 @@ Status ReadHeader(const Source &source, ByteReader *reader, HdrLayout *layout)
     return CheckSize(source, *layout);
 }
 
-/// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one as often as its exponent says; the
-/// count of each such pixel directly after another is multiplied by another 256. @p first: bytes of the first pixel
-/// that are already in @p rgbe.
+/// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one; its exponent is the count. In a
+/// sequence of such pixels, the counts are multiplied by 1, 256 and 65,536. @p first: bytes of the first pixel that are
+/// already in @p rgbe.
 Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std::size_t first)
 {
     std::size_t x = 0;
@@ -137,8 +137,8 @@ Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std
     return Status::Ok();
 }
 
-/// Reads one of the four channels of a packed row: a count above 128 is a run of one byte, others precede literal
-/// bytes.
+/// Reads one of the four channels of a packed row: a code above 128 starts a run of code - 128 equal bytes; others are
+/// followed by as many literal bytes.
 Status ReadPackedChannel(ByteReader *reader, std::uint8_t *channel, std::size_t length)
 {
     for (std::size_t x = 0; x < length;) {
@@ -174,7 +174,7 @@ Status ReadScanline(ByteReader *reader, std::uint8_t *rgbe, int length)
     return Status::Ok();
 }
 
-/// Converts pixels to floats.
+/// Converter of pixels to floats.
 class Scale {
 public:
     explicit Scale(double exposure)

@@ -23,7 +23,7 @@ struct HeifTurn {
 
 struct HeifProperties {
     HeifTurn turn;          // to apply for display
-    bool isCropped = false; // encoders round sizes up
+    bool isCropped = false; // often, because encoders round sizes up
     bool isGray = false;
 };
 

@@ -1,4 +1,4 @@
-// Shared by the files of the HEIF codec: a file opened by libheif. AVIF is HEIF with pictures coded by AV1.
+// Declarations shared by the HEIF codec's source files. AVIF is HEIF with pictures coded as AV1.
 #pragma once
 
 #include "core/codec.h"
@@ -19,7 +19,8 @@ using HeifColors = std::unique_ptr<heif_color_profile_nclx, HeifDeleter<heif_ncl
 using HeifImage = std::unique_ptr<heif_image, HeifDeleter<heif_image_release>>;
 
 /// The main picture of a file, with pixels as the camera stored them. libheif would rotate them; here the rotation is
-/// reported as the EXIF orientation instead. It replaces the file's, which is only informative in ISO/IEC 23008-12.
+/// reported as the EXIF orientation instead. It replaces the file's EXIF orientation, which is only informative in
+/// ISO/IEC 23008-12.
 class HeifFile {
 public:
     HeifFile() = default;
@@ -40,7 +41,7 @@ private:
     static const heif_reader &Reader();
     Status CheckSize();
     Status Decode(HeifImage *image);
-    /// Returns whether libheif should crop and rotate: it can only do both or neither. If it does neither, pixels are
+    /// Returns whether libheif should crop and rotate: it can do only both or neither. If it does neither, pixels are
     /// exact at any depth (libheif mirrors only 8 bits), but opacity that is rotated or cropped from another size can't
     /// be decoded.
     bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
@@ -62,7 +63,7 @@ private:
 Status HeifStatus(const heif_error &error);
 
 const Codec &HeifCodec();
-/// Same for files with AVIF's brands.
+/// Returns the codec for files with AVIF's brands.
 const Codec &AvifCodec();
 
 } // namespace imagefile

@@ -15,8 +15,8 @@ Status HeifStatus(const heif_error &error)
     return Status::Fail(isMemory ? GFL_ERROR_NO_MEMORY : GFL_ERROR_FILE_READ, Text("HEIF: %s", error.message));
 }
 
-// libheif's functions return 0 for success. A read never fails: an assertion in libheif aborts the program if one does.
-// libheif gets zeros for missing bytes instead, and Source::Check reports the failure.
+// The callbacks return 0 for success. Reads never report a failure, because an assertion in libheif would abort the
+// program. Missing bytes read as zeros instead, and Source::Check reports the failure.
 const heif_reader &HeifFile::Reader()
 {
     static const heif_reader reader = {
@@ -69,11 +69,11 @@ Status HeifFile::CheckSize()
     m_form = {bits > 8 ? 16 : 8, hasAlpha ? 4 : m_properties.isGray ? 1 : 3};
     m_width = heif_image_handle_get_width(m_handle.get());
     m_height = heif_image_handle_get_height(m_handle.get());
-    if (m_properties.turn.xx == 0) // by a right angle
+    if (m_properties.turn.xx == 0) // a quarter turn
         std::swap(m_width, m_height);
     if (Status status = CheckImageSize(m_width, m_height, m_form.channels, m_form.bits); !status)
         return status;
-    // Also applies to the sizes of tiles and opacity. Encoders round sides up, to multiples of up to 64.
+    // The limit also applies to tiles and opacity. Encoders round sides up to multiples of up to 64.
     heif_context_set_maximum_image_size_limit(m_context.get(), std::max(m_width, m_height) + 64);
     const std::int64_t bytes = std::int64_t(m_width) * m_height * m_form.BytesPerPixel();
     return CheckClaim(bytes, bytes, m_stream.source->Size(), kUnboundedRatio);
@@ -105,7 +105,7 @@ void HeifFile::TakeBlock(heif_item_id id, Metadata *metadata) const
         DecodeBoxedExif(block, &metadata->exif);
 }
 
-// Takes a profile, or the numbers of primaries and tone curve in ITU-T H.273.
+// Stores the ICC profile. Without one, warns unless the file's color codes (ITU-T H.273) mean sRGB.
 void HeifFile::TakeColors(Metadata *metadata) const
 {
     const std::size_t size = heif_image_handle_get_raw_color_profile_size(m_handle.get());

@@ -1,4 +1,4 @@
-// The functions of libheif, which is loaded when the first one is called.
+// The functions of libheif. The first call loads the library.
 #pragma once
 
 #include "core/late_function.h"

@@ -7,8 +7,8 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the delivered value for each stored value of @p bits bits. In the reduced range black is 16 and white is
-/// 235, for 8 bits (ITU-T H.273, 8.3); libheif expands it in color, but not in gray.
+/// Returns the delivered value for each stored value of @p bits bits. In the reduced range, black is 16 and white is
+/// 235 at 8 bits (ITU-T H.273, 8.3); libheif expands it in color pictures, but not in gray ones.
 std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isReduced)
 {
     const double unit = bits >= 8 ? double(1 << (bits - 8)) : 1.0;
@@ -32,7 +32,7 @@ void Gather(const std::uint8_t *src, std::ptrdiff_t step, std::uint8_t *row, int
             std::memcpy(row + std::ptrdiff_t(x) * pixelBytes, src + x * step, static_cast<std::size_t>(pixelBytes));
 }
 
-/// Scales a row of stored values; blended colors are divided by their opacity, before it is rounded.
+/// Scales a row of stored values. Premultiplied colors are divided by their opacity as stored.
 template <class T> void FinishRow(const std::vector<std::uint16_t> &table, bool isBlended, T *row, std::size_t samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>();

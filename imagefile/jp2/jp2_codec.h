@@ -1,4 +1,4 @@
-// Shared by the files of the JPEG 2000 codec: the layout of a file.
+// Declarations shared by the JPEG 2000 codec's source files, such as the layout of a file.
 #pragma once
 
 #include "core/codec.h"

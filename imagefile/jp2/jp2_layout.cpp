@@ -32,8 +32,8 @@ std::uint64_t DividedUp(std::uint64_t value, std::uint64_t by)
     return (value + by - 1) / by;
 }
 
-/// Iterates over the headers of a codestream. Counts precincts: each takes at least a byte of the file, and OpenJPEG
-/// allocates about 200 bytes for it.
+/// Reader of a codestream's headers. Counts precincts: each takes at least a byte of the file, and OpenJPEG allocates
+/// about 200 bytes for it.
 class StreamHeaders {
 public:
     StreamHeaders(const Source &source, Jp2Layout *layout) : m_source(source), m_layout(layout) { }
@@ -92,7 +92,7 @@ private:
             return Damaged("the size is damaged");
         if (bits > 16)
             return Unsupported("components of more than 16 bits are");
-        m_tiles = DividedUp(x1 - tileX0, m_tileWidth) * DividedUp(y1 - tileY0, m_tileHeight); // <= 2^64
+        m_tiles = DividedUp(x1 - tileX0, m_tileWidth) * DividedUp(y1 - tileY0, m_tileHeight); // < 2^64
         if (DividedUp(x1 - tileX0, m_tileWidth) > m_source.Size() || m_tiles > m_source.Size() / kTileBytes)
             return Damaged("the file is too short for its tiles");
         m_tileWidth = std::min(m_tileWidth, x1 - x0);
@@ -129,11 +129,11 @@ private:
         }
     }
 
-    /// Counts as specified in T.800, tables A.12 to A.23. @p reader is after the segment's length.
+    /// Counts precincts as specified in T.800, tables A.12 to A.23. @p reader is positioned after the segment's length.
     Status CountPrecincts(ByteReader *reader, bool ofComponent, std::uint64_t tiles)
     {
         if (ofComponent)
-            reader->Skip(1); // its number: one byte, as there are at most 4
+            reader->Skip(1); // its number: one byte, because there are at most 4
         const bool hasSizes = (reader->Byte() & 1) != 0;
         if (!ofComponent)
             reader->Skip(4); // progression, layers, transform of components
@@ -145,13 +145,14 @@ private:
         for (int resolution = 0; resolution <= levels; ++resolution) {
             const unsigned sizes = hasSizes ? reader->Byte() : 0xFF;
             const int reduced = std::min(levels - resolution, 30);
-            const auto along = [&](std::uint64_t side, unsigned exponent) { // plus one: tiles may begin inside
+            // Plus one, because a tile may begin inside a precinct.
+            const auto along = [&](std::uint64_t side, unsigned exponent) {
                 return DividedUp(DividedUp(side, std::uint64_t(1) << reduced), std::uint64_t(1) << exponent) + 1;
             };
             count += along(m_tileWidth, sizes & 0xF) * along(m_tileHeight, sizes >> 4); // <= 2^41 each
         }
         const auto components = static_cast<std::uint64_t>(ofComponent ? 1 : m_layout->components);
-        // Up to 4 times the true count, in the main header and again in those of tiles.
+        // The count may be 4 times too high, and tile headers may repeat the precincts of the main header.
         const std::uint64_t limit = std::max<std::uint64_t>(kHarmlessPrecincts, 8 * m_source.Size());
         if (count * components > (limit - m_precincts) / tiles)
             return Damaged("the file is too short for its precincts");

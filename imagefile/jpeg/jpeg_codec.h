@@ -1,4 +1,4 @@
-// Shared by reading and writing of JPEG: handling of libjpeg's errors.
+// Declarations shared by the JPEG codec's source files, and the handling of libjpeg's errors.
 #pragma once
 
 #include "core/codec.h"

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kSide = 160;                    // pixels of the longer side; 160 x 120 in Exif 2.3 and DCF 2.0
 constexpr std::size_t kRoomBytes = 16 * 1024; // for the thumbnail: even 160 x 160 pixels of noise fit at low quality
-constexpr std::size_t kSignatureBytes = 6;    // "Exif" and two zeros, before the segment's TIFF
+constexpr std::size_t kSignatureBytes = 6;    // "Exif" and two zeros, before the TIFF block
 constexpr std::uint16_t kQualities[] = {80, 60, 40, 20};
 
 struct Field {

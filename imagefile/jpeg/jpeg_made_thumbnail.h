@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Reduces a picture while its rows are written.
+/// A thumbnail made from a picture's rows while they are written.
 class MadeThumbnail {
 public:
     MadeThumbnail();

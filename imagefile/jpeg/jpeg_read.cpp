@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 65536;
 
-// Adapts a Source for libjpeg. At the end of the file libjpeg gets an end marker, so that it always terminates.
+// libjpeg's input, read from a Source. At the end of the file libjpeg gets an end marker, so that it always terminates.
 struct Input {
     jpeg_source_mgr base; // must be first: libjpeg points to it
     const Source *source;
@@ -78,7 +78,7 @@ void LimitScans(j_common_ptr cinfo)
     std::longjmp(error->out, 1);
 }
 
-/// Decodes one picture. Objects with destructors are members, so that a jump skips no destructor.
+/// Decoder of one picture. Objects with destructors are members, so that a jump skips no destructor.
 class Decoder {
 public:
     explicit Decoder(const Source &source);
@@ -165,7 +165,7 @@ void Decoder::ReadCmykRow(std::uint8_t *row)
 {
     JSAMPROW cmyk = m_cmykRow.data();
     jpeg_read_scanlines(&m_cinfo, &cmyk, 1);
-    if (m_cinfo.saw_Adobe_marker) // Adobe's files store inverted CMYK
+    if (m_cinfo.saw_Adobe_marker) // Adobe programs store inverted CMYK
         for (std::uint8_t &ink : m_cmykRow)
             ink = static_cast<std::uint8_t>(~ink);
     m_inks.Row(cmyk, row, m_cinfo.output_width);

@@ -10,10 +10,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The TIFF in an APP1 segment, in either byte order. Bytes past the end read as 0.
+// The TIFF block in an APP1 segment, in either byte order. Bytes past the end read as 0.
 class ExifBlock {
 public:
-    explicit ExifBlock(Bytes bytes) : m_bytes(std::move(bytes)), m_isBig(!m_bytes.empty() && m_bytes[0] == 'M') { }
+    explicit ExifBlock(Bytes bytes)
+        : m_bytes(std::move(bytes)), m_isBigEndian(!m_bytes.empty() && m_bytes[0] == 'M') { }
 
     std::size_t Number(std::size_t at, std::size_t count) const
     {
@@ -21,10 +22,10 @@ public:
             return 0;
         std::size_t value = 0;
         for (std::size_t i = 0; i < count; ++i)
-            value |= std::size_t(m_bytes[at + i]) << 8 * (m_isBig ? count - 1 - i : i);
+            value |= std::size_t(m_bytes[at + i]) << 8 * (m_isBigEndian ? count - 1 - i : i);
         return value;
     }
-    /// Returns the value of a number in the second directory, which describes the thumbnail.
+    /// Returns the value of a numeric field in the second directory, which describes the thumbnail; 0 if it is missing.
     std::size_t Value(std::uint16_t tag) const
     {
         constexpr std::size_t kField = 12, kCount = 2;
@@ -46,7 +47,7 @@ public:
 
 private:
     const Bytes m_bytes;
-    const bool m_isBig;
+    const bool m_isBigEndian;
 };
 
 // Finds the EXIF data, which is either the first segment of a file or follows the short JFIF header.

@@ -15,10 +15,10 @@ namespace {
 constexpr std::size_t kBufferBytes = 65536;
 constexpr std::size_t kMaxSegment = 65533; // payload of one marker segment
 
-/// From this quality on, color is stored at full resolution to keep edges sharp.
+/// At this quality and above, color is stored at full resolution to keep edges sharp.
 constexpr int kFullChromaQuality = 90;
 
-// Adapts a Sink for libjpeg.
+// libjpeg's output, written to a Sink.
 struct Output {
     jpeg_destination_mgr base; // must be first: libjpeg points to it
     Sink *sink;
@@ -131,7 +131,7 @@ std::vector<Segment> Segments(const Metadata &metadata, ThumbnailRoom *room)
     return segments;
 }
 
-/// Encodes one picture. Objects with destructors are members, so that a jump skips no destructor.
+/// Encoder of one picture. Objects with destructors are members, so that a jump skips no destructor.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

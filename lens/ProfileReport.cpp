@@ -18,7 +18,7 @@ QString Named(const QDomElement &element)
     return QLatin1Char('<') + element.tagName().left(kMaxTextLength) + QLatin1Char('>');
 }
 
-/// Returns the text of the first child with one of the tags, in the order of the tags; empty if there is none.
+/// Returns the first non-empty text of a child with one of the tags, tried in order; empty if there is none.
 QString ChildText(const QDomElement &parent, std::initializer_list<const char *> tags)
 {
     for (const char *tag : tags) {
@@ -122,9 +122,9 @@ void DescribeEntry(const QDomElement &entry, ProfileReport &report)
         ++report.entryCount;
 }
 
-/// The use of a model.
+/// Use of a model.
 enum class ModelRole {
-    Warp,  // maps the picture, by the kind of the profile
+    Warp,  // maps the picture, according to the profile's kind
     Shift, // maps one color relative to green, always by the perspective formula
     Gain
 };
@@ -133,7 +133,7 @@ struct ModelInfo {
     const char *name;
     LensParam newLCP::*member;
     ModelRole role;
-    const char *tag; // of its element inside the distortion model's; null: the distortion model
+    const char *tag; // of its element inside the distortion model's; null for the distortion model itself
 };
 
 const ModelInfo kModels[] = {
@@ -144,7 +144,7 @@ const ModelInfo kModels[] = {
     {"vignette", &newLCP::vignetteModel, ModelRole::Gain, "stCamera:VignetteModel"},
 };
 
-/// Returns whether the file gives the model's center. newLCP reads a missing one as the top left corner.
+/// Returns whether the file specifies the model's center. newLCP reads a missing one as the top left corner.
 bool HasCenter(const QDomElement &modelElement, const ModelInfo &info)
 {
     const QDomElement element = info.tag ? modelElement.lastChildElement(QLatin1String(info.tag)) : modelElement;

@@ -26,8 +26,7 @@ QDir FolderOf(const QString &brand, const QDir &base)
     const QStringList entries = base.entryList();
     for (const QString &entry : entries) {
         if (Contains(brand, entry))
-            return QDir(base.path() + QLatin1Char('\\')
-                        + entry); // a backslash on every platform: installations rely on it
+            return QDir(base.path() + QLatin1Char('\\') + entry); // on every platform: installations rely on this
     }
     return QDir(QString());
 }

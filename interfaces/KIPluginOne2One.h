@@ -1,4 +1,4 @@
-// A process that makes one output image from one input image.
+// Process that makes one output image from one input image.
 #pragma once
 
 #include "KIPluginProcess.h"

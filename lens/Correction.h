@@ -26,11 +26,12 @@ struct GainMap {
     RadialCurve gain;
 };
 
-/// Correction of one picture. For an output pixel p, with the picture's middle m at ((width - 1) / 2, (height - 1) /
-/// 2):
+/// Correction of one picture. For an output pixel p and the picture's middle m = ((width - 1) / 2, (height - 1) / 2):
 ///
-///     a = m + (p - m) / zoom g = geometry(a) red is sampled at red(g), green at g, blue at blue(g) gain(g) multiplies
-///     all three, in linear light
+///     a = m + (p - m) / zoom
+///     g = geometry(a)
+///     red is sampled at red(g), green at g, blue at blue(g)
+///     gain(g) multiplies all three, in linear light
 ///
 /// Absent maps change nothing. A pixel is empty if the sampling position of any channel has no neighbors, or lies
 /// outside [-0.5 - 1/256, side - 0.5 + 1/256]. The curves include the requested strength and the projection of

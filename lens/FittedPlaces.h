@@ -30,7 +30,8 @@ public:
     /// Number of readable but meaningless values after each row.
     static constexpr int kPadding = 16;
 
-    /// @p twin and @p roots must outlive the object. @p roots: TransferCurve::RootTable, or null for no plane of roots.
+    /// @p twin and @p roots must outlive the object. @p roots is TransferCurve::RootTable, or null for no plane of
+    /// roots.
     FittedPlaces(const CorrectionTwin &twin, int cellSide, const TransferCurve::Table *roots);
 
     int CellSidePixels() const { return m_side; }

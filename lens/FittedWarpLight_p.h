@@ -156,7 +156,7 @@ VITRELUX_INLINE void StoreByFormula(const FittedWarp::Band &band, const Block &b
             storeOne(hard[j] + pixel);
 }
 
-/// Multiplies samples that are linear by the block's gains and stores them.
+/// Multiplies linear samples by the block's gains and stores them.
 template <typename Floats, bool kLimited>
 VITRELUX_INLINE void StoreLinear(const Block &block, const Float4 *samples, const float *gain)
 {

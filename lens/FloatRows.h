@@ -10,7 +10,7 @@ class FloatRows {
 public:
     /// How requested ranges progress down the picture.
     enum class Walk {
-        Steps, ///< ranges overlap: there is enough room that rows rarely move, yet fit in the caches
+        Steps, ///< ranges overlap: there is enough room that rows rarely move, but they still fit in the caches
         Leaps, ///< ranges barely overlap: each thread has a window, so rows are converted without OpenMP
     };
 

@@ -25,7 +25,7 @@ public:
     /// Content of channels that no model writes (see InterpolatorKim), and of all channels if there is nothing to
     /// correct.
     enum class Unwritten { Stays, Cleared, FromSource };
-    /// The instruction set to use; one that the CPU lacks crashes the program. Baseline is SSE2 on x86-64, plain code
+    /// Instruction set to use; one that the CPU lacks crashes the program. Baseline is SSE2 on x86-64, plain code
     /// elsewhere.
     enum class Instructions { Baseline, Avx2, Avx512 };
 

@@ -8,7 +8,7 @@ enum class LensModel { Perspective, Fisheye };
 
 /// Radial polynomial around a center, with a scale.
 ///
-/// Positions are in pixels, the origin at the center of the top-left pixel, x to the right, y downward. Warps map the
+/// Positions are in pixels: the origin is the center of the top left pixel, x points right and y down. Warps map the
 /// corrected picture to the uncorrected one, so that callers iterate over destination pixels. Coordinates are computed
 /// in single precision. @p scale is the size of the current picture divided by that of the profile's picture.
 ///

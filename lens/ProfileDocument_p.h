@@ -7,7 +7,7 @@
 /// Reason why a file could not be parsed completely.
 enum class ProfileFault {
     None,
-    NotOpened,     ///< can't be opened, or not read to its end
+    NotOpened,     ///< can't be opened or read to its end
     Refused,       ///< exceeds the limits of InputLimits.h or declares entities; no document
     NotWellFormed, ///< the document holds the part before the error, possibly nothing
 };

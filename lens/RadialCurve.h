@@ -14,7 +14,8 @@ class RadialCurve {
 public:
     /// Constructs the constant @p value.
     explicit RadialCurve(double value = 1.0);
-    /// @p nodes: values at the squared radii 0, step, 2 step, ... (step > 0, in square pixels). At least two nodes.
+    /// Constructs a table: @p nodes, at least two, are the values at the squared radii 0, step, 2 step, ... (step > 0,
+    /// in square pixels).
     RadialCurve(double step, std::vector<double> nodes);
 
     double AtSquared(double squaredRadius) const; // inline, because it runs for every corner of a cell

@@ -34,7 +34,7 @@ struct BoxShape {
 };
 
 /// Stored 16-bit values minus 32768. Sampling reads each value paired with the one below it, because processors
-/// multiply and add such pairs in one instruction. Limits are pairs too, with the lower limit in the lower half.
+/// multiply and add such pairs in one instruction. Limits are pairs, too, with the lower limit in the lower half.
 struct CodePlane {
     std::vector<std::int16_t> values, halves; // halves are rounded down
     std::vector<std::int32_t> pairs, limits;  // limits of the halved values

@@ -4,9 +4,9 @@
 // or a column, because a wave can peak only there:
 // - between two pixels: half of the slope on the far side of each is continued for one pixel, and the sample may reach
 //   the smaller of the two results;
-// - next to a pixel that exceeds both of its neighbors: the sample may exceed it by half of the smaller difference. At
-// an edge, one of these slopes is 0, and the sample stays between the pixels. The row's and the column's allowances are
-// added. They don't depend on the position between the pixels, so they are computed once per pixel.
+// - next to a pixel that exceeds both of its neighbors: the sample may exceed it by half of the smaller difference.
+// At an edge, one of these slopes is 0, and the sample stays between the pixels. The row's and the column's allowances
+// are added. They don't depend on the position between the pixels, so they are computed once per pixel.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"

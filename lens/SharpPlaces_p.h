@@ -6,7 +6,7 @@
 
 namespace {
 
-/// A block's sampling positions as pixels and phases.
+/// Sampling positions of a block as pixels and phases.
 struct SharpPlaces {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // pixel at or before the position; later, x is an offset
     alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded

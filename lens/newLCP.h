@@ -17,17 +17,17 @@ class newLCP {
 public:
     /// Reads @p fileName, once.
     ///
-    /// @param ok  true if the file holds a profile, false if not: no rdf:li on the path of first child elements, an
-    /// rdf:li without rdf:parseType="Resource" or without a model element, not XML, or XML beyond the limits of
-    /// ReadProfileDocument. Unchanged if the file cannot be opened, so callers must initialize it. Throws nothing.
-    /// Truncated XML is used up to its end.
+    /// @param ok  True if the file contains a profile. False if there is no rdf:li on the path of first child elements,
+    /// if the rdf:li has no rdf:parseType="Resource" or no model element, or if the file is not XML or exceeds the
+    /// limits of ReadProfileDocument. Unchanged if the file cannot be opened, so callers must initialize it. Throws
+    /// nothing. Truncated XML is used up to its end.
     newLCP(const QString &fileName, bool &ok);
     /// Same as above; also sets @p whyNotRead if the file exists but can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);
     /// Reads a parsed profile from its root element, and sets @p ok as above.
     newLCP(const QDomElement &root, bool &ok);
 
-    /// Sets sensorFormatFactor to 1, scale, sizes and modelKind to 0.
+    /// Sets sensorFormatFactor to 1, and scale, sizes and modelKind to 0.
     void Init();
     /// Calls LensParam::Reset for the five models, then Init.
     void Reset();

@@ -25,8 +25,8 @@ struct FittedPlan {
 /// are converted while they are in the caches.
 class FittedBands {
 public:
-    /// Waits until the first @p rows rows of the source can be read, and returns the number of rows that can. May
-    /// throw. Once all rows can be read, none is damaged.
+    /// Waits until the first @p rows rows of the source can be read, and returns the number of readable rows. May
+    /// throw. Once all rows are readable, none is damaged.
     using WaitForRows = std::function<int(int rows)>;
 
     /// @p source must outlive the object and have the correction's size.

@@ -27,16 +27,16 @@ struct FittedRecord {
 
 /// Option names in the XML form of a record, which are also the keys in the stored settings.
 ///
-/// | name                                     | text                                                            |
-/// |------------------------------------------|-----------------------------------------------------------------|
-/// | "Framing"                                | "fill", "keep", "all", or a zoom factor of 0.5 to 2             |
-/// | "Sampling"                               | "sharp", "bilinear"                                             |
-/// | "Projection"                             | "rectilinear", "equidistant", "stereographic", "equisolid"      |
-/// | "AmountDisto", "AmountCA", "AmountFalloff" | a factor of 0 to 2                                            |
-/// | "Source"                                 | "auto", "lcp", "lensfun"                                        |
-/// | "Again"                                  | "1" for yes; anything else means no                             |
-/// | "Lens", "Body"                           | a name                                                          |
-/// | "Focal", "Aperture", "Distance"          | mm, f-number, m, above 0; the distance may be "inf"             |
+/// | name                                       | text                                                            |
+/// |--------------------------------------------|-----------------------------------------------------------------|
+/// | "Framing"                                  | "fill", "keep", "all", or a zoom factor of 0.5 to 2             |
+/// | "Sampling"                                 | "sharp", "bilinear"                                             |
+/// | "Projection"                               | "rectilinear", "equidistant", "stereographic", "equisolid"      |
+/// | "AmountDisto", "AmountCA", "AmountFalloff" | a factor of 0 to 2                                              |
+/// | "Source"                                   | "auto", "lcp", "lensfun"                                        |
+/// | "Again"                                    | "1" for yes; anything else means no                             |
+/// | "Lens", "Body"                             | a name                                                          |
+/// | "Focal", "Aperture", "Distance"            | mm, f-number, m, above 0; the distance may be "inf"             |
 ///
 /// Numbers have a decimal point in every locale and are clamped to their range. Options get their defaults if their
 /// text is missing, empty or invalid.

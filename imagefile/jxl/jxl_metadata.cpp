@@ -63,8 +63,8 @@ bool IsSrgb(const JxlColorEncoding &colors)
 
 } // namespace
 
-// Lossy pictures are stored in the format's internal color space, from which libjxl can't convert to any ICC profile.
-// By default it would choose linear sRGB for files with a profile; this requests sRGB, for both metadata and pixels.
+// Requests sRGB for lossy pictures with an ICC profile, for both metadata and pixels: libjxl can't convert the format's
+// internal color space to an ICC profile, and would choose linear sRGB by default.
 void JxlFile::ChooseColors()
 {
     JxlColorEncoding colors;

@@ -70,7 +70,7 @@ bool Narrowing::NarrowValue(TiffField *field)
         return true;
     }
     const std::uint64_t offset = m_big.OffsetOf(*field);
-    if (offset <= kHeadBytes && bytes <= kHeadBytes - offset) { // already copied, with the head
+    if (offset <= kHeadBytes && bytes <= kHeadBytes - offset) { // already copied as part of the head
         SetOffset(static_cast<std::uint32_t>(offset), field);
         return true;
     }

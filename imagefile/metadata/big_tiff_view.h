@@ -1,4 +1,4 @@
-// The metadata of a BigTIFF as a classic TIFF, the only form that Exiv2 reads.
+// Metadata of a BigTIFF as a classic TIFF, the only form that Exiv2 reads.
 #pragma once
 
 #include "core/bytes.h"

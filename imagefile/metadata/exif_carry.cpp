@@ -39,8 +39,8 @@ bool BeginsWithAny(const std::string &group, std::initializer_list<const char *>
                        [&group](const char *begin) { return group.rfind(begin, 0) == 0; });
 }
 
-// Returns whether Exiv2 decoded the value from a maker note. This includes the group "MakerNote", the note's offset and
-// byte order.
+// Returns whether Exiv2 decoded the value from a maker note. This includes the group "MakerNote", which contains the
+// note's offset and byte order.
 bool IsDecodedNote(const Exiv2::Exifdatum &datum)
 {
     const std::string group = datum.groupName();

@@ -1,4 +1,4 @@
-// The texts of EXIF values. Exiv2's print functions are unsuitable: they depend on the locale.
+// Texts of EXIF values. Exiv2's print functions are unsuitable, because they depend on the locale.
 #include "exif_lists.h"
 
 #include "core/decimal.h"

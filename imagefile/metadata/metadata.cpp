@@ -45,8 +45,8 @@ void WarnOfDamage(const char *what) noexcept
     Warn(text);
 }
 
-// Called from an Exiv2 destructor. Exiv2 logs lost values as errors, and oddities found in many camera files as
-// warnings, but also the loss of a whole block.
+// Called from an Exiv2 destructor. Exiv2 logs lost values as errors. Its warnings are about oddities found in many
+// camera files, but also about the loss of a whole block.
 void TakeLog(int level, const char *text)
 {
     if (isReading && (level >= Exiv2::LogMsg::error || std::strncmp(text, "Failed to decode", 16) == 0))

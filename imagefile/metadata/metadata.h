@@ -1,4 +1,4 @@
-// The metadata of one picture inside the layer, and how to read it from a file.
+// Metadata of one picture inside the layer, and the functions that read it from a file.
 #pragma once
 
 #include "core/bytes.h"
@@ -43,12 +43,14 @@ Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t si
 /// layer reads metadata becomes a warning.
 void StartExiv2();
 
-/// Guards Exiv2's table of XMP namespaces. Reading a packet adds new namespaces under Exiv2's own lock, but writing a
-/// packet iterates over the table without it. So hold this lock shared while reading and exclusively while writing.
+/// Returns the lock for Exiv2's table of XMP namespaces. Reading a packet adds new namespaces under Exiv2's own lock,
+/// but writing a packet iterates over the table without it. So hold this lock shared while reading and exclusively
+/// while writing.
 std::shared_mutex &XmpNamespaces();
 
-/// Required while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied because memory
-/// is short, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy succeed.
+/// Guard that must exist while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied
+/// because memory is short, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy
+/// succeed.
 template <class Lock> struct XmpUse {
     const MemoryReserve reserve;
     const Lock lock{XmpNamespaces()};

@@ -1,4 +1,4 @@
-// The metadata of a TIFF file in memory at its original offsets, for Exiv2, which expects such files to be mapped.
+// Metadata of a TIFF file in memory at its original offsets, for Exiv2, which expects such files to be mapped.
 #pragma once
 
 #include "core/source.h"

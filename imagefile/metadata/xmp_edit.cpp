@@ -14,8 +14,8 @@ namespace {
 /// Prefixes of raw converter settings, current and saved.
 constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
 
-/// Properties that describe the source file; the tags of the new file describe its structure. Exiv2 doesn't read the
-/// extended packets of a JPEG, so they are not copied, and nothing may refer to them.
+/// Properties to remove, because they describe the source file. Exiv2 doesn't read the extended packets of a JPEG, so
+/// these are not copied, and nothing may refer to them.
 struct FileProperty {
     std::string_view prefix, name;
 };
@@ -44,7 +44,8 @@ bool IsDevelopSetting(const Exiv2::Xmpdatum &datum)
         != std::end(kDevelopPrefixes);
 }
 
-/// Also returns true for the parts of a structure or array, which are named after it: "Thumbnails[1]/xmpGImg:image".
+/// Returns whether @p datum is the property or part of it. Parts of a structure or array are named after it:
+/// "Thumbnails[1]/xmpGImg:image".
 bool IsNamed(const Exiv2::Xmpdatum &datum, const FileProperty &property)
 {
     const std::string tag = datum.tagName();

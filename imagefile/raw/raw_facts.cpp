@@ -20,7 +20,7 @@ bool IsKnown(double value)
     return std::isfinite(value) && value > 0.0 && value < kMaxRational;
 }
 
-// Returns a field's text, which is zero-terminated unless it fills the field, without trailing spaces.
+// Returns the text of a field without trailing spaces. It is zero-terminated unless it fills the field.
 template <std::size_t N> std::string TextOf(const char (&field)[N])
 {
     std::string text(field, std::find(field, field + N, '\0'));
@@ -80,7 +80,7 @@ private:
     RawFacts *m_facts;
 };
 
-// Formats LibRaw's time stamp in local time, as which LibRaw interprets the camera's clock.
+// Formats a timestamp as local time, because LibRaw interprets the camera's clock as local time.
 std::string DateText(std::time_t time)
 {
     std::tm parts = {};

@@ -38,7 +38,7 @@ private:
         libdeflate_alloc_compressor(kLibDeflateLevel), libdeflate_free_compressor};
 };
 
-/// Compressor by ISA-L, except for strips of drawings and flat areas, which libdeflate packs better and about as fast.
+/// ISA-L compressor. Leaves strips of drawings and flat areas to libdeflate, which packs them better and about as fast.
 class ByIsaL : public Deflate {
 public:
     /// Incompressible data is stored in blocks of up to 64 KiB with 5 bytes of overhead each; the constant covers the

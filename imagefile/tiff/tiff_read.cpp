@@ -210,7 +210,7 @@ std::size_t UnpackedRowBytes(const TiffLayout &layout)
     return static_cast<std::size_t>(layout.width) * static_cast<std::size_t>(layout.unpacked.BytesPerPixel());
 }
 
-/// Decoder on several threads, each with separate handles. They decode bands into rows at their final location.
+/// Decoder that runs on several threads, each with separate handles, and writes rows to their final location.
 class SharedReading {
 public:
     /// Returns whether bands can be decoded in any order, and are small and numerous enough to share.

@@ -53,7 +53,7 @@ QString WhyNoDocument(const ProfileDocument &profile)
     if (profile.fault == ProfileFault::NotOpened)
         return QStringLiteral("can't be opened: ") + profile.why;
     if (profile.fault == ProfileFault::Refused)
-        return QStringLiteral("no profile: ") + profile.why;
+        return QStringLiteral("not a profile: ") + profile.why;
     if (profile.bytes == 0)
         return QStringLiteral("an empty file; ") + kExpected;
     if (profile.fault == ProfileFault::None)
@@ -71,7 +71,7 @@ QString WhyNoEntry(const QDomElement &root)
     QDomElement last = root;
     while (!last.firstChildElement().isNull())
         last = last.firstChildElement();
-    return QStringLiteral("XML, but no lens profile: its root is %1, and following first child elements down to %2 "
+    return QStringLiteral("XML, but not a lens profile: its root is %1, and following first child elements down to %2 "
                           "finds no <rdf:li>")
         .arg(Named(root), Named(last));
 }
@@ -225,7 +225,8 @@ void NoteMissingModels(const newLCP &lcp, QStringList &notes)
     if (!lcp.greenModel.found)
         notes << QStringLiteral("no green model: if chromatic aberration is switched on, nothing at all is corrected");
     else if (!lcp.redGreenModel.found || !lcp.blueGreenModel.found)
-        notes << QStringLiteral("no red or no blue model: correcting chromatic aberration would ruin the picture");
+        notes << QStringLiteral(
+            "the red or the blue model is missing: correcting chromatic aberration would ruin the picture");
     if (!lcp.vignetteModel.found)
         notes << QStringLiteral("no vignette model: vignetting is not corrected");
 }

@@ -15,7 +15,7 @@ namespace imagefile {
 
 namespace {
 
-// Longer values, such as tables and blocks, are listed by their length.
+// Longer values, such as tables and blocks, are listed as their length.
 constexpr long kMaxListedBytes = 1024;
 
 struct Item {
@@ -44,7 +44,7 @@ std::size_t Utf8Length(const std::string &text, std::size_t at)
     return length;
 }
 
-// Converts to UTF-8; reads invalid bytes as ISO 8859-1 and ends at a zero byte.
+// Converts to UTF-8; interprets invalid bytes as ISO 8859-1 and stops at a zero byte.
 std::string ToUtf8(const std::string &text)
 {
     std::string result;
@@ -61,7 +61,8 @@ std::string ToUtf8(const std::string &text)
     return result;
 }
 
-// Returns the text written by @p write, a callable that takes a stream. A host may have changed the locale of streams.
+// Returns the text that @p write writes to the stream passed to it. Sets the classic locale, because a host may have
+// changed the default.
 template <class Write> std::string Written(Write write)
 {
     std::ostringstream stream;
@@ -72,7 +73,7 @@ template <class Write> std::string Written(Write write)
     return ToUtf8(stream.str());
 }
 
-// Returns value and printed form of one entry. Exiv2's print functions may throw on unexpected values.
+// Appends one entry with its raw and printed value. Exiv2's print functions may throw on unexpected values.
 template <class Print>
 void AddItem(const std::string &key, const Exiv2::Value &value, Print print, std::vector<Item> *to)
 {

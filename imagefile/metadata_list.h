@@ -1,4 +1,4 @@
-// All metadata of a picture as one flat list, for code that looks up values by name.
+// All metadata of a picture as one flat list, in which callers look up values by name.
 #pragma once
 
 #include "metadata/metadata.h"

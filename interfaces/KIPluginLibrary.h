@@ -1,4 +1,4 @@
-// The entry object of a plug-in library.
+// Entry object of a plug-in library.
 #pragma once
 
 #include <QList>

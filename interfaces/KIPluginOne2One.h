@@ -1,4 +1,4 @@
-// A process that makes one output image from one input image.
+// Process that makes one output image from one input image.
 #pragma once
 
 #include "KIPluginProcess.h"
@@ -13,7 +13,7 @@ public:
     virtual void Process(QString fileName, void *parameters, QString &outputFileName) = 0;
     /// Announces the images of a job; each gets a record. In a job with a page, call WizardPage first.
     virtual void SetFiles(QStringList files) = 0;
-    /// Returns the choices for one file, or the stored defaults for a file that SetFiles did not name.
+    /// Returns the parameters for one file, or the stored defaults for a file that was not passed to SetFiles.
     virtual QDomElement GetFileXmlParams(QString file) = 0;
 };
 

@@ -1,4 +1,4 @@
-// A process on images, with a wizard page and one parameter record per image.
+// Process on images, with a wizard page and one parameter record per image.
 #pragma once
 
 #include "KIAbout.h"

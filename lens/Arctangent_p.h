@@ -1,7 +1,7 @@
-// The arctangent of the fisheye model. Unlike std::atan it vectorizes, and its result doesn't depend on the C library.
+// Arctangent for the fisheye model. Unlike std::atan, it vectorizes, and its result doesn't depend on the C library.
 #pragma once
 
-/// Returns the angle in radians whose tangent is @p r >= 0, within 1e-9 before rounding; NaN for NaN.
+/// Returns the arctangent of @p r >= 0 in radians, within 1e-9 before rounding to float; NaN for NaN.
 [[gnu::always_inline]] inline float Arctangent(float r)
 {
     constexpr double kPi = 3.14159265358979323846;

@@ -1,4 +1,4 @@
-// The correction of one picture as maps in pixels: the input of the fitted warp, independent of profiles and XML.
+// Correction of one picture as maps in pixels: the input of the fitted warp, independent of profiles and XML.
 #pragma once
 
 #include "RadialCurve.h"
@@ -15,27 +15,27 @@
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
     RadialCurve factor;                          // includes the model's scale factor
-    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: the model's term over its unit, times its scale factor
+    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficient / the model's unit * scale factor
     double endRadius = std::numeric_limits<double>::infinity();
 };
 
-/// Gain in linear light, a factor from 1 to 16, by the distance of the sampling position from the center. The sampling
-/// position is the result of the geometric step (green's).
+/// Gain in linear light, a factor from 1 to 16, as a function of the distance of green's sampling position from the
+/// center.
 struct GainMap {
     double centerX = 0.0, centerY = 0.0;
     RadialCurve gain;
 };
 
-/// The correction of one picture. For an output pixel p, with the picture's middle m at ((width - 1) / 2,
-/// (height - 1) / 2):
+/// Correction of one picture. For an output pixel p and the picture's middle m = ((width - 1) / 2, (height - 1) / 2):
 ///
 ///     a = m + (p - m) / zoom
-///     g = geometry(a), or a
-///     red is sampled at red(g), blue at blue(g), or at g; green at g
+///     g = geometry(a)
+///     red is sampled at red(g), green at g, blue at blue(g)
 ///     gain(g) multiplies all three, in linear light
 ///
-/// A channel whose sampling position has no neighbors, or lies outside [-0.5 - 1/256, side - 0.5 + 1/256], makes the
-/// pixel empty. The curves include the requested strength and the projection of fisheyes.
+/// Absent maps change nothing. A pixel is empty if the sampling position of any channel has no neighbors, or lies
+/// outside [-0.5 - 1/256, side - 0.5 + 1/256]. The curves include the requested strength and the projection of
+/// fisheyes.
 struct Correction {
     int width = 0, height = 0; // of source and result, as stored
     double zoom = 1.0;         // above 1 enlarges

@@ -31,7 +31,7 @@ double GainAt(const GainMap &map, double end, const Point &at, SourcePlaces *pla
 {
     const double dx = at.x - map.centerX, dy = at.y - map.centerY, squared = dx * dx + dy * dy;
     places->toEnd = std::min(places->toEnd, end - std::sqrt(squared));
-    return std::clamp(map.gain.AtSquared(squared), 1.0, kMaxGain); // the cubic overshoots steep nodes
+    return std::clamp(map.gain.AtSquared(squared), 1.0, kMaxGain); // the cubic overshoots at steep nodes
 }
 
 Point Framed(const Correction &correction, double x, double y)

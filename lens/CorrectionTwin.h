@@ -3,7 +3,7 @@
 
 #include "Correction.h"
 
-/// The sampling positions of an output pixel, in pixels of the source.
+/// Sampling positions of an output pixel, in pixels of the source.
 struct SourcePlaces {
     struct Point {
         double x, y;
@@ -16,7 +16,7 @@ struct SourcePlaces {
     double toEnd = std::numeric_limits<double>::infinity();
 };
 
-/// Evaluates a correction pixel by pixel: the plain twin of FittedWarp. Any thread may call const functions.
+/// Evaluator of a correction at single pixels: the plain twin of FittedWarp. Any thread may call const functions.
 class CorrectionTwin {
 public:
     explicit CorrectionTwin(const Correction &correction);
@@ -31,11 +31,11 @@ public:
 
     /// Returns the sampling positions of the output pixel at (@p x, @p y), which may be anywhere, even between pixels.
     SourcePlaces At(double x, double y) const;
-    /// Returns whether the pixel with these sampling positions stays empty: one is outside the picture, or a map is
-    /// folded.
+    /// Returns whether the pixel with these sampling positions stays empty: one is outside the picture, or a map ends
+    /// before the pixel.
     bool IsEmpty(const SourcePlaces &places) const;
     /// Returns whether any pixel of the result stays empty. Checks only the edges: maps are continuous and increase
-    /// outward up to their ends, so if any pixel is empty, so is one at an edge.
+    /// outward up to their ends, so if any pixel is empty, one at an edge is empty, too.
     bool LeavesEmpty() const;
 
 private:

@@ -1,4 +1,4 @@
-// The three corrections, as a set.
+// Set of the three corrections.
 #pragma once
 
 /// Corrections requested, supported by a profile, or to be applied to one picture. All internal code uses this set. The

@@ -8,13 +8,13 @@
 namespace {
 
 constexpr int kLargestSide = 8;
-constexpr int kBlockPixels = 64;          // whole blocks are read, past the last pixel
+constexpr int kBlockPixels = 64;          // whole blocks are read, even beyond the last pixel
 constexpr double kPlaceTolerance = 0.003; // pixels
 constexpr double kGainTolerance = 5e-5;
 
 using Values = std::array<double, FittedPlaces::kPlanes>;
 
-/// Returns the values of all planes at a pixel except roots; positions are relative to it.
+/// Returns the values of all planes at a pixel, except the root; positions are relative to the pixel.
 Values ValuesOf(const SourcePlaces &places, double x, double y)
 {
     return {places.gain,        0.0,

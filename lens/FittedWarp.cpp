@@ -9,8 +9,9 @@
 
 namespace {
 
-// One struct per instruction set; code inlined into its function is compiled for that set. Floats has the width of the
-// compiler's vectorized loops, because a load that spans two stores is slow. Taps belong to one row of a kernel.
+// One struct per instruction set; code inlined into its function is compiled for that set. Floats is as wide as the
+// vectors in loops that the compiler vectorizes, because a load that spans two stores is slow. Taps holds values of one
+// kernel row.
 
 struct Baseline {
     using Floats = float __attribute__((vector_size(16)));
@@ -63,9 +64,9 @@ struct Avx512 {
 using Rows = bool (*)(const FittedWarp::Band &);
 
 struct Kinds {
-    Rows bilinear[2][2]; // by alpha and split colors
+    Rows bilinear[2][2]; // indexed by alpha and split colors
     Rows sharpFloats[2][2];
-    Rows sharpCodes[2]; // by split colors
+    Rows sharpCodes[2]; // indexed by split colors
 };
 
 template <typename Set>

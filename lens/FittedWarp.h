@@ -1,4 +1,4 @@
-// The fast warp of fitted corrections, over float RGBA, in bands of rows.
+// Fast warp for fitted corrections, which renders float RGBA in bands of rows.
 #pragma once
 
 #include "CorrectionTwin.h"
@@ -16,35 +16,35 @@ class KImage;
 /// others are opaque or get the source's alpha.
 ///
 /// Render may run on several threads for different rows. Each running call needs about 1 MB of working memory, which
-/// the object keeps for later calls. It may throw std::bad_alloc, nothing else.
+/// the object keeps for later calls. Calls throw only std::bad_alloc.
 class FittedWarp {
 public:
     enum class Sampling { Bilinear, Sharp };
     /// Properties of the pixels that the float rows were converted from.
     struct Source {
         bool isFloat = false;  ///< values may lie outside 0 to 1 and are not clamped
-        bool hasAlpha = false; ///< not premultiplied; colors are weighted by it. If false, alpha is ignored
+        bool hasAlpha = false; ///< not premultiplied, used to weight colors; if false, alpha is ignored
     };
     using Instructions = FloatWarp::Instructions;
     using RowRange = FloatWarp::RowRange;
 
-    /// @param light  converts stored values to light, which the gain multiplies.
+    /// @param light  Converts stored values to light, which the gain multiplies.
     FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source);
 
     /// Returns whether any pixel of the result is empty, so that the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
-    /// Returns the source rows that a band of @p rows rows from @p firstRow on needs, estimated from the positions in
-    /// its first and last row. The estimate is too small only where a map isn't monotonic.
+    /// Estimates the source rows that a band of @p rows rows, starting at @p firstRow, needs, from the positions in its
+    /// first and last row. The estimate is too small only where a map isn't monotonic.
     RowRange RowsFor(int firstRow, int rows) const;
 
     /// Returns whether Render also accepts the unconverted rows of @p picture, RGB at 8 or 16 bits, with the same
     /// result.
     bool ReadsStored(const KImage &picture) const;
 
-    /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
+    /// Fills @p rows with rows of the corrected picture, starting at @p firstRow.
     ///
-    /// @param window  Rows of the source from @p windowRow on, as wide as the correction; float RGBA
+    /// @param window  Rows of the source, starting at @p windowRow, as wide as the correction; float RGBA
     ///                (FloatWarp::Serves), or as stored if ReadsStored.
     /// @param rows    Float RGBA of the same width; must not be the window.
     /// @return false if other rows of the source are needed; @p rows then has undefined content.

@@ -1,4 +1,4 @@
-// The loops of FittedWarp, compiled once per instruction set.
+// Loops of FittedWarp, compiled once per instruction set.
 #pragma once
 
 #include "FittedWarpLight_p.h"
@@ -9,7 +9,8 @@
 
 namespace {
 
-/// Prefetches source rows for the next rows of the result: the hardware prefetcher doesn't follow curved lines.
+/// Prefetches source pixels for the next rows of the result, because the hardware prefetcher doesn't follow curved
+/// lines.
 VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;
@@ -22,7 +23,7 @@ VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at,
 
 constexpr int kUnitRows = 64;
 
-/// Renders the band with @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
+/// Renders the band with @p Kind, kUnitRows rows at a time. Returns false if a source row isn't in memory.
 template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
 {
     auto scratch = band.idleMemory.Take<typename Kind::Scratch>();
@@ -47,7 +48,7 @@ VITRELUX_INLINE Block BlockAt(const FittedWarp::Band &band, int x, int row)
 template <typename Set, bool kAlpha, bool kSplit> struct BilinearBlocks {
     struct Scratch : FittedWarp::IdleMemory::Piece { };
 
-    /// Returns false if a row isn't in memory.
+    /// Samples a block. Returns false if a source row isn't in memory.
     VITRELUX_INLINE static bool Sample(const FittedWarp::Band &band, const Block &block, const BlockPlaces &places,
                                        Float4 *samples)
     {

@@ -1,5 +1,5 @@
-// FittedWarp's gain: converts samples to linear light by formula or table, multiplies and stores them. Compiled
-// once per instruction set.
+// Gain of FittedWarp: converts samples to linear light by formula or table, multiplies and stores them. Compiled once
+// per instruction set.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -17,18 +17,18 @@ template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 }
 
 #if VITRELUX_FITTED_VECTORS
-/// Same, with two instructions that compilers don't choose.
+/// Same with two instructions that compilers don't choose.
 template <> VITRELUX_INLINE Float4 Limited(Float4 value)
 {
     return _mm_min_ps(_mm_max_ps(value, _mm_setzero_ps()), _mm_set1_ps(1.0F));
 }
 #endif
 
-/// Maps colors through one table per channel. Arguments are at least 0 or NaN.
+/// Maps colors through one table per channel. Values are at least 0, or NaN.
 VITRELUX_INLINE Float4 Through(const TransferCurve::Table *const (&tables)[3], Float4 value)
 {
     using Int4 = std::int32_t __attribute__((vector_size(16)));
-    const TransferCurve::Table &shape = *tables[0]; // shared by all
+    const TransferCurve::Table &shape = *tables[0]; // the same for all three
     const Float4 least = Same(shape.least), greatest = Same(shape.greatest);
     Float4 held = value > least ? value : least;
     held = held < greatest ? held : greatest;
@@ -47,7 +47,7 @@ VITRELUX_INLINE Float4 Magnitude(Float4 value)
     return value < Same(0.0F) ? -value : value;
 }
 
-/// Multiplies the light of stored values; alpha is unchanged.
+/// Gain by tables: multiplies the light of stored values; alpha is unchanged.
 struct Light {
     explicit Light(const TransferCurve &light)
         : toLight{&light.LightTable(0), &light.LightTable(1), &light.LightTable(2)},
@@ -101,7 +101,7 @@ template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values,
     return ForPixels(LoadVector<Floats>(values), Floats{} + alpha, LanesOf<Floats>());
 }
 
-/// Same by formula instead of tables, for gains of 1 and more.
+/// Gain by formula, for gains of at least 1.
 template <typename Floats> struct FormulaLight {
     VITRELUX_INLINE explicit FormulaLight(const TransferCurve::Formula &formula)
     {
@@ -110,8 +110,8 @@ template <typename Floats> struct FormulaLight {
         toe = ForPixels(zero + static_cast<float>(formula.toe), noToe, LanesOf<Floats>());
     }
 
-    /// Returns a vector's pixels, multiplied and clamped. Sets @p simple to false if a gain lifts a value out of the
-    /// linear toe, which requires a power.
+    /// Returns the pixels of a vector, multiplied and clamped. Sets @p simple to false if a gain lifts a value out of
+    /// the linear toe: the result is then invalid, because it requires a power.
     VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
     {
         const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);
@@ -125,7 +125,7 @@ template <typename Floats> struct FormulaLight {
     Floats offset, toe;
 };
 
-/// Multiplies the light of a block by its gains.
+/// Multiplies the light of the samples by the block's gains, by formula, and stores them.
 template <typename Floats>
 VITRELUX_INLINE void StoreByFormula(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
                                     const Gains &gains)
@@ -156,7 +156,7 @@ VITRELUX_INLINE void StoreByFormula(const FittedWarp::Band &band, const Block &b
             storeOne(hard[j] + pixel);
 }
 
-/// Multiplies stored values by a block's gains.
+/// Multiplies linear samples by the block's gains and stores them.
 template <typename Floats, bool kLimited>
 VITRELUX_INLINE void StoreLinear(const Block &block, const Float4 *samples, const float *gain)
 {
@@ -193,7 +193,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
     if (band.light.IsLinear())
         return band.form.isFloat ? StoreLinear<Floats, false>(block, samples, gain)
                                  : StoreLinear<Floats, true>(block, samples, gain);
-    // At most eight lanes: compilers emit code that is ten times slower for masks of longer vectors.
+    // At most eight lanes: for masks of longer vectors, compilers emit code that is ten times slower.
     using Float8 = float __attribute__((vector_size(32)));
     using Masked = std::conditional_t<(sizeof(Floats) > sizeof(Float8)), Float8, Floats>;
     if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-/// Working memory of finished calls of Render, kept for later calls on the same object: page faults on fresh memory
-/// took up to a sixth of the time. Thread-safe.
+/// Working memory of finished calls to Render, kept for later calls on the same object: page faults on fresh memory
+/// would take up to a sixth of the time. Thread-safe.
 class FittedWarp::IdleMemory {
 public:
     struct Piece {

@@ -55,7 +55,7 @@ VITRELUX_INLINE Float4 Same(float value)
     return Float4{value, value, value, value};
 }
 
-/// A run of pixels in a row.
+/// Run of pixels in a row.
 struct Block {
     int x, y, count;
     unsigned char *target;
@@ -92,7 +92,7 @@ template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
 template <typename Floats> constexpr int kLanesOf = sizeof(Floats) / sizeof(float);
 template <typename Floats> using LanesOf = std::make_integer_sequence<int, kLanesOf<Floats>>;
 
-/// Repeats each value of @p cells in kSide lanes, starting at vector @p kVector of the result.
+/// Repeats each value of @p cells kSide times, and returns vector @p kVector of the result.
 template <int kSide, int kVector, typename Floats, int... kLane>
 VITRELUX_INLINE Floats Repeat(Floats cells, std::integer_sequence<int, kLane...>)
 {
@@ -145,7 +145,7 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
     }
 }
 
-/// Gets each pixel's positions from the twin. Where a map folds, they are far away.
+/// Gets each pixel's positions from the twin. Where a map has ended, they are far outside the picture.
 inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
@@ -181,15 +181,15 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
     }
 }
 
-/// Sampling positions as the pixel above and to the left, and the weights of the next column and row.
+/// Sampling positions as their upper left neighbors and the weights of the next column and row.
 struct Neighbors {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels];
     alignas(64) float fx[kBlockPixels], fy[kBlockPixels];
     alignas(64) std::int64_t corner[kBlockPixels]; // byte offset from the picture's first pixel, set by FindCorners
 };
 
-/// Rounds down; |value| <= 2^30. @p Floats implies the instruction set: all but the baseline have an instruction for
-/// it.
+/// Rounds down; |value| <= 2^30. All instruction sets but the baseline, which @p Floats identifies by its width, have
+/// an instruction for it.
 template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
     if constexpr (sizeof(Floats) > sizeof(Float4))
@@ -218,7 +218,7 @@ template <bool kSplit> VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band
 {
     const int right = band.width - 2, top = band.heldFirst, bottom = band.heldEnd - 2;
     const auto held = [&](int pixels) VITRELUX_INLINED {
-        std::int32_t beyond = 0; // the sign bit
+        std::int32_t beyond = 0; // negative if any neighbor isn't in memory
         for (int i = 0; i < pixels; ++i)
             for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color)
                 beyond |=
@@ -228,7 +228,7 @@ template <bool kSplit> VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band
     return count == kBlockPixels ? held(kBlockPixels) : held(count); // a constant length gives pure vector code
 }
 
-/// Computes the addresses of neighbors, all of which are in memory. Pixels past the block's end get meaningless ones.
+/// Computes the offsets of neighbors, all of which must be in memory. Pixels past the block's end get meaningless ones.
 VITRELUX_INLINE void FindCorners(const FittedWarp::Band &band, Neighbors *neighbors)
 {
     const auto stride = static_cast<std::uint32_t>(band.sourceStride); // one instruction multiplies 32 x 32 to 64 bits
@@ -238,7 +238,7 @@ VITRELUX_INLINE void FindCorners(const FittedWarp::Band &band, Neighbors *neighb
     }
 }
 
-/// Returns whether a position between pixel @p whole and the next is outside a side of @p length pixels.
+/// Returns whether the coordinate @p whole + @p rest, with @p rest from 0 to 1, is outside a side of @p length pixels.
 VITRELUX_INLINE bool IsOutside(std::int32_t whole, float rest, int length)
 {
     constexpr auto kBorder = static_cast<float>(CorrectionTwin::kBorderPixels);

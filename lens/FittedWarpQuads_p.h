@@ -1,11 +1,11 @@
-// Bilinear sampling of blocks whose neighbors are all in memory: one pixel or four pixels at a time.
+// Bilinear sampling of blocks whose neighbors are all in memory, one or four pixels at a time.
 #pragma once
 
 #include "FittedWarpSampling_p.h"
 
 namespace {
 
-/// The plain version, which defines the result.
+/// Plain version, which defines the result.
 struct PixelByPixel {
     template <bool kAlpha, bool kSplit>
     VITRELUX_INLINE static void Sample(const FittedWarp::Band &band, const ColorNeighbors &at, int first, int count,
@@ -24,7 +24,7 @@ struct FourByAvx512 {
     static constexpr int kPixels = 4;
     static constexpr __mmask16 kGreens = 0x2222, kBlues = 0x4444, kAlphas = 0x8888;
 
-    /// The neighbors of four positions. Each vector holds the left and right neighbors of two positions.
+    /// Neighbors of four positions. Each vector holds the left and right neighbors of two positions.
     struct Square {
         __m512 top[2], bottom[2];
     };
@@ -98,7 +98,7 @@ struct FourByAvx512 {
         return _mm512_mask_mov_ps(Mix(square, x, y), kAlphas, _mm512_set1_ps(1.0F));
     }
 
-    /// Not inlined: its callers are templates.
+    /// Not inlined, because its callers are templates.
     template <bool kAlpha, bool kSplit>
     [[gnu::target("avx512f,avx512dq")]] static void Sample(const FittedWarp::Band &band, const ColorNeighbors &at,
                                                            int first, int count, Float4 *samples)

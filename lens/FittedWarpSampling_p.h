@@ -52,7 +52,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleHeld(const FittedWarp::Band 
     });
 }
 
-/// Samples near the picture's edges, which are repeated. Returns false if a row isn't in memory.
+/// Samples near the picture's edges, which are repeated. Returns false if a source row isn't in memory.
 template <bool kAlpha>
 inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, int i, Float4 *sample)
 {
@@ -67,7 +67,7 @@ inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, in
 }
 
 /// Combines the first lane of @p red, the second of @p green and the third and fourth of @p blue in two instructions.
-/// Choosing other lanes, or combining single values, would take up to six.
+/// Other combinations of lanes or single values would take up to six.
 VITRELUX_INLINE Float4 JoinColors(Float4 red, Float4 green, Float4 blue)
 {
     return __builtin_shufflevector(__builtin_shufflevector(red, green, 0, 5, 6, 7), blue, 0, 1, 6, 7);
@@ -98,7 +98,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band
     return Finished<false>(top * restY + bottom * y);
 }
 
-/// Samples pixel by pixel, for edges and empty pixels. Returns false if a row isn't in memory.
+/// Samples pixel by pixel, for edges and empty pixels. Returns false if a source row isn't in memory.
 template <bool kAlpha, bool kSplit>
 VITRELUX_INLINE bool SampleCarefully(const FittedWarp::Band &band, const ColorNeighbors &at, int count, Float4 *samples)
 {

@@ -56,10 +56,10 @@ VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &b
     found->anyEmpty = careful && std::memchr(found->isEmpty, 1, static_cast<size_t>(block.count));
 }
 
-/// Widens @p bounds to a position.
+/// Widens @p bounds to include a position.
 VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
 {
-    // One more pixel on each side than positions between the corners can reach, because phases are rounded.
+    // Include one pixel more on each side than positions between the corners can reach, because phases are rounded.
     const int left = static_cast<int>(std::floor(x)) - 1, top = static_cast<int>(std::floor(y)) - 1;
     bounds->left = std::min(bounds->left, left);
     bounds->right = std::max(bounds->right, left + 2);
@@ -67,7 +67,8 @@ VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
     bounds->bottom = std::max(bounds->bottom, top + 2);
 }
 
-/// Widens @p bounds to the sampling positions of a block's non-empty pixels. @return whether there are empty ones.
+/// Widens @p bounds to include the sampling positions of a block's non-empty pixels. Returns whether any pixel is
+/// empty.
 template <typename Kind>
 VITRELUX_INLINE bool IncludeAll(const FittedWarp::Band &band, const Block &block, SharpBlock *found, Bounds *bounds)
 {
@@ -78,12 +79,13 @@ VITRELUX_INLINE bool IncludeAll(const FittedWarp::Band &band, const Block &block
     return found->anyEmpty;
 }
 
-/// Part of a band, in the band's pixels.
+/// Part of a band, in pixels relative to the band.
 struct Unit {
     int x, row, columns, rows;
 };
 
-/// Widens @p bounds to the sampling positions of a unit's pixels, which lie between those of its cells' corners.
+/// Widens @p bounds to include the sampling positions of a unit's pixels, which lie between those of its cells'
+/// corners.
 template <bool kSplit>
 VITRELUX_INLINE void IncludeCorners(const FittedWarp::Band &band, const Unit &unit, Bounds *bounds)
 {
@@ -109,8 +111,8 @@ inline bool IsRough(const FittedWarp::Band &band, const Unit &unit)
     return false;
 }
 
-/// Returns the bounds of the sampling positions of a unit's pixels; none if all pixels are empty.
-/// @param anyEmpty  set if pixels are empty: a map can end although all other positions are inside the picture.
+/// Returns the bounds of the sampling positions of a unit's pixels; nullopt if all pixels are empty.
+/// @param anyEmpty  Set to true if a map ends in the unit, which makes pixels empty without affecting the bounds.
 template <typename Kind>
 VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch,
                                                bool *anyEmpty)
@@ -186,7 +188,7 @@ template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
     }
 };
 
-/// Prefetches the result below a block: without that, storing waits for the memory.
+/// Prefetches the result row below a block, because storing it would otherwise wait for memory.
 VITRELUX_INLINE void PrefetchNextRow(const FittedWarp::Band &band, const Block &block)
 {
     constexpr int kLinePixels = 4;
@@ -226,7 +228,7 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
     StoreLit<typename Kind::Floats>(band, block, samples, found->places.gains);
 }
 
-/// Returns false if a row of the source isn't in memory.
+/// Renders a unit. Returns false if a source row isn't in memory.
 template <typename Kind>
 VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, typename Kind::Scratch *scratch)
 {
@@ -258,7 +260,7 @@ VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, 
     return true;
 }
 
-/// Adapts a sampling method to RenderRows: renders unit by unit. Returns false if a source row isn't in memory.
+/// Adapter of a sampling method to RenderRows. Renders unit by unit; returns false if a source row isn't in memory.
 template <typename Sampling> struct Sharp : Sampling {
     VITRELUX_INLINE static bool Render(const FittedWarp::Band &band, int firstRow, int rows,
                                        typename Sampling::Scratch *scratch)

@@ -12,7 +12,7 @@ namespace {
 
 using Function = std::function<double(int x, int y)>; // pixel values
 
-/// A coordinate of a position: the pixel at or before it, and the distance from that pixel.
+/// Coordinate of a position: the pixel at or before it, and the distance from that pixel.
 struct Side {
     explicit Side(double place) : first(static_cast<int>(std::floor(place))), rest(place - first) { }
 

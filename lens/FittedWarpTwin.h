@@ -5,7 +5,7 @@
 
 #include <array>
 
-/// The plain twin of FittedWarp, for tests: results differ only by rounding and by interpolated positions.
+/// Plain twin of FittedWarp, for tests. Results differ only because FittedWarp rounds and interpolates positions.
 class FittedWarpTwin {
 public:
     FittedWarpTwin(const Correction &correction, FittedWarp::Sampling sampling, const TransferCurve &light,
@@ -20,7 +20,7 @@ public:
     /// float RGBA.
     Pixel At(const KImage &source, double x, double y) const;
 
-    /// A color of the source at a position, with its alpha.
+    /// One color of the source at a position, with its alpha.
     struct Sampled {
         double value, alpha;
     };

@@ -31,7 +31,7 @@ void FloatRows::Convert(int first, int end)
 {
     if (first >= end)
         return;
-    if (m_picture.type() == GFL_GREY) { // 16 bits: the conversion doesn't write alpha
+    if (m_picture.type() == GFL_GREY) { // 16-bit gray: the conversion doesn't write alpha
         constexpr Ipp32f kOpaque[] = {0, 0, 0, 1};
         ippiSet_32f_C4R(kOpaque, reinterpret_cast<Ipp32f *>(m_block.getData(0, first - m_top)), m_block.bytesPerLine(),
                         {m_block.width(), end - first});
@@ -47,7 +47,7 @@ void FloatRows::Hold(int first, int end)
         Grow(end - first);
     if (first < m_top || end > m_top + m_block.height())
         Place(first, end);
-    if (first > m_end || end < m_first) // rows in the window can't be reused
+    if (first > m_end || end < m_first) // no row in the window can be reused
         m_first = m_end = first;
     Convert(first, m_first);
     m_first = std::min(first, m_first);

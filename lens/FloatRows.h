@@ -3,25 +3,25 @@
 
 #include "KImage.h"
 
-/// The source rows that the warp reads at a time. Converting the whole picture would spend most of its time on page
-/// faults. If distortion is so strong that a call needs much of the picture, the block has room for all rows, which
-/// then never move; rows no longer needed are returned to the system. One thread at a time.
+/// Source rows that the warp is reading. Converting the whole picture would spend most of its time on page faults. If
+/// distortion is so strong that a call needs much of the picture, the block has room for all rows, which then never
+/// move. One thread at a time.
 class FloatRows {
 public:
     /// How requested ranges progress down the picture.
     enum class Walk {
-        Steps, ///< ranges overlap: enough room that rows rarely move, yet fit in the caches
-        Leaps, ///< ranges barely overlap; each thread has a window, so rows are converted without OpenMP
+        Steps, ///< ranges overlap: there is enough room that rows rarely move, but they still fit in the caches
+        Leaps, ///< ranges barely overlap: each thread has a window, so rows are converted without OpenMP
     };
 
-    /// @p picture has a form that KImage::Convert accepts, and must outlive the object.
+    /// @p picture must have a form that KImage::Convert accepts, and must outlive the object.
     explicit FloatRows(const KImage &picture, Walk walk = Walk::Steps) : m_picture(picture), m_walk(walk) { }
 
     /// Ensures that rows [first, end), which must exist, are in the window, possibly with others. Converts only the
     /// missing ones. May throw a KException.
     void Hold(int first, int end);
 
-    /// Returns the rows in the window, as KImage::Convert of the picture gives them; the first is row FirstRow() of the
+    /// Returns the rows in the window, as KImage::Convert would convert them; the first is row FirstRow() of the
     /// picture. Valid until the next Hold.
     const KImage &Image() const { return m_rows; }
     int FirstRow() const { return m_first; }

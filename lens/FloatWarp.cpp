@@ -55,7 +55,7 @@ FloatWarp::Path PathOf(const newLCP &lcp, Corrections corrections)
 struct Side {
     Side(int length, int first, int end)
         : between(length > 1 ? static_cast<float>(length - 1) : -1.0F), // a single column has no neighbors: empty range
-          from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // otherwise at `first` or beyond
+          from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // otherwise include `first`
           to(std::min(between, static_cast<float>(end - 1)))
     {
     }
@@ -63,8 +63,8 @@ struct Side {
     float between, from, to; // exact, because sides are below 2^24
 };
 
-/// Returns the pixels of a picture like @p source in the models' frame, where @p window has its rows from @p windowRow
-/// on. Addresses are relative to the picture's first pixel, as if it were in memory.
+/// Returns the pixels of @p source in the models' frame. @p window contains its rows starting at @p windowRow.
+/// Addresses are relative to the picture's first pixel, as if it were in memory.
 FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &source, const KImage &window, int windowRow)
 {
     const bool turned = frame == FloatWarp::Frame::Turned;

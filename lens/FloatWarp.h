@@ -1,4 +1,4 @@
-// The fast bilinear warp of float RGBA pictures, in bands of rows; used for all plain corrections.
+// Fast bilinear warp of float RGBA pictures, in bands of rows; used for all plain corrections.
 #pragma once
 
 #include "Corrections.h"
@@ -10,9 +10,9 @@ class KImage;
 class LensParam;
 class newLCP;
 
-/// InterpolatorKim<float, float> with bilinear samplers for four channels, in blocks of pixels that fit in the L1
-/// cache. InterpolatorKim::DoPlainly is its plain twin and defines the result to the last bit, so every processor gives
-/// the same result.
+/// Equivalent of InterpolatorKim<float, float> with bilinear samplers for four channels, in blocks of pixels that fit
+/// in the L1 cache. InterpolatorKim::DoPlainly is its plain twin and defines the result to the last bit, so every
+/// processor gives the same result.
 ///
 /// The source must outlive the object; other threads may read it meanwhile. Render may run on several threads for
 /// different rows. Nothing here throws or allocates.
@@ -25,7 +25,7 @@ public:
     /// Content of channels that no model writes (see InterpolatorKim), and of all channels if there is nothing to
     /// correct.
     enum class Unwritten { Stays, Cleared, FromSource };
-    /// The instruction set to use; one that the CPU lacks crashes the program. Baseline is SSE2 on x86-64, plain code
+    /// Instruction set to use; one that the CPU lacks crashes the program. Baseline is SSE2 on x86-64, plain code
     /// elsewhere.
     enum class Instructions { Baseline, Avx2, Avx512 };
 
@@ -38,7 +38,7 @@ public:
     /// used.
     FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, const KImage &source);
 
-    /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
+    /// Fills @p rows with rows of the corrected picture, starting at @p firstRow.
     ///
     /// @param rows  Must satisfy Serves and not be the source. Without distortion, in the turned frame and with
     ///              FromSource, pixels are read at their own position, so the corrected picture must not be larger than
@@ -49,12 +49,12 @@ public:
     struct RowRange {
         int first, end;
     };
-    /// Estimates the rows of the source that a band of @p rows rows from @p firstRow on needs, from 64 positions in its
+    /// Estimates the source rows that a band of @p rows rows, starting at @p firstRow, needs, from 64 positions in its
     /// first and last row. The estimate is too small only if a model isn't smooth.
     RowRange RowsFor(int firstRow, int rows) const;
-    /// Like Render, but only the rows of the source in @p window, which must satisfy Serves and starts at row
-    /// @p windowRow, are in memory. Returns false if other rows are needed; the filled rows are then invalid. With all
-    /// rows of the source it always returns true, so callers that retry with more rows terminate.
+    /// Like Render, but reads the source rows from @p window, which must satisfy Serves and starts at row @p windowRow.
+    /// Returns false if other rows are needed; the filled rows are then invalid. With all rows of the source, it always
+    /// returns true, so callers that retry with more rows terminate.
     [[nodiscard]] bool RenderFrom(const KImage &window, int windowRow, KImage &rows, int firstRow, Unwritten unwritten,
                                   Instructions instructions = BestInstructions()) const;
 
@@ -69,7 +69,7 @@ public:
         float c[3];
         double t1, t2;
     };
-    /// The vignetting model, expanded as a series.
+    /// Vignetting model, expanded into a series.
     struct Vignette {
         Vignette(const LensParam &model, bool found, float scale, int longSide);
 

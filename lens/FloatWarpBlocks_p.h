@@ -1,4 +1,4 @@
-// The loops of FloatWarp, compiled once per instruction set; only for FloatWarp.cpp.
+// Loops of FloatWarp, compiled once per instruction set; only for FloatWarp.cpp.
 #pragma once
 
 #include "FloatWarpSampling_p.h"
@@ -49,7 +49,7 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
     for (int i = 0; i < block.count; ++i) {
         unsigned char *target = block.target + i * kPixelBytes;
         if (IsInside(source, at.x[i], at.y[i])) {
-            FourFloats sample = All(0.0F); // in the last column and row
+            FourFloats sample = All(0.0F); // for the last column and row
             if (CanSample(band, at.x[i], at.y[i]))
                 sample = SamplePixel(source, OneCorner(source, at.x[i], at.y[i]), 0);
             StoreOpaque(target, Limited(All(gain.v[i]) * sample));
@@ -59,12 +59,12 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
     }
 }
 
-/// Samples one channel and stores it with the gain. Returns whether its position was inside the picture.
+/// Samples one channel and stores it, multiplied by the gain. Returns whether its position is inside the picture.
 VITRELUX_INLINE bool MoveChannel(const FloatWarp::Band &band, float x, float y, int channel, float gain,
                                  unsigned char *target)
 {
     const bool inside = IsInside(band.source, x, y);
-    float sample = 0.0F; // in the last column and row
+    float sample = 0.0F; // for the last column and row
     if (CanSample(band, x, y))
         sample = SampleChannel(band.source, OneCorner(band.source, x, y), 0, channel);
     StoreFloat(target, channel, inside ? Limited(gain * sample) : 0.0F);
@@ -91,12 +91,12 @@ VITRELUX_INLINE void ThreeChannelsWithCare(const FloatWarp::Band &band, const Bl
     }
 }
 
-/// The corners of three channels.
+/// Corners of three channels.
 struct ColorCorners {
     Corners red, green, blue;
 };
 
-/// Samples each color of a pixel at its position. @p load returns the combined neighbors at a step from the corners.
+/// Samples each color of a pixel at its position. @p load returns the combined neighbors at an offset from the corners.
 template <typename Loader>
 VITRELUX_INLINE FourFloats SampleJoined(const FloatWarp::Pixels &source, FourFloats fx, FourFloats fy, Loader load)
 {
@@ -117,7 +117,7 @@ VITRELUX_INLINE FourFloats SampleColors(const FloatWarp::Pixels &source, const C
     });
 }
 
-/// Same, but green isn't moved: it is copied from @p same.
+/// Like SampleColors, but green isn't moved: it is copied from @p same.
 VITRELUX_INLINE FourFloats SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i,
                                             FourFloats same)
 {
@@ -150,7 +150,7 @@ VITRELUX_INLINE void ThreeChannelsBlock(const FloatWarp::Band &band, const Block
     }
 }
 
-/// Returns the positions of a block's pixels in the models' frame.
+/// Computes the positions of a block's pixels in the models' frame.
 VITRELUX_INLINE void Start(const FloatWarp::Band &band, int x, int y, Positions *at)
 {
     const bool turned = band.frame == FloatWarp::Frame::Turned;
@@ -160,7 +160,7 @@ VITRELUX_INLINE void Start(const FloatWarp::Band &band, int x, int y, Positions 
     }
 }
 
-/// @p Set has two functions compiled for its instructions: Warp(model, in, out) and Rows(band).
+/// Renders a block. @p Set has two functions compiled for its instructions: Warp(model, in, out) and Rows(band).
 template <typename Set>
 VITRELUX_INLINE void RenderBlock(const FloatWarp::Band &band, const Block &block, const Positions &start)
 {

@@ -1,4 +1,4 @@
-// The lens models on blocks of positions, and the description of a band of rows; for FloatWarp.
+// Lens models for blocks of positions, and the description of a band of rows; for FloatWarp.
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
 // set, and must not be called from code for other processors. Positions and gains are computed for whole blocks in
@@ -26,7 +26,7 @@ struct FloatWarp::Band {
     Frame frame;
     Unwritten unwritten;
     Pixels source;             // in the models' frame
-    const unsigned char *same; // the source at the first pixel of the band, as both lie in memory
+    const unsigned char *same; // source pixel at the position of the band's first pixel, as stored
     std::int64_t sameStride;   // bytes
     unsigned char *target;
     std::int64_t targetStride;

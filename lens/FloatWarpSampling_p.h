@@ -19,7 +19,7 @@ VITRELUX_INLINE bool AllBetweenFour(const FloatWarp::Pixels &source, const Posit
     return beyond == 0;
 }
 
-/// The first of the four neighbors of each position, and the weights of the others.
+/// First of the four neighbors of each position, and the interpolation weights.
 struct Corners {
     alignas(64) std::int64_t offset[kBlockPixels]; // bytes from the source's base
     alignas(64) float fx[kBlockPixels], restX[kBlockPixels];
@@ -40,7 +40,7 @@ VITRELUX_INLINE void FindCorners(const FloatWarp::Pixels &source, const Position
     }
 }
 
-/// Prefetches the rows below, which the next rows of the result read: the hardware prefetcher doesn't follow curved
+/// Prefetches source pixels for the next rows of the result, because the hardware prefetcher doesn't follow curved
 /// lines.
 VITRELUX_INLINE void Prefetch(const FloatWarp::Pixels &source, const Corners &corners, int count)
 {
@@ -68,7 +68,7 @@ VITRELUX_INLINE FourFloats SamplePixel(const FloatWarp::Pixels &source, const Co
 VITRELUX_INLINE float LoadFloat(const unsigned char *from)
 {
     float value;
-    std::memcpy(&value, from, sizeof value); // any address
+    std::memcpy(&value, from, sizeof value); // may be unaligned
     return value;
 }
 

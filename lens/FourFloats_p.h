@@ -1,4 +1,4 @@
-// A pixel of float RGBA in one vector register, or as four numbers in builds without vector code; for FloatWarp.
+// Float RGBA pixel in one vector register, or as four numbers in builds without vector code; for FloatWarp.
 #pragma once
 
 #include "FloatWarpModels_p.h"
@@ -26,7 +26,7 @@ VITRELUX_INLINE FourFloats All(float value)
     return _mm_set1_ps(value);
 }
 
-/// Loads from any address. Neither this nor Store() needs alignment.
+/// Loads a pixel. Neither this nor Store() needs alignment.
 VITRELUX_INLINE FourFloats Load(const unsigned char *pixel)
 {
     return _mm_loadu_ps(reinterpret_cast<const float *>(pixel));
@@ -37,13 +37,13 @@ VITRELUX_INLINE void Store(unsigned char *target, FourFloats value)
     _mm_storeu_ps(reinterpret_cast<float *>(target), value);
 }
 
-/// Returns the smaller of @p value and @p limit; the limit for NaN.
+/// Returns the smaller of @p value and @p limit; @p limit if @p value is NaN.
 VITRELUX_INLINE FourFloats AtMost(FourFloats value, FourFloats limit)
 {
     return _mm_min_ps(value, limit);
 }
 
-/// Returns the greater of @p value and @p limit; the limit for NaN.
+/// Returns the greater of @p value and @p limit; @p limit if @p value is NaN.
 VITRELUX_INLINE FourFloats AtLeast(FourFloats value, FourFloats limit)
 {
     return _mm_max_ps(value, limit);

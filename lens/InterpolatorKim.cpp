@@ -54,7 +54,7 @@ template <typename T> bool IsWhole(const KImage &image)
         && bitmap.BytesPerLine >= static_cast<qint64>(bitmap.Width) * bitmap.BytesPerPixel;
 }
 
-/// The vignetting gain by position, scaled by the actual image's size, not the profile's.
+/// Vignetting gain by position, scaled by the actual image's size, not the profile's.
 class Vignette {
 public:
     Vignette(const LensParam &model, float scale, int longSide)
@@ -94,12 +94,12 @@ template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
     }
 
     float GainAt(float x, float y) const { return hasVignette ? vignette.GainAt(x, y) : 1.0F; }
-    /// Applies the distortion or green model, by the kind of the profile.
+    /// Applies the distortion or green model, according to the profile's kind.
     void Warp(const LensParam &model, float x, float y, float &outX, float &outY) const
     {
         model.Warp(kind, x, y, outX, outY, scale);
     }
-    /// Applies the red or blue model: perspective in every profile.
+    /// Applies the red or blue model, which is perspective in every profile.
     void Shift(const LensParam &model, float x, float y, float &outX, float &outY) const
     {
         model.ComputeDistortion(x, y, outX, outY, scale);
@@ -112,7 +112,7 @@ template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
     const bool hasVignette;
 };
 
-/// The four pixels around a position, and the position between them.
+/// Four pixels around a position, and the position between them.
 template <typename S, typename D> struct InterpolatorKim<S, D>::Corners {
     /// Interpolates one channel, in the range of S.
     float Blend(int channel) const

@@ -1,4 +1,4 @@
-// The warp of one picture with a profile, for all channel types of source and destination.
+// Warp of one picture with a profile, for all channel types of source and destination.
 #pragma once
 
 class KImage;
@@ -8,7 +8,7 @@ class newLCP;
 /// unsigned short or float each. The caller fills the fields and calls Do.
 ///
 /// Four paths, by `distortion` and `chromatic`; each runs only if its condition holds, and otherwise leaves the
-/// destination unchanged and returns true. "Gain" is the vignetting model's, 1 without `falloff` or without that model.
+/// destination unchanged and returns true. "Gain" is that of the vignetting model; 1 without `falloff` or that model.
 ///
 ///   | distortion | chromatic | path             | condition           | gain at             |
 ///   |------------|-----------|------------------|---------------------|---------------------|
@@ -21,12 +21,11 @@ class newLCP;
 /// clamped to its maximum, and stored; integer destinations truncate, nothing is rounded. Traps for callers:
 /// - Path A, and green in path C, use the unscaled channel value: `inScale` and `outScale` are not applied, though
 ///   values are still limited to `outScale`. Between images of different depths the result is in the source's range.
-/// - Alpha is written for sources with more than three channels, and its "opaque" is 1 in the integer types too.
-///   B: opaque inside, 0 outside. C and D: 0 where the sum of the three colors is 0, so black pixels become
-///   transparent.
+/// - Alpha is written for sources with more than three channels, and "opaque" is 1 in the integer types, too. B: opaque
+///   inside, 0 outside. C and D: 0 where the sum of the three colors is 0, so black pixels become transparent.
 /// - C and D stop at the first channel of a pixel that falls outside: it gets 0, and the following channels of the
 ///   destination keep their values.
-/// - Only path A clamps to the minimum. Elsewhere a negative value wraps around in an integer destination.
+/// - Only path A clamps to 0. In the others, a negative value wraps around in an integer destination.
 ///
 /// A position that is NaN or too large for an integer counts as outside.
 ///
@@ -49,12 +48,12 @@ public:
     // The samplers fill @p out with values of 0..1, one for each channel of the source or the one for @p channel, and
     // return the integer position. They return false only for a position outside the image.
 
-    /// Nearest pixel at or below the position.
+    /// Take the pixel at the position rounded down.
     bool Interpolate0(float *out, float x, float y, int &ix, int &iy);
     bool Interpolate0c(float &out, int channel, float x, float y, int &ix, int &iy);
-    /// Bilinear. Positions are truncated toward zero: those between -1 and 0 belong to column or row 0, and are
-    /// extrapolated. In the last column and the last row there is no neighbor: @p out keeps the caller's value. For an
-    /// integer S the value is truncated to an integer and wrapped to the width of S.
+    /// Interpolate bilinearly. Positions are truncated toward zero: those between -1 and 0 belong to column or row 0,
+    /// and are extrapolated. In the last column and the last row, there is no neighbor: @p out keeps the caller's
+    /// value. For an integer S, the value is truncated to an integer and wrapped to the width of S.
     bool InterpolateN(float *out, float x, float y, int &ix, int &iy);
     bool InterpolateNc(float &out, int channel, float x, float y, int &ix, int &iy);
 

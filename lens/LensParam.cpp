@@ -73,7 +73,7 @@ void LensParam::WarpFisheye(float x, float y, float &outX, float &outY, float sc
 
 float LensParam::ComputeRadialDistortion(float r2) const
 {
-    // Products in single precision, sums in double: the terms are far smaller than the 1 to which they are added.
+    // Products in single precision, sums in double: the terms are far smaller than the 1 that they are added to.
     const float r4 = r2 * r2;
     const float *c = coefficients.constData();
     switch (coefficients.size()) {

@@ -3,17 +3,17 @@
 
 #include <QVector>
 
-/// The formula by which a model maps positions.
+/// Formula that a model maps positions with.
 enum class LensModel { Perspective, Fisheye };
 
-/// A radial polynomial around a center, with a scale.
+/// Radial polynomial around a center, with a scale.
 ///
-/// Positions are in pixels, the origin at the center of the top-left pixel, x to the right, y downward. Warps map the
+/// Positions are in pixels: the origin is the center of the top left pixel, x points right and y down. Warps map the
 /// corrected picture to the uncorrected one, so that callers iterate over destination pixels. Coordinates are computed
-/// in single precision. @p scale is the size of the current picture over the size that the profile was measured at.
+/// in single precision. @p scale is the size of the current picture divided by that of the profile's picture.
 ///
-/// Positions and gains may be infinite or NaN, for example at the center of a fisheye or with a focal length of 0;
-/// callers check `found` first, and check positions before converting them.
+/// Positions and gains may be infinite or NaN, for example at the center of a fisheye or with a focal length of 0.
+/// Callers must check `found` first, and must check positions before converting them to integers.
 ///
 /// Any thread may call the const functions of one object at the same time; they allocate nothing.
 class LensParam {

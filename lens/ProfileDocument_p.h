@@ -1,23 +1,23 @@
-// An .lcp file as an XML document, and its first entry; for the profile reader and the profile report.
+// XML document of an .lcp file, and its first entry; for the profile reader and the profile report.
 #pragma once
 
 #include <QDomDocument>
 #include <QString>
 
-/// The reason why a file could not be parsed completely.
+/// Reason why a file could not be parsed completely.
 enum class ProfileFault {
     None,
-    NotOpened,     ///< or can't be read to its end
+    NotOpened,     ///< can't be opened or read to its end
     Refused,       ///< exceeds the limits of InputLimits.h or declares entities; no document
     NotWellFormed, ///< the document holds the part before the error, possibly nothing
 };
 
-/// An .lcp file after parsing.
+/// Parsed .lcp file.
 struct ProfileDocument {
     ProfileFault fault = ProfileFault::None;
     QString why;      ///< in plain English, no final period; empty without a fault
     qint64 bytes = 0; ///< bytes read from the file
-    int line = 0;     ///< of a NotWellFormed fault, from 1
+    int line = 0;     ///< position of a NotWellFormed fault, from 1
     int column = 0;
     QDomDocument document;
 };

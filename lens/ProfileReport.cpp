@@ -18,7 +18,7 @@ QString Named(const QDomElement &element)
     return QLatin1Char('<') + element.tagName().left(kMaxTextLength) + QLatin1Char('>');
 }
 
-/// Returns the text of the first child with one of the tags, in the order of the tags; empty if there is none.
+/// Returns the first non-empty text of a child with one of the tags, tried in order; empty if there is none.
 QString ChildText(const QDomElement &parent, std::initializer_list<const char *> tags)
 {
     for (const char *tag : tags) {
@@ -53,7 +53,7 @@ QString WhyNoDocument(const ProfileDocument &profile)
     if (profile.fault == ProfileFault::NotOpened)
         return QStringLiteral("can't be opened: ") + profile.why;
     if (profile.fault == ProfileFault::Refused)
-        return QStringLiteral("no profile: ") + profile.why;
+        return QStringLiteral("not a profile: ") + profile.why;
     if (profile.bytes == 0)
         return QStringLiteral("an empty file; ") + kExpected;
     if (profile.fault == ProfileFault::None)
@@ -71,7 +71,7 @@ QString WhyNoEntry(const QDomElement &root)
     QDomElement last = root;
     while (!last.firstChildElement().isNull())
         last = last.firstChildElement();
-    return QStringLiteral("XML, but no lens profile: its root is %1, and following first child elements down to %2 "
+    return QStringLiteral("XML, but not a lens profile: its root is %1, and following first child elements down to %2 "
                           "finds no <rdf:li>")
         .arg(Named(root), Named(last));
 }
@@ -122,9 +122,9 @@ void DescribeEntry(const QDomElement &entry, ProfileReport &report)
         ++report.entryCount;
 }
 
-/// The use of a model.
+/// Use of a model.
 enum class ModelRole {
-    Warp,  // maps the picture, by the kind of the profile
+    Warp,  // maps the picture, according to the profile's kind
     Shift, // maps one color relative to green, always by the perspective formula
     Gain
 };
@@ -133,7 +133,7 @@ struct ModelInfo {
     const char *name;
     LensParam newLCP::*member;
     ModelRole role;
-    const char *tag; // of its element inside the distortion model's; null: the distortion model
+    const char *tag; // of its element inside the distortion model's; null for the distortion model itself
 };
 
 const ModelInfo kModels[] = {
@@ -144,7 +144,7 @@ const ModelInfo kModels[] = {
     {"vignette", &newLCP::vignetteModel, ModelRole::Gain, "stCamera:VignetteModel"},
 };
 
-/// Returns whether the file gives the model's center. newLCP reads a missing one as the top left corner.
+/// Returns whether the file specifies the model's center. newLCP reads a missing one as the top left corner.
 bool HasCenter(const QDomElement &modelElement, const ModelInfo &info)
 {
     const QDomElement element = info.tag ? modelElement.lastChildElement(QLatin1String(info.tag)) : modelElement;
@@ -225,7 +225,8 @@ void NoteMissingModels(const newLCP &lcp, QStringList &notes)
     if (!lcp.greenModel.found)
         notes << QStringLiteral("no green model: if chromatic aberration is switched on, nothing at all is corrected");
     else if (!lcp.redGreenModel.found || !lcp.blueGreenModel.found)
-        notes << QStringLiteral("no red or no blue model: correcting chromatic aberration would ruin the picture");
+        notes << QStringLiteral(
+            "the red or the blue model is missing: correcting chromatic aberration would ruin the picture");
     if (!lcp.vignetteModel.found)
         notes << QStringLiteral("no vignette model: vignetting is not corrected");
 }

@@ -16,8 +16,7 @@ struct ProfileReportModel {
     QString flaw;     ///< why correcting with it would ruin the picture; empty if it wouldn't or there is no model
 };
 
-/// The first entry of a profile, or what could be read of it. Plain data; texts are plain English without a final
-/// period.
+/// First entry of a profile, as far as it could be read. Plain data; texts are plain English without a final period.
 ///
 /// A file is usable if newLCP reads a complete entry with a size from it. Single corrections may still do nothing or
 /// ruin the picture: see `notes`.
@@ -42,8 +41,8 @@ struct ProfileReport {
     QStringList notes;                  ///< one line each: effects of this profile that users might not expect
 };
 
-/// Reads @p fileName, once. Throws nothing; for a file that cannot be read, the report says so.
+/// Reads @p fileName, once. Throws nothing: if the file cannot be read, the report says so.
 ///
-/// Unlike newLCP, which uses the readable part of a truncated file, the report calls such a file unusable, because it
-/// is unknown which values are lost.
+/// Unlike newLCP, which uses the readable part of a truncated file, the report treats such a file as unusable, because
+/// it is unknown which values are lost.
 ProfileReport ReadProfileReport(const QString &fileName);

@@ -1,23 +1,24 @@
-// A function of the distance from a center, as a table.
+// Function of the distance from a center, as a table.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
-/// A smooth function of the radius in pixels of the picture, tabulated in double precision over the squared radius:
-/// lens models are smooth in it, and pixels need no square root. Between nodes the function is the cubic through the
-/// four nearest, or linear if there are only two or three; beyond the last node it keeps that node's value.
+/// Smooth function of the radius in pixels of the picture, tabulated in double precision over the squared radius: lens
+/// models are smooth in it, and pixels need no square root. Between nodes, the function is the cubic through the
+/// nearest four, or linear if there are only two or three; beyond the last node, it keeps that node's value.
 ///
 /// Value type: copies are independent. Several threads may call the const functions of one object at the same time.
 class RadialCurve {
 public:
     /// Constructs the constant @p value.
     explicit RadialCurve(double value = 1.0);
-    /// @p nodes: values at the squared radii 0, step, 2 step, ... (step > 0, in square pixels). At least two nodes.
+    /// Constructs a table: @p nodes, at least two, are the values at the squared radii 0, step, 2 step, ... (step > 0,
+    /// in square pixels).
     RadialCurve(double step, std::vector<double> nodes);
 
-    double AtSquared(double squaredRadius) const; // inline because it runs for every corner of a cell
+    double AtSquared(double squaredRadius) const; // inline, because it runs for every corner of a cell
     double Step() const { return m_step; }
     const std::vector<double> &Nodes() const { return m_nodes; }
     /// Returns the squared radius of the last node; infinite for a constant.

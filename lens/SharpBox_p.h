@@ -1,4 +1,4 @@
-// A box of the source as planes, for sharp sampling.
+// Box of source pixels as planes, for sharp sampling.
 #pragma once
 
 #include "SharpSplit_p.h"
@@ -34,9 +34,9 @@ struct BoxShape {
 };
 
 /// Stored 16-bit values minus 32768. Sampling reads each value paired with the one below it, because processors
-/// multiply and add such pairs in one instruction. Limits are pairs too, with the lower limit in the lower half.
+/// multiply and add such pairs in one instruction. Limits are pairs, too, with the lower limit in the lower half.
 struct CodePlane {
-    std::vector<std::int16_t> values, halves; // rounded down
+    std::vector<std::int16_t> values, halves; // halves are rounded down
     std::vector<std::int32_t> pairs, limits;  // limits of the halved values
 
     void Grow(size_t samples)
@@ -63,7 +63,7 @@ struct FloatPlane {
     }
 };
 
-/// The columns of a box that lie inside the picture; if none do, the nearest one.
+/// Columns of a box inside the picture; the nearest one if there are none.
 struct Inside {
     Inside(const BoxShape &shape, int pictureWidth)
         : first(std::clamp(-shape.bounds.left, 0, shape.width - 1)),
@@ -93,7 +93,7 @@ inline const unsigned char *SourceRow(const FittedWarp::Band &band, int x, int y
     return band.source + row * band.sourceStride + std::int64_t(x) * band.pixelBytes;
 }
 
-/// Stores the lowest and highest allowed samples of cells as pairs.
+/// Function object that stores the lowest and highest allowed samples of cells as pairs.
 template <typename Shorts> struct StorePairs {
     std::int32_t *limits;
 
@@ -108,7 +108,7 @@ template <typename Shorts> struct StorePairs {
     }
 };
 
-/// Computes the pairs of all rows, and the limits of rows with a row before and two after them.
+/// Computes the pairs of all rows, and the limits of rows with one row before and two after them.
 template <typename Shorts, int kStep>
 VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t, kStep> *rows)
 {
@@ -140,7 +140,7 @@ VITRELUX_INLINE void Complete(const BoxShape &shape, FloatPlane *plane, Allowanc
     }
 }
 
-/// Fills the first plane with pixels of three codes. Returns false if a row isn't in memory.
+/// Fills the first plane with pixels of three codes. Returns false if a source row isn't in memory.
 template <typename Shorts>
 VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, CodePlane (&planes)[4],
                              AllowanceRows<std::int16_t, kTogether> *allowances)
@@ -166,7 +166,7 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
     return true;
 }
 
-/// Fills three planes with codes, one per color. Returns false if a row isn't in memory.
+/// Fills three planes with codes, one per color. Returns false if a source row isn't in memory.
 template <typename Shorts>
 VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, CodePlane (&planes)[4],
                              AllowanceRows<std::int16_t, 1> *allowances)
@@ -197,8 +197,8 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
     return true;
 }
 
-/// Fills planes with colors; if @p kAlpha, these are premultiplied, and alpha is the fourth plane. Returns false if a
-/// row isn't in memory.
+/// Fills three planes with colors or, with @p kAlpha, four planes with premultiplied colors and alpha. Returns false if
+/// a source row isn't in memory.
 template <typename Floats, bool kAlpha>
 VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, FloatPlane (&planes)[4],
                              AllowanceRows<float, 1> *allowances)

@@ -14,7 +14,7 @@ constexpr int kUnknowns = kTaps + 2; // weights and the Lagrange multipliers of 
 
 using Weights = std::array<double, kTaps>;
 using IntegerWeights = std::array<int, kTaps>;
-using Equations = std::array<std::array<double, kUnknowns + 1>, kUnknowns>; // right-hand sides last
+using Equations = std::array<std::array<double, kUnknowns + 1>, kUnknowns>; // last column: right-hand sides
 
 /// Returns the integral of cos(2 pi f d) over f from 0 to kUpToFrequency.
 double Overlap(double d)

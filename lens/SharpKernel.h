@@ -1,4 +1,4 @@
-// Weights of sharp sampling.
+// Weights for sharp sampling.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@
 class SharpKernel {
 public:
     static constexpr int kTaps = 6;
-    static constexpr int kPadded = 8; ///< taps and zeros
+    static constexpr int kPadded = 8; ///< taps, padded with zeros
     static constexpr int kBefore = 2; ///< taps before the pixel at or before the sampling position
     static constexpr int kPhaseBits = 10;
     static constexpr int kPhases = 1 << kPhaseBits;
@@ -22,7 +22,7 @@ public:
     /// Returns the single instance, computed by the first call. Thread-safe.
     static const SharpKernel &Get();
 
-    /// Returns the weights of all phases, each set followed by two zeros: phase p, 0 to kPhases - 1, starts at
+    /// Returns the weights of all phases, each set followed by two zeros: those of phase p, 0 to kPhases - 1, start at
     /// p * kPadded.
     const std::int16_t *Weights() const { return m_weights.data(); }
     /// Returns the same weights divided by kOne.

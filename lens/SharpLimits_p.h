@@ -1,11 +1,11 @@
 // Limits of sharp samples: how far they may exceed the pixels around them.
 //
 // A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only next to an extremum along a row
-// or a column, because only there can a wave peak:
-// - between two pixels: the slope outside each of them, halved, is continued for one pixel, and the sample may reach
-//   the smaller of the two values;
+// or a column, because a wave can peak only there:
+// - between two pixels: half of the slope on the far side of each is continued for one pixel, and the sample may reach
+//   the smaller of the two results;
 // - next to a pixel that exceeds both of its neighbors: the sample may exceed it by half of the smaller difference.
-// At an edge one of these slopes is 0, and the sample stays between the pixels. The row's and the column's allowances
+// At an edge, one of these slopes is 0, and the sample stays between the pixels. The row's and the column's allowances
 // are added. They don't depend on the position between the pixels, so they are computed once per pixel.
 #pragma once
 
@@ -37,8 +37,8 @@ template <typename Vector> VITRELUX_INLINE Vector Half(Vector value)
         return value >> 1;
 }
 
-/// The amounts by which samples between the middle two of four values in a line may exceed the larger and fall below
-/// the smaller.
+/// Amounts by which samples between the middle two of four values in a line may exceed the larger and fall below the
+/// smaller.
 template <typename Vector> struct Allowance {
     Vector up, down;
 };
@@ -61,7 +61,7 @@ template <typename Vector> struct Limits {
 
 /// Limits of samples in a box, row by row. The allowance of each line of four values is kept, because two cells use it.
 /// Pixels of a row are @p kStep values apart, with other colors between them. 16-bit values are halved so that
-/// differences fit; their limits are halved too.
+/// differences fit; their limits are halved, too.
 template <typename Value, int kStep> class AllowanceRows {
 public:
     /// Starts with the row at @p row, in a box of @p width columns.

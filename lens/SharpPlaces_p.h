@@ -6,9 +6,9 @@
 
 namespace {
 
-/// A block's sampling positions as pixels and phases.
+/// Sampling positions of a block as pixels and phases.
 struct SharpPlaces {
-    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the position; later its offset
+    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // pixel at or before the position; later, x is an offset
     alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded
 };
 
@@ -29,7 +29,8 @@ VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length
     return before | int(whole >= length) | (int(whole == length - 1) & int(phase > kBorder));
 }
 
-/// Clamps to one or two pixels outside the picture: positions beyond have the same neighbors or stay empty.
+/// Clamps to at most two pixels before or one after the picture: positions beyond have the same neighbors or stay
+/// empty.
 VITRELUX_INLINE std::int32_t Reached(std::int32_t whole, int length)
 {
     whole = whole > -2 ? whole : -2;

@@ -1,5 +1,5 @@
-// Sharp sampling of a run of pixels from the planes of a box, one per channel: the innermost loop, one version per
-// instruction set. SharpTogether_p.h has those for one plane of all colors.
+// Sharp sampling of a run of pixels from the planes of a box, one per channel: the innermost loop, with one version per
+// instruction set. SharpTogether_p.h has the versions for one plane with all colors.
 #pragma once
 
 #include "SharpBox_p.h"
@@ -18,8 +18,8 @@ struct SharpRun {
     int ToMiddle(int step = 1) const { return SharpKernel::kBefore * (stride + step); }
 };
 
-/// The first values of red, green and blue: in three planes, or in the first one together. Passed by value, like the
-/// run, so that the compiler knows that stores don't modify it.
+/// Pointers to the first values of red, green and blue, in three planes or together in the first one. Passed by value,
+/// like the run, so that the compiler knows that stores don't modify them.
 struct CodePlanes {
     CodePlanes(const CodePlane (&planes)[4], int step)
     {
@@ -128,7 +128,7 @@ struct CodesByAvx2 {
         return _mm256_mul_ps(sums, _mm256_load_ps(shares));
     }
 
-    /// Does the same as the function for one pixel, for two.
+    /// Like the function for one pixel, for two.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOf(__m256 a, __m256 b, __m256 c, __m256 d)
     {
         const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(a, b), _mm256_unpackhi_ps(a, b));
@@ -136,7 +136,7 @@ struct CodesByAvx2 {
         return _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
     }
 
-    /// Does the same as the function for one pixel, for two.
+    /// Like the function for one pixel, for two.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 ValuesOf(__m256 sums, __m256i limits)
     {
         const __m256 lowest = _mm256_cvtepi32_ps(_mm256_srai_epi32(_mm256_slli_epi32(limits, 16), 15));
@@ -177,8 +177,8 @@ struct CodesByAvx2 {
 
 #endif
 
-/// The plain version, which defines the result; used on processors without 16-bit multiply-add. Pixels are @p kStep
-/// values apart.
+/// Plain version, which defines the result; used on processors without 16-bit multiply-add. Pixels are @p kStep values
+/// apart.
 template <int kStep> struct CodesPlainly {
     VITRELUX_INLINE static float Sum(const std::int32_t *pairs, int stride, const std::int16_t *weights,
                                      const float *shares)

@@ -64,7 +64,7 @@ VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, 
     StoreEight(blue, _mm_unpacklo_epi64(blueAlpha[0], blueAlpha[1]));
 }
 
-/// Stores the codes of eight pixels together, and one more.
+/// Stores the codes of eight pixels, the colors of each together, followed by one meaningless code.
 VITRELUX_INLINE void PackEight(const unsigned char *pixels, std::int16_t *to)
 {
     for (int i = 0; i < 8; i += 2, to += 2 * kTogether) {
@@ -137,8 +137,8 @@ VITRELUX_INLINE void PackStored(const unsigned char *pixels, int count, std::int
         to[i] = CodeOfStored(samples[i]);
 }
 
-/// Prefetches the eight pixels of float RGBA three rows below, at @p stride bytes per row: the processor doesn't
-/// predict curved lines.
+/// Prefetches the eight pixels of float RGBA three rows below, at @p stride bytes per row, because the hardware
+/// prefetcher doesn't follow curved lines.
 VITRELUX_INLINE void PrefetchBelow(const unsigned char *pixels, std::int64_t stride)
 {
     constexpr int kLineBytes = 64, kRowsAhead = 3;
@@ -162,7 +162,7 @@ VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, 
     }
 }
 
-/// Same, the colors of each pixel together. Stores one meaningless code after them.
+/// Like SplitRow, but stores the colors of each pixel together, and one meaningless code after the last pixel.
 VITRELUX_INLINE void PackRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *to)
 {
     int i = 0;

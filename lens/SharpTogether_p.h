@@ -94,7 +94,7 @@ struct TogetherByAvx2 {
                            _mm_shuffle_ps(last, last, _MM_SHUFFLE(2, 2, 1, 1)))};
     }
 
-    /// Does the same as the function for one pixel, for two.
+    /// Like the function for one pixel, for two.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOfColumns(const Products &left,
                                                                                    const Products &right)
     {
@@ -109,7 +109,7 @@ struct TogetherByAvx2 {
         return _mm256_add_ps(even, _mm256_shuffle_ps(odd, odd, _MM_SHUFFLE(3, 3, 2, 1)));
     }
 
-    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice: @p samples must have room
+    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice; @p samples must have room
     /// for it.
     [[gnu::target("avx2")]] static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel,
                                                Float4 *samples)

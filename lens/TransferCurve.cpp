@@ -54,7 +54,7 @@ using Formula = TransferCurve::Formula;
 
 constexpr Formula kSrgb = {2.4, 0.055, 0.04045, 1.0 / 12.92};
 
-/// Curves that profiles also store as points, which are rounded.
+/// Formulas of curves that some profiles store as rounded points.
 constexpr Formula kKnown[] = {
     kSrgb,
     {1.8, 0.0, 1.0 / 32.0, 1.0 / 16.0},        // ROMM RGB, ISO 22028-2
@@ -74,11 +74,11 @@ bool Follows(const std::vector<double> &light, const Formula &formula)
     return true;
 }
 
-/// The range of powers in real curves, with a margin. A steeper one, from a damaged profile, would overflow for floats
+/// Range of exponents in real curves, with a margin. A higher one, from a damaged profile, would overflow for floats
 /// above 1.
 constexpr double kFlattest = 0.25, kSteepest = 4.0;
 
-/// A code of 16 bits: white this close to black comes from a damaged profile, and the inverse curve would overflow.
+/// One 16-bit code: white this close to black comes from a damaged profile, and the inverse curve would overflow.
 constexpr double kLeastContrast = 1.0 / 65535.0;
 
 /// Returns the formula that the points follow, if there are enough of them to recognize it.
@@ -96,7 +96,7 @@ std::optional<Formula> FormulaOf(const std::vector<double> &light)
     return known == std::end(kKnown) ? std::nullopt : std::make_optional(*known);
 }
 
-/// A curve through non-decreasing points that aren't all equal.
+/// Curve through non-decreasing points that aren't all equal.
 class SampledCurve {
 public:
     explicit SampledCurve(std::vector<double> light) : m_light(std::move(light))
@@ -129,8 +129,8 @@ public:
 
 private:
     std::vector<double> m_light;
-    double m_power; // above 1
-    double m_white; // the lowest stored value with maximum light
+    double m_power; // exponent for stored values above 1
+    double m_white; // lowest stored value with maximum light
 };
 
 } // namespace
@@ -138,8 +138,8 @@ private:
 TransferCurve::Channel::Channel(Function toLight, Function toStored)
     : light(std::move(toLight)),
       stored(std::move(toStored)),
-      // From below the first code of 16 bits to three octaves above white, which only float pictures reach. The errors
-      // are below 1/60,000 of the value.
+      // From below the first 16-bit code to three octaves above white, which only float pictures reach. The errors are
+      // below 1/60,000 of the value.
       lightTable(TableOf(light, -17, 3, 7)),
       storedTable(TableOf(stored, -40, 12, 6))
 {

@@ -6,26 +6,27 @@
 #include <optional>
 #include <vector>
 
-/// Converts between a picture's stored values and light, per channel: exactly in double precision, or with tables for
-/// pixel loops.
+/// Conversion between a picture's stored values and linear light, per channel: exact in double precision, or with
+/// tables for pixel loops.
 ///
-/// Curves increase and pass through 0, so black stays black. For float pictures they continue above 1, and they are odd
+/// Curves increase and pass through 0, so black stays black. For float pictures, they continue above 1 and are odd
 /// functions.
 ///
 /// Value type: copies share tables. Several threads may call the functions of one object at the same time.
 class TransferCurve {
 public:
-    /// Stored values are proportional to light.
+    /// Constructs a linear curve: stored values are proportional to light.
     TransferCurve() = default;
     static TransferCurve Linear() { return {}; }
-    /// IEC 61966-2-1.
+    /// Returns the curve of sRGB (IEC 61966-2-1).
     static TransferCurve Srgb();
-    /// Light is the stored value to the power of @p gamma, which is above 0.
+    /// Returns the curve in which light is the stored value to the power of @p gamma, which must be above 0.
     static TransferCurve Power(double gamma);
-    /// @param curves  light at stored values evenly spaced from 0 to 1, at least two points each; one curve for all
+    /// Returns the curve through points; nullopt if a curve never increases or contains infinity or NaN.
+    ///
+    /// @param curves  Light at stored values evenly spaced from 0 to 1, at least two points each; one curve for all
     /// channels, or three. Light is interpolated linearly between points and continues as a power above 1. Light at 0
-    /// counts as black; where a curve falls, it counts as level.
-    /// @return none if a curve never increases or contains NaN.
+    /// is treated as black; where a curve falls, it is treated as level.
     static std::optional<TransferCurve> FromSamples(const std::vector<std::vector<double>> &curves);
 
     bool IsLinear() const { return !m_data; }
@@ -33,7 +34,7 @@ public:
     double Light(int channel, double stored) const;
     double Stored(int channel, double light) const;
 
-    /// A line, then a power:
+    /// Line followed by a power:
     ///
     ///     light = slope v                                for v below toe
     ///     light = ((v + offset) / (1 + offset)) ^ gamma  above
@@ -41,15 +42,14 @@ public:
     /// A gain g >= 1 maps v to (v + offset) g^(1 / gamma) - offset, or to g v on the line, so pixels need no power
     /// function.
     struct Formula {
-        double gamma, offset, toe, slope; // a toe of 0: no line
-
-        double Light(double stored) const; // of values above 0
+        double gamma, offset, toe, slope;  // a toe of 0: no line
+        double Light(double stored) const; // for values above 0
         double Stored(double light) const;
     };
-    /// Returns the formula of all channels. Null if the curves are known only as points.
+    /// Returns the formula for all channels; null if the curves are known only as points.
     const Formula *ByFormula() const { return m_data && m_data->formula ? &*m_data->formula : nullptr; }
 
-    /// A piecewise linear function, indexed by the leading bits of a float, which divide each octave evenly.
+    /// Piecewise linear function, indexed by the leading bits of a float, which divide each octave evenly.
     struct Table {
         struct Segment {
             float start, slope; // of start + slope * x
@@ -58,11 +58,11 @@ public:
         int shift, first;      // the segment of x is (bits of x >> shift) - first
         std::vector<Segment> segments;
 
-        float At(float x) const; // of 0 or more
+        float At(float x) const; // for x >= 0
     };
     const Table &LightTable(int channel) const { return m_data->channels[Index(channel)].lightTable; }
     const Table &StoredTable(int channel) const { return m_data->channels[Index(channel)].storedTable; }
-    /// Gains from 1/16 to 16 to the power of 1 / gamma. Null without a formula.
+    /// Returns the table that raises gains from 1/16 to 16 to the power of 1 / gamma; null without a formula.
     const Table *RootTable() const { return ByFormula() ? &m_data->rootTable : nullptr; }
 
 private:
@@ -83,5 +83,5 @@ private:
     explicit TransferCurve(const Formula &formula);
     size_t Index(int channel) const { return m_data->channels.size() == 1 ? 0 : static_cast<size_t>(channel); }
 
-    std::shared_ptr<const Data> m_data; // none: linear
+    std::shared_ptr<const Data> m_data; // null: linear
 };

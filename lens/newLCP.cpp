@@ -11,7 +11,7 @@ namespace {
 /// Groups of values; not every model has all of them.
 enum ValueKind : unsigned { kPlace = 1, kRadial = 2, kTangential = 4, kScale = 8, kVignette = 16 };
 
-/// A value element of a model, and the function that stores its number.
+/// Value element of a model, and the function that stores its number.
 struct ValueRule {
     const char *tag;
     ValueKind kind;
@@ -31,7 +31,7 @@ const ValueRule kValueRules[] = {
     {"stCamera:ScaleFactor", kScale, [](LensParam &model, float value) { model.scaleFactor = value; }},
     {"stCamera:TangentialDistortParam1", kTangential, [](LensParam &model, float value) { model.tangential1 = value; }},
     {"stCamera:TangentialDistortParam2", kTangential, [](LensParam &model, float value) { model.tangential2 = value; }},
-    // In the order of the file, regardless of their indices.
+    // Appended in file order, regardless of the numbers in their tags.
     {"stCamera:RadialDistortParam1", kRadial, Append},
     {"stCamera:RadialDistortParam2", kRadial, Append},
     {"stCamera:RadialDistortParam3", kRadial, Append},
@@ -40,11 +40,11 @@ const ValueRule kValueRules[] = {
     {"stCamera:VignetteModelParam3", kVignette, Append},
 };
 
-/// A model element inside the distortion model, and the values read from it.
+/// Model element inside the distortion model, and the values read from it.
 struct SubModelRule {
     const char *tag;
     LensParam newLCP::*model;
-    unsigned kinds; // of ValueKind
+    unsigned kinds; // ValueKind flags
 };
 
 const SubModelRule kSubModelRules[] = {

@@ -1,4 +1,4 @@
-// A lens profile in memory: the five lens models of an .lcp file, and the warp of a picture with them.
+// Lens profile in memory: the five lens models of an .lcp file, and the warp of a picture with them.
 #pragma once
 
 #include "LensParam.h"
@@ -7,27 +7,27 @@ class KImage;
 class QDomElement;
 class QString;
 
-/// The first entry of a lens correction profile as written by Adobe's Lens Profile Creator: XMP with RDF structure, in
+/// First entry of a lens correction profile as written by Adobe's Lens Profile Creator: XMP with RDF structure, in
 /// element form; tags are compared including their prefix. A profile may have one entry per focal length, aperture and
 /// distance; only the first one in the file is used.
 ///
-/// Values in the file are fractions of the size minus one of the calibrated picture. The pixel values of the models
+/// Values in the file are fractions of the calibrated picture's size minus one. The pixel values of the models
 /// (LensParam::centerX, centerY, focalPixels) hold for a picture of imageWidth by imageLength times `scale`.
 class newLCP {
 public:
     /// Reads @p fileName, once.
     ///
-    /// @param ok  true if the file holds a profile, false if not: no rdf:li on the path of first child elements, an
-    /// rdf:li without rdf:parseType="Resource" or without a model element, not XML, or XML beyond the limits of
-    /// ReadProfileDocument. Unchanged if the file cannot be opened, so callers preset it. Throws nothing. Truncated XML
-    /// is used up to where it ends.
+    /// @param ok  True if the file contains a profile. False if there is no rdf:li on the path of first child elements,
+    /// if the rdf:li has no rdf:parseType="Resource" or no model element, or if the file is not XML or exceeds the
+    /// limits of ReadProfileDocument. Unchanged if the file cannot be opened, so callers must initialize it. Throws
+    /// nothing. Truncated XML is used up to its end.
     newLCP(const QString &fileName, bool &ok);
-    /// As above. @p whyNotRead is set if the file exists but can't be opened or read to its end.
+    /// Same as above; also sets @p whyNotRead if the file exists but can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);
-    /// Reads a parsed profile from its root element; sets @p ok as above.
+    /// Reads a parsed profile from its root element, and sets @p ok as above.
     newLCP(const QDomElement &root, bool &ok);
 
-    /// Sets sensorFormatFactor to 1, scale, sizes and modelKind to 0.
+    /// Sets sensorFormatFactor to 1, and scale, sizes and modelKind to 0.
     void Init();
     /// Calls LensParam::Reset for the five models, then Init.
     void Reset();
@@ -37,20 +37,20 @@ public:
 
     /// Warps @p source into @p destination, on the calling thread.
     ///
-    /// Without @p distortion and @p chromatic only the vignetting gain is applied; a run whose models the profile lacks
-    /// leaves @p destination unchanged (see InterpolatorKim).
+    /// Without @p distortion and @p chromatic, only the vignetting gain is applied. If the profile lacks the models of
+    /// a run, @p destination stays unchanged (see InterpolatorKim).
     ///
     /// @param source       8 to 32 bits per channel; 9 to 15 are stored in 16-bit words, 17 to 32 are float. Not the
     ///                     same image as @p destination.
     /// @param destination  Allocated by the caller, 8, 16 or 32 bits per channel.
-    /// @param mode         0: nearest-below sampling, otherwise bilinear.
+    /// @param mode         0: takes the pixel at the position rounded down; otherwise bilinear.
     /// @return             false, with @p destination untouched, for an empty image, an unsupported depth, or images
     ///                     that don't match.
     bool Render(KImage &source, KImage &destination, bool distortion, bool chromatic, bool falloff, int mode);
 
     // Keep this order; hosts that share kernels rely on it.
     float sensorFormatFactor = 1.0F; // read but unused
-    float scale = 0.0F;              // size of the current picture over the profile's; the caller sets it before Render
+    float scale = 0.0F;              // current picture's size / profile's; the caller sets it before Render
     double imageWidth = 0.0;
     double imageLength = 0.0;
     int modelKind = 0; // a LensModel as a number; any value but 0 counts as fisheye

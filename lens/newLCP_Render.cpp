@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The arguments of Render.
+/// Arguments of Render.
 struct RenderJob {
     newLCP *lcp;
     KImage *source;
@@ -38,7 +38,7 @@ template <typename S, typename D> bool Run(const RenderJob &job, float outScale)
     return run.Do();
 }
 
-/// Chooses by the depth of the destination.
+/// Runs the interpolator for the destination's depth.
 template <typename S> bool RunFrom(const RenderJob &job)
 {
     switch (job.destination->bitsPerComponent()) {

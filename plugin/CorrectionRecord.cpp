@@ -40,8 +40,8 @@ template <typename Predicate> QString Names(Predicate isOne)
     return names.join(QStringLiteral(", "));
 }
 
-/// Returns whether the source's XMP reports the correction. Corrections by the camera are reported by other metadata,
-/// which the result keeps.
+/// Returns whether the source's XMP reports the correction. Other metadata, which the result keeps, reports corrections
+/// by the camera.
 bool IsInXmp(const Fact<bool> &done)
 {
     return done.value && done.source.startsWith(QLatin1String("XMP "));
@@ -50,15 +50,15 @@ bool IsInXmp(const Fact<bool> &done)
 /// Names of the profile in the record.
 struct ProfileNames {
     QString name;         // from the profile if it has one
-    QString file, digest; // empty for lensfun's
+    QString file, digest; // empty for lensfun's profiles
 };
 
-/// Returns the names and the digest of the file. Other programs identify profiles by this digest, which is MD5.
+/// Returns the profile's names and its file's digest. Other programs identify profiles by this digest, an MD5 hash.
 ProfileNames NamesOf(const FitResult &fit)
 {
     const QLatin1String lensfun("lensfun:");
     if (fit.profile.startsWith(lensfun))
-        return {fit.profile.mid(lensfun.size()), {}, {}}; // lens names contain slashes
+        return {fit.profile.mid(lensfun.size()), {}, {}}; // not a path: lens names contain slashes
     const QFileInfo info(fit.profile);
     QFile file(fit.profile);
     QCryptographicHash hash(QCryptographicHash::Md5);
@@ -68,7 +68,7 @@ ProfileNames NamesOf(const FitResult &fit)
             QString::fromLatin1(hash.result().toHex().toUpper())};
 }
 
-/// Adds properties of one namespace.
+/// Writer of properties in one namespace.
 class Properties {
 public:
     Properties(const char *prefix, KImage::EditRecord *record)

@@ -5,11 +5,12 @@
 
 namespace {
 
-// Sharp sampling works in units of 64 rows, each with the source rows around it. Smaller bands would repeat that work.
+// Sharp sampling works in units of 64 rows and prepares the source rows around each. Smaller bands would repeat that
+// work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
-// Rows converted at once: too few pixels for KImage to divide among OpenMP threads, because each of the
-// threads that call Fill would start such a team.
+// Rows converted at once: few enough that KImage doesn't divide them among OpenMP threads. Otherwise, each thread that
+// calls Fill would start a team of threads.
 constexpr int kRowsAtOnce = 8;
 
 bool HasAlpha(const KImage &image)
@@ -84,7 +85,7 @@ void FittedBands::MakeBand(Work *work, int firstRow) const
         work->band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     work->firstRow = firstRow;
     if (firstRow + rows == m_picture.height())
-        ReadableRows(m_picture.height()); // even if this band needs fewer, damage at the end fails the picture
+        ReadableRows(m_picture.height()); // wait for all, so that damage at the end fails the picture in any case
     Render(&work->source, work->band, firstRow);
     m_values.Apply(&work->band);
 }
@@ -112,10 +113,10 @@ void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
     }
 }
 
-/// Renders from stored rows as soon as the first @p rows of them can be read. @return false if others are needed.
+/// Renders from stored rows as soon as the first @p rows of them can be read. Returns false if others are needed.
 bool FittedBands::RenderStored(KImage &band, int firstRow, int rows) const
 {
-    KImage readable; // wraps the rows that are complete, and no longer written
+    KImage readable; // wraps the complete rows, which no thread writes to
     readable.AllocBitmap(m_picture.width(), ReadableRows(rows), m_picture.type(), m_picture.bitsPerComponent(),
                          /*clear=*/false, m_picture.getData(0, 0), static_cast<int>(m_picture.bytesPerLine()));
     return m_warp.Render(readable, 0, band, firstRow);

@@ -12,7 +12,7 @@
 #include <mutex>
 #include <vector>
 
-/// A correction as decided before pixels are read.
+/// Decisions about a correction, made before pixels are read.
 struct FittedPlan {
     FitResult fit;
     TransferCurve light; // of the picture's values; used only for the gain
@@ -21,34 +21,34 @@ struct FittedPlan {
     ResultValues values; // of the file
 };
 
-/// Renders bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they are
-/// converted while they are in the caches.
+/// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they
+/// are converted while they are in the caches.
 class FittedBands {
 public:
-    /// Waits until that many rows of the source can be read, from the top, and returns how many can. May throw. If all
-    /// of them can be read, none is damaged.
+    /// Waits until the first @p rows rows of the source can be read, and returns the number of readable rows. May
+    /// throw. Once all rows are readable, none is damaged.
     using WaitForRows = std::function<int(int rows)>;
 
     /// @p source must outlive the object and have the correction's size.
-    /// @param wait  null: the source is complete.
+    /// @param wait  Null if the source is complete.
     FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source, WaitForRows wait = nullptr);
 
-    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB. There is no
-    /// alpha if the file format can't store it.
+    /// Returns the type of the result: the source's channels, plus alpha if some pixels stay empty; gray pictures then
+    /// become RGB. There is no alpha if the file format can't store it.
     unsigned short ResultType() const;
     /// Returns the source's depth in the file: 8, 16, or 32 for float.
     int ResultBits() const;
     /// Returns whether pixels are blended onto black, because the file has no alpha.
     bool Flattens() const { return m_values.flattens; }
 
-    /// Fills @p rows, of the type and depth above, with the rows of the result from @p firstRow on. Efficient for whole
-    /// bands of GFL_FAST_ROWS, and for consecutive parts of one. Any number of threads at once.
+    /// Fills @p rows, of the type and depth above, with rows of the result, starting at @p firstRow. Efficient for
+    /// whole bands of GFL_FAST_ROWS rows, and for consecutive parts of one. Any number of threads may call it at once.
     void Fill(KImage &rows, int firstRow);
-    /// Fills @p image, float RGBA of the source's size but not the source, with the whole result.
+    /// Fills @p image with the whole result. It must be float RGBA of the source's size, and not be the source.
     void FillFloat(KImage &image);
 
 private:
-    /// One thread's working memory.
+    /// Working memory of one thread.
     struct Work {
         explicit Work(const KImage &picture) : source(picture, FloatRows::Walk::Leaps) { }
 
@@ -70,5 +70,5 @@ private:
     ResultFile m_file;
     ResultValues m_values;
     std::mutex m_mutex;                        // guards m_idle
-    std::vector<std::unique_ptr<Work>> m_idle; // unused at the moment
+    std::vector<std::unique_ptr<Work>> m_idle; // not in use
 };

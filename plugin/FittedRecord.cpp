@@ -77,7 +77,7 @@ QString FramingText(const FitOptions &options)
     return options.framing == Framing::Factor ? TextOf(options.framingFactor) : WordOf(kFramings, options.framing);
 }
 
-// --- Readers and writers of options; an option that isn't given has an empty string ---
+// --- Readers and writers of options; the text of an absent option is empty ---
 
 template <double FitOptions::*amount> void ReadAmount(const QString &text, FitOptions *options)
 {

@@ -1,4 +1,4 @@
-// The part of a parameter record that only fitted corrections have, and its text form.
+// Part of a parameter record that only fitted corrections have, and its text form.
 #pragma once
 
 #include "FitOptions.h"
@@ -13,33 +13,33 @@
 struct FitReport {
     QString profile; // path, or "lensfun:MAKER/LENS"
     QString entries; // the entries used, with their weights
-    QString assumed; // assumptions, where the picture's data is incomplete
+    QString assumed; // assumptions made because the picture's data is incomplete
     QString done;    // corrections made; empty: none
     QString why;     // why not all requested corrections were made; empty if all were
 };
 
-/// A record without this part is plain. Corrections and profile are fields of the record itself.
+/// Fitted part of a record; a record without it is plain. Corrections and profile are fields of the record itself.
 struct FittedRecord {
     FitOptions options;
-    ResultFile file;                 // belongs to one picture: neither stored nor copied
-    std::optional<FitReport> report; // none before the first run
+    ResultFile file;                 // belongs to one picture: neither a default nor copied
+    std::optional<FitReport> report; // nullopt before the first run
 };
 
 /// Option names in the XML form of a record, which are also the keys in the stored settings.
 ///
-/// | name                                     | text                                                            |
-/// |------------------------------------------|-----------------------------------------------------------------|
-/// | "Framing"                                | "fill", "keep", "all", or a zoom factor of 0.5 to 2             |
-/// | "Sampling"                               | "sharp", "bilinear"                                             |
-/// | "Projection"                             | "rectilinear", "equidistant", "stereographic", "equisolid"      |
-/// | "AmountDisto", "AmountCA", "AmountFalloff" | a factor of 0 to 2                                            |
-/// | "Source"                                 | "auto", "lcp", "lensfun"                                        |
-/// | "Again"                                  | "1" for yes; anything else means no                             |
-/// | "Lens", "Body"                           | a name                                                          |
-/// | "Focal", "Aperture", "Distance"          | mm, f-number, m, above 0; the distance may be "inf"             |
+/// | name                                       | text                                                            |
+/// |--------------------------------------------|-----------------------------------------------------------------|
+/// | "Framing"                                  | "fill", "keep", "all", or a zoom factor of 0.5 to 2             |
+/// | "Sampling"                                 | "sharp", "bilinear"                                             |
+/// | "Projection"                               | "rectilinear", "equidistant", "stereographic", "equisolid"      |
+/// | "AmountDisto", "AmountCA", "AmountFalloff" | a factor of 0 to 2                                              |
+/// | "Source"                                   | "auto", "lcp", "lensfun"                                        |
+/// | "Again"                                    | "1" for yes; anything else means no                             |
+/// | "Lens", "Body"                             | a name                                                          |
+/// | "Focal", "Aperture", "Distance"            | mm, f-number, m, above 0; the distance may be "inf"             |
 ///
-/// Numbers have a decimal point in any locale and are clamped to their range. Options whose text is missing, empty or
-/// invalid get their defaults.
+/// Numbers have a decimal point in every locale and are clamped to their range. Options get their defaults if their
+/// text is missing, empty or invalid.
 namespace fitted {
 
 /// Lasting options are stored as defaults for later jobs and copied from picture to picture; the others, typed facts
@@ -48,10 +48,10 @@ enum class Options { Lasting, All };
 
 /// Reads options from the texts that @p textOf returns, empty for missing ones.
 FitOptions Read(Options which, const std::function<QString(const QString &name)> &textOf);
-/// Calls @p write for each lasting option and for each other one that is given.
+/// Calls @p write for each lasting option and, with Options::All, for each other option that has a value.
 void Write(Options which, const FitOptions &options,
            const std::function<void(const QString &name, const QString &text)> &write);
-/// Adds "Profile", "Entries", "Assumed", "Done" and "Why".
+/// Sets the attributes "Profile", "Entries", "Assumed", "Done" and "Why".
 void Write(const FitReport &report, QDomElement *element);
 
 /// Copies the lasting options of @p source to @p destination and leaves the rest unchanged.

@@ -6,8 +6,8 @@
 
 #include <QCoreApplication>
 
-/// Returns the host; null if there is no application, or one that isn't a host. Don't store it: each function that
-/// needs it calls this again.
+/// Returns the host; null if there is no application or it isn't a host. Don't store the pointer: each function that
+/// needs the host calls this again.
 inline KIApplication *HostApplication()
 {
     QCoreApplication *application = QCoreApplication::instance();

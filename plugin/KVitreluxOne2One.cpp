@@ -27,7 +27,7 @@ const QLatin1String kFalloff("Falloff");
 const QLatin1String kLcpFilename("LCPfilename");
 const QLatin1String kLensPath("LensPath");
 
-// Where the program that makes profiles stores them; the same on every platform, so that settings can be moved.
+// Folder where the program that makes profiles stores them; the same on every platform, so that settings are portable.
 const QLatin1String kDefaultLensPath("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/");
 
 struct Flag {

@@ -1,4 +1,4 @@
-// The process of the plug-in: one image in, one lens-corrected image out.
+// Process of the plug-in: one image in, one lens-corrected image out.
 #pragma once
 
 #include "Corrections.h"
@@ -19,27 +19,28 @@ class UIVitreluxPage;
 class newLCP;
 struct FittedPlan;
 
-/// Belongs to the host's GUI thread. Other threads may call Process on an image in memory, with a record and an image
-/// that no other thread uses, and Process on a file while the GUI thread doesn't use this object.
+/// Lens correction process, which belongs to the host's GUI thread. Other threads may call Process on an image in
+/// memory, with a record and an image that no other thread uses, and Process on a file while the GUI thread doesn't use
+/// this object.
 ///
 /// While the dynamic property "Correction" has the value "fitted", new records are fitted; a record never changes its
-/// mode. Without it nothing of FittedRecord is read, written or stored.
+/// mode. Without it, nothing of FittedRecord is read, written or stored.
 ///
-/// Sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the plain processing of pixels,
-/// _Fitted.cpp that of fitted records, _Lookup.cpp the search for a profile.
+/// The code is in KVitreluxOne2One.cpp (records, settings, job), _Process.cpp (plain processing of pixels), _Fitted.cpp
+/// (processing of fitted records) and _Lookup.cpp (search for a profile).
 class KVitreluxOne2One : public QObject, public KIPluginOne2One {
     Q_OBJECT
     Q_INTERFACES(KIPluginOne2One:KIPluginProcess : KIAbout)
 public:
-    /// Parameter record of one image, the type behind every opaque pointer.
+    /// Parameter record of one image, to which the opaque pointers point.
     struct Params {
         bool disto = false;   // correct geometric distortion
         bool ca = false;      // correct chromatic aberration
         bool falloff = false; // correct vignetting
-        float scale = 1.0f;   // size of the working image over the full one; set only by previews, never stored
+        float scale = 1.0f;   // size of the working image / full size; set only by previews, never stored
         QString lcpFilename;  // path of the profile; empty: not yet looked up or, if fitted, found automatically
 
-        std::optional<FittedRecord> fitted; // none: a plain record, which has only the fields above
+        std::optional<FittedRecord> fitted; // nullopt in a plain record
 
         Corrections Chosen() const { return {disto, ca, falloff}; }
     };
@@ -56,16 +57,16 @@ public:
     QIcon Icon() const override;
     QString UID() const override;
 
-    /// Returns the page, created by the first call without a parent. A host may add it to a wizard and delete it with
-    /// the wizard; the next call then creates a new one, for the next SetFiles. Null without a QApplication.
+    /// Returns the page, which the first call creates without a parent. A host may add it to a wizard and delete it
+    /// with the wizard; the next call then creates a new one, for the next SetFiles. Null without a QApplication.
     QWizardPage *WizardPage() override;
     /// Stores the defaults and, if there is a page, the profile folder.
     void OnValidatePage() override;
-    /// Allocates a record with the stored settings if @p element is null. Otherwise the element sets all four fields,
-    /// where a missing attribute clears the field, and the options of a fitted record.
+    /// Allocates a record with the stored settings if @p element is null. Otherwise, the element sets all four fields,
+    /// clearing those whose attributes are missing, and the options of a fitted record.
     void *AllocParameters(QDomElement element) override;
     QDomElement GetXmlParameters(void *parameters) override;
-    /// Copies everything except mode, typed facts, "Again" and report, which belong to one picture.
+    /// Copies everything except mode, typed facts, "Again", result file and report, which belong to one picture.
     void CopyParameters(void *destination, void *source) override;
     void FreeParameters(void *parameters) override;
     QIcon BeforeAfter() const override;
@@ -78,12 +79,12 @@ public:
     void SetFiles(QStringList files) override;
     QDomElement GetFileXmlParams(QString file) override;
 
-    /// Makes @p parameters the record that OnValidatePage stores.
+    /// Copies @p parameters to the record that OnValidatePage stores.
     virtual void SaveDefaultSettings(void *parameters);
 
-    /// Corrects item.second, four float channels, in place; item.first describes it. If the record has no profile,
-    /// looks one up and leaves the pixels unchanged; a second run corrects them. Square and upright images are treated
-    /// as rotated, because a profile describes a landscape frame. Throws KException.
+    /// Corrects item.second, an image of four float channels, in place; item.first describes it. If the record has no
+    /// profile, looks one up and leaves the pixels unchanged; a second run corrects them. Square and upright images are
+    /// treated as rotated, because a profile describes a landscape frame. Throws KException.
     void Process(QPair<KIImageDef *, KImage *> item, void *parameters);
 
     /// Returns the paths of the profiles that fit the image's camera and lens, best first. May set @p message to a text
@@ -104,8 +105,8 @@ private:
     void ProcessFitted(KIImageDef *def, KImage &image, Params &params);
     std::optional<newLCP> ProfileOf(KIImageDef *def, Params &params);
 
-    QMap<KIImageDef *, void *> m_params; // the record of each image of the job
+    QMap<KIImageDef *, void *> m_params; // record of each image of the job
     QPointer<UIVitreluxPage> m_page;     // null until WizardPage, and after its wizard deleted it
-    Params *m_defaults;                  // what OnValidatePage stores
+    Params *m_defaults;                  // stored by OnValidatePage
     QString m_lensPath;
 };

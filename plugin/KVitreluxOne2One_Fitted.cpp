@@ -1,4 +1,4 @@
-// The fitted correction: finds a profile if none was chosen, fits it to the picture and applies it.
+// Fitted correction: finds a profile if none was chosen, fits it to the picture and applies it.
 #include "KVitreluxOne2One.h"
 
 #include "CorrectionRecord.h"
@@ -70,7 +70,7 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
     return lost;
 }
 
-/// Throws if the host has asked the thread that called Process to end; see QThread::requestInterruption.
+/// Throws if the host has requested the interruption of the thread that called Process (QThread::requestInterruption).
 void EndIfInterrupted(const QThread &caller)
 {
     if (caller.isInterruptionRequested())
@@ -79,17 +79,17 @@ void EndIfInterrupted(const QThread &caller)
 
 } // namespace
 
-/// Returns the folders searched for profiles: the one in the settings if it exists, otherwise the default ones.
+/// Returns the folders to search for profiles: the one in the settings if it exists, otherwise the default ones.
 QStringList KVitreluxOne2One::ProfileFolders() const
 {
     return QDir::isAbsolutePath(m_lensPath) && QDir(m_lensPath).exists() ? QStringList{m_lensPath}
                                                                          : DefaultProfileFolders();
 }
 
-/// Fits the record's profile, or the one found, and stores the report in the record. Throws KException with the reason
-/// if there is nothing to correct.
+/// Fits the record's profile, or one that it finds, and stores the report in the record. Throws KException with the
+/// reason if there is nothing to correct.
 ///
-/// @param pixels  the size of the pixels in memory; empty: the file's.
+/// @param pixels  Size of the pixels in memory; empty for the file's size.
 FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
                                      Params &params) const
 {
@@ -106,7 +106,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     const bool isFloat = def->nDepth() > 16;
     plan.values.toLight = plan.file.HoldsLight();
     plan.values.encodes = isFloat && !plan.file.HoldsFloats()
-        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // a profile has a curve
+        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // a profile defines the curve
     if (plan.fit.vignetting || plan.values.toLight) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);
@@ -126,7 +126,7 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
                                      const QString &outputFileName)
 {
     FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before decoding, which may be unnecessary
-    // Locked until the file is written: a copy would take as much memory again.
+    // Locked until the file is written: a copy would double the memory needed.
     const FullSizeLock full(def, FullSizeLock::Rows::MayBePending);
     if (!full.Image())
         ThrowNotLoaded(fileName);

@@ -1,4 +1,4 @@
-// The search for an image's profile: the maker determines the folder, the camera the candidates in it, the lens the
+// Search for an image's profile: the maker determines the folder, the camera the candidates in it, and the lens the
 // file.
 #include "KVitreluxOne2One.h"
 
@@ -20,13 +20,13 @@ QString BrandOf(const QString &makerName)
     return makerName.split(QRegExp(QStringLiteral("\\W+")), Qt::SkipEmptyParts).value(0);
 }
 
-/// Returns the folder of a brand; the current one if there is none.
+/// Returns the folder of a brand; the current folder if there is none.
 QDir FolderOf(const QString &brand, const QDir &base)
 {
     const QStringList entries = base.entryList();
     for (const QString &entry : entries) {
         if (Contains(brand, entry))
-            return QDir(base.path() + QLatin1Char('\\') + entry); // on every platform: installations rely on it
+            return QDir(base.path() + QLatin1Char('\\') + entry); // on every platform: installations rely on this
     }
     return QDir(QString());
 }
@@ -108,7 +108,7 @@ QStringList Lookup(const ShootingInformation &shooting, LensIDProperties &databa
 
 QStringList KVitreluxOne2One::GetLCPfilename(KIImageDef *image, QString &message)
 {
-    // A description of another class, made by the host, has no camera.
+    // A description of another class, made by the host, has no camera data.
     const auto *described = dynamic_cast<const ImageDef *>(image);
     if (!described)
         return {};

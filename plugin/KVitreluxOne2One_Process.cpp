@@ -1,4 +1,4 @@
-// Processing of pixels: from a file to the corrected file, and the correction of an image in memory.
+// Processing of pixels: from a file to the corrected file, and in memory.
 #include "KVitreluxOne2One.h"
 
 #include "FloatRows.h"
@@ -32,11 +32,11 @@ FloatWarp::Frame FrameOf(const KImage &image)
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
 }
 
-/// Renders bands of the corrected picture in the output file's pixel format. Only a few rows of source and result exist
-/// as floats at a time, and they are converted while they are in the caches.
+/// Renderer of bands of the corrected picture in the output file's pixel format. Only a few rows of source and result
+/// exist as floats at a time, and they are converted while they are in the caches.
 class CorrectedBands {
 public:
-    /// @p source must outlive the object. Without @p lcp the picture is not corrected.
+    /// @p source must outlive the object. Without @p lcp, the picture is not corrected.
     CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, Corrections corrections)
         : m_frame(FrameOf(source)), m_height(source.height()), m_source(source)
     {
@@ -64,7 +64,7 @@ private:
         FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
         m_source.Hold(range.first, range.end);
         while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
-            const int more = range.end - range.first; // ends with the whole picture, in which no row is missing
+            const int more = range.end - range.first; // ends with the whole picture, where no row is missing
             range = {qMax(0, range.first - more), qMin(m_height, range.end + more)};
             m_source.Hold(range.first, range.end);
         }
@@ -79,8 +79,8 @@ private:
 
 } // namespace
 
-/// Returns the record's profile at its scale; none if there is nothing to correct. If the record has no profile yet,
-/// looks one up and returns none, so that only the next run corrects the picture.
+/// Returns the record's profile at its scale; nullopt if there is nothing to correct. If the record has no profile yet,
+/// looks one up and returns nullopt, so that only the next run corrects the picture.
 std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &params)
 {
     if (params.lcpFilename.isEmpty()) {

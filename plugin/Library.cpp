@@ -5,7 +5,8 @@
 #include "KUI.h"
 #include "KVitreluxOne2One.h"
 
-/// Runs when the library is loaded, because a host may request an icon by its path before it creates any object.
+/// Registers resources when the library is loaded, because a host may request an icon by its path before it creates any
+/// object.
 static void RegisterResources()
 {
     Q_INIT_RESOURCE(KVitrelux);

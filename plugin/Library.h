@@ -1,17 +1,17 @@
-// The Qt plug-in object that a host gets by loading the library.
+// Qt plug-in object that a host gets by loading the library.
 #pragma once
 
 #include "KIAbout.h"
 #include "KIPluginLibrary.h"
 
-/// One object per load. GUI thread only.
+/// Entry object of the plug-in, one per load. GUI thread only.
 class Library : public QObject, public KIPluginLibrary, public KIAbout {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "com.brelt.vitrelux")
     Q_INTERFACES(KIPluginLibrary KIAbout)
 public:
-    /// Loads the translation for the host's language and adopts the kernels that the host shares. Does neither without
-    /// a host.
+    /// Loads the translation for the host's language and uses the kernels that the host shares. Does neither without a
+    /// host.
     Library();
     /// Deletes the process objects that still exist and stops the image module.
     ~Library() override;

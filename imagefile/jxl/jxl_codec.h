@@ -13,8 +13,8 @@ struct JxlDecoderDeleter {
     void operator()(JxlDecoder *decoder) const { JxlDecoderDestroy(decoder); }
 };
 
-/// Decodes one file. Pixels stay as stored: the orientation in the header is reported as the EXIF orientation and
-/// replaces the file's, which is only informative in ISO/IEC 18181-2.
+/// Decoder for one file. Pixels are not rotated: the header's orientation is reported as the EXIF orientation and
+/// overrides the one in the file's EXIF, which is only informative according to ISO/IEC 18181-2.
 class JxlFile {
 public:
     JxlFile() = default;
@@ -26,7 +26,7 @@ public:
     void Describe(GFL_FILE_INFORMATION *info) const;
     /// Decodes the first frame into @p rows.
     Status ReadPixels(RowSink *rows);
-    /// Reads as much as a truncated file contains.
+    /// Reads whatever metadata a truncated file still contains.
     void ReadMetadata(Metadata *metadata);
 
 private:
@@ -39,8 +39,8 @@ private:
     void TakeColors(Metadata *metadata) const;
 
     const Source *m_source = nullptr;
-    std::uint64_t m_at = 0; // the end of the piece
-    Bytes m_piece;          // given to the decoder
+    std::uint64_t m_at = 0; // file offset after the piece
+    Bytes m_piece;          // input of the decoder
     std::unique_ptr<JxlDecoder, JxlDecoderDeleter> m_decoder;
     JxlBasicInfo m_info = {};
     PixelForm m_form;

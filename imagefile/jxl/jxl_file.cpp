@@ -32,7 +32,8 @@ Status JxlFile::Failure(JxlDecoderStatus status) const
                             : Text("JPEG XL: damaged, or not supported by libjxl (status %d)", status));
 }
 
-// Passes the decoder the bytes that it has not used yet, and the next piece of the file.
+// Gives the decoder its unused bytes again, followed by the next piece of the file. Returns false at the end of the
+// file.
 bool JxlFile::Refill()
 {
     const std::size_t left = JxlDecoderReleaseInput(m_decoder.get());
@@ -102,7 +103,7 @@ JxlPixelFormat JxlFile::Format() const
             JXL_LITTLE_ENDIAN, 0};
 }
 
-// libjxl delivers a picture in groups, in any order.
+// Buffers the whole picture, because libjxl delivers its groups in any order.
 Status JxlFile::ReadPixels(RowSink *rows)
 {
     JxlDecoderStatus status = Next();

@@ -1,4 +1,4 @@
-// The functions of libjxl, which is loaded when the first one is called.
+// Functions of libjxl, which is loaded when the first one is called.
 #pragma once
 
 #include "core/late_function.h"

@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-// Unpacks the contents of a "brob" box, up to the limit for any metadata block; empty if it is damaged.
+// Decompresses the contents of a "brob" box; empty if they are damaged or exceed the limit for metadata blocks.
 Bytes Unpacked(const std::uint8_t *data, std::size_t size)
 {
     Bytes out;
@@ -29,10 +29,10 @@ Bytes Unpacked(const std::uint8_t *data, std::size_t size)
     return result == BROTLI_DECODER_RESULT_SUCCESS ? out : Bytes();
 }
 
-// Returns the contents of the first box with a name, plain or packed (ISO/IEC 18181-2, 9.7).
+// Returns the contents of the first box with the given name, plain or compressed (ISO/IEC 18181-2, 9.7).
 Bytes BoxContents(const Source &source, const std::vector<IsoBox> &boxes, const char *name)
 {
-    constexpr std::size_t kNameBytes = 4; // of the packed box
+    constexpr std::size_t kNameBytes = 4;
     for (const IsoBox &box : boxes) {
         char packedName[kNameBytes + 1] = "";
         const bool isPacked = box.Is("brob") && source.ReadAt(box.begin, packedName, kNameBytes) == kNameBytes;
@@ -63,8 +63,8 @@ bool IsSrgb(const JxlColorEncoding &colors)
 
 } // namespace
 
-// Lossy pictures are stored in the format's internal color space, from which libjxl can't convert to any ICC profile.
-// By default it would choose linear sRGB for files with a profile; this requests sRGB, for both metadata and pixels.
+// Requests sRGB for lossy pictures with an ICC profile, for both metadata and pixels: libjxl can't convert the format's
+// internal color space to an ICC profile, and would choose linear sRGB by default.
 void JxlFile::ChooseColors()
 {
     JxlColorEncoding colors;
@@ -82,7 +82,7 @@ void JxlFile::ChooseColors()
     JxlDecoderSetPreferredColorProfile(m_decoder.get(), &colors);
 }
 
-// Takes the profile of the delivered pixels: the file's, or one that libjxl makes. None for sRGB.
+// Sets the ICC profile of the decoded pixels: the file's, or one that libjxl makes; none for sRGB.
 void JxlFile::TakeColors(Metadata *metadata) const
 {
     constexpr JxlColorProfileTarget kPixels = JXL_COLOR_PROFILE_TARGET_DATA;

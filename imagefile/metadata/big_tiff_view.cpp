@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kHeadBytes = std::size_t(1) << 20; // copied unchanged; our metadata is at the beginning
+constexpr std::size_t kHeadBytes = std::size_t(1) << 20; // copied unchanged; our writer puts the metadata there
 constexpr std::size_t kDirectoryBytes = 65536;           // room for 3,276 fields
 constexpr std::uint16_t kTypeLong = 4;
 
@@ -29,7 +29,7 @@ std::uint32_t Append(const Bytes &bytes, Bytes *view)
     return offset;
 }
 
-/// The view under construction.
+/// Builder of the view.
 class Narrowing {
 public:
     Narrowing(const Source &source, bool isBigEndian)
@@ -47,7 +47,7 @@ private:
     const Source &m_source;
     const TiffVariant m_classic, m_big;
     Bytes m_view;
-    int m_left = kMaxMetadataDirectories; // remaining to read; in a damaged file they can form a cycle
+    int m_left = kMaxMetadataDirectories; // directories left to read; those of a damaged file can form a cycle
 };
 
 void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
@@ -56,11 +56,11 @@ void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
     m_classic.Put(offset, m_classic.OffsetBytes(), field->value.data());
 }
 
-/// Copies the field's value into the view. False if a classic file can't store it.
+/// Copies the field's value into the view. Returns false if a classic TIFF can't store it.
 bool Narrowing::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);
-    if (bytes == 0 || bytes > kMaxBigTiffValueBytes || field->type > 13) // larger types are 64-bit
+    if (bytes == 0 || bytes > kMaxBigTiffValueBytes || field->type > 13) // types above 13 are 64-bit
         return false;
     if (bytes <= 4)
         return true;
@@ -70,7 +70,7 @@ bool Narrowing::NarrowValue(TiffField *field)
         return true;
     }
     const std::uint64_t offset = m_big.OffsetOf(*field);
-    if (offset <= kHeadBytes && bytes <= kHeadBytes - offset) { // in the head, where it stays
+    if (offset <= kHeadBytes && bytes <= kHeadBytes - offset) { // already copied as part of the head
         SetOffset(static_cast<std::uint32_t>(offset), field);
         return true;
     }

@@ -11,7 +11,7 @@ namespace imagefile {
 
 namespace {
 
-// Tags of a first directory that describe how this file stores its pixels, or that contain blocks which are copied
+// Tags of the first directory that describe how this file stores its pixels, or that contain blocks that are copied
 // separately: subfile type (254) to page number (297), transfer function, predictor, color map, halftones, tiles,
 // sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, color filter, IPTC, Photoshop
 // resources, directory pointers, ICC, Photoshop layers, and the DNG range.
@@ -39,16 +39,16 @@ bool BeginsWithAny(const std::string &group, std::initializer_list<const char *>
                        [&group](const char *begin) { return group.rfind(begin, 0) == 0; });
 }
 
-// Returns whether Exiv2 found the value inside a maker note. The group "MakerNote" describes the note's offset and byte
-// order.
+// Returns whether Exiv2 decoded the value from a maker note. This includes the group "MakerNote", which contains the
+// note's offset and byte order.
 bool IsDecodedNote(const Exiv2::Exifdatum &datum)
 {
     const std::string group = datum.groupName();
     return group != "Image" && group != "Photo" && group != "GPSInfo" && group != "Iop";
 }
 
-// Returns whether the value has a type of TIFF 6.0 or is an offset of a directory, and has at least one value. Other
-// programs reject a whole directory with anything else in it.
+// Returns whether the datum has a TIFF 6.0 type or is a directory offset, and is not empty. Other programs reject a
+// whole directory if it contains anything else.
 bool IsReadable(const Exiv2::Exifdatum &datum)
 {
     return datum.typeId() >= Exiv2::unsignedByte && datum.typeId() <= Exiv2::tiffIfd && datum.count() > 0;
@@ -78,7 +78,7 @@ std::vector<const Exiv2::Exifdatum *> MakerNoteValues(const Exiv2::ExifData &exi
     return values;
 }
 
-// Returns whether written EXIF reads back with the original's maker note values.
+// Returns whether the EXIF in @p written, once encoded, reads back with the maker note values of @p original.
 bool KeepsMakerNote(const Exiv2::ExifData &written, const Exiv2::ExifData &original)
 {
     Exiv2::ExifData read;
@@ -102,7 +102,7 @@ const Exiv2::Exifdatum *Find(const Exiv2::ExifData &exif, const char *key)
     return found != exif.end() && found->count() > 0 ? &*found : nullptr;
 }
 
-// Returns the offset of a picture's note; 0 if it is unknown, or too large for the small blocks of other formats.
+// Returns the offset of the maker note; 0 if it is unknown, or too large for the small blocks of other formats.
 std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
 {
     constexpr std::int64_t kFirst = 16, kLast = 32768;
@@ -111,7 +111,7 @@ std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
     return offset >= kFirst && offset <= kLast ? static_cast<std::uint32_t>(offset) : 0;
 }
 
-// Returns EXIF with the note's original bytes, to be written at offset @p place, or anywhere if that is 0.
+// Returns the EXIF with the note's original bytes, to be written at offset @p place, or at any offset if that is 0.
 Exiv2::ExifData WithNoteAsItIs(const Exiv2::ExifData &withoutDecoded, std::uint32_t place)
 {
     Exiv2::ExifData exif = withoutDecoded;

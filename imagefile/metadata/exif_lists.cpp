@@ -63,8 +63,8 @@ void FillNode(const Exiv2::Exifdatum &datum, GFL_EXIF_ENTRYEX *node)
     node->Length = static_cast<std::uint32_t>(bytes.size());
 }
 
-// Returns the values for the lists, in the order of blocks and tags. Sorts stably, because some cameras write a tag
-// twice.
+// Returns the values that pass the filter, sorted by block and tag. The sort is stable, because some cameras write a
+// tag twice.
 template <class Filter> std::vector<const Exiv2::Exifdatum *> Sorted(const Exiv2::ExifData &exif, Filter filter)
 {
     std::vector<const Exiv2::Exifdatum *> sorted;

@@ -1,4 +1,4 @@
-// The texts of EXIF values. Exiv2's print functions are unsuitable: they depend on the locale.
+// Texts of EXIF values. Exiv2's print functions are unsuitable, because they depend on the locale.
 #include "exif_lists.h"
 
 #include "core/decimal.h"
@@ -13,7 +13,7 @@ namespace imagefile {
 
 namespace {
 
-// Longer binary values are listed by their length: maker notes, tables.
+// Longer binary values, such as maker notes and tables, are listed as their length.
 constexpr long kMaxListedBytes = 64;
 
 double Quotient(const Exiv2::Rational &rational)
@@ -21,8 +21,8 @@ double Quotient(const Exiv2::Rational &rational)
     return rational.second != 0 ? static_cast<double>(rational.first) / rational.second : 0.0;
 }
 
-// Doesn't use toLong and toRational on Exiv2's rationals: they truncate unsigned numbers to 31 bits and trap on
-// -2^31 / -1.
+// Avoids Exiv2's toLong for rationals, which traps on -2^31 / -1, and its toRational for unsigned ones, which truncates
+// numbers to 31 bits.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
     if (const auto *rationals = dynamic_cast<const Exiv2::URationalValue *>(&value)) {
@@ -49,7 +49,7 @@ std::string Decimals(const Exiv2::Value &value)
     return text;
 }
 
-// Returns "1/250", "-1/3", "2.5", "2": values below one stay a reduced fraction.
+// Returns "1/250", "-1/3", "2.5" or "2": a reduced fraction if the magnitude is below one, otherwise a decimal.
 std::string Fraction(const Exiv2::Value &value)
 {
     const Exiv2::Rational rational = value.toRational(0);

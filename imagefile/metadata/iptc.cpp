@@ -10,7 +10,7 @@ namespace imagefile {
 namespace {
 
 constexpr std::uint8_t kMarker = 0x1C;
-constexpr std::size_t kLongForm = 0x8000; // longer lengths are stored in four extra bytes
+constexpr std::size_t kLongForm = 0x8000; // from this length on, extra bytes store the length
 
 struct DataSet {
     std::uint8_t record, number;

@@ -5,8 +5,8 @@
 
 namespace imagefile {
 
-/// Returns the entries of IIM bytes, in their order; null if there is none. The list ends at the first invalid data
-/// set. The caller frees it with gflFreeIPTC. Throws std::bad_alloc.
+/// Returns the entries of IIM bytes in file order; null if there are none. The list ends at the first invalid data set.
+/// The caller frees it with gflFreeIPTC. Throws std::bad_alloc.
 GFL_IPTC_DATA *IptcEntries(const Bytes &iim);
 
 /// Returns whether IptcEntries would return any entries.

@@ -26,7 +26,7 @@ void LockXmp(void *, bool lock)
     lock ? xmpMutex.lock() : xmpMutex.unlock();
 }
 
-thread_local bool isReading = false; // this thread reads metadata
+thread_local bool isReading = false; // this thread is reading metadata
 
 /// While an instance exists, Exiv2's messages on this thread become warnings.
 class Listening {
@@ -45,8 +45,8 @@ void WarnOfDamage(const char *what) noexcept
     Warn(text);
 }
 
-// Called from a destructor of Exiv2. Errors report losses; warnings report oddities found in many camera files, except
-// that the loss of a whole block is also a warning.
+// Called from an Exiv2 destructor. Exiv2 logs lost values as errors. Its warnings are about oddities found in many
+// camera files, but also about the loss of a whole block.
 void TakeLog(int level, const char *text)
 {
     if (isReading && (level >= Exiv2::LogMsg::error || std::strncmp(text, "Failed to decode", 16) == 0))
@@ -68,8 +68,8 @@ Bytes RawTag(const Exiv2::Image &image, const char *key)
     return found == exif.end() ? Bytes() : RawBytes(*found, image.byteOrder());
 }
 
-// Returns Photoshop's image resources of a JPEG, which may span several segments of at most 64 KiB. Exiv2 gives IPTC
-// only as parsed values, which don't always restore the same bytes.
+// Returns a JPEG's Photoshop image resources, which may span several segments of at most 64 KiB. Exiv2 only provides
+// parsed IPTC values, which don't always restore the same bytes.
 Bytes JpegResources(const Source &source)
 {
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
@@ -127,7 +127,7 @@ void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
     std::swap(metadata->exif, image.exifData());
 }
 
-// Uses the classes directly: the factory that takes a path would interpret some file names as web addresses.
+// Constructs the classes directly: the factory that takes a path would interpret some file names as web addresses.
 Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
 {
     if (!view.empty())
@@ -152,11 +152,11 @@ void StartExiv2()
             const bool isRunning = Exiv2::XmpParser::initialize(LockXmp, nullptr);
             DefineXmpPrefixes();
             started = isRunning;
-        } catch (...) { // don't retry: after a failed start, the XMP toolkit believes that it is running and crashes
+        } catch (...) { // don't retry: after a failed start, the XMP toolkit considers itself started and crashes
         }
     });
     if (!started)
-        throw std::bad_alloc(); // the start fails for no other reason
+        throw std::bad_alloc(); // the only reason for a failed start
 }
 
 std::shared_mutex &XmpNamespaces()

@@ -17,7 +17,7 @@ constexpr std::uint64_t kHeadBytes = std::uint64_t(4) << 20;
 constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10;
 constexpr std::uint16_t kSubDirectories = 330, kMakerNote = 37500;
 
-// Also true for raw files, whose header has a different version: "IIRO", "IIU\0".
+// Also true for raw files with a different version number in the header: "IIRO", "IIU\0".
 bool IsTiffLike(const std::uint8_t *head)
 {
     const bool hasOrder = std::memcmp(head, "II", 2) == 0 || std::memcmp(head, "MM", 2) == 0;

@@ -1,4 +1,4 @@
-// The metadata of a TIFF file in memory at its original offsets, for Exiv2, which expects such files to be mapped.
+// Metadata of a TIFF file in memory at its original offsets, for Exiv2, which expects such files to be mapped.
 #pragma once
 
 #include "core/source.h"
@@ -10,7 +10,7 @@ namespace imagefile {
 /// uses no memory. If the file itself were mapped, the process would crash when another program truncates it.
 ///
 /// Reads the beginning of the file, and the directories, values and maker notes reachable from its first directory. In
-/// the copy the first directory has no successor, because Exiv2 would mistake a second page for a thumbnail and copy
+/// the copy, the first directory has no successor, because Exiv2 would mistake a second page for a thumbnail and copy
 /// its pixels. Files that are not TIFFs are read completely.
 class MetadataMap {
 public:
@@ -35,7 +35,7 @@ private:
     std::uint64_t m_size = 0;
     TiffVariant m_variant = {};
     std::uint64_t m_budget = 0; // remaining bytes to read
-    int m_left = 0;             // remaining directories to read, because they can form a cycle
+    int m_left = 0;             // remaining directories to read; limited, because they can form a cycle
 };
 
 } // namespace imagefile

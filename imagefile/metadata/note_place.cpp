@@ -15,8 +15,8 @@ constexpr TiffVariant kClassic = {false};
 constexpr std::size_t kHeaderBytes = 8;
 constexpr std::uint16_t kMakerNote = 37500;
 
-// The first bytes of notes, and the offset of their directory, according to the list at
-// https://exiftool.org/makernote_types.html. All others begin with the directory.
+// The first bytes of notes and the offsets of their directories, according to the list at
+// https://exiftool.org/makernote_types.html. All other notes begin with the directory.
 struct NoteKind {
     std::string_view mark;
     std::size_t directoryAt;
@@ -100,7 +100,7 @@ public:
 
     bool IsWhole() const { return m_end <= m_note.size(); }
     bool HasShiftedOffsets(std::int64_t place) const;
-    bool HasNestedOnes(std::int64_t place) const;
+    bool HasNestedDirectories(std::int64_t place) const;
 
 private:
     struct Field {
@@ -117,7 +117,7 @@ private:
             number = number << 8 | m_note[at + (m_isBigEndian ? i : count - 1 - i)];
         return number;
     }
-    bool LooksLikeOne() const;
+    bool LooksValid() const;
 
     const Bytes &m_note;
     bool m_isBigEndian;
@@ -128,38 +128,38 @@ private:
 bool NoteDirectory::HasShiftedOffsets(std::int64_t place) const
 {
     const auto size = static_cast<std::int64_t>(m_note.size()), lowest = static_cast<std::int64_t>(m_end);
-    std::int64_t first = INT64_MAX, last = INT64_MIN; // of the values, from the beginning of the note
+    std::int64_t first = INT64_MAX, last = INT64_MIN; // extent of the values, relative to the note
     for (const Field &field : m_fields) {
-        if (field.Bytes() <= 4 || field.Bytes() > size) // larger ones, such as previews, are stored elsewhere
+        if (field.Bytes() <= 4 || field.Bytes() > size) // larger values, such as previews, are stored elsewhere
             continue;
         first = std::min(first, field.value - place);
         last = std::max(last, field.value - place + field.Bytes());
     }
-    if (first > last || last - first > size - lowest) // no values, or not within the note
+    if (first > last || last - first > size - lowest) // there are no values, or they can't all be within the note
         return false;
     return first < lowest || last > size;
 }
 
-bool NoteDirectory::HasNestedOnes(std::int64_t place) const
+bool NoteDirectory::HasNestedDirectories(std::int64_t place) const
 {
     constexpr std::uint16_t kUndefined = 7;
     return std::any_of(m_fields.begin(), m_fields.end(), [&](const Field &field) {
         const std::int64_t at = field.value - place;
         return field.type == kUndefined && field.Bytes() > 4 && at >= static_cast<std::int64_t>(m_end)
             && at < static_cast<std::int64_t>(m_note.size())
-            && NoteDirectory(m_note, static_cast<std::size_t>(at), m_isBigEndian).LooksLikeOne();
+            && NoteDirectory(m_note, static_cast<std::size_t>(at), m_isBigEndian).LooksValid();
     });
 }
 
 // Returns whether the fields are sorted by tag and all have known types, unlike random bytes.
-bool NoteDirectory::LooksLikeOne() const
+bool NoteDirectory::LooksValid() const
 {
     const auto isWrong = [](const Field &a, const Field &b) { return a.tag >= b.tag; };
     return m_fields.size() >= 2 && std::adjacent_find(m_fields.begin(), m_fields.end(), isWrong) == m_fields.end()
         && std::all_of(m_fields.begin(), m_fields.end(), [](const Field &field) { return field.Bytes() > 0; });
 }
 
-// Returns where the EXIF block of a JPEG begins, or the TIFF itself; -1 if there is none.
+// Returns the offset of the EXIF block in a JPEG, 0 for a TIFF, -1 if there is none.
 std::int64_t FindBlock(const Bytes &head)
 {
     const std::string_view text(reinterpret_cast<const char *>(head.data()), head.size());
@@ -177,18 +177,18 @@ std::int64_t FindBlock(const Bytes &head)
 
 void AddNotePlace(const Source &source, Exiv2::ExifData *exif)
 {
-    constexpr std::size_t kLooked = 131072; // two segments of a JPEG
+    constexpr std::size_t kSearchedBytes = 131072; // two segments of a JPEG
     const auto value = exif->findKey(Exiv2::ExifKey("Exif.Photo.MakerNote"));
     if (value == exif->end() || value->size() < 16 || exif->findKey(Exiv2::ExifKey(kNotePlaceKey)) != exif->end())
         return;
-    Bytes note(static_cast<std::size_t>(value->size())), head(kLooked);
+    Bytes note(static_cast<std::size_t>(value->size())), head(kSearchedBytes);
     value->copy(note.data(), Exiv2::littleEndian);
     head.resize(source.ReadAt(0, head.data(), head.size()));
     const std::int64_t block = FindBlock(head);
     if (block < 0)
         return;
     const auto length = head.size() - static_cast<std::size_t>(block);
-    // std::search would take minutes for some malicious notes.
+    // std::search would take minutes on some malicious notes.
     if (const void *found = memmem(head.data() + block, length, note.data(), note.size()))
         (*exif)[kNotePlaceKey] =
             static_cast<std::uint32_t>(static_cast<const std::uint8_t *>(found) - head.data() - block);
@@ -208,7 +208,7 @@ bool NeedsItsPlace(const Bytes &note, std::uint64_t place, bool isBigEndian)
     const NoteDirectory directory(note, kind ? kind->directoryAt : 0, isBigEndian);
     return directory.IsWhole()
         && (directory.HasShiftedOffsets(static_cast<std::int64_t>(place))
-            || directory.HasNestedOnes(static_cast<std::int64_t>(place)));
+            || directory.HasNestedDirectories(static_cast<std::int64_t>(place)));
 }
 
 Bytes NotePlaceholder()

@@ -1,5 +1,5 @@
-// Keeps maker notes at their offset. Most notes use offsets from the beginning of the EXIF block. Some of those are
-// wrong, and readers guess the intended ones from the note's own offset. Both still work if the note isn't moved.
+// Keeps maker notes at their offset. Most notes contain offsets from the beginning of the EXIF block. Some of these are
+// wrong, and readers guess the intended ones from the note's own offset. Both work as long as the note isn't moved.
 #pragma once
 
 #include "metadata.h"
@@ -16,15 +16,16 @@ void AddNotePlace(const Source &source, Exiv2::ExifData *exif);
 bool IsMovableNote(const Bytes &note);
 
 /// Returns whether a note at offset @p place in the EXIF block can't be rebuilt from its decoded values:
-///  - its offsets are within the note only if all are shifted by the same distance, so they have another origin;
+///  - its offsets point into the note only if all are shifted by the same distance, so they have another origin;
 ///  - its values include directories stored as bytes, which contain offsets (Olympus E-1, E-300).
 bool NeedsItsPlace(const Bytes &note, std::uint64_t place, bool isBigEndian);
 
-/// Returns the placeholder for the note in a block without it, as the value of EXIF's maker note field.
+/// Returns the value that EXIF's maker note field must have in a block passed to WithNoteAt.
 Bytes NotePlaceholder();
 
 /// Inserts a note into an EXIF block made by Exiv2, a classic little-endian TIFF whose maker note is NotePlaceholder.
-/// The note begins at @p place, at least 16, and everything else is moved. Empty if the block isn't as described.
+/// The note begins at @p place, at least 16, and everything else moves out of its way. Empty if the block isn't as
+/// described.
 Bytes WithNoteAt(const Bytes &block, const Bytes &note, std::uint32_t place);
 
 } // namespace imagefile

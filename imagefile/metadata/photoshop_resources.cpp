@@ -20,7 +20,7 @@ void AppendResource(PhotoshopResource kind, const Bytes &data, Bytes *resources)
         return;
     const auto number = static_cast<unsigned>(kind);
     resources->insert(resources->end(), {'8', 'B', 'I', 'M'});
-    for (const unsigned byte : {number >> 8, number & 255u, 0u, 0u}) // and an empty name
+    for (const unsigned byte : {number >> 8, number & 255u, 0u, 0u}) // kind and an empty name
         resources->push_back(static_cast<std::uint8_t>(byte));
     for (int shift = 24; shift >= 0; shift -= 8)
         resources->push_back(static_cast<std::uint8_t>(data.size() >> shift));

@@ -13,13 +13,13 @@ enum class PhotoshopResource : std::uint16_t {
     Xmp = 0x0424,
 };
 
-/// Returns the data of the first resource of a kind; empty if there is none before any damage.
+/// Returns the data of the first resource of the given kind; empty if there is none, or none before damaged data.
 Bytes FindResource(const Bytes &resources, PhotoshopResource kind);
 
 /// Appends a resource without a name; does nothing if there is no data.
 void AppendResource(PhotoshopResource kind, const Bytes &data, Bytes *resources);
 
-/// Returns a block of resources that only holds IPTC.
+/// Returns a resource block that contains only IPTC.
 Bytes IptcResource(const Bytes &iptc);
 
 } // namespace imagefile

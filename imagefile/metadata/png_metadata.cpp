@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t kChunkFrame = 12; // length, name, checksum
 
-// Unpacks a zlib stream of at most @p budget bytes and reduces the budget; empty if it is damaged or larger. All chunks
-// of a file share one budget, which bounds the time for many of them.
+// Decompresses a zlib stream to at most @p budget bytes and reduces the budget; empty if the stream is damaged or
+// larger. All chunks of a file share one budget, which bounds the total time.
 Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
 {
     Bytes out;
@@ -44,7 +44,8 @@ int HexDigit(std::uint8_t c)
                                 : -1;
 }
 
-// Returns the block of a "Raw profile type" text: a line feed, its kind, its decimal length, its bytes in hexadecimal.
+// Returns the block in a "Raw profile type" text: a line feed, a line each for the kind and the decimal length, and the
+// bytes in hexadecimal.
 Bytes RawProfile(const Bytes &text)
 {
     auto at = std::find_if(text.begin(), text.end(), [](std::uint8_t c) { return c != '\n'; });
@@ -65,14 +66,14 @@ Bytes RawProfile(const Bytes &text)
     return block;
 }
 
-// Returns IPTC, stored directly or, by older programs and ours, in a block of Photoshop's resources.
+// Returns the IPTC of a profile, stored directly or, by older programs and ours, as a Photoshop resource.
 Bytes IptcOf(const Bytes &profile)
 {
     constexpr std::uint8_t kDataSet = 0x1C;
     return !profile.empty() && profile[0] == kDataSet ? profile : FindResource(profile, PhotoshopResource::Iptc);
 }
 
-/// Reads the chunks of one file.
+/// Reader for the chunks of one file.
 class ChunkReader {
 public:
     explicit ChunkReader(Metadata *metadata) : m_metadata(*metadata) { }
@@ -114,7 +115,7 @@ std::size_t TextEnd(const Bytes &chunk, std::size_t at)
     return static_cast<std::size_t>(std::find(begin, chunk.end(), 0) - chunk.begin());
 }
 
-// Returns the rest of a chunk after @p at, unpacked if necessary.
+// Returns the rest of a chunk from @p at on, decompressed if necessary.
 Bytes ChunkReader::Rest(const Bytes &chunk, std::size_t at, bool isPacked)
 {
     if (at >= chunk.size())

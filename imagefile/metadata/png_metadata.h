@@ -1,4 +1,4 @@
-// Metadata of PNG chunks, which Exiv2 reads incompletely and not byte for byte.
+// Metadata in PNG chunks, which Exiv2 reads incompletely and doesn't preserve byte for byte.
 #pragma once
 
 #include "metadata.h"
@@ -15,7 +15,7 @@ constexpr char kPngIptcKey[] = "Raw profile type iptc";
 /// skipped. Otherwise like ReadExiv2Metadata.
 Status ReadPngMetadata(const Source &source, Metadata *metadata);
 
-/// Returns a block in ImageMagick's text form: its kind, its length and hexadecimal digits.
+/// Returns a block in ImageMagick's text form: kind, length and hexadecimal digits.
 std::string RawProfileText(const char *kind, const Bytes &block);
 
 } // namespace imagefile

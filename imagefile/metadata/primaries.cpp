@@ -17,7 +17,7 @@ const cmsCIEXYZ *ColorTag(cmsHPROFILE profile, cmsTagSignature tag)
     return static_cast<const cmsCIEXYZ *>(cmsReadTag(profile, tag)); // owned by the profile
 }
 
-using Matrix = cmsFloat64Number[9]; // by rows
+using Matrix = cmsFloat64Number[9]; // row-major
 
 /// Returns the color that the matrix maps to D50, by Cramer's rule; D50 if the matrix can't be inverted.
 cmsCIEXYZ MappedToD50(const Matrix &m)
@@ -37,8 +37,8 @@ cmsCIEXYZ MappedToD50(const Matrix &m)
     return {determinant(0) / whole, determinant(1) / whole, determinant(2) / whole};
 }
 
-/// Returns the white point before the adaptation: since version 4 from the adaptation matrix, in older profiles from
-/// the display's white point (ICC.1:2010, annex E).
+/// Returns the white point before adaptation to D50 (ICC.1:2010, annex E): from the adaptation matrix if there is one,
+/// otherwise the media white point of a profile older than version 4.
 cmsCIEXYZ WhiteOf(cmsHPROFILE profile)
 {
     if (const auto *matrix = static_cast<const Matrix *>(cmsReadTag(profile, cmsSigChromaticAdaptationTag)))

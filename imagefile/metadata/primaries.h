@@ -1,4 +1,4 @@
-// The primary colors of an ICC profile.
+// Primaries of an ICC profile.
 #pragma once
 
 #include "core/bytes.h"
@@ -12,8 +12,8 @@ struct Primaries {
     Chromaticity red, green, blue, white;
 };
 
-/// Returns the primaries of an RGB matrix profile relative to the profile's white: the adaptation to D50 in ICC
-/// profiles is undone. Returns none for other profiles. Throws only std::bad_alloc.
+/// Returns the primaries of an RGB matrix profile relative to the profile's white point, with the adaptation of ICC
+/// profiles to D50 undone; nullopt for other profiles. Throws only std::bad_alloc.
 std::optional<Primaries> PrimariesOf(const Bytes &icc);
 
 } // namespace imagefile

@@ -11,7 +11,7 @@ Bytes ReadPsdResources(const Source &source)
 {
     constexpr std::uint64_t kHeaderBytes = 26;
     ByteReader reader(source, kHeaderBytes);
-    reader.Skip(reader.Number(4)); // data of the color mode
+    reader.Skip(reader.Number(4)); // color mode data
     const std::uint64_t length = reader.Number(4);
     if (reader.Failed() || length > kMaxMetadataBytes)
         return Bytes();

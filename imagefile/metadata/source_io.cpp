@@ -23,7 +23,7 @@ long SourceIo::read(Exiv2::byte *buffer, long count)
 
 Exiv2::DataBuf SourceIo::read(long count)
 {
-    // A damaged file may request more than there is.
+    // A damaged file may claim more bytes than it has.
     const auto left = static_cast<long>(m_source.Size() - std::min(m_at, m_source.Size()));
     Exiv2::DataBuf buffer(std::clamp(count, 0L, left));
     buffer.size_ = read(buffer.pData_, buffer.size_);

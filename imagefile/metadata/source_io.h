@@ -7,8 +7,8 @@
 
 namespace imagefile {
 
-/// A file that is already open, read only. Exiv2's FileIo maps TIFFs and would open the file again by name, which may
-/// then be another file. Source::Check reports disk failures.
+/// Read-only view of a file that is already open. Exiv2's FileIo maps TIFFs and would reopen the file by name, which
+/// may by then refer to another file. Source::Check reports disk failures.
 class SourceIo : public Exiv2::BasicIo {
 public:
     /// The source must outlive the object.

@@ -9,8 +9,8 @@ namespace imagefile {
 
 namespace {
 
-/// lcms2 evaluates formulas in floating point, but rounds interpolated table values to 16 bits, which is coarse in the
-/// shadows.
+/// Returns the linear light of a stored value. Interpolates tables here, because lcms2 evaluates only formulas in
+/// floating point and rounds interpolated table values to 16 bits, which is coarse in the shadows.
 double LightAt(const cmsToneCurve *curve, double stored)
 {
     if (cmsGetToneCurveParametricType(curve) != 0)

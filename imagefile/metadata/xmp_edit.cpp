@@ -11,15 +11,15 @@ namespace imagefile {
 
 namespace {
 
-/// Settings of raw converters, and their stored variants.
+/// Prefixes of raw converter settings, current and saved.
 constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
 
-/// Properties that describe the source's file; the structure of the new one is in its own tags. Exiv2 doesn't read the
-/// extended packets of a JPEG, so they are not copied, and nothing may point to them.
+/// Properties to remove, because they describe the source file. Exiv2 doesn't read the extended packets of a JPEG, so
+/// these are not copied, and nothing may refer to them.
 struct FileProperty {
     std::string_view prefix, name;
 };
-constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // of a JPEG, in further segments
+constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // in further segments of a JPEG
 constexpr FileProperty kOfFile[] = {
     {"tiff", "BitsPerSample"},          {"tiff", "Compression"},         {"tiff", "PhotometricInterpretation"},
     {"tiff", "SamplesPerPixel"},        {"tiff", "PlanarConfiguration"}, {"tiff", "YCbCrSubSampling"},
@@ -44,7 +44,8 @@ bool IsDevelopSetting(const Exiv2::Xmpdatum &datum)
         != std::end(kDevelopPrefixes);
 }
 
-/// Parts of a structure or an array are named after it: "Thumbnails[1]/xmpGImg:image".
+/// Returns whether @p datum is the property or part of it. Parts of a structure or array are named after it:
+/// "Thumbnails[1]/xmpGImg:image".
 bool IsNamed(const Exiv2::Xmpdatum &datum, const FileProperty &property)
 {
     const std::string tag = datum.tagName();
@@ -57,7 +58,7 @@ bool IsOfFile(const Exiv2::Xmpdatum &datum)
                        [&](const FileProperty &one) { return IsNamed(datum, one); });
 }
 
-bool SaysApplied(const Exiv2::XmpData &xmp)
+bool AreSettingsApplied(const Exiv2::XmpData &xmp)
 {
     const auto found = xmp.findKey(Exiv2::XmpKey("Xmp.crs.AlreadyApplied"));
     const std::string text = found == xmp.end() ? std::string() : WholeText(*found);
@@ -74,7 +75,7 @@ void MakeTrue(PictureSize size, const Exiv2::ExifData &exif, Exiv2::XmpData *xmp
 {
     if (std::any_of(xmp->begin(), xmp->end(), [](const Exiv2::Xmpdatum &one) { return IsNamed(one, kExtended); }))
         Warn("metadata is left out: the part of the XMP that does not fit into one segment of the JPEG");
-    if (!SaysApplied(*xmp))
+    if (!AreSettingsApplied(*xmp))
         Remove(xmp, IsDevelopSetting);
     Remove(xmp, IsOwnRecord);
     Remove(xmp, IsOfFile);

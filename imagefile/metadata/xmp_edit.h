@@ -9,13 +9,13 @@ struct PictureSize {
     int width, height;
 };
 
-/// Sets the sizes in EXIF to those of the picture, and drops an orientation other than 1 to 8: libtiff refuses a whole
-/// TIFF that has one. Empty EXIF stays empty.
+/// Sets the picture dimensions in the EXIF, and removes an orientation outside 1 to 8, for which libtiff rejects the
+/// whole TIFF. Empty EXIF stays empty.
 void MakeExifTrue(PictureSize size, Exiv2::ExifData *exif);
 
-/// Returns the packet @p xmp with the properties of @p record and without properties that are no longer true (see
-/// gflBitmapMarkEdited). @p exif is that of the edited picture. A packet that can't be read or written again is treated
-/// as empty, with a warning. Throws only std::bad_alloc.
+/// Returns the packet @p xmp with the properties of @p record added, and without properties that are no longer true
+/// (see gflBitmapMarkEdited). @p exif is the edited picture's EXIF. A packet that can't be read or written again is
+/// treated as empty, with a warning. Throws only std::bad_alloc.
 Bytes EditedXmp(const Bytes &xmp, const Exiv2::XmpData &record, PictureSize size, const Exiv2::ExifData &exif);
 
 } // namespace imagefile

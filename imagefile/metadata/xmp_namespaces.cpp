@@ -8,7 +8,7 @@ namespace imagefile {
 
 namespace {
 
-using Prefix = std::pair<std::string, std::string>; // and its namespace
+using Prefix = std::pair<std::string, std::string>; // prefix, namespace
 
 std::vector<Prefix> &KnownPrefixes()
 {
@@ -43,7 +43,7 @@ void DefineXmpPrefixes()
     const Prefix own = {"vitrelux", "urn:vitrelux:correction:1.0#"}; // see docs/fitting.md
     Exiv2::XmpProperties::registerNs(own.second, own.first);
     KnownPrefixes().push_back(own); // not known to the XMP toolkit before a packet is written
-    Exiv2::Dictionary all;          // also those that only the XMP toolkit knows
+    Exiv2::Dictionary all;          // includes those that only the XMP toolkit knows
     Exiv2::XmpProperties::registeredNamespaces(all);
     for (const auto &[prefix, uri] : all) {
         if (NamespaceOf(prefix) == uri)

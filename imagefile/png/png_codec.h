@@ -1,4 +1,4 @@
-// Shared by reading and writing of PNG: handling of libpng's errors.
+// Shared by the PNG reader and writer: handling of libpng errors.
 #pragma once
 
 #include "core/codec.h"
@@ -12,15 +12,15 @@ Status ReadPngInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadPngPixels(const Source &source, RowSink *rows);
 Status WritePng(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
-/// Context for libpng's callbacks. Each function that calls libpng sets @c out itself. No object with a destructor may
-/// be alive in a scope that a jump leaves.
+/// Context for libpng's callbacks. Each function that calls libpng sets @c out itself. The jump must not leave the
+/// scope of an object with a destructor.
 struct PngError {
     std::jmp_buf out;
     GflError error = GFL_ERROR_FILE_READ; // unless a better cause is known
     char text[256] = "";
 };
 
-/// libpng's error function; the error pointer is a PngError. Stores the text, and jumps.
+/// libpng's error function, whose error pointer is a PngError. Stores the text and jumps to PngError::out.
 [[noreturn]] void FailPng(png_structp png, png_const_charp text);
 /// libpng's warning function: prints nothing.
 void IgnorePngWarning(png_structp png, png_const_charp text);

@@ -7,7 +7,7 @@ namespace imagefile {
 
 namespace {
 
-/// Decodes one picture. Objects with destructors are members, so that a jump skips no destructor.
+/// Decoder for one picture. Objects with destructors are members, so that a longjmp skips no destructor.
 class Decoder {
 public:
     explicit Decoder(const Source &source) : m_source(source) { }
@@ -62,7 +62,8 @@ bool Decoder::TryReadHeader()
     png_set_read_fn(m_png, this, ReadBytes);
     png_set_user_limits(m_png, kMaxSidePixels, kMaxSidePixels);
     png_set_chunk_malloc_max(m_png, kMaxPngChunkBytes);
-    // Metadata is read elsewhere, so texts that unpack to gigabytes and profiles that libpng rejects are harmless here.
+    // Metadata is read elsewhere. Skipping it here avoids texts that unpack to gigabytes and profiles that libpng
+    // rejects.
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_AS_DEFAULT, reinterpret_cast<png_const_bytep>("pHYs"), 1);
 #ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION // a fuzzer can't guess checksums
@@ -84,11 +85,12 @@ bool Decoder::HasAlpha() const
     return (m_color & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(m_png, m_info, PNG_INFO_tRNS) != 0;
 }
 
-// Palettes and 1-bit gray become color, as in the other formats; so does gray with opacity, which has no form here.
+// Returns the delivered form. Palettes and 1-bit gray become color, as in the other formats, and so does gray with
+// alpha, for which there is no form.
 PixelForm Decoder::Form() const
 {
-    const bool isGrey = m_color == PNG_COLOR_TYPE_GRAY && m_bits > 1;
-    return {m_bits == 16 ? 16 : 8, HasAlpha() ? 4 : isGrey ? 1 : 3};
+    const bool isGray = m_color == PNG_COLOR_TYPE_GRAY && m_bits > 1;
+    return {m_bits == 16 ? 16 : 8, HasAlpha() ? 4 : isGray ? 1 : 3};
 }
 
 Status Decoder::Open()
@@ -136,7 +138,7 @@ bool Decoder::TryPasses(std::uint8_t *const *rows)
     return true;
 }
 
-// The seven passes of an interlaced picture need all of its rows at once.
+// Reads an interlaced picture, whose seven passes need all rows at once.
 Status Decoder::ReadPasses(RowSink *rows)
 {
     const std::size_t rowBytes = png_get_rowbytes(m_png, m_info);
@@ -165,9 +167,9 @@ Status Decoder::ReadRows(RowSink *rows)
     return TryRows(rows) ? Status::Ok() : Failure();
 }
 
-std::uint16_t Dpi(png_uint_32 perMetre)
+std::uint16_t Dpi(png_uint_32 perMeter)
 {
-    return static_cast<std::uint16_t>(std::min(perMetre * 0.0254 + 0.5, 65535.0));
+    return static_cast<std::uint16_t>(std::min(perMeter * 0.0254 + 0.5, 65535.0));
 }
 
 void Decoder::Describe(GFL_FILE_INFORMATION *info) const

@@ -14,14 +14,14 @@ namespace {
 constexpr int kDefaultLevel = 6; // of zlib, 0 to 9
 constexpr int kMaxLevel = 9;
 
-/// Metadata in the form for libpng, with the storage that it points into.
+/// Metadata in the forms that libpng takes; owns the bytes that libpng points to.
 struct Blocks {
     explicit Blocks(const Metadata &metadata);
 
     Bytes icc;
     Bytes exif;       // a TIFF
-    std::string xmp;  // as international text
-    std::string iptc; // as compressed text
+    std::string xmp;  // as iTXt
+    std::string iptc; // as zTXt
 };
 
 Blocks::Blocks(const Metadata &metadata)
@@ -32,7 +32,7 @@ Blocks::Blocks(const Metadata &metadata)
 {
 }
 
-/// Encodes one picture. Objects with destructors are members, so that a jump skips no destructor.
+/// Encoder for one picture. Objects with destructors are members, so that a longjmp skips no destructor.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

@@ -1,4 +1,4 @@
-// PSD and PSB, our own codec. See psd_read.cpp for reading, psd_write.cpp for writing.
+// PSD and PSB codec, without a library. See psd_read.cpp for reading, psd_write.cpp for writing.
 #include "psd_codec.h"
 
 #include "metadata/psd_metadata.h"

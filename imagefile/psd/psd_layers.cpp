@@ -11,9 +11,8 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::string_view kWideKeys[] = {
-    "LMsk", "Lr16", "Lr32", "Layr", "Mt16", "Mt32", "Mtrn",
-    "Alph", "FMsk", "lnk2", "FEid", "FXid", "PxSD"}; // lengths of 64 bits in a PSB
+constexpr std::string_view kWideKeys[] = {"LMsk", "Lr16", "Lr32", "Layr", "Mt16", "Mt32", "Mtrn",
+                                          "Alph", "FMsk", "lnk2", "FEid", "FXid", "PxSD"}; // 64-bit lengths in a PSB
 constexpr std::int16_t kOpacityChannel = -1;
 
 std::string Key(ByteReader *reader)
@@ -28,7 +27,7 @@ bool IsOneOf(const std::string &key, std::initializer_list<std::string_view> key
     return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-/// A layer's record: its channels in the order of their data, and whether it shows the picture unchanged.
+/// Record of a layer: its channels in the order of their data, and whether it shows its pixels unchanged.
 struct LayerRecord {
     bool isPlain = false;
     std::vector<std::pair<std::int16_t, std::uint64_t>> channels; // identifier, bytes
@@ -60,7 +59,8 @@ LayerRecord ReadRecord(ByteReader *reader, const PsdLayout &layout)
     return record;
 }
 
-// Returns the positions of the color channels and of opacity; empty if one is missing or packed differently.
+// Returns the positions of the color channels and of opacity; empty if one is missing or its compression is
+// unsupported.
 std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &layout, ByteReader *reader)
 {
     const auto colors = static_cast<std::size_t>(layout.colors);
@@ -79,7 +79,7 @@ std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &l
     return isComplete ? found : std::vector<PsdChannel>();
 }
 
-// The count of layers is negative if the first channel after the colors is the opacity of the merged picture.
+// The layer count is negative if the first channel after the colors is the opacity of the merged picture.
 void ReadInfo(const Source &source, std::uint64_t at, PsdLayout *layout)
 {
     ByteReader reader(source, at);
@@ -92,7 +92,7 @@ void ReadInfo(const Source &source, std::uint64_t at, PsdLayout *layout)
         layout->channelPlaces = ChannelsOf(record, *layout, &reader);
 }
 
-// 16-bit and 32-bit files store their layers here.
+// Reads the additional layer information, where 16-bit and 32-bit files store their layers.
 void ReadBlocks(const Source &source, ByteReader *reader, std::uint64_t end, PsdLayout *layout)
 {
     constexpr std::uint64_t kShortestBlock = 12;

@@ -95,7 +95,7 @@ void ChooseOpacity(PsdLayout *layout)
     layout->isOnPaper = layout->hasAlpha && layout->channelPlaces.empty();
 }
 
-// Finds the channels of the merged picture. The sizes of all rows of all channels precede the first channel.
+// Finds the channels of the merged picture. The row sizes of all channels precede the first channel.
 Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *layout)
 {
     const auto compression = static_cast<int>(reader->Number(2));
@@ -125,8 +125,8 @@ Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *l
 
 void ChooseForm(PsdLayout *layout)
 {
-    const bool isGrey = layout->mode == PsdMode::Grey || layout->mode == PsdMode::Duotone;
-    layout->form = {std::max(layout->bits, 8), layout->hasAlpha ? 4 : isGrey ? 1 : 3};
+    const bool isGray = layout->mode == PsdMode::Grey || layout->mode == PsdMode::Duotone;
+    layout->form = {std::max(layout->bits, 8), layout->hasAlpha ? 4 : isGray ? 1 : 3};
 }
 
 Status CheckBytes(const Source &source, const PsdLayout &layout)
@@ -161,7 +161,8 @@ Status OpenPsd(const Source &source, PsdLayout *layout)
     return CheckBytes(source, *layout);
 }
 
-// Dots per inch with 16 fractional bits, regardless of the unit displayed; horizontal at 0, vertical at 8.
+// The resource has dots per inch with 16 fractional bits, regardless of the displayed unit: horizontal at byte 0,
+// vertical at byte 8.
 void ReadPsdResolution(const Source &source, std::uint16_t *xDpi, std::uint16_t *yDpi)
 {
     const Bytes info = FindResource(ReadPsdResources(source), PhotoshopResource::Resolution);

@@ -6,23 +6,23 @@
 
 namespace imagefile {
 
-/// Color modes, as the header numbers them.
+/// Color modes, numbered as in the file header.
 enum class PsdMode : std::uint16_t { Bitmap = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Duotone = 8, Lab = 9 };
 
 /// Location of a channel.
 struct PsdChannel {
     int compression;        // 0: none, 1: PackBits
-    std::uint64_t sizesAt;  // of packed rows
-    std::uint64_t pixelsAt; // of the first row
+    std::uint64_t sizesAt;  // offset of the sizes of packed rows
+    std::uint64_t pixelsAt; // offset of the first row
 };
 
-/// How pixels are stored and delivered:
+/// Layout of the pixels, as stored and as delivered:
 ///
 ///   | stored                      | delivered                                                  |
 ///   |-----------------------------|------------------------------------------------------------|
-///   | bitmap (1 bit), indexed (8) | RGB of 8 bits                                              |
-///   | gray, duotone, RGB          | gray, RGB, or RGBA with opacity; of 8, 16 bits or float    |
-///   | CMYK, Lab (8 or 16 bits)    | RGB, or RGBA, of the same depth                            |
+///   | bitmap (1 bit), indexed (8) | 8-bit RGB                                                  |
+///   | gray, duotone, RGB          | gray or RGB, with opacity RGBA; 8 or 16 bits, or float     |
+///   | CMYK, Lab (8 or 16 bits)    | RGB, with opacity RGBA; same depth                         |
 ///
 /// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
 /// selections and are left out. A file with one plain layer of the picture's size is read from that layer.
@@ -35,18 +35,18 @@ struct PsdLayout {
     PsdMode mode = PsdMode::Rgb;
     int colors = 3;                        // color channels
     bool hasAlpha = false;                 // followed by an opacity channel
-    bool mergesOpacity = false;            // the merged picture has the opacity of the layers
+    bool mergesOpacity = false;            // the merged picture includes the opacity of the layers
     bool isOnPaper = false;                // partly transparent pixels are blended with white
     Bytes palette;                         // indexed: 256 values each of red, green and blue
     std::vector<PsdChannel> channelPlaces; // of the used channels
     PixelForm form;                        // as delivered
 
     int UsedChannels() const { return colors + (hasAlpha ? 1 : 0); }
-    /// Returns the size in bytes of length fields; a PSB has 64-bit ones.
+    /// Returns the size of a length field in bytes.
     int LengthBytes() const { return isLarge ? 8 : 4; }
-    /// Returns the size in bytes of the field for a packed row's size.
+    /// Returns the size in bytes of one entry in the table of packed row sizes.
     int SizeBytes() const { return isLarge ? 4 : 2; }
-    /// Returns the size in bytes of the row sizes of one channel.
+    /// Returns the size in bytes of one channel's table of packed row sizes.
     std::uint64_t SizesBytes() const
     {
         return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());
@@ -55,7 +55,7 @@ struct PsdLayout {
     std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }
 };
 
-constexpr int kPsdMaxSide = 30000; // of a PSD
+constexpr int kPsdMaxSide = 30000; // pixels; a larger picture needs a PSB
 constexpr std::size_t kPsdHeaderBytes = 26;
 
 /// Reads and checks everything before the pixels.

@@ -17,7 +17,7 @@ Status EndsEarly()
     return Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: the file ends early");
 }
 
-/// Reads rows of the used channels. A file stores one channel after the other; this reads them all in parallel.
+/// Reader for rows of the used channels. A file stores one channel after another; this class reads them all row by row.
 class ChannelReader {
 public:
     ChannelReader(const Source &source, const PsdLayout &layout) : m_source(source), m_layout(layout) { }
@@ -102,8 +102,8 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
         *row = invert ? static_cast<T>(FullScale<T>() - Load<T>(channel)) : Load<T>(channel);
 }
 
-/// Removes the white with which partly transparent pixels were blended. Pixels that are too dark for that are left as
-/// they are: some programs store unblended colors.
+/// Removes the white that partly transparent pixels were blended with. Leaves pixels unchanged that are too dark to be
+/// blended, because some programs store unblended colors.
 template <class T> void TakePaperOut(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
@@ -118,7 +118,7 @@ template <class T> void TakePaperOut(T *row, std::size_t width)
     }
 }
 
-/// Assembles rows of the delivered form from rows of channels.
+/// Converter from rows of channels to rows of the delivered form.
 class Assembler {
 public:
     Assembler(const PsdLayout &layout) : m_layout(layout) { }
@@ -139,7 +139,7 @@ private:
     const PsdLayout &m_layout;
     const std::size_t m_width = static_cast<std::size_t>(m_layout.width);
     std::vector<std::uint8_t> m_channel;
-    std::vector<std::uint8_t> m_samples; // of all channels, one after the other
+    std::vector<std::uint8_t> m_samples; // of all channels, interleaved
     ColorTransform m_transform;
 };
 

@@ -11,7 +11,7 @@ namespace imagefile {
 
 namespace {
 
-/// A PSD has at most 2 GiB; pictures that may come close are written as PSB.
+/// Size limit of a PSD. Pictures that may come close to it are written as PSB.
 constexpr std::uint64_t kPsdMaxBytes = std::uint64_t(1) << 31;
 
 void AppendNumber(std::uint64_t number, int bytes, Bytes *out)
@@ -56,8 +56,8 @@ template <class T> T Blended(T color, T opacity)
     }
 }
 
-/// Writes one file. Pictures with opacity are stored twice, as other programs do: exactly, in a layer, and blended with
-/// white, as the merged picture. Without a layer those programs mistake opacity for a selection.
+/// Writer for one file. Pictures with opacity are stored twice, as other programs do: exactly, in a layer, and blended
+/// with white, as the merged picture. Without a layer, those programs mistake opacity for a selection.
 class Writer {
 public:
     Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink);
@@ -127,11 +127,11 @@ Bytes Writer::Head(const Bytes &resources) const
     return head;
 }
 
-// Returns the layer count and the record of the one layer, whose channels follow: red, green, blue, opacity.
+// Returns the layer count and the record of the only layer, whose channels are red, green, blue and opacity.
 Bytes Writer::LayerRecord(const std::vector<std::uint64_t> &channelBytes) const
 {
     Bytes record;
-    AppendNumber(0xFFFF, 2, &record); // -1: one layer, and the merged picture has its opacity
+    AppendNumber(0xFFFF, 2, &record); // -1: one layer, and the merged picture includes its opacity
     AppendNumber(0, 8, &record);      // top, left
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Height), 4, &record);
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Width), 4, &record);
@@ -148,7 +148,7 @@ Bytes Writer::LayerRecord(const std::vector<std::uint64_t> &channelBytes) const
     return record;
 }
 
-// Extracts one channel of a row, in big-endian samples.
+// Extracts one channel of a row as big-endian samples.
 template <class T> void Writer::TakeChannelAs(const T *row, int channel, Blend blend)
 {
     std::uint8_t *out = m_channel.data();
@@ -186,7 +186,7 @@ Status Writer::WriteChannel(int channel, Blend blend, Bytes *sizes)
     return Status::Ok();
 }
 
-// Writes the layer's channels, each packed separately; @p channelBytes: their lengths.
+// Writes the layer's channels, each packed separately, and appends their lengths to @p channelBytes.
 Status Writer::WriteLayerChannels(std::vector<std::uint64_t> *channelBytes)
 {
     for (int c = 0; c < m_channels; ++c) {
@@ -215,7 +215,7 @@ Status Writer::PutLength(std::uint64_t at, std::uint64_t length)
 // Returns the bytes before the layer: lengths to be filled in, and for deeper samples the header of a separate block.
 Bytes Writer::LayersHead() const
 {
-    Bytes head(static_cast<std::size_t>(2 * LengthBytes())); // of the section, and of its layers
+    Bytes head(static_cast<std::size_t>(2 * LengthBytes())); // lengths of the section and of its layers
     if (m_sampleBytes == 1)
         return head;
     AppendNumber(0, 4, &head); // no global mask
@@ -252,7 +252,7 @@ Status Writer::WriteLayers()
     return m_sink->WriteAt(infoAt, record.data(), record.size());
 }
 
-// The row sizes of all channels come first.
+// Writes the merged picture, which begins with the row sizes of all channels.
 Status Writer::WriteMerged()
 {
     Bytes head;

@@ -1,4 +1,4 @@
-// Camera raw codec, using LibRaw. raw_file.cpp does the decoding.
+// Camera raw codec, using LibRaw. See raw_file.cpp for decoding.
 #include "raw_codec.h"
 
 #include "raw_facts.h"
@@ -57,7 +57,7 @@ public:
         return hasByteOrder && name.isOwnSuffix;
     }
 
-    // Camera files are recognized by suffix or, if there is none, as in memory, by content.
+    // Recognizes raw files that begin like a TIFF by suffix or, if that is ".dng", unknown or missing, by content.
     bool Recognizes(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};

@@ -9,22 +9,22 @@ namespace imagefile {
 
 class RawStream;
 
-/// Returns whether a file that begins like a TIFF contains sensor values, as a DNG or another raw file, regardless of
-/// its name.
+/// Returns whether a file that begins like a TIFF contains sensor values, as DNGs and other raw files do. Ignores its
+/// name.
 bool HoldsSensorValues(const Source &source);
 
-/// A camera raw file in LibRaw, opened for one purpose: its size, its preview, or its pixels. Pictures are sRGB, in
-/// sensor orientation: the orientation is not applied.
+/// Camera raw file opened by LibRaw for one purpose: its size, its preview, or its pixels. Pictures are sRGB, in sensor
+/// orientation: the orientation is not applied.
 ///
 ///   | setting           | effect                                                                              |
 ///   |-------------------|-------------------------------------------------------------------------------------|
 ///   | automatic balance | makes the mean of the picture gray; overrides the camera's balance                  |
-///   | camera balance    | as measured by the camera; if both are off: daylight                                |
+///   | camera balance    | uses the camera's measurement; if both balances are off, daylight is used           |
 ///   | highlight         | 0 clips, 1 keeps, 2 blends, 3 to 9 reconstruct, from white to color                 |
-///   | auto brightness   | brightened until one pixel in a hundred is white                                    |
-///   | gamma             | values are raised to the power of 1 / gamma; 1 is linear                            |
-///   | brightness        | factor, before gamma                                                                |
-///   | red, blue scaling | factors in addition to the balance, before highlights are treated                   |
+///   | auto brightness   | brightens until 1 % of the pixels are white                                         |
+///   | gamma             | raises values to the power of 1 / gamma; 1 is linear                                |
+///   | brightness        | factor, applied before gamma                                                        |
+///   | red, blue scaling | factors in addition to the balance, applied before highlights are treated           |
 ///
 /// Invalid numbers (not finite, 0 or less) count as 1.
 class RawFile {
@@ -34,12 +34,12 @@ public:
 
     /// Reads the headers and checks sizes. @p source must outlive the object.
     Status Open(const Source &source);
-    /// Fills all but the format. Afterward the object can't be used again.
+    /// Fills all fields but the format. The object can't be used afterward.
     Status Describe(GFL_FILE_INFORMATION *info);
 
     enum class Size { Full, Half };
-    /// Develops into 16 or, without GFL_LOAD_ORIGINAL_DEPTH, 8 bits. Half size makes one pixel from 2 x 2 sensor values
-    /// and takes a tenth of the time.
+    /// Develops the picture to 16 bits per sample or, without GFL_LOAD_ORIGINAL_DEPTH, to 8. Half size makes one pixel
+    /// from 2 x 2 sensor values and takes a tenth of the time.
     Status Develop(const GFL_LOAD_PARAMS &params, Size size, RowSink *rows);
     /// Returns Half if half size still covers the picture fitted into @p box, otherwise Full.
     Size SizeFor(const Box &box) const;

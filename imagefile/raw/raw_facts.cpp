@@ -20,7 +20,7 @@ bool IsKnown(double value)
     return std::isfinite(value) && value > 0.0 && value < kMaxRational;
 }
 
-// Returns a field's text, which is zero-terminated unless it fills the field; cameras pad it with spaces.
+// Returns the text of a field without trailing spaces. It is zero-terminated unless it fills the field.
 template <std::size_t N> std::string TextOf(const char (&field)[N])
 {
     std::string text(field, std::find(field, field + N, '\0'));
@@ -80,7 +80,7 @@ private:
     RawFacts *m_facts;
 };
 
-// LibRaw treats the camera's clock as local time.
+// Formats a timestamp as local time, because LibRaw interprets the camera's clock as local time.
 std::string DateText(std::time_t time)
 {
     std::tm parts = {};
@@ -90,7 +90,7 @@ std::string DateText(std::time_t time)
     return text;
 }
 
-// Converts LibRaw's rotation to an EXIF orientation; 0 for none.
+// Converts LibRaw's rotation to an EXIF orientation; 0 if it is invalid.
 std::uint16_t OrientationOf(int flip)
 {
     constexpr std::uint16_t kOrientations[] = {1, 2, 4, 3, 5, 8, 6, 7};
@@ -118,7 +118,7 @@ void AddPosition(const libraw_gps_info_t &gps, Builder *to)
         && (gps.longref == 'E' || gps.longref == 'W') && gps.gpsstatus != 'V';
     if (!hasPlace)
         return;
-    constexpr std::uint32_t kUnit = 1000000; // seconds as floats are no more precise
+    constexpr std::uint32_t kUnit = 1000000; // float seconds are no more precise
     to->Exif("Exif.GPSInfo.GPSLatitudeRef", std::string(1, gps.latref));
     to->Exif("Exif.GPSInfo.GPSLatitude", {gps.latitude[0], gps.latitude[1], gps.latitude[2]}, kUnit);
     to->Exif("Exif.GPSInfo.GPSLongitudeRef", std::string(1, gps.longref));

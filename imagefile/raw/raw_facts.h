@@ -1,4 +1,4 @@
-// LibRaw's metadata of a camera raw file.
+// Metadata of a camera raw file, read by LibRaw.
 #pragma once
 
 #include "core/source.h"
@@ -17,7 +17,7 @@ struct RawFacts {
     std::vector<std::pair<std::string, std::string>> fields;
 };
 
-/// Reads the headers of a camera raw file; empty for a damaged one. For files that the raw codec recognizes. Throws
+/// Reads the headers of a file that the raw codec recognizes; returns empty facts if it is damaged. Throws
 /// std::bad_alloc and Exiv2::AnyError.
 RawFacts ReadRawFacts(const Source &source);
 

@@ -28,7 +28,7 @@ Status StatusOf(int code)
 
 } // namespace
 
-// LibRaw with two more factors, for which it has no settings, and with errors stored instead of printed.
+// LibRaw with scaling factors for red and blue, for which it has no settings, and with errors stored, not printed.
 class RawFile::Developer : public LibRaw {
 public:
     Developer();
@@ -66,7 +66,7 @@ void RawFile::Developer::ScaleMultipliers()
     }
 }
 
-// LibRaw computes the automatic balance only when it applies it.
+// Scales the pixels if the balance is automatic, because LibRaw computes it only while applying it.
 void RawFile::Developer::ScalePixels()
 {
     if (!BalancesAutomatically() || (redScaling == 1.0f && blueScaling == 1.0f))
@@ -107,9 +107,9 @@ Status RawFile::Describe(GFL_FILE_INFORMATION *info)
     info->Width = m_raw->imgdata.sizes.iwidth;
     info->Height = m_raw->imgdata.sizes.iheight;
     info->BitsPerComponent = 16;
-    const bool isGrey = m_raw->imgdata.idata.colors == 1;
-    info->ComponentsPerPixel = isGrey ? 1 : 3;
-    info->ColorModel = isGrey ? GFL_CM_GREY : GFL_CM_RGB;
+    const bool isGray = m_raw->imgdata.idata.colors == 1;
+    info->ComponentsPerPixel = isGray ? 1 : 3;
+    info->ColorModel = isGray ? GFL_CM_GREY : GFL_CM_RGB;
     return Status::Ok();
 }
 
@@ -117,7 +117,7 @@ void RawFile::SetUp(const GFL_LOAD_PARAMS &params, Size size)
 {
     libraw_output_params_t &to = m_raw->imgdata.params;
     to.use_auto_wb = params.RawUseAutomaticBalance != 0;
-    // LibRaw would prefer the camera's balance.
+    // If both were set, LibRaw would use the camera's balance.
     to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0;
     to.highlight = std::min<int>(params.RawHighlight, 9);
     to.no_auto_bright = params.RawAutoBright == 0;

@@ -18,7 +18,7 @@ int RawStream::read(void *buffer, std::size_t size, std::size_t count)
         done = std::min(wanted, m_buffered - at);
         std::memcpy(buffer, m_buffer + at, done);
     }
-    if (done < wanted && wanted - done < kBufferBytes / 2) { // read small pieces through a fresh buffer
+    if (done < wanted && wanted - done < kBufferBytes / 2) { // refill the buffer for small reads
         m_bufferAt = m_position + done;
         m_buffered = m_source.ReadAt(m_bufferAt, m_buffer, kBufferBytes);
         const std::size_t more = std::min(wanted - done, m_buffered);
@@ -48,7 +48,7 @@ int RawStream::get_char()
     return read(&byte, 1, 1) == 1 ? byte : -1;
 }
 
-// Reads a line like fgets.
+// Reads a line, like fgets.
 char *RawStream::gets(char *text, int size)
 {
     int length = 0;
@@ -66,7 +66,7 @@ char *RawStream::gets(char *text, int size)
     return text;
 }
 
-// Reads one number, up to the following space.
+// Reads one number and the whitespace character after it.
 int RawStream::scanf_one(const char *format, void *value)
 {
     char text[64];

@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Reads through a buffer, because LibRaw requests single bytes. The source must outlive the stream.
+/// Buffered stream, because LibRaw requests single bytes. The source must outlive it.
 class RawStream : public LibRaw_abstract_datastream {
 public:
     explicit RawStream(const Source &source) : m_source(source) { }
@@ -28,7 +28,7 @@ private:
 
     const Source &m_source;
     std::uint64_t m_position = 0;
-    std::uint64_t m_bufferAt = 0; // position in the file of the buffer's first byte
+    std::uint64_t m_bufferAt = 0; // file position of the buffer's first byte
     std::size_t m_buffered = 0;
     unsigned char m_buffer[kBufferBytes] = {};
 };

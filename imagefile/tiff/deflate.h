@@ -12,7 +12,7 @@ enum class DeflateBy {
     IsaL,       // level 1: takes a third of the time for files about as large
 };
 
-/// A compressor; one thread at a time.
+/// Compressor for use by one thread at a time.
 class Deflate {
 public:
     virtual ~Deflate() = default;
@@ -22,7 +22,7 @@ public:
     virtual std::size_t Pack(const std::uint8_t *data, std::size_t bytes, std::uint8_t *packed) = 0;
 };
 
-/// Throws std::bad_alloc.
+/// Creates a compressor. Throws std::bad_alloc.
 std::unique_ptr<Deflate> MakeDeflate(DeflateBy by);
 
 } // namespace imagefile

@@ -8,23 +8,23 @@
 
 namespace imagefile {
 
-/// A packing job. The packed bytes are the same for any number of threads.
+/// Packing job. The packed bytes are the same for any number of threads.
 struct StripJob {
     int strips = 0;                // >= 1
     std::size_t maxStripBytes = 0; // unpacked; the size of every strip but the last
-    int threads = 1;               // >= 1, including the calling one; the number doesn't change the packed bytes
+    int threads = 1;               // >= 1, including the calling one
     DeflateBy compressor = DeflateBy::LibDeflate;
 
-    /// Generates @p count strips, starting with @p first, in @p rows (count * maxStripBytes). Optional; if absent, fill
-    /// gets null rows. If @c stripsAtOnce is 0, it is called once per strip in order, on the calling thread, while
-    /// others pack. Otherwise it is called for that many strips at once, fewer only at the end, by the thread that then
-    /// packs them.
+    /// Generates @p count strips, starting with @p first, in @p rows (count * maxStripBytes bytes). Optional: without
+    /// it, @c fill gets null rows. If @c stripsAtOnce is 0, it is called once per strip in order, on the calling
+    /// thread, while others pack. Otherwise it is called for that many strips at once, fewer only at the end, on the
+    /// thread that then packs them.
     std::function<Status(int first, int count, std::uint8_t *rows)> make;
     int stripsAtOnce = 0;
-    /// Fills @p buffer (maxStripBytes) with strip @p strip and returns its size in bytes. Called on several threads at
-    /// once; must not throw.
+    /// Fills @p buffer (maxStripBytes bytes) with strip @p strip and returns its size in bytes. Called on several
+    /// threads at once; must not throw.
     std::function<std::size_t(int strip, const std::uint8_t *rows, std::uint8_t *buffer)> fill;
-    /// Receives the packed strip. Called once per strip in order, on the calling thread.
+    /// Receives a packed strip. Called once per strip in order, on the calling thread.
     std::function<Status(int strip, const std::uint8_t *packed, std::size_t bytes)> write;
 };
 

@@ -7,7 +7,7 @@ namespace imagefile {
 
 Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadTiffPixels(const Source &source, RowSink *rows);
-/// Reads a reduced version if the file has one, or else the picture.
+/// Reads a suitable reduced version if the file has one, otherwise the picture.
 Status ReadTiffThumbnail(const Source &source, const Box &box, RowSink *rows);
 Status WriteTiff(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 

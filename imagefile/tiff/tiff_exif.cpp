@@ -63,8 +63,8 @@ Status TiffExif::Encode(const Exiv2::ExifData &exif)
 
 Status TiffExif::WriteHead(Sink *sink) const
 {
-    // The head's header is replaced by the file's. A BigTIFF's is longer and overwrites the beginning of the head's
-    // first directory, which is no longer read once its fields are joined.
+    // The file's header replaces the head's. A BigTIFF's is longer and overwrites the beginning of the head's first
+    // directory, which readers never reach: JoinFirstDirectory merges its fields into the file's directory.
     const std::size_t begin = m_variant.HeaderBytes();
     return m_classic.size() > begin ? sink->WriteAt(begin, m_classic.data() + begin, m_classic.size() - begin)
                                     : Status::Ok();

@@ -17,10 +17,10 @@ public:
     /// Encodes @p exif, which contains only the values to keep; if it is empty, the calls below do nothing.
     Status Encode(const Exiv2::ExifData &exif);
 
-    /// Returns the maximum number of bytes that the EXIF takes in a file: the EXIF and a second copy of its
-    /// directories, which BigTIFF widens.
+    /// Returns the maximum size in bytes of the EXIF in a file: the EXIF itself and a second copy of its directories,
+    /// which BigTIFF widens.
     std::uint64_t BytesBound() const { return 3 * std::uint64_t(m_classic.size()); }
-    /// Sets the variant of the file. Call it before the functions below.
+    /// Sets the variant of the file. Must be called before the functions below.
     void SetVariant(TiffVariant variant) { m_variant = variant; }
 
     /// Writes the head after the file's header, before any other byte.

@@ -11,11 +11,11 @@
 namespace imagefile {
 
 struct TiffHandle::Client {
-    const Source *source = nullptr; // exactly one of the two
+    const Source *source = nullptr; // either source or sink is set
     Sink *sink = nullptr;
     std::uint64_t position = 0;
     Status sinkFailure = Status::Ok();
-    char firstError[256] = ""; // of fixed size: nothing may be thrown while libtiff reports an error
+    char firstError[256] = ""; // of fixed size, so that storing an error allocates nothing
     bool requiresMemory = false;
     bool isUnusable = false;
 
@@ -65,10 +65,11 @@ toff_t TiffHandle::Client::Size(thandle_t handle)
     return client->source ? client->source->Size() : client->sink->Size();
 }
 
-// Errors only: libtiff warns about many harmless things.
+// Stores the first error.
 //
-// If its list of known or custom fields can't grow, libtiff 4.5 has the new count but the old list or none, which it
-// later reads, even in TIFFClose. So it must neither continue nor be closed; only an exception can leave it.
+// If libtiff 4.5 can't enlarge its list of known or custom fields, it keeps the new count but the old list or none, and
+// later reads beyond the list's end, even in TIFFClose. So it must neither continue nor be closed; only an exception
+// can leave it.
 int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
 {
     const bool isMemoryShort = errno == ENOMEM; // from malloc()
@@ -120,6 +121,7 @@ Status TiffHandle::Open(const char *mode)
         return Status::Fail(GFL_ERROR_NO_MEMORY, "no memory to open a TIFF");
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMaxCodecAllocation);
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), Client::NoteError, m_client.get());
+    // Ignore warnings: libtiff warns about many harmless things.
     TIFFOpenOptionsSetWarningHandlerExtR(
         options.get(), [](TIFF *, void *, const char *, const char *, va_list) { return 1; }, nullptr);
     RequireMemory([&] {
@@ -141,7 +143,7 @@ Status TiffHandle::Failure(GflError error) const
     if (!m_client->sinkFailure)
         return m_client->sinkFailure;
     std::string why = m_client->firstError[0] == '\0' ? "damaged" : m_client->firstError;
-    if (why.rfind("TIFF: ", 0) == 0) // some of libtiff's texts begin with the name that we opened it with
+    if (why.rfind("TIFF: ", 0) == 0) // some libtiff messages begin with the name passed to TIFFClientOpenExt
         return Status::Fail(error, std::move(why));
     return Status::Fail(error, "TIFF: " + why);
 }

@@ -1,4 +1,4 @@
-// Runs libtiff on sources and sinks: one open file, its position, and its first error.
+// Adapter from sources and sinks to libtiff: one open file, its position, and its first error.
 #pragma once
 
 #include "core/sink.h"
@@ -10,7 +10,7 @@
 
 namespace imagefile {
 
-/// An open TIFF. The destructor closes it; nothing is ever printed. If opening or setting fields throws std::bad_alloc,
+/// Open TIFF, which the destructor closes. Nothing is ever printed. If opening or setting fields throws std::bad_alloc,
 /// the handle becomes unusable; libtiff's memory for it, usually a few KB, may leak.
 class TiffHandle {
 public:
@@ -30,7 +30,7 @@ public:
 
     TIFF *Get() const { return m_tiff; }
 
-    /// Open another directory; return false if it doesn't exist or is damaged.
+    /// These functions open another directory; they return false if it doesn't exist or is damaged.
     bool OpenFirst() const
     {
         return RequireMemory([this] { return TIFFSetDirectory(m_tiff, 0) != 0; });
@@ -44,8 +44,7 @@ public:
         return RequireMemory([this, offset] { return TIFFSetSubDirectory(m_tiff, offset) != 0; });
     }
 
-    /// Returns the first error reported by libtiff, or by the sink below it, as a failure; @p error is used if no
-    /// better cause is known.
+    /// Returns the sink's failure if there is one, otherwise @p error with the first message from libtiff.
     Status Failure(GflError error) const;
 
     /// Returns the first failure of the sink. libtiff continues after some of them.
@@ -62,7 +61,7 @@ private:
     struct Client;
     Status Open(const char *mode);
 
-    std::unique_ptr<Client> m_client; // at a fixed address, because libtiff keeps it
+    std::unique_ptr<Client> m_client; // at a fixed address, because libtiff keeps a pointer to it
     TIFF *m_tiff = nullptr;
 };
 

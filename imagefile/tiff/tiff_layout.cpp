@@ -66,7 +66,7 @@ Status ReadSampleForm(const TiffHandle &handle, TiffLayout *layout)
     return Status::Ok();
 }
 
-// Guesses colors from the number of samples if the file doesn't specify them, as with old scanners.
+// Guesses colors from the number of samples if the file doesn't specify them, as in files from old scanners.
 std::uint16_t Photometric(const TiffHandle &handle, const TiffLayout &layout)
 {
     std::uint16_t photometric = 0;
@@ -119,7 +119,8 @@ Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
     }
 }
 
-// libtiff treats a picture whose color map it can't read as gray or RGB: read the file's value again.
+// Reads the photometric interpretation from the file, because libtiff reports gray or RGB if it can't read the color
+// map.
 std::uint16_t StoredPhotometric(const Source &source, const TiffHandle &handle, std::uint16_t missing)
 {
     constexpr std::size_t kDirectoryBytes = 65536;
@@ -145,14 +146,14 @@ Status CheckPalette(const Source &source, const TiffHandle &handle, const TiffLa
         : Status::Ok();
 }
 
-// Reads the white point: two fractions (TIFF 6.0, section 20).
+// Reads the white point, the chromaticities x and y (TIFF 6.0, section 20).
 void ReadWhite(const TiffHandle &handle, TiffLayout *layout)
 {
     const float *white = nullptr;
     if (layout->photometric != PHOTOMETRIC_CIELAB || !TIFFGetField(handle.Get(), TIFFTAG_WHITEPOINT, &white))
         return; // ICC Lab is relative to D50
-    const bool isLight = white[0] > 0.0f && white[1] > 0.0f && white[0] + white[1] < 1.0f;
-    if (isLight)
+    const bool isValid = white[0] > 0.0f && white[1] > 0.0f && white[0] + white[1] < 1.0f;
+    if (isValid)
         layout->white = {double(white[0]), double(white[1])};
 }
 
@@ -214,8 +215,8 @@ Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
     if (opacity >= 0)
         layout->used.push_back(opacity);
     layout->unpacked = {UnpackedBits(*layout), static_cast<int>(layout->used.size())};
-    const bool isGrey = layout->color == TiffColor::Grey && layout->bits > 1;
-    layout->form = {layout->color == TiffColor::Palette ? 8 : layout->unpacked.bits, opacity >= 0 ? 4 : isGrey ? 1 : 3};
+    const bool isGray = layout->color == TiffColor::Grey && layout->bits > 1;
+    layout->form = {layout->color == TiffColor::Palette ? 8 : layout->unpacked.bits, opacity >= 0 ? 4 : isGray ? 1 : 3};
     return layout->color == TiffColor::Palette ? ReadPalette(handle, layout) : Status::Ok();
 }
 
@@ -233,7 +234,7 @@ std::int64_t MaxRatio(const TiffLayout &layout)
 {
     switch (layout.compression) {
     case COMPRESSION_NONE:
-        return layout.photometric == PHOTOMETRIC_YCBCR ? 3 : 1; // color at a sixteenth: 18 samples for 48
+        return layout.photometric == PHOTOMETRIC_YCBCR ? 3 : 1; // chroma subsampled 4 x 4: 18 samples for 48
     case COMPRESSION_PACKBITS:
         return 64; // 128 bytes for 2
     case COMPRESSION_LZW:
@@ -290,7 +291,7 @@ std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
     return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxTiffDirectories));
 }
 
-// Searches for the smallest suitable directory; its offset is 0 if there is none.
+// Search for the smallest suitable directory; its offset is 0 if there is none.
 class ReducedSearch {
 public:
     ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }
@@ -333,7 +334,7 @@ Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle,
     for (const std::uint64_t offset : SubDirectories(*handle))
         if (handle->OpenAt(offset))
             search.Look(*handle);
-    // Reduced versions of later pages belong to those pages.
+    // Stop at the second page: the reduced versions after it belong to other pages.
     bool more = handle->OpenFirst();
     for (int i = 0, pages = 0; more && i < kMaxTiffDirectories; ++i, more = handle->OpenNext()) {
         pages += IsReduced(*handle) ? 0 : 1;

@@ -16,20 +16,20 @@ enum class TiffColor {
     Palette,
     Cmyk,
     Lab,   // 8 or 16 bits
-    Other, // YCbCr, LogLuv, and fax Lab: by libtiff's own conversion to 8-bit RGB
+    Other, // YCbCr, LogLuv and fax Lab, which libtiff converts to 8-bit RGB
 };
 
-/// How pixels are stored and delivered:
+/// Layout of the pixels, as stored and as delivered:
 ///
 ///   | stored                                   | delivered                              |
 ///   |------------------------------------------|----------------------------------------|
 ///   | unsigned, 2 to 8 bits per sample         | 8 bits                                 |
 ///   | unsigned, 9 to 16 bits                   | 16 bits                                |
 ///   | unsigned, 24 or 32 bits; float, 16 to 64 | 32 bits, float                         |
-///   | 1 bit, palette                           | RGB of 8 bits                          |
+///   | 1 bit, palette                           | 8-bit RGB                              |
 ///   | gray, RGB                                | gray, RGB; RGBA with an opacity sample |
 ///   | CMYK; Lab of 8 or 16 bits                | RGB; RGBA with an opacity sample       |
-///   | YCbCr, LogLuv, ITU Lab                   | RGB of 8 bits                          |
+///   | YCbCr, LogLuv, ITU Lab                   | 8-bit RGB                              |
 ///
 /// Opacity is an extra sample marked as such, or the only extra sample of gray or RGB. Other extra samples are left
 /// out.
@@ -46,15 +46,14 @@ struct TiffLayout {
     std::uint16_t compression = 1;
     std::uint16_t photometric = 0;
     TiffColor color = TiffColor::Grey;
-    std::vector<int> used;                // the samples that make a delivered pixel: colors, then opacity
+    std::vector<int> used;                // indexes of the delivered samples: colors, then opacity
     const std::uint16_t *palette[3] = {}; // red, green, blue; owned by libtiff
     Chromaticity white = kD50;            // of CIE Lab
-    PixelForm unpacked;                   // bits: of the used samples once unpacked; channels: their number
+    PixelForm unpacked;                   // of the used samples after unpacking
     PixelForm form;                       // as delivered
 };
 
-/// Opens the picture of a TIFF: its first directory that isn't marked as a reduced version, with all of the directory's
-/// contents checked.
+/// Opens and checks the picture of a TIFF: its first directory that isn't marked as a reduced version.
 Status OpenTiffPicture(const Source &source, TiffHandle *handle, TiffLayout *layout);
 
 /// Opens the smallest reduced version, in a main directory or a sub-directory of the picture's, that can replace the

@@ -18,11 +18,11 @@ namespace imagefile {
 namespace {
 
 /// Strips up to this size are decoded at once: libtiff then uses libdeflate, which is much faster than decoding row by
-/// row. For larger ones, such as a whole picture in one strip, that would take twice the memory.
+/// row. For larger strips, such as a whole picture in one, that would take twice the memory.
 constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 
-/// Decodes a TIFF from the top down, one band at a time: a row of tiles, a strip or a single row. Each plane of a
-/// planar file has a separate handle, so that all are read in one pass.
+/// Decoder that reads a TIFF from the top down, one band at a time: a row of tiles, a strip or a single row. Each plane
+/// of a planar file has a separate handle, so that all are read in one pass.
 class BandReader {
 public:
     Status Open(const Source &source);
@@ -48,14 +48,14 @@ private:
     Status Expect(std::size_t plane, tmsize_t got, std::uint64_t wanted) const;
 
     TiffLayout m_layout;
-    std::vector<std::unique_ptr<TiffHandle>> m_planes; // one, or one for each used sample
+    std::vector<std::unique_ptr<TiffHandle>> m_planes; // one, or one per used sample
     int m_pieceWidth = 0;                              // width of a tile or of the picture
     int m_bandRows = 0;                                // tile height, rows of a strip, or 1
     bool m_byRow = false;                              // strips are too large to decode at once
     std::size_t m_pieces = 1;                          // side by side
     std::size_t m_rowBytes = 0;                        // of a piece
     std::size_t m_pieceBytes = 0;
-    std::vector<std::uint8_t> m_band; // planes of pieces of rows
+    std::vector<std::uint8_t> m_band; // by plane, piece and row
 };
 
 Status BandReader::Open(const Source &source)
@@ -191,7 +191,7 @@ void BandReader::UnpackRow(int rowInBand, void *dst) const
     }
 }
 
-// Reads the ink profile only here: most pictures have other colors.
+// Starts the transform for Lab and CMYK. Reads the metadata only for CMYK, which needs the ICC profile.
 Status StartTransform(const Source &source, const TiffLayout &layout, ColorTransform *transform)
 {
     const bool hasAlpha = layout.form.channels == 4;
@@ -210,10 +210,10 @@ std::size_t UnpackedRowBytes(const TiffLayout &layout)
     return static_cast<std::size_t>(layout.width) * static_cast<std::size_t>(layout.unpacked.BytesPerPixel());
 }
 
-/// Decodes bands on several threads, each with separate handles, into rows at their final location.
+/// Decoder that runs on several threads, each with separate handles, and writes rows to their final location.
 class SharedReading {
 public:
-    /// Returns whether bands can be decoded in any order, and are small and many enough to share.
+    /// Returns whether bands can be decoded in any order, and are small and numerous enough to share.
     static bool Pays(const BandReader &reader, const RowSink &rows);
 
     /// @p reader belongs to the calling thread and has been started.

@@ -15,13 +15,13 @@ template <class T> T Load(const std::uint8_t *p)
     return value;
 }
 
-// Converts a number in the form binary16 of IEEE 754.
+// Converts an IEEE 754 binary16 number.
 float HalfToFloat(std::uint16_t half)
 {
     const std::uint32_t sign = (half & 0x8000u) << 16;
     const std::uint32_t exponent = (half >> 10) & 31u;
     const std::uint32_t mantissa = half & 0x3FFu;
-    if (exponent == 0) { // zero and the numbers below 2^-14
+    if (exponent == 0) { // zero and subnormal numbers
         const float magnitude = static_cast<float>(mantissa) * (1.0f / 16777216.0f);
         return sign != 0 ? -magnitude : magnitude;
     }
@@ -41,7 +41,7 @@ void UnpackWhole(const std::uint8_t *src, std::size_t first, std::size_t srcStep
         *out = convert(Load<S>(src));
 }
 
-// 24-bit numbers come from libtiff in native order, lowest byte first.
+// Unpacks 24-bit numbers, which libtiff returns in native byte order, lowest byte first.
 void Unpack24(const std::uint8_t *src, std::size_t first, std::size_t srcStep, std::size_t count, void *dst,
               std::size_t dstStep)
 {
@@ -84,7 +84,7 @@ template <class T> void Invert(const TiffLayout &layout, T *samples)
         samples[x * step] = static_cast<T>(FullScale<T>() - samples[x * step]);
 }
 
-template <class T> void SpreadGrey(const TiffLayout &layout, const T *samples, T *row)
+template <class T> void SpreadGray(const TiffLayout &layout, const T *samples, T *row)
 {
     for (int x = 0; x < layout.width; ++x, samples += layout.unpacked.channels, row += layout.form.channels) {
         row[0] = row[1] = row[2] = samples[0];
@@ -93,8 +93,8 @@ template <class T> void SpreadGrey(const TiffLayout &layout, const T *samples, T
     }
 }
 
-// CIE Lab stores signed a and b. At 16 bits they have 256 steps per unit, like all of Lab in the encoding of ICC
-// version 2; version 4 uses the full range.
+// Converts to ICC version 4 Lab. CIE Lab stores signed a and b. At 16 bits, they have 256 steps per unit, as all values
+// have in the ICC version 2 encoding; version 4 uses the full range.
 template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>(), kFullV2 = sizeof(T) == 2 ? 65280 : 255;
@@ -105,7 +105,7 @@ template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
             samples[c] = static_cast<T>(std::min(((samples[c] ^ sign) * kFull + kFullV2 / 2) / kFullV2, kFull));
 }
 
-// Color maps have 16-bit values, but some writers store 8-bit numbers.
+// Color maps have 16-bit values, but some writers store 8-bit ones in them.
 bool IsEightBitMap(const TiffLayout &layout)
 {
     const std::size_t colors = std::size_t(1) << layout.bits;
@@ -146,7 +146,7 @@ template <class T> void Finish(const TiffLayout &layout, ColorTransform *transfo
     if (layout.color == TiffColor::Cmyk || layout.color == TiffColor::Lab)
         transform->Row(unpacked, row, static_cast<std::size_t>(layout.width));
     else if (!UnpacksInPlace(layout))
-        SpreadGrey(layout, unpacked, row);
+        SpreadGray(layout, unpacked, row);
     if (layout.premultiplied)
         Unpremultiply(layout, row);
 }

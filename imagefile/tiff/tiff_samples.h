@@ -6,20 +6,20 @@
 
 namespace imagefile {
 
-/// Copies samples from a stored row, as 8 or 16 bits or floats, as given by layout.unpacked. Integers are scaled to the
-/// full range; palette indexes are unchanged.
+/// Copies samples of a stored row to 8 or 16-bit integers or floats, as layout.unpacked specifies. Integers are scaled
+/// to the full range; palette indexes are unchanged.
 ///
-/// @param src    A row as libtiff returns it: native byte order, or bits from the highest down.
-/// @param first  Index of the first sample in the row; each following one is @p srcStep samples farther on.
-/// @param dst    @p count samples, each @p dstStep samples after the previous one.
+/// @param src    Row as libtiff returns it: in native byte order, or packed from the highest bit down.
+/// @param first  Index of the first sample in the row; the others follow at intervals of @p srcStep.
+/// @param dst    Receives @p count samples at intervals of @p dstStep.
 void UnpackSamples(const TiffLayout &layout, const std::uint8_t *src, std::size_t first, std::size_t srcStep,
                    std::size_t count, void *dst, std::size_t dstStep);
 
 /// Returns whether unpacked rows have the delivered form, so that they can be unpacked and finished in place.
 bool UnpacksInPlace(const TiffLayout &layout);
 
-/// Makes a delivered row in @p row from the unpacked samples in @p unpacked, which is @p row itself if UnpacksInPlace,
-/// and may be overwritten. @p transform: started for CMYK and Lab.
+/// Converts the samples in @p unpacked to a delivered row in @p row. Overwrites @p unpacked, which must be @p row if
+/// UnpacksInPlace returns true. @p transform must have been started for CMYK and Lab.
 void FinishRow(const TiffLayout &layout, ColorTransform *transform, void *unpacked, void *row);
 
 } // namespace imagefile

@@ -22,9 +22,9 @@ constexpr int kZstdLevel = 3;
 /// Room for directories and the header in addition to pixels, metadata and strip tables.
 constexpr std::uint64_t kOtherBytes = 65536;
 
-/// The pixels to write, and how they are divided.
+/// Pixels to write, divided into strips.
 struct Picture {
-    /// @param isFast  ISA-L will compress the strips. Their number of rows then divides GFL_FAST_ROWS.
+    /// @param isFast  Whether ISA-L compresses the strips. The number of rows per strip then divides GFL_FAST_ROWS.
     Picture(const GFL_BITMAP &source, const RowMaker *rowMaker, bool isFast);
 
     const GFL_BITMAP &bitmap;
@@ -38,7 +38,8 @@ struct Picture {
     const std::uint8_t *Row(int y) const { return bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine; }
     std::size_t BytesOf(int strip) const { return rowBytes * static_cast<std::size_t>(RowsOf(strip)); }
     std::uint64_t Bytes() const { return std::uint64_t(rowBytes) * static_cast<std::uint64_t>(bitmap.Height); }
-    /// Copies the rows of @p count strips from @p first on without gaps, or requests them from the caller's callback.
+    /// Copies the rows of @p count strips, starting with @p first, without gaps, or requests them from the caller's
+    /// callback.
     Status FillStrips(int first, int count, std::uint8_t *dst) const;
 };
 
@@ -97,7 +98,7 @@ bool TranslateCompression(std::uint16_t compression, std::uint16_t *tag)
     }
 }
 
-/// Returns the maximum number of bytes that the pixels can take.
+/// Returns the maximum compressed size of the pixels in bytes.
 std::uint64_t PackedBound(const Picture &picture, std::uint16_t compression)
 {
     const std::uint64_t bytes = picture.Bytes();
@@ -115,7 +116,7 @@ std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const
         + exif.BytesBound() + static_cast<std::uint64_t>(picture.strips) * 16 + kOtherBytes;
 }
 
-/// Copies a row without padding, as the predictor requires.
+/// Applies the predictor to a row.
 void PredictRow(const Picture &picture, const std::uint8_t *src, std::uint8_t *dst)
 {
     const auto width = static_cast<std::size_t>(picture.bitmap.Width);
@@ -135,7 +136,7 @@ const Metadata &MetadataOf(const SaveOptions &options)
     return options.metadata ? *options.metadata : none;
 }
 
-/// Writes one file.
+/// Writer for one file.
 class Writer {
 public:
     Writer(const Picture &picture, const SaveOptions &options, std::uint16_t compression, Sink *sink)
@@ -226,7 +227,7 @@ Status Writer::WritePlain()
     return Status::Ok();
 }
 
-/// Writes LZW and Zstandard, one strip after the other.
+/// Writes LZW and Zstandard, one strip after another.
 Status Writer::WriteByLibtiff()
 {
     std::vector<std::uint8_t> buffer(m_picture.BytesOf(0)); // libtiff's predictor works in place

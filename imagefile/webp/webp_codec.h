@@ -5,7 +5,7 @@
 
 namespace imagefile {
 
-/// Bytes of a file: a chunk's contents.
+/// Byte range in a file, such as a chunk's contents.
 struct WebpRange {
     std::uint64_t at = 0;
     std::uint64_t size = 0; // 0 if there is none
@@ -17,15 +17,15 @@ struct WebpLayout {
     int left = 0, top = 0;     // of the frame on the canvas
     int frameWidth = 0, frameHeight = 0;
     bool isAnimated = false;
-    bool hasAlpha = false; // of the frame, or because it doesn't cover the canvas
+    bool hasAlpha = false; // the frame has alpha or doesn't cover the canvas
     WebpRange frame;       // its chunks with their headers: ALPH if present, then VP8 or VP8L
     WebpRange icc, exif, xmp;
 
     bool CoversCanvas() const { return frameWidth == width && frameHeight == height; }
 };
 
-/// Reads the chunk headers and checks sizes. A file that ends within the frame gives GFL_ERROR_FILE_READ; one that ends
-/// later only lacks metadata.
+/// Reads the chunk headers and checks sizes. Returns GFL_ERROR_FILE_READ for a file that ends within the frame; one
+/// that ends later only lacks metadata.
 Status ReadWebpLayout(const Source &source, WebpLayout *layout);
 
 Status ReadWebpInfo(const Source &source, GFL_FILE_INFORMATION *info);

@@ -1,4 +1,4 @@
-// Chunks as in "WebP Container Specification", https://developers.google.com/speed/webp/docs/riff_container.
+// Source: "WebP Container Specification", https://developers.google.com/speed/webp/docs/riff_container.
 #include "core/limits.h"
 #include "webp_codec.h"
 
@@ -22,7 +22,7 @@ int LittleEndian24(const std::uint8_t *p)
     return p[0] | p[1] << 8 | p[2] << 16;
 }
 
-/// The chunks in a range of a file, one after the other.
+/// Iterator over the chunks in a range of a file.
 class Chunks {
 public:
     Chunks(const Source &source, std::uint64_t begin, std::uint64_t end)
@@ -30,7 +30,7 @@ public:
     {
     }
 
-    /// Moves to the next chunk; false after the last one.
+    /// Moves to the next chunk; returns false after the last one.
     bool Next()
     {
         std::uint8_t size[4];
@@ -55,7 +55,7 @@ private:
     char m_name[4] = {};
 };
 
-/// Reads the frame whose chunks begin at the current one of @p chunks.
+/// Reads the frame whose first chunk is the current one of @p chunks.
 Status ReadFrame(const Source &source, Chunks *chunks, WebpLayout *layout)
 {
     const std::uint64_t begin = chunks->At();
@@ -120,7 +120,7 @@ Status ReadStillPicture(const Source &source, Chunks *chunks, WebpLayout *layout
 {
     if (Status status = ReadFrame(source, chunks, layout); !status)
         return status;
-    if (layout->width == 0) { // without a canvas
+    if (layout->width == 0) { // there is no VP8X chunk
         layout->width = layout->frameWidth;
         layout->height = layout->frameHeight;
     }

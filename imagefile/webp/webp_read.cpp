@@ -15,7 +15,7 @@ Status Failure(VP8StatusCode code)
     return Status::Fail(GFL_ERROR_FILE_READ, Text("WebP: damaged pixels (libwebp's status %d)", code));
 }
 
-/// Decodes the frame into @p pixels, rows without padding.
+/// Decodes the frame into @p pixels, as rows without padding.
 Status Decode(const Source &source, const WebpLayout &layout, Bytes *pixels)
 {
     if (layout.frame.size > static_cast<std::uint64_t>(kMaxCodecAllocation))

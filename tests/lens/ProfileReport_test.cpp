@@ -130,7 +130,7 @@ void tst_ProfileReport::problems()
     check(whole.left(whole.indexOf("</rdf:Seq>")), "damaged or cut short: .*");
     check(whole.left(cut) + "</a>", "damaged or cut short: .* at line .*");
     check("<svg><defs><g/></defs></svg>",
-          "XML, but no lens profile: its root is <svg>, and following first child elements down to <g> finds no "
+          "XML, but not a lens profile: its root is <svg>, and following first child elements down to <g> finds no "
           "<rdf:li>");
     check(Profile("<rdf:li><rdf:Description stCamera:Make=\"M\" stCamera:ImageWidth=\"9\"/></rdf:li>"),
           "the values are attributes of <rdf:Description>; only the element form is supported .*");
@@ -145,10 +145,11 @@ void tst_ProfileReport::problems()
     for (const char *size : {"1", "-5", "nan", "inf", "wide", ""})
         check(Profile(Entry(Size(size, "51") + model)),
               QByteArray("\"") + size + "\" as <stCamera:ImageWidth>; a number of pixels above 1 was expected");
-    check("<!DOCTYPE x [<!ENTITY e \"eeee\">]>" + whole, "no profile: the document declares an entity \\(\"e\"\\).*");
+    check("<!DOCTYPE x [<!ENTITY e \"eeee\">]>" + whole,
+          "not a profile: the document declares an entity \\(\"e\"\\).*");
     check(Profile(Entry(QByteArray("<a>").repeated(1000) + QByteArray("</a>").repeated(1000))),
-          "no profile: elements nest deeper than 256 levels");
-    check("<" + QByteArray(1 << 20, 'x') + "/>", "XML, but no lens profile: .{0,600}");
+          "not a profile: elements nest deeper than 256 levels");
+    check("<" + QByteArray(1 << 20, 'x') + "/>", "XML, but not a lens profile: .{0,600}");
 }
 
 void tst_ProfileReport::problemsOfTheFileItself()

@@ -1,5 +1,5 @@
-// The command line: invalid arguments, printed texts, and pictures of a run with the same output. Tests of the whole
-// program check the effect of options.
+// Tests of the command line: invalid arguments, printed texts, and pictures of one run with the same output. The tests
+// of the whole program check the effect of options.
 #include "Case.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
@@ -34,7 +34,7 @@ QStringList Words(const QString &line)
 void tst_CommandLine::refusesAndPrints_data()
 {
     QTest::addColumn<QString>(
-        "message"); // refused, with this in the first line; after "?": the start of the printed text
+        "message"); // part of the first line of the error, or "?" and the start of the printed text
     const char *const rows[][2] = {
         {"", "no command"},
         {"corect a.jpg", "corect"},
@@ -182,7 +182,7 @@ void tst_CommandLine::rivals()
     QFETCH(QString, folder);
     QFETCH(QString, rival);
     QFETCH(bool, repeated);
-    const QTemporaryDir scene; // a/x.jpg, a/x.png, b/x.jpg, and two links: also to a, a/in to b/deep
+    const QTemporaryDir scene; // a/x.jpg, a/x.png, b/x.jpg, and two links: "also" to a, a/in to b/deep
     const QDir dir(scene.path());
     QVERIFY(dir.mkpath("a"_s) && dir.mkpath("b/deep"_s));
     for (const QString &name : {"a/x.jpg"_s, "a/x.png"_s, "b/x.jpg"_s})

@@ -230,7 +230,7 @@ QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
     if (gflSaveBitmapIntoMemory(&data, &size, &bitmap, &params) != GFL_NO_ERROR)
         return QByteArray();
     QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
-    std::free(data); // the layer's plain allocator
+    std::free(data); // the layer allocates it with malloc()
     return bytes;
 }
 

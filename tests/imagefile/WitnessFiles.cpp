@@ -1,6 +1,7 @@
-// Writes pictures with metadata, and their copies through the layer, for other programs to read: witness_files FOLDER.
-// Sources are NAME.source.jpg or NAME.read.heic and so on, copies NAME.source.tiff, .png and so on; FORM.pixels.tiff,
-// .png and .psd hold the same pixels. sensor.dng is a camera raw file without metadata.
+// Writes pictures with metadata to a folder, and copies of these and of given pictures made by the layer, for other
+// programs to read: witness_files FOLDER [PICTURE...]. Sources are NAME.source.jpg, or NAME.read.heic and so on, copies
+// NAME.source.tiff, .png and so on. FORM.pixels.tiff, .png and .psd hold the same pixels. sensor.dng is a camera raw
+// file without metadata.
 #include "Bitmaps.h"
 #include "DngFile.h"
 #include "NoteFile.h"

@@ -126,7 +126,7 @@ void BadInputTest::refused()
     QFETCH(QString, message);
     QFETCH(Prepare, prepare);
     m_run->beforeStart = RespectPermissions;
-    QCOMPARE(Run("correct --plain --profile p.lcp b.jpg"_s).exitCode, 0); // existing output, also a TIFF source
+    QCOMPARE(Run("correct --plain --profile p.lcp b.jpg"_s).exitCode, 0); // its output is used below
     prepare(Path("m"_s));
     const QStringList before = Names(m_dir->path());
     const QByteArray output = ReadFile(Path("b_corrected.tiff"_s));
@@ -138,7 +138,7 @@ void BadInputTest::refused()
         const QString &reported = result.errorLines.at(i);
         QVERIFY2(reported.startsWith("vitrelux: %1: "_s.arg(bad[i])), qPrintable(reported));
         QVERIFY2(reported.contains(message) && !reported.contains("GFL"_s), qPrintable(reported));
-        QVERIFY2(reported.count(m_dir->path()) <= 1, qPrintable(reported)); // at most one path
+        QVERIFY2(reported.count(m_dir->path()) <= 1, qPrintable(reported)); // the folder's path at most once
     }
     const bool othersDone = bad.size() == 1;
     QCOMPARE(QString::fromUtf8(result.output),

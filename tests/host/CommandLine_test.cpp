@@ -142,7 +142,7 @@ void tst_CommandLine::fittedOptionsAreAttributes()
     }
 }
 
-/// The short help fits a terminal of 80 x 40 characters. The help command describes what the short help only names.
+/// The short help fits a terminal of 80 x 40 characters. The help command explains what the short help only lists.
 void tst_CommandLine::helpFitsOnAScreen()
 {
     const QStringList names =
@@ -165,7 +165,7 @@ void tst_CommandLine::rivals_data()
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("rival"); // of the last file
     QTest::addColumn<bool>("repeated");
-    // Row names are the files, relative to the folder that rivals() makes.
+    // Row names list the files, relative to the folder that rivals() makes.
     QTest::newRow("a/x.jpg b/x.jpg") << QString() << QString() << false;
     QTest::newRow("a/x.jpg  b/x.jpg") << "out"_s
                                       << "a/x.jpg"_s << false;

@@ -254,7 +254,7 @@ void HostRunTest::interruptionLeavesNothing()
             QVERIFY(!m_run->waitForFinished(500) && halfDone()); // a reaction would take a few milliseconds
             ::kill(process, SIGTERM);
         }
-        QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends too
+        QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell loop ends too
         QCOMPARE(Made(), QStringList(kOutput));
         QCOMPARE(ReadFile(Path(kOutput)), QByteArray("old"));
     }

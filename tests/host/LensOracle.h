@@ -15,7 +15,7 @@ constexpr double kTolerancePx = 0.001;
 enum class Content {
     Sampled, ///< sampled from the source
     Border,  ///< black: the position has no neighbor to the right or below
-    Outside, ///< black: the position is outside
+    Outside, ///< black: the position is outside the source
     Kept,    ///< the previous value, because an earlier channel was outside
     Unsure,  ///< too close to a border to decide
 };
@@ -35,7 +35,7 @@ struct OraclePixel {
 /// Oracle for pictures of the profile's size, in its landscape frame.
 class LensOracle {
 public:
-    /// @param corrections  any of Correction; @p profile must outlive the oracle
+    /// @param corrections  flags of Correction; @p profile must outlive the oracle
     LensOracle(const Samples::LensProfile &profile, int corrections)
         : m_profile(profile), m_corrections(corrections) { }
 

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-/// The result of one run.
+/// Result of one run.
 struct ProgramResult {
     int exitCode = -1; // -1: did not start, did not end in time, or was ended by a signal
     int signal = 0;    // the signal that ended it

@@ -20,7 +20,7 @@ bool IsRescaled(double got, double value, const TestForm &from, const TestForm &
     return std::fabs(got - wanted) <= (from.bits == to.bits ? 0 : to.IsFloat() ? 1e-6 : from.bits == 16 ? 1 : 0.505);
 }
 
-constexpr FormIndex kGreyForms[] = {k8uGrey, k16uGrey, k32fGrey};
+constexpr FormIndex kGrayForms[] = {k8uGray, k16uGray, k32fGray};
 
 } // namespace
 
@@ -53,7 +53,7 @@ void tst_KImageChannels::setAndExtract()
     for (const TestForm &form : kForms) {
         const Case named(form.name);
         for (int i = 0; i < 3 * form.channels; ++i) {
-            const TestForm &planeForm = kForms[kGreyForms[i % 3]];
+            const TestForm &planeForm = kForms[kGrayForms[i % 3]];
             TestImage plane(planeForm, 521, 2), target(form, 521, 2, 3), wanted(form, 521, 2, 3);
             TestImage extracted(planeForm, 521, 2);
             plane.FillWithNoise(1);
@@ -138,7 +138,7 @@ void tst_KImageChannels::blendWithoutAlphaOverwrites()
 
 void tst_KImageChannels::operators()
 {
-    for (const FormIndex index : {k8uGrey, k8uRgb, k8uRgba, k32fGrey, k32fRgb, k32fRgba}) {
+    for (const FormIndex index : {k8uGray, k8uRgb, k8uRgba, k32fGray, k32fRgb, k32fRgba}) {
         const Case named(index);
         for (const char operation : {'-', '+', '*'}) {
             const TestForm &form = kForms[index];
@@ -175,10 +175,10 @@ void tst_KImageChannels::factors()
         {k32fRgba, 0.5f, 0.5, 0.25, 0.5},                                  // float alpha is unchanged
         {k32fRgb, -2.0f, 0.5, -1.0, 0.0},  {k8uRgba, 1.0f, 255, 254, 254}, // 1/256 less
         {k8uRgb, 0.5f, 200, 99, 0},                                        // 200 * 127 / 256
-        {k8uGrey, 2.0f, 200, 255, 0},                                      // saturated
+        {k8uGray, 2.0f, 200, 255, 0},                                      // saturated
         {k8uRgba, 2.0f, 100, 199, 100},                                    // 100 * 510 / 256
-        {k8uGrey, -1.0f, 200, 0, 0},       {k16uRgba, 0.5f, 60000, 29999, 59999},
-        {k16uRgb, 1e30f, 60000, 65535, 0}, {k16uGrey, std::nanf(""), 60000, 0, 0},
+        {k8uGray, -1.0f, 200, 0, 0},       {k16uRgba, 0.5f, 60000, 29999, 59999},
+        {k16uRgb, 1e30f, 60000, 65535, 0}, {k16uGray, std::nanf(""), 60000, 0, 0},
     };
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));

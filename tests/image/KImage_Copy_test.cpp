@@ -59,9 +59,9 @@ struct AlphaDeviation {
     double alpha; // negative: unchanged
 };
 constexpr AlphaDeviation kAlphaDeviations[] = {
-    {k16uGrey, k16uRgba, -1},
-    {k16uGrey, k32fRgba, -1},
-    {k32fGrey, k16uRgba, 255},
+    {k16uGray, k16uRgba, -1},
+    {k16uGray, k32fRgba, -1},
+    {k32fGray, k16uRgba, 255},
 };
 
 void ApplyDeviation(int from, int to, double oldAlpha, double *expected)
@@ -101,7 +101,7 @@ private Q_SLOTS:
     void guards();
     void copyToIsClipped();
     void convertKeepsAWrappedBlock();
-    void convertOfDeepGreyIsOpaque();
+    void convertOfDeepGrayIsOpaque();
     void beyondFourGiB();
 };
 
@@ -147,7 +147,7 @@ void tst_KImageCopy::everyFormToEveryForm()
 
 void tst_KImageCopy::finerDepthsLoseNothing()
 {
-    const std::pair<FormIndex, FormIndex> rows[] = {{k8uGrey, k16uGrey}, {k8uGrey, k32fGrey}, {k16uGrey, k32fGrey}};
+    const std::pair<FormIndex, FormIndex> rows[] = {{k8uGray, k16uGray}, {k8uGray, k32fGray}, {k16uGray, k32fGray}};
     for (const auto &[coarse, fine] : rows) {
         const Case named(coarse, fine);
         const int count = int(kForms[coarse].Full()) + 1;
@@ -241,7 +241,7 @@ void tst_KImageCopy::copyToIsClipped()
     } places[] = {{1, 2, 3, 2}, {6, 0, 1, 2}, {0, 4, 3, 1}, {6, 4, 1, 1}};
     for (const auto &place : places) {
         const Case named("column", place.x, "row", place.y);
-        TestImage source(kForms[k8uGrey], 3, 2), target(kForms[k8uGrey], 7, 5);
+        TestImage source(kForms[k8uGray], 3, 2), target(kForms[k8uGray], 7, 5);
         for (int i = 0; i < 6; ++i)
             source.SetSample(i % 3, i / 3, 0, 100 + i);
         source.image.CopyTo(target.image, place.x, place.y);
@@ -267,7 +267,7 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
 }
 
 /// No step of this conversion sets alpha: a target that already has the form keeps it, a new one must be opaque.
-void tst_KImageCopy::convertOfDeepGreyIsOpaque()
+void tst_KImageCopy::convertOfDeepGrayIsOpaque()
 {
     for (const int i : {0, 1, 2, 3}) {
         const Case named(i);

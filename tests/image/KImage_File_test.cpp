@@ -137,7 +137,7 @@ void tst_KImageFile::readsWhatItWrote()
     KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0), read; // reading replaces the old content
     FillWithRamp(image, 13, 7);
     const QString name = File("Größe ✓.tif");                // paths are Unicode
-    image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which the layer must be asked to allow
+    image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which KImage::init() enables
     KImage lzw;
     lzw.ID_Read(name, /*nativeDepth=*/true);
     QVERIFY(HasSamePixels(lzw, image));

@@ -38,7 +38,7 @@ void RenderSpots(TestImage &frame)
     }
 }
 
-/// Returns the centroid, in pixels, of what is brighter than gray near a position.
+/// Returns the centroid, in pixels, of the light above gray near a position.
 QPointF SpotNear(const TestImage &image, double x, double y)
 {
     double sum = 0, sumX = 0, sumY = 0;
@@ -117,7 +117,7 @@ void tst_KImageFisheye::sphere()
 {
     for (int i = 0; i < 6; ++i) {
         const Case named("i", i);
-        const FormIndex form = i < 2 ? k8uRgb : i < 4 ? k16uGrey : k32fRgba;
+        const FormIndex form = i < 2 ? k8uRgb : i < 4 ? k16uGray : k32fRgba;
         TestImage frame(kForms[form], 400, 330, 1), target(kForms[form == k8uRgb ? k8uRgba : k32fRgba], 600, 300);
         RenderSpots(frame);
         if (i % 2)
@@ -137,7 +137,7 @@ void tst_KImageFisheye::sphere()
 
 void tst_KImageFisheye::cleans()
 {
-    for (const FormIndex form : {k8uGrey, k16uRgba, k32fRgb}) {
+    for (const FormIndex form : {k8uGray, k16uRgba, k32fRgb}) {
         const Case named(kForms[form].name);
         TestImage frame(kForms[form], 41, 31, 3), threaded(kForms[form], 41, 31, 3);
         frame.FillWithNoise(1, 0.25);

@@ -155,7 +155,7 @@ void tst_KImageGeometry::flatAndMean()
 
 void tst_KImageGeometry::rampStaysLinear()
 {
-    TestImage ramp(kForms[k32fGrey], 13, 7), result(kForms[k32fGrey], 53, 29);
+    TestImage ramp(kForms[k32fGray], 13, 7), result(kForms[k32fGray], 53, 29);
     for (int i = 0; i < 13 * 7; ++i)
         ramp.SetSample(i % 13, i / 13, 0, 2 * (i % 13) - 5 * (i / 13));
     Resized(ramp, result);
@@ -172,7 +172,7 @@ void tst_KImageGeometry::rampStaysLinear()
 void tst_KImageGeometry::inPlace()
 {
     KImage image(1000, 800, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    for (int i = 0; i < 2; ++i) { // the second call has nothing to do and loses nothing
+    for (int i = 0; i < 2; ++i) { // the second call changes nothing
         const Case named("i", i);
         image.Resize(image, 500, 400);
         QCOMPARE(QSize(image.width(), image.height()), QSize(500, 400));

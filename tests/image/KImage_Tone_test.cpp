@@ -105,7 +105,7 @@ void tst_KImageTone::guards()
         const Case named("call", &call - all);
         QCOMPARE(thrown(-1, call), QStringLiteral("Invalid Bitmap"));
     }
-    // These fail because of a mask of the same depth, no alpha, no floats, no circle, no columns.
+    // Refused: a mask of the same depth, no alpha, no floats, no circle, no columns.
     QCOMPARE(thrown(k8uRgba, all[0]), QStringLiteral("Invalid Bitmap"));
     for (int i = 1; i <= 3; ++i) {
         const Case named("call", i);
@@ -158,7 +158,7 @@ void tst_KImageTone::alpha()
 
         // A mask of lower depth is converted (16 bits for the float image). In a mask of higher depth, each byte counts
         // as a sample: here those of the second sample apply to the third pixel.
-        TestImage mask(kForms[form == k16uRgba ? k8uGrey : k16uGrey], 3, 1);
+        TestImage mask(kForms[form == k16uRgba ? k8uGray : k16uGray], 3, 1);
         mask.SetSample(form == k8uRgba ? 1 : 2, 0, 0, form == k8uRgba ? 51 : std::floor(mask.Form().Full() / 5));
         image.image.CombineAlpha(mask.image);
         QVERIFY2(std::abs(image.Sample(2, 0, 3) / full - 0.2) < 0.005, kForms[form].name);
@@ -190,7 +190,8 @@ void tst_KImageTone::histograms()
     FillRow(image, {50, 100, 150, 100}, 0.2);
     KImage target;
     image.image.HistogramAuto(target);
-    const int stretched[] = {0, 127, 255, 127}, equalized[] = {0, 170, 255, 170}; // 6 of 9 above 50 are 100
+    // Equalized: 6 of the 9 samples above 50 are 100, and 6 / 9 * 255 = 170.
+    const int stretched[] = {0, 127, 255, 127}, equalized[] = {0, 170, 255, 170};
     for (int x = 0; x < 4; ++x) {
         const Case named("column", x);
         QCOMPARE(int(target.getData(x, 0)[1]), stretched[x]);
@@ -216,7 +217,7 @@ void tst_KImageTone::dynamicRange()
     // With the logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5, L(v) = 0.18 / mean * v, and white is L(3).
     const double mean = std::pow(1 * 3 * 3e-6 * 3e-6 * 3 * 0.5, 1 / 6.0), scaled = 0.18 / mean, white = 3 * scaled;
     const std::pair<int, double> rows[] = {
-        // Results for 1 in the range 0 to 3.
+        // Expected results for 1 in the range from 0 to 3.
         {KImage::HDR_LINEAR, 1 / 3.0},
         {KImage::HDR_LOGARITHMIC, 0.5},
         {KImage::HDR_REINHARD, scaled * (1 + scaled / (white * white)) / (1 + scaled)}};
@@ -304,7 +305,7 @@ void tst_KImageTone::unsharpValues()
 {
     QFETCH(float, radius);
     QFETCH(float, amount);
-    TestImage image(kForms[k32fGrey], 401, 1);
+    TestImage image(kForms[k32fGray], 401, 1);
     image.FillWithNoise(3);
     image.SetSample(200, 0, 0, 9); // reveals the truncation of the kernel
     const auto row = [](const TestImage &of) {
@@ -329,7 +330,7 @@ void tst_KImageTone::unsharpValues()
 /// Colors of equal luminance stay unchanged; gray is sharpened like a gray image.
 void tst_KImageTone::unsharpOfLuminance()
 {
-    TestImage image(kForms[k32fRgb], 60, 1), plane(kForms[k32fGrey], 60, 1);
+    TestImage image(kForms[k32fRgb], 60, 1), plane(kForms[k32fGray], 60, 1);
     for (int x = 0; x < 60; ++x) {
         const double colorful = x < 40 && x % 2 ? 0.5 : 0; // red and blue have weights of 0.299 and 0.114 in luminance
         const double values[] = {0.4 + 0.114 * colorful, 0.4, 0.4 - 0.299 * colorful};

@@ -26,7 +26,7 @@ constexpr TestForm kForms[] = {
     {"32f gray", GFL_GREY, 32, 1}, {"32f RGB", GFL_RGB, 32, 3}, {"32f RGBA", GFL_RGBA, 32, 4},
 };
 constexpr int kFormCount = 9;
-enum FormIndex { k8uGrey, k8uRgb, k8uRgba, k16uGrey, k16uRgb, k16uRgba, k32fGrey, k32fRgb, k32fRgba };
+enum FormIndex { k8uGray, k8uRgb, k8uRgba, k16uGray, k16uRgb, k16uRgba, k32fGray, k32fRgb, k32fRgba };
 
 /// Image that wraps a block of this object, with @p paddingBytes after each row.
 class TestImage {

@@ -156,7 +156,7 @@ QByteArray InkProfile()
     return bytes;
 }
 
-double GreyOfCyan(double cyan)
+double GrayOfCyan(double cyan)
 {
     const double light = std::pow((100.0 * (1.0 - cyan / 3.0) + 16.0) / 116.0, 3); // CIE 15
     return 1.055 * std::pow(light, 1 / 2.4) - 0.055;                               // sRGB's curve

@@ -64,8 +64,8 @@ constexpr int kLabCount = 5;
 
 /// Returns a CMYK profile in which black reduces the lightness to 0 and each other ink by a third.
 QByteArray InkProfile();
-/// Returns the gray in that profile of @p cyan alone, both as fractions of the full range.
-double GreyOfCyan(double cyan);
+/// Returns the gray that @p cyan alone gives in that profile; both are fractions of the full range.
+double GrayOfCyan(double cyan);
 
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression = -1, int quality = -1);
 /// Returns the defaults with @p flags added; a @p type other than 0 is forced.

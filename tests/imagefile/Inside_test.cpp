@@ -35,7 +35,7 @@ public:
     }
 };
 
-/// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns whether it could.
+/// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns false if it can't.
 bool Break(const QString &path)
 {
     for (int fd = 3; fd < 100; ++fd) {

@@ -19,7 +19,7 @@ struct Kind {
     OPJ_COLOR_SPACE space = OPJ_CLRSPC_SRGB;
 };
 
-/// Losslessly encodes the interleaved samples of @p stored, which are from 0 to 2^bits - 1.
+/// Losslessly encodes the interleaved samples of @p stored, which range from 0 to 2^bits - 1.
 QByteArray Encode(const Kind &kind, QSize size, const std::vector<int> &stored)
 {
     opj_image_cmptparm_t shapes[4] = {};

@@ -134,7 +134,7 @@ void tst_Jpeg::readsWhatLibjpegDecodes()
     QCOMPARE(int(info.BitsPerComponent), 8);
     const auto expected = [&](int x, int y, int c) {
         const double light = isInk ? Sample(spec, x, y, 3) / 255.0 : 1.0;
-        return spec.hasInkProfile ? GreyOfCyan(kCyan / 255.0) : Sample(spec, x, y, c) / 255.0 * light;
+        return spec.hasInkProfile ? GrayOfCyan(kCyan / 255.0) : Sample(spec, x, y, c) / 255.0 * light;
     };
     QCOMPARE(Difference(*bitmap, expected, 0.02), QString());
 }

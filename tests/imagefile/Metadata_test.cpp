@@ -372,7 +372,7 @@ void tst_Metadata::notesOfCameras()
 
 void tst_Metadata::unreadableEntries()
 {
-    // A first directory with a text of no characters, an unknown type, and an orientation.
+    // A first directory with an empty text, an unknown type, and an orientation.
     const QByteArray exif("II*\0\x08\0\0\0\3\0"
                           "\x0E\1\2\0\0\0\0\0\0\0\0\0"
                           "\x0F\1\0\0\4\0\0\0Acme"

@@ -112,7 +112,7 @@ double Expected(const Spec &spec, int x, int y, int c)
         return kLabColors[x % kLabCount].rgb[c];
     case Cmyk: // stored inverted
         if (!spec.profile.isEmpty())
-            return GreyOfCyan(kCyan);
+            return GrayOfCyan(kCyan);
         return c == 3 ? spec.Share(x, y, 4) : share * spec.Share(x, y, 3);
     default:
         break;

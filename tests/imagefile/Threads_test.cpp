@@ -19,7 +19,7 @@ private:
 
 namespace {
 
-/// Repeatedly writes a picture, reads it back, and reads its metadata and a thumbnail. Counts @p failures.
+/// Repeatedly writes a picture, reads it back, and reads its metadata and a thumbnail. Adds failures to @p failures.
 void Work(const QString &path, const char *format, unsigned seed, std::atomic<int> *failures)
 {
     for (unsigned i = 0; i < 6; ++i) {

@@ -212,7 +212,7 @@ bool WriteFile(const QString &path, const Spec &spec)
     return good;
 }
 
-/// Returns channel @p c that the layer should return, by the definitions of TIFF 6.0.
+/// Returns the expected value of channel @p c, by the definitions of TIFF 6.0.
 double Expected(const Spec &spec, int x, int y, int c, int channels)
 {
     const double opacity = channels == 4 ? Share(spec, x, y, spec.samples - 1) : 1.0;
@@ -223,7 +223,7 @@ double Expected(const Spec &spec, int x, int y, int c, int channels)
     if (spec.IsLumaAndChroma())
         return c == 0 ? 1.0 : 0.0;
     if (spec.hasInkProfile)
-        return GreyOfCyan(kCyan);
+        return GrayOfCyan(kCyan);
     double value = 0.0;
     switch (spec.photometric) {
     case PHOTOMETRIC_MINISWHITE:
@@ -376,7 +376,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127));
 }
 
-/// Refuses a palette picture with a damaged color map, which libtiff would treat as gray.
+/// Palette pictures with a damaged color map are refused; libtiff would treat them as gray.
 void tst_Tiff::damagedColorMap()
 {
     for (const char *mode : {"wl", "wb", "wl8"}) {

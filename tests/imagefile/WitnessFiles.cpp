@@ -48,8 +48,8 @@ int main(int count, char **arguments)
     const struct {
         const char *name;
         int type, bits;
-    } forms[] = {{"grey8", GFL_GREY, 8},
-                 {"grey16", GFL_GREY, 16},
+    } forms[] = {{"gray8", GFL_GREY, 8},
+                 {"gray16", GFL_GREY, 16},
                  {"rgb16", GFL_RGB, 16},
                  {"alpha8", GFL_RGBA, 8},
                  {"alpha16", GFL_RGBA, 16}};

@@ -87,7 +87,7 @@ Pixels Rendered(const FittedWarp &warp, const Pixels &source, Instructions instr
     return to.Read();
 }
 
-/// Returns where another instruction set's result differs from @p baseline in any bit.
+/// Returns where another instruction set's result differs from @p baseline in any bit; empty if nowhere.
 QString DifferenceOfSets(const FittedWarp &warp, const Pixels &source, const Pixels &baseline)
 {
     for (Instructions set : {Instructions::Avx2, Instructions::Avx512})

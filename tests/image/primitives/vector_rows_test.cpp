@@ -8,8 +8,7 @@
 #include <random>
 #include <vector>
 
-/// Compares vector versions with the plain ones: the same bits at every length and offset, and nothing written past the
-/// end.
+/// Compares vector versions with plain ones: the same bits at every length and offset, nothing written past the end.
 class tst_VectorRows : public QObject {
     Q_OBJECT
 private Q_SLOTS:

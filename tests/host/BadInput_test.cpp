@@ -1,4 +1,4 @@
-// Runs the program with unusable pictures, profiles and folders: one message per bad picture, and no other effect.
+// Tests of unusable pictures, profiles and folders: one message per bad picture, and no other effect.
 #include "Case.h"
 #include "ProgramTest.h"
 

@@ -119,7 +119,7 @@ void tst_CommandLine::lastOneWins()
     QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 
-/// Attributes have the text form of the plug-in's records; a missing option gives no attribute.
+/// Options become attributes in the text form of the plug-in's records; a missing option gives none.
 void tst_CommandLine::fittedOptionsAreAttributes()
 {
     using Attributes = QVector<QPair<QString, QString>>;

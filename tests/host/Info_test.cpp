@@ -1,4 +1,4 @@
-// `vitrelux info`: facts about pictures, and the profiles found for them.
+// Tests of `vitrelux info`: facts about pictures, and the profiles found for them.
 #include "Case.h"
 #include "ProgramTest.h"
 

@@ -1,4 +1,4 @@
-// `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
+// Tests of `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
 #include "Case.h"
 #include "ProgramTest.h"
 

@@ -19,5 +19,5 @@ protected:
     ProgramResult Run(const QString &line) { return m_run->Run(line.split(QLatin1Char(' '), Qt::SkipEmptyParts)); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<ProgramRun> m_run; // for settings before Run
+    std::unique_ptr<ProgramRun> m_run; // to be configured before Run()
 };

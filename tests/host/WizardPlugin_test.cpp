@@ -47,7 +47,7 @@ void tst_WizardPlugin::choicesStayWithTheirPictures()
     Next();
     QVERIFY(choices("a.jpg").corrections.distortion);
     QVERIFY(!choices("a.jpg").corrections.chromatic);
-    QVERIFY2(!choices("b.jpg").corrections.Any(), "a new picture has the stored settings");
+    QVERIFY2(!choices("b.jpg").corrections.Any(), "a new picture doesn't have the stored settings");
     list->setCurrentText("a.jpg"_s);
     QVERIFY(Find<QCheckBox>("m_cbDistortion")->isChecked());
     QTRY_VERIFY(CanGoOn());

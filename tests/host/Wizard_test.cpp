@@ -1,4 +1,4 @@
-// Operates the wizard as a user would, with a process object in place of the plug-in's.
+// Tests of the wizard, which operate it as a user would, with a process object in place of the plug-in's.
 #include "WizardTest.h"
 #include "wizard/RunPage.h"
 

@@ -25,7 +25,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-// The C library's internal names of malloc() and the like.
+// The C library's internal names for malloc() and the like.
 extern "C" {
 void *__libc_malloc(size_t);
 void *__libc_calloc(size_t, size_t);
@@ -66,7 +66,7 @@ void Log(const char *text, long number)
     syscall(SYS_close, file);
 }
 
-/// @return whether @p call must fail now; if so, errno is set.
+/// Returns whether @p call must fail now; if so, errno is set.
 bool Fails(const char *call)
 {
     if (++calls != failingCall)
@@ -240,7 +240,7 @@ FAIL_ON("write", ssize_t, copy_file_range, (int from, off_t *begin, int file, of
 FAIL_ON("fsync", int, fsync, (int file), (file))
 FAIL_ON("fsync", int, fdatasync, (int file), (file))
 
-// Streams read and write within the C library, where no call can be replaced.
+// Streams read and write inside the C library, where calls can't be replaced.
 bool FailsOn(const char *kind, const char *call, FILE *stream)
 {
     if (!Counts(kind) || !FailsOn(kind, call, fileno(stream)))

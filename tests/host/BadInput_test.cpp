@@ -1,4 +1,4 @@
-// The program with unusable pictures, profiles and folders: one message each and no other effect.
+// Tests of unusable pictures, profiles and folders: one message per bad picture, and no other effect.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -54,7 +54,7 @@ private Q_SLOTS:
 
 void BadInputTest::refused_data()
 {
-    QTest::addColumn<QString>("line");    // m is the bad file in it
+    QTest::addColumn<QString>("line");    // arguments; m is the bad file
     QTest::addColumn<QStringList>("bad"); // pictures that fail
     QTest::addColumn<QString>("message");
     QTest::addColumn<Prepare>("prepare");
@@ -94,8 +94,8 @@ void BadInputTest::refused_data()
     profile("folder", MakeFolder);
     profile("empty", Bytes({}));
     profile("text", Bytes("no profile\n"));
-    profile("cut before the model", Bytes(whole.left(model)));
-    profile("cut in the model", Bytes(whole.left(model + 120)));
+    profile("truncated before the model", Bytes(whole.left(model)));
+    profile("truncated inside the model", Bytes(whole.left(model + 120)));
     profile("attribute form",
             Bytes(whole.left(whole.indexOf("<rdf:li"))
                   + "<rdf:li><rdf:Description stCamera:ImageWidth=\"60\" stCamera:ImageLength=\"40\">"
@@ -126,7 +126,7 @@ void BadInputTest::refused()
     QFETCH(QString, message);
     QFETCH(Prepare, prepare);
     m_run->beforeStart = RespectPermissions;
-    QCOMPARE(Run("correct --plain --profile p.lcp b.jpg"_s).exitCode, 0); // an existing output, and a TIFF
+    QCOMPARE(Run("correct --plain --profile p.lcp b.jpg"_s).exitCode, 0); // its output is used below
     prepare(Path("m"_s));
     const QStringList before = Names(m_dir->path());
     const QByteArray output = ReadFile(Path("b_corrected.tiff"_s));
@@ -138,7 +138,7 @@ void BadInputTest::refused()
         const QString &reported = result.errorLines.at(i);
         QVERIFY2(reported.startsWith("vitrelux: %1: "_s.arg(bad[i])), qPrintable(reported));
         QVERIFY2(reported.contains(message) && !reported.contains("GFL"_s), qPrintable(reported));
-        QVERIFY2(reported.count(m_dir->path()) <= 1, qPrintable(reported)); // it names the file once
+        QVERIFY2(reported.count(m_dir->path()) <= 1, qPrintable(reported)); // the folder's path at most once
     }
     const bool othersDone = bad.size() == 1;
     QCOMPARE(QString::fromUtf8(result.output),
@@ -150,8 +150,8 @@ void BadInputTest::refused()
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 
-/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels (WebP and PNG: other large squares) are refused with
-/// 1 GiB of memory.
+/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels (other large squares for WebP and PNG) are refused
+/// when memory is limited to 1 GiB.
 void BadInputTest::hugeClaims()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -160,7 +160,7 @@ void BadInputTest::hugeClaims()
     const QByteArray hex("0000753000007530");
     const struct {
         const char *seed, *found;
-        int offset; // of the sides from that position
+        int offset; // of the sides, from the start of `found`
         QByteArray sides;
     } rows[] = {
         {"metadata.jpg", "FFC0", 5, "75307530"},
@@ -218,7 +218,7 @@ void BadInputTest::fileSizeLimit()
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));
 }
 
-/// Runs on a file system of 128 KiB, mounted so that only the run sees it; needs root or a user namespace.
+/// Runs on a 128 KiB file system that is mounted in a private namespace, which needs root or user namespaces.
 void BadInputTest::fullDisk()
 {
     QDir(m_dir->path()).mkdir("disk"_s);

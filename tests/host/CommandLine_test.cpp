@@ -1,5 +1,5 @@
-// The command line: invalid arguments, printed texts, and pictures of a run with the same output. Tests of the whole
-// program check the effect of options.
+// Tests of the command line: invalid arguments, printed texts, and pictures of one run with the same output. The tests
+// of the whole program check the effect of options.
 #include "Case.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
@@ -34,7 +34,7 @@ QStringList Words(const QString &line)
 void tst_CommandLine::refusesAndPrints_data()
 {
     QTest::addColumn<QString>(
-        "message"); // refused, with this in the first line; after "?": the start of the printed text
+        "message"); // part of the first line of the error, or "?" and the start of the printed text
     const char *const rows[][2] = {
         {"", "no command"},
         {"corect a.jpg", "corect"},
@@ -119,7 +119,7 @@ void tst_CommandLine::lastOneWins()
     QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 
-/// Attributes have the text form of the plug-in's records; a missing option gives no attribute.
+/// Options become attributes in the text form of the plug-in's records; a missing option gives none.
 void tst_CommandLine::fittedOptionsAreAttributes()
 {
     using Attributes = QVector<QPair<QString, QString>>;
@@ -142,7 +142,7 @@ void tst_CommandLine::fittedOptionsAreAttributes()
     }
 }
 
-/// The short help fits a terminal of 80 x 40 characters. The help command describes what the short help only names.
+/// The short help fits a terminal of 80 x 40 characters. The help command explains what the short help only lists.
 void tst_CommandLine::helpFitsOnAScreen()
 {
     const QStringList names =
@@ -165,7 +165,7 @@ void tst_CommandLine::rivals_data()
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("rival"); // of the last file
     QTest::addColumn<bool>("repeated");
-    // Row names are the files, relative to the folder that rivals() makes.
+    // Row names list the files, relative to the folder that rivals() makes.
     QTest::newRow("a/x.jpg b/x.jpg") << QString() << QString() << false;
     QTest::newRow("a/x.jpg  b/x.jpg") << "out"_s
                                       << "a/x.jpg"_s << false;
@@ -182,7 +182,7 @@ void tst_CommandLine::rivals()
     QFETCH(QString, folder);
     QFETCH(QString, rival);
     QFETCH(bool, repeated);
-    const QTemporaryDir scene; // a/x.jpg, a/x.png, b/x.jpg, and two links: also to a, a/in to b/deep
+    const QTemporaryDir scene; // a/x.jpg, a/x.png, b/x.jpg, and two links: "also" to a, a/in to b/deep
     const QDir dir(scene.path());
     QVERIFY(dir.mkpath("a"_s) && dir.mkpath("b/deep"_s));
     for (const QString &name : {"a/x.jpg"_s, "a/x.png"_s, "b/x.jpg"_s})

@@ -1,5 +1,5 @@
-// Runs the whole program on pictures whose values are their coordinates. Every pixel of the result then shows its
-// source position, which is compared with the lens models in double precision.
+// Runs the whole program on pictures whose pixel values are their coordinates. Every pixel of the result then
+// holds its source position, which is compared with the lens models in double precision.
 #include "CorrectFile.h"
 
 #include <QTest>
@@ -44,7 +44,7 @@ struct Expected {
     Samples::Hold hold;
 };
 
-/// The largest deviation of the values, computed by @p deviate, and its position.
+/// Largest of the deviations that `deviate` returned, and its position.
 struct Deviation {
     double worst = 0;
     QString where;
@@ -101,14 +101,14 @@ void tst_Coordinates::everyPixelHasItsSourcePosition_data()
     QTest::addColumn<QSize>("size"); // of the upright picture
 
     const LensModel two = {0.9, 0.49, 0.52, {-0.12, 0.04}};
-    const LensModel three = {0.9, 0.51, 0.48, {0.08, -0.05, 0.03}}; // corners are outside
+    const LensModel three = {0.9, 0.51, 0.48, {0.08, -0.05, 0.03}}; // corners map outside the source
     const LensModel wideFish = {0.42, 0.495, 0.502, {-0.03, 0.004}};
     const std::pair<const char *, LensProfile> profiles[] = {
         {"one coefficient", Profile({0.9, 0.51, 0.48, {-0.15}})},
         {"two coefficients", Profile(two)},
         {"three coefficients, outward", Profile(three)},
         {"tangential", Profile({0.9, 0.5, 0.5, {-0.12, 0.04}, 0.012, -0.009})},
-        {"tangential alone", Profile({0.9, 0.5, 0.5, {}, -0.01, 0.013})},
+        {"tangential only", Profile({0.9, 0.5, 0.5, {}, -0.01, 0.013})},
         {"fisheye, one coefficient", Profile({0.52, 0.505, 0.495, {-0.04}}, true)},
         {"fisheye, two coefficients", Profile(wideFish, true)},
         {"three warps", WithChromatic(Profile(two))},
@@ -121,7 +121,7 @@ void tst_Coordinates::everyPixelHasItsSourcePosition_data()
             QTest::addRow("%s, %s", name, shape)
                 << profile << int(profile.green ? Distortion | Chromatic : Distortion) << size;
             if (profile.green)
-                QTest::addRow("%s, red and blue alone, %s", name, shape) << profile << int(Chromatic) << size;
+                QTest::addRow("%s, red and blue only, %s", name, shape) << profile << int(Chromatic) << size;
         }
     }
     QTest::newRow("fisheye, center on a pixel")
@@ -164,7 +164,7 @@ void tst_Coordinates::vignettingGainOfGray_data()
     for (int others : {0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
         for (const QSize &size : {kLandscape, kPortrait, kSquare})
             QTest::addRow("%d, width %d", others, size.width())
-                << (others | Vignetting) << size << (size == kSquare ? 0.8f : 0.4f); // 0.8 reaches white
+                << (others | Vignetting) << size << (size == kSquare ? 0.8f : 0.4f); // 0.8 clips to white
 }
 
 void tst_Coordinates::vignettingGainOfGray()

@@ -30,6 +30,6 @@ TiffRaster Corrected(const TiffRaster &source, Samples::LensProfile *profile, in
     WriteTiff(path, source);
     const TiffRaster result = ReadTiff(CorrectFile(path, *profile, corrections));
     if (result.width != source.width || result.height != source.height || result.bits != source.bits)
-        throw std::runtime_error("the result has another size or depth");
+        throw std::runtime_error("the result has a different size or depth");
     return result;
 }

@@ -1,4 +1,4 @@
-// The content of the program's files: depth, channels, compression, alpha, and the metadata of the photograph.
+// Checks the content of the program's output files: depth, channels, compression, alpha and the photograph's metadata.
 #include "Case.h"
 #include "CorrectFile.h"
 #include "FittedFiles.h"
@@ -22,9 +22,9 @@ using Samples::LensProfile;
 
 namespace {
 
-constexpr int kDeflate = 8; // the compression number of TIFF
+constexpr int kDeflate = 8; // value of TIFF's Compression tag
 
-/// Returns a profile with pincushion distortion, so that corners are outside and every kind of pixel occurs.
+/// Returns a profile with pincushion distortion: corners map outside the source, so that every kind of pixel occurs.
 LensProfile OutwardProfile()
 {
     const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
@@ -39,7 +39,7 @@ LensProfile OutwardProfile()
     return profile;
 }
 
-/// Returns a gray picture with a black square in the middle; the channels after the third are @p alpha.
+/// Returns a gray picture with a black square in the middle; the fourth channel, if any, is @p alpha.
 TiffRaster SquareOnGray(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
@@ -56,7 +56,7 @@ TiffRaster SquareOnGray(int width, int height, int channels, int bits, float alp
 
 enum class Alpha { Opaque, Clear, Kept, Unsure };
 
-/// Returns the expected fourth channel of a pixel, from its colors' positions and, if these differ, from its value.
+/// Returns the expected alpha of a pixel, from its colors' source positions and, with chromatic models, from its value.
 Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))
@@ -67,7 +67,7 @@ Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 }
 
 /// Returns whether a tag describes how the file stores pixels, or is a block whose content is compared tag by tag.
-bool IsFormOfFile(const std::string &key)
+bool IsStorageTag(const std::string &key)
 {
     static const char *const names[] = {
         "ImageWidth",   "ImageLength",       "BitsPerSample", "Compression",     "PhotometricInterpretation",
@@ -80,12 +80,12 @@ bool IsFormOfFile(const std::string &key)
                        [&](const char *name) { return key == std::string("Exif.Image.") + name; });
 }
 
-/// Returns "key = value" of each tag for which IsFormOfFile is false.
+/// Returns "key = value" for each tag for which IsStorageTag is false.
 template <typename Data> QStringList Texts(const Data &data)
 {
     QStringList texts;
     for (const auto &datum : data) {
-        if (!IsFormOfFile(datum.key()))
+        if (!IsStorageTag(datum.key()))
             texts << QString::fromStdString(datum.key() + " = " + datum.toString());
     }
     return texts;
@@ -137,7 +137,7 @@ void AddMetadata(const QString &path)
     image->writeMetadata();
 }
 
-/// Writes a flat picture of 300 x 200 pixels in tiles; each sample is 40 % of its range, a and b of Lab are 0.
+/// Writes a uniform tiled picture of 300 x 200 pixels. Samples are 40 % of their range; a and b of Lab are 0.
 void WriteTiles(const QString &path, int photometric, int channels, int bits)
 {
     constexpr int kSide = 64, kWidth = 300, kHeight = 200;
@@ -161,10 +161,10 @@ void WriteTiles(const QString &path, int photometric, int channels, int bits)
         const float real = 0.4F;
         const auto whole = std::uint32_t(std::lround(0.4 * double((1LL << bits) - 1)));
         const char zero[4] = {};
-        const bool isColorOfLab = photometric == PHOTOMETRIC_CIELAB && i % channels != 0;
-        const void *sample = isColorOfLab ? static_cast<const void *>(zero)
-            : bits == 32                  ? static_cast<const void *>(&real)
-                                          : &whole;
+        const bool isLabColor = photometric == PHOTOMETRIC_CIELAB && i % channels != 0;
+        const void *sample = isLabColor ? static_cast<const void *>(zero)
+            : bits == 32                ? static_cast<const void *>(&real)
+                                        : &whole;
         tile.append(static_cast<const char *>(sample), bits / 8);
     }
     for (std::uint32_t i = 0; i < TIFFNumberOfTiles(file); ++i)
@@ -189,7 +189,7 @@ private Q_SLOTS:
 
 void tst_CorrectedMetadata::depthAndAlpha_data()
 {
-    QTest::addColumn<int>("corrections"); // 0: a gain of 1 everywhere
+    QTest::addColumn<int>("corrections"); // 0: vignetting with a gain of 1 everywhere
     QTest::addColumn<QSize>("size");
     QTest::addColumn<int>("channels");
     QTest::addColumn<int>("bits");
@@ -278,7 +278,7 @@ void tst_CorrectedMetadata::formatsKeepMetadata_data()
     QTest::newRow("--format exr") << -1;
 }
 
-/// Corrects a JPEG to all formats. A second run recognizes the first one by its XMP.
+/// Corrects a JPEG and writes it in each format. A second run recognizes the first one's output by its XMP.
 void tst_CorrectedMetadata::formatsKeepMetadata()
 {
     QFETCH(const int, compression);
@@ -330,9 +330,9 @@ void tst_CorrectedMetadata::kinds_data()
     QTest::addColumn<int>("photometric"); // of a TIFF
     QTest::addColumn<int>("channels");
     QTest::addColumn<int>("bits");
-    QTest::addColumn<int>("resultChannels"); // 0: refused
-    QTest::addColumn<int>("gray");           // the result in parts of 1,000; -1: none
-    const int inks = PHOTOMETRIC_SEPARATED;
+    QTest::addColumn<int>("resultChannels"); // 0: refused; -1: a gray JPEG
+    QTest::addColumn<int>("gray");           // in the result, in thousandths of its range
+    const int cmyk = PHOTOMETRIC_SEPARATED;
     for (int bits : {8, 16, 32})
         QTest::addRow("gray, %d bits", bits) << int(PHOTOMETRIC_MINISBLACK) << 1 << bits << 1 << 400;
     QTest::newRow("gray, with empty pixels --framing 0.5") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 4 << 400;
@@ -341,13 +341,13 @@ void tst_CorrectedMetadata::kinds_data()
     QTest::newRow("tiled") << int(PHOTOMETRIC_RGB) << 3 << 16 << 3 << 400;
     QTest::newRow("gray, plain --plain") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 0 << 0;
     QTest::newRow("tiled, plain --plain") << int(PHOTOMETRIC_RGB) << 3 << 8 << 0 << 0;
-    QTest::newRow("inks") << inks << 4 << 8 << 0 << 0;
-    QTest::newRow("inks --convert") << inks << 4 << 8 << 3 << 360; // 60 % of paper white
+    QTest::newRow("CMYK") << cmyk << 4 << 8 << 0 << 0;
+    QTest::newRow("CMYK --convert") << cmyk << 4 << 8 << 3 << 360; // (1 - 0.4) * (1 - 0.4): color ink and black
     QTest::newRow("Lab") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 0 << 0;
-    QTest::newRow("Lab --convert") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 3 << 369; // sRGB of lightness 40
+    QTest::newRow("Lab --convert") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 3 << 369; // sRGB value of L* = 40
 }
 
-/// Corrects flat pictures stored in tiles; each sample is 40 % of its range.
+/// Corrects uniform tiled pictures; each sample is 40 % of its range.
 void tst_CorrectedMetadata::kinds()
 {
     QFETCH(const int, photometric);

@@ -1,5 +1,5 @@
-// Fitted corrections by the whole program on pictures whose values are their coordinates. Every pixel of the result
-// shows its source position, which is compared with the lens models in long double.
+// Runs the whole program's fitted corrections on pictures whose pixel values are their coordinates. Every pixel of the
+// result then holds its source position, which is compared with the lens models in long double.
 #include "DngFile.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
@@ -15,7 +15,7 @@
 namespace {
 
 constexpr double kLow = 0.1, kRange = 0.6,
-                 kFlat = 0.6; // light of the ramps and of a flat field, with room for the gain
+                 kFlat = 0.6; // light of the ramps and of a uniform picture, with room for the gain
 constexpr double kRawGamma = 2.2, kRawBrightness = 2.5; // of the program's raw development
 
 struct Row {
@@ -23,7 +23,7 @@ struct Row {
     OracleBlend blend = {};        // expected; the first entry if empty
     OraclePicture picture = {};
     QMap<QByteArray, QByteArray> metadata = {};
-    QString options = "keep --sampling bilinear"_s; // first the framing
+    QString options = "keep --sampling bilinear"_s; // starts with the framing
     Projection projection = Projection::Rectilinear;
     bool isRaw = false;
 
@@ -34,12 +34,12 @@ struct Row {
         picture.wholeHeight = picture.height = height;
     }
     QSize Size() const { return {picture.width, picture.height}; }
-    /// Returns the width of the border where the ends of a ramp affect samples.
+    /// Returns the width of the border in which the picture's edges affect samples.
     double MarginPx() const { return isRaw || options.contains("sharp"_s) ? 4.0 : 0.0; }
     OraclePlaces At(int x, int y, double zoom) const { return OracleAt(blend, picture, projection, zoom, x, y); }
 };
 
-/// Returns an entry for a frame of 600 x 400 and the body in the DNG files.
+/// Returns an entry for a frame of 600 x 400 pixels and the camera body of the DNG files.
 ProfileEntry Entry()
 {
     ProfileEntry entry = made::Entry();
@@ -88,7 +88,7 @@ double FillZoom(const Row &row)
     return high;
 }
 
-using Ramp = std::function<double(double x, double y)>; // by the position in the current picture
+using Ramp = std::function<double(double x, double y)>; // light at a position in the picture
 
 void WriteRamp(const QString &path, const QSize &size, const Ramp &ramp)
 {
@@ -159,9 +159,9 @@ void Add(const char *name, const std::function<void(Row &)> &change)
     QTest::newRow(name) << row;
 }
 
-/// Sets up a picture between eight entries. The weights of the first ones are, at 25 mm between 20 and 40 mm, (1/25 -
-/// 1/40) / (1/20 - 1/40) = 0.6; at 1.5 m between 1 and 3 m, a half; for light only, at N^2 = 8 between f/2 and f/4,
-/// (1/8 - 1/16) / (1/4 - 1/16) = 1/3.
+/// Sets up a picture whose setting lies between those of eight entries. The lower entry of each pair has the weight
+/// (1/25 - 1/40) / (1/20 - 1/40) = 0.6 for 25 mm between 20 and 40 mm; 1/2 for 1.5 m between 1 and 3 m; and, for
+/// vignetting only, (1/8 - 1/16) / (1/4 - 1/16) = 1/3 for N^2 = 8 between f/2 and f/4.
 void SetBetween(Row &row)
 {
     row.entries.clear();
@@ -191,13 +191,13 @@ void FittedCoordinatesTest::everyPixelHasItsSourcePosition_data()
     QTest::addColumn<Row>("row");
     Add("half the profile's size", [](Row &) {});
     Add("the profile's size", [](Row &row) { row.SetSize(600, 400); });
-    Add("a fifth", [](Row &row) { row.SetSize(120, 80); });
-    Add("twice", [](Row &row) { row.SetSize(1200, 800); });
+    Add("a fifth of the profile's size", [](Row &row) { row.SetSize(120, 80); });
+    Add("twice the profile's size", [](Row &row) { row.SetSize(1200, 800); });
     Add("filled", [](Row &row) { row.options = "fill --sampling bilinear"_s; });
     Add("sharp", [](Row &row) { row.options = "keep --sampling sharp"_s; });
     Add("sharp, filled", [](Row &row) { row.options = "fill --sampling sharp"_s; });
     Add("between eight entries", SetBetween);
-    Add("strong terms", [](Row &row) {
+    Add("large coefficients", [](Row &row) {
         row.entries[0].green->coefficients = {-0.3, 0.2, -0.1};
         row.entries[0].green->tangential1 = 0.012;
         row.entries[0].green->tangential2 = -0.009;
@@ -230,15 +230,15 @@ void FittedCoordinatesTest::everyPixelHasItsSourcePosition_data()
 
 void FittedCoordinatesTest::AddOtherFrames()
 {
-    Add("a body with a smaller sensor, by the camera table", [](Row &row) {
+    Add("smaller sensor, from the camera table", [](Row &row) {
         row.entries[0].sensorFormatFactor = 1.0;
         row.metadata = {{"Exif.Image.Make", "Canon"}, {"Exif.Image.Model", "Canon EOS 40D"}};
         row.picture.ratio = 1.0L / 1.622L;
         row.picture.ownCenter = false;
     });
-    // The sensor's width is 3,000 px divided by the pixels per centimeter; the profile's long side is 36 mm.
-    const std::pair<const char *, double> bodies[] = {{"a sensor 0.6 times as wide, by the focal plane", 0.6},
-                                                      {"a sensor 1.039 times as wide, by the focal plane", 1.039}};
+    // The sensor's width is 3,000 px divided by the pixels per centimeter; the profile's frame is 36 mm wide.
+    const std::pair<const char *, double> bodies[] = {{"sensor 0.6 times as wide, from EXIF", 0.6},
+                                                      {"sensor 1.039 times as wide, from EXIF", 1.039}};
     for (const auto &[name, ratio] : bodies)
         Add(name, [q = ratio](Row &row) {
             row.entries[0].sensorFormatFactor = 1.0;
@@ -255,7 +255,7 @@ void FittedCoordinatesTest::AddOtherFrames()
         row.metadata["Exif.Photo.DigitalZoomRatio"] = "2/1";
         row.picture.ratio = 0.5L;
     });
-    Add("a crop mode", [](Row &row) { // without it, the equivalent of 24 mm is 36 mm on this body with factor 1.5
+    Add("crop mode", [](Row &row) { // uncropped, 24 mm on this body (factor 1.5) is equivalent to 36 mm
         row.metadata["Exif.Photo.FocalLengthIn35mmFilm"] = "54";
         row.picture.ratio = 36.0L / 54.0L;
     });
@@ -263,7 +263,7 @@ void FittedCoordinatesTest::AddOtherFrames()
         row.SetSize(320, 180);
         row.picture.ownCenter = false;
     });
-    Add("square", [](Row &row) { // cut from 3 : 2
+    Add("square", [](Row &row) { // cropped from 3 : 2
         row.SetSize(240, 240);
         row.picture.ratio = 2.0L / 3.0L;
         row.picture.ownCenter = false;
@@ -287,7 +287,7 @@ void FittedCoordinatesTest::AddOtherFrames()
     });
 }
 
-/// Returns the results of several pictures in one run.
+/// Corrects one picture per ramp in a single run and returns the results.
 std::vector<TiffRaster> FittedCoordinatesTest::Corrected(const Row &row, const QVector<Ramp> &ramps)
 {
     QString names;
@@ -340,7 +340,7 @@ void FittedCoordinatesTest::everyPixelHasItsSourcePosition()
                 const double gain = light(flat, x, y, c) / kFlat;
                 const double dx = (light(ofX, x, y, c) / gain - kLow) / kRange * right - double(places[c].x);
                 const double dy = (light(ofY, x, y, c) / gain - kLow) / kRange * bottom - double(places[c].y);
-                if (!(std::hypot(dx, dy) <= worst)) { // also for NaN
+                if (!(std::hypot(dx, dy) <= worst)) { // true for NaN too
                     worst = std::hypot(dx, dy);
                     where = "off by %1, %2 at %3, %4, channel %5"_s.arg(dx).arg(dy).arg(x).arg(y).arg(c);
                 }

@@ -1,5 +1,5 @@
-// Fitted corrections by the program: the profile that is used, where it comes from, messages about it, and runs without
-// a profile.
+// Tests of the program's fitted corrections: which profile is used, where it comes from, messages about it, and runs
+// without a profile.
 #include "Case.h"
 #include "FittedFiles.h"
 #include "ProgramTest.h"
@@ -18,7 +18,7 @@ namespace {
 
 const QString kFound = "lenses/deep/down/x.lcp"_s;
 
-/// Returns the first part of a value that doesn't match the schema; empty if all do. Supports only the keywords in use.
+/// Returns the first part of a value that doesn't match the schema, or "" if all do. Supports only the keywords in use.
 QString Mismatch(const QJsonValue &value, const QJsonObject &schema)
 {
     const QString text = value.toVariant().toString(), type = schema.value("type"_s).toString();
@@ -63,7 +63,7 @@ private Q_SLOTS:
     void lenses();
 };
 
-/// Makes pictures named after their metadata, and a folder with one profile of their lens among similar ones.
+/// Creates pictures named after their metadata, and a folder with a profile of their lens among those of similar ones.
 void FittedRunTest::init()
 {
     ProgramTest::init();
@@ -156,13 +156,14 @@ void FittedRunTest::correct()
     int from = 0;
     for (const QString &text : messages) {
         const int at = error.indexOf(text, from);
-        QVERIFY2(at >= 0, qPrintable(text + " is missing in: "_s + error));
+        QVERIFY2(at >= 0, qPrintable(text + " is missing from: "_s + error));
         from = at + text.size();
     }
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
 }
 
-/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterward.
+/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterward. Both
+/// give the same files.
 void FittedRunTest::whileDecoding()
 {
     const QSize sizes[] = {{1300, 900}, {900, 1300}, {1200, 1000}};
@@ -201,7 +202,7 @@ void FittedRunTest::records()
         {options + "-n named.jpg again.jpg none.jpg"_s, {"planned"_s, "corrected before"_s, "failed"_s}},
         {options + "named.jpg again.jpg none.jpg"_s, {"corrected"_s, "corrected before"_s, "failed"_s}},
         {options + "--skip-existing named.jpg ./named.jpg gone.jpg"_s, {"skipped"_s, "skipped"_s, "failed"_s}},
-        {"--plain --profile p.lcp a.jpg a.png"_s, {"failed"_s, "corrected"_s}}, // a conflict comes first
+        {"--plain --profile p.lcp a.jpg a.png"_s, {"failed"_s, "corrected"_s}}, // the conflict is reported first
     };
     QByteArray all;
     int made = 0;
@@ -237,7 +238,7 @@ void FittedRunTest::records()
     QVERIFY2(report.exitCode == 0 && report.output.startsWith("7 pictures: 2 corrected, "), report.output);
 }
 
-/// A run leaves a record from which later runs and other programs recognize the correction.
+/// A run leaves a record in the XMP by which later runs and other programs recognize the correction.
 void FittedRunTest::secondRun()
 {
     const QString first = "out/named_corrected.tiff"_s;
@@ -292,7 +293,7 @@ void FittedRunTest::info()
     const QJsonObject none = facts("none.jpg"_s);
     QVERIFY(none.value("noProfile"_s).toString().contains("IS III"_s) && !none.contains("profile"_s));
     QVERIFY(!none.value("nearest"_s).toArray().isEmpty());
-    // All facts typed for a picture without metadata: only profiles of the typed body fit.
+    // A picture without metadata, whose facts are all given as options: only profiles of the given body match.
     WriteJpeg(Path("bare.jpg"_s), 60, 40);
     const QJsonObject typed =
         QJsonDocument::fromJson(m_run

@@ -1,4 +1,4 @@
-// The host as a plug-in uses it: settings, descriptions of pictures, and access to their pixels.
+// Tests of the host as a plug-in uses it: descriptions of pictures, access to their pixels, and analytics.
 #include "app/HostApplication.h"
 
 #include "KImage.h"
@@ -34,13 +34,13 @@ void tst_HostApplication::returnsPixels()
     QCOMPARE(def->LockFullSize(true), image); // the same pixels; locks are counted
     def->UnlockFullSize(true);
     def->UnlockFullSize(true);
-    ImageDef::Delete(path); // as another user of the kernel may do: the host describes it again
+    ImageDef::Delete(path); // other users of the kernel may do this; the host then describes it again
     QCOMPARE(m_host->ImageDefOf(path)->nCols(), 7);
 
     WriteFile(none, "no picture");
     for (int i = 0; i < 2; ++i) // the second attempt starts over
         QVERIFY_EXCEPTION_THROWN(m_host->ImageDefOf(none)->LockFullSize(true), KException);
-    QVERIFY(!ImageDef::Find(none)); // the cache would own it too
+    QVERIFY(!ImageDef::Find(none)); // otherwise the cache would own it too
     m_host->Forget(none);
 }
 
@@ -53,7 +53,7 @@ void tst_HostApplication::analyticsIsOff()
 
 int main(int argc, char **argv)
 {
-    QTemporaryDir settings; // not the user's
+    QTemporaryDir settings; // instead of the user's
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(settings.path()));
     ChooseDisplayless();
     HostApplication application(argc, argv);

@@ -1,5 +1,5 @@
-// The program as a host: the order of calls, seen by a plug-in that records them and misbehaves; outputs;
-// interruptions; unusual environments, such as no display, home folder or locale, a terminal, odd file names.
+// Tests of the program as a host: the order of calls, recorded by a plug-in that can also misbehave; outputs;
+// interruptions; a terminal; odd file names; unusual environments, such as no display, home folder or locale.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -74,7 +74,7 @@ void HostRunTest::callsInOrder()
 void HostRunTest::recordHasChosenCorrections()
 {
     const struct {
-        const char *switches, *models, *flags; // models of the profile (d, c, v); Disto CA Falloff, empty: a failure
+        const char *switches, *models, *flags; // models in the profile (d, c, v); Disto CA Falloff, or "": failure
         const char *cut = "", *patch = "";     // a piece of the profile, and its replacement
     } rows[] = {
         {"", "dcv", "1 1 1"},
@@ -91,7 +91,7 @@ void HostRunTest::recordHasChosenCorrections()
         {"", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
         {"", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"}, // not a number
         {"", "v", "0 0 1", "Perspective", "Fisheye"},                 // without coefficients
-        {"", "dcv", "", "ImageXCenter", "Other"},                     // would be the top left corner
+        {"", "dcv", "", "ImageXCenter", "Other"},                     // 0 would be the top left corner
     };
     for (const auto &row : rows) {
         const auto has = [&](char model) { return std::strchr(row.models, model) != nullptr; };
@@ -112,7 +112,7 @@ void HostRunTest::recordHasChosenCorrections()
 void HostRunTest::failsWithOneLine()
 {
     const std::pair<const char *, QString> rows[] = {
-        {"kernel exception", "first line second line about \"%1\""_s.arg(Path(kOutput))}, // not a private folder's name
+        {"kernel exception", "first line second line about \"%1\""_s.arg(Path(kOutput))}, // not the work folder's path
         {"out of memory", "not enough memory"_s},
         {"standard exception", "ran into something"_s},
         {"other exception", "failed for an unknown reason"_s},
@@ -191,7 +191,7 @@ void HostRunTest::replacedFile()
     QVERIFY(QDir::setCurrent("/"_s));
 }
 
-/// Uses the real plug-in, which makes one process per thread; one picture in between fails.
+/// Uses the real plug-in, which makes one process object per thread. One of the pictures fails.
 void HostRunTest::parallelRunsGiveTheSameFiles()
 {
     QString pictures;
@@ -209,7 +209,7 @@ void HostRunTest::parallelRunsGiveTheSameFiles()
     QVERIFY2(together.summary.startsWith("5 corrected, 0 skipped, 1 failed in "_s), together.error);
     const QStringList names = Names(Path("alone"_s));
     QCOMPARE(names.size(), 5);
-    QCOMPARE(Names(Path("together"_s)), names); // and no private folder left
+    QCOMPARE(Names(Path("together"_s)), names); // and no work folder is left
     for (const QString &name : names)
         QVERIFY2(ReadFile(Path("together/"_s + name)) == ReadFile(Path("alone/"_s + name)), qPrintable(name));
 }
@@ -254,7 +254,7 @@ void HostRunTest::interruptionLeavesNothing()
             QVERIFY(!m_run->waitForFinished(500) && halfDone()); // a reaction would take a few milliseconds
             ::kill(process, SIGTERM);
         }
-        QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends too
+        QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell loop ends too
         QCOMPARE(Made(), QStringList(kOutput));
         QCOMPARE(ReadFile(Path(kOutput)), QByteArray("old"));
     }
@@ -375,7 +375,7 @@ void HostRunTest::progressOnTerminal()
     QVERIFY(QDir(m_dir->path()).mkdir("\x1b[2J"_s));
     const QString line =
         m_run->program + " correct --plain --overwrite -j 2 --profile p.lcp -o '\x1b[2J' a.jpg none.jpg"_s;
-    m_run->program = "script"_s; // runs its command on a terminal, and copies what appears there
+    m_run->program = "script"_s; // runs its command in a pseudo-terminal and copies the output
     for (const QString &terminal : {"xterm"_s, "dumb"_s}) {
         const Case named(terminal);
         m_run->Set("TERM", terminal);
@@ -400,10 +400,10 @@ void HostRunTest::failuresPrintOneLine_data()
         QTest::newRow(qPrintable(file)) << plugin + file << why.arg(file);
     QTest::newRow("no profile") << "correct --plain a.jpg"_s
                                 << "a.jpg: "_s;
-    QTest::newRow("file name with controls") << "correct --plain --profile p.lcp no\n\033[2Jsuch.jpg"_s
-                                             << "no"_s;
-    QTest::newRow("full output") << "profile p.lcp"_s
-                                 << "cannot write to standard output"_s;
+    QTest::newRow("file name with control characters") << "correct --plain --profile p.lcp no\n\033[2Jsuch.jpg"_s
+                                                       << "no"_s;
+    QTest::newRow("full output device") << "profile p.lcp"_s
+                                        << "cannot write to standard output"_s;
 }
 
 void HostRunTest::failuresPrintOneLine()

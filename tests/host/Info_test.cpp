@@ -1,4 +1,4 @@
-// `vitrelux info`: facts about pictures, and the profiles found for them.
+// Tests of `vitrelux info`: facts about pictures, and the profiles found for them.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -15,7 +15,8 @@ namespace {
 
 const QString kProfile = "lenses/Canon/Canon EOS 40D (Canon EF-S 10-22mm).lcp"_s;
 
-/// Returns the EXIF of a Canon EOS 40D with the lens "SHORTEST LONGEST NUMBER".
+/// Returns the EXIF data of a Canon EOS 40D. @p longAndShort is "LONGEST SHORTEST UNIT" (focal lengths of the lens, and
+/// their units per mm), @p number the lens type.
 Exiv2::ExifData CanonExif(const char *longAndShort, uint16_t number)
 {
     Exiv2::ExifData exif;
@@ -26,7 +27,7 @@ Exiv2::ExifData CanonExif(const char *longAndShort, uint16_t number)
     exif["Exif.Photo.ExposureTime"] = Exiv2::Rational(1, 160);
     exif["Exif.Photo.FNumber"] = Exiv2::Rational(71, 10);
     exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(100);
-    exif["Exif.Photo.DateTimeOriginal"] = "2008:07:30 15:56:01"; // daylight saving time, where it exists
+    exif["Exif.Photo.DateTimeOriginal"] = "2008:07:30 15:56:01"; // daylight saving time must not shift it
     exif["Exif.GPSInfo.GPSLatitude"] = "45/1 30/1 15/1";
     exif["Exif.GPSInfo.GPSLatitudeRef"] = "S";
     exif["Exif.GPSInfo.GPSLongitude"] = "11/1 15/1 0/1";
@@ -36,7 +37,7 @@ Exiv2::ExifData CanonExif(const char *longAndShort, uint16_t number)
     return exif;
 }
 
-void GiveExif(const QString &path, const Exiv2::ExifData &exif)
+void SetExif(const QString &path, const Exiv2::ExifData &exif)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
     image->setExifData(exif);
@@ -65,13 +66,13 @@ private:
     }
 };
 
-/// Makes a picture that has a profile, and sets a time zone with daylight saving.
+/// Creates a picture with a matching profile, and sets a time zone with daylight saving time.
 void InfoTest::init()
 {
     ProgramTest::init();
     for (const QString &folder : {"lenses/Canon"_s, "tmp"_s, "config/Brelt"_s})
         QVERIFY2(QDir().mkpath(Path(folder)), qPrintable(folder));
-    GiveExif(Path("a.jpg"_s), CanonExif("22 10 1", 235));
+    SetExif(Path("a.jpg"_s), CanonExif("22 10 1", 235));
     QVERIFY(QFile::copy(Path("p.lcp"_s), Path(kProfile)));
     m_run->Set("TMPDIR", Path("tmp"_s));
     m_run->Set("XDG_CONFIG_HOME", Path("config"_s));
@@ -125,11 +126,11 @@ void InfoTest::text()
 void InfoTest::incompleteExif()
 {
     const struct {
-        const char *tag, *value, *key; // key: of the fact
-        double number;                 // 0: there is none
+        const char *tag, *value, *key; // key: name of the fact
+        double number;                 // 0: the fact is missing
     } rows[] = {
         {"Exif.Photo.ShutterSpeedValue", "740/100", "exposureTime", 0.00592}, // 2^-7.4 s
-        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34},                // of an unknown camera
+        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34},                // the camera is unknown
         {"Exif.Photo.FNumber", "4/1", "focalLength", 0},                      // no default of 50 mm
         {"Exif.GPSInfo.GPSLatitude", "0/0 0/0 0/0", "latitude", 0},
         {"Exif.GPSInfo.GPSLatitude", "45/1 0/1 0/1", "latitude", 45},
@@ -139,7 +140,7 @@ void InfoTest::incompleteExif()
         exif[row.tag] = row.value;
         exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
         exif["Exif.GPSInfo.GPSLongitude"] = "0/1 0/1 0/1";
-        GiveExif(Path("b.jpg"_s), exif);
+        SetExif(Path("b.jpg"_s), exif);
         const QJsonValue fact = Json("b.jpg"_s).value(QLatin1String(row.key));
         QVERIFY2(fact.isUndefined() == (row.number == 0) && qAbs(fact.toDouble() - row.number) < 1e-5, row.value);
     }
@@ -162,7 +163,7 @@ void InfoTest::profile()
             Exiv2::ExifData exif = CanonExif(row.lens, row.number);
             exif["Exif.Image.Make"] = row.maker;
             exif["Exif.Photo.FocalLengthIn35mmFilm"] = uint16_t(32);
-            GiveExif(Path("b.jpg"_s), exif);
+            SetExif(Path("b.jpg"_s), exif);
         }
         const QString reason = Json("b.jpg"_s).value("noProfile"_s).toString();
         QVERIFY2(reason.contains(QLatin1String(row.why)), qPrintable(reason));
@@ -194,13 +195,13 @@ void InfoTest::storedFolder()
     QCOMPARE(ReadFile(settings), before);
     QVERIFY(Run("info --plain a.jpg --lens-path none"_s).output.contains("none: there is no profile folder"));
 
-    // The plug-in's default isn't an absolute path here, and must not select a folder among the pictures.
+    // The plug-in's default isn't an absolute path here; it must not select a folder next to the pictures.
     QVERIFY(QFile::remove(settings));
     QVERIFY(QDir().mkpath(Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0"_s)));
     QVERIFY(QFile::rename(Path("lenses/Canon"_s), Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/Canon"_s)));
     QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
 
-    QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would wait forever
+    QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would block forever
     QVERIFY(Run("info --plain a.jpg"_s).error.contains("ignored: not a regular file"));
     m_run->Set("TMPDIR", "/proc"_s); // no folder can be created there
     QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
@@ -211,7 +212,7 @@ void InfoTest::continuesAfterUnreadable()
     QImage gray(4, 3, QImage::Format_Grayscale8);
     gray.fill(100);
     QVERIFY(gray.save(Path("gray.jpg"_s)));
-    GiveExif(Path("gray.jpg"_s), CanonExif("22 10 1", 235));
+    SetExif(Path("gray.jpg"_s), CanonExif("22 10 1", 235));
     WriteFile(Path("bad.jpg"_s), "no picture");
     const ProgramResult result = Run("info bad.jpg gone.jpg gray.jpg"_s);
     QCOMPARE(result.exitCode, 1);

@@ -8,7 +8,7 @@ using Samples::Point;
 
 namespace {
 
-/// Checks red, green and blue in this order: the warp stops at the first one outside.
+/// Updates the channels after the first one outside: the warp checks red, green and blue in this order and stops there.
 void EndAtOutside(OraclePixel *pixel)
 {
     Content rest = Content::Sampled;
@@ -61,7 +61,7 @@ OraclePixel LensOracle::At(Point at) const
         const OracleChannel all = warps ? channel(from) : OracleChannel{Content::Sampled, at};
         return {{all, all, all}, from};
     }
-    // Without distortion, green is copied from its own position and never sampled, so borders don't affect it.
+    // Without distortion, green is copied from the same position and never sampled, so borders don't affect it.
     const bool copied = warps == Chromatic;
     const Point green = copied ? at : Main(m_profile.green.value(), at);
     const auto shifted = [&](const std::optional<LensModel> &model) {

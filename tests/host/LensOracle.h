@@ -7,16 +7,16 @@
 
 enum Correction { Distortion = 1, Chromatic = 2, Vignetting = 4 };
 
-/// Error bound of float arithmetic in pictures of a few hundred pixels: a few roundings of 600 * 6e-8. Positions closer
-/// than this to a border may count as inside or outside.
+/// Error bound of float arithmetic in pictures of a few hundred pixels: a few rounding errors of 600 * 6e-8. Positions
+/// closer than this to a border may count as inside or outside.
 constexpr double kTolerancePx = 0.001;
 
-/// The content of a channel of a corrected pixel.
+/// Content of one channel of a corrected pixel.
 enum class Content {
-    Sampled, ///< the photograph at a position
+    Sampled, ///< sampled from the source
     Border,  ///< black: the position has no neighbor to the right or below
-    Outside, ///< black: the position is outside
-    Kept,    ///< the previous value: an earlier channel was outside
+    Outside, ///< black: the position is outside the source
+    Kept,    ///< the previous value, because an earlier channel was outside
     Unsure,  ///< too close to a border to decide
 };
 
@@ -32,10 +32,10 @@ struct OraclePixel {
     bool Holds(Content content) const;
 };
 
-/// Pictures have the size of the profile, in its landscape frame.
+/// Oracle for pictures of the profile's size, in its landscape frame.
 class LensOracle {
 public:
-    /// @param corrections  any of Correction; @p profile must outlive the oracle
+    /// @param corrections  flags of Correction; @p profile must outlive the oracle
     LensOracle(const Samples::LensProfile &profile, int corrections)
         : m_profile(profile), m_corrections(corrections) { }
 

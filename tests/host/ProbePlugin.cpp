@@ -1,4 +1,4 @@
-// A plug-in that replaces the real one, records its calls and can fail like a broken plug-in.
+// Plug-in that takes the place of the real one, records the calls it gets, and can misbehave.
 //
 // VITRELUX_PROBE chooses what Process does; VITRELUX_PROBE_NOTES names the file that records the calls.
 #include "Files.h"

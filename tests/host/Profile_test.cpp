@@ -1,4 +1,4 @@
-// `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
+// Tests of `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -38,7 +38,7 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &m
 
 const QByteArray kBent = R"(s:RadialDistortParam1="-0.1" s:RadialDistortParam2="0.02")";
 
-/// Returns a profile. The first line has no entry; each entry starts a line.
+/// Returns a profile. The first line has no entry; each entry starts a new line.
 QByteArray File(const QList<QByteArray> &entries)
 {
     QByteArray text = R"(<x:xmpmeta xmlns:x="adobe:ns:meta/" )"
@@ -56,14 +56,14 @@ QByteArray Bent(const QByteArray &values)
     return values + ">" + Model("PerspectiveModel", kBent);
 }
 
-/// Returns an entry with distortion by a single coefficient.
+/// Returns an entry with a single distortion coefficient.
 QByteArray Bent(double focalMm, double k)
 {
     return kFrame + Setting(focalMm, 3.0, 3.0) + ">"
         + Model("PerspectiveModel", "s:RadialDistortParam1=\"" + Number(k) + '"');
 }
 
-/// Writes a picture of 60x40 taken with the profiles' body.
+/// Writes a 60 x 40 picture taken with the profiles' camera body.
 void WritePicture(const QString &path, int focalMm)
 {
     WriteJpeg(path, 60, 40);
@@ -75,13 +75,13 @@ void WritePicture(const QString &path, int focalMm)
     image->writeMetadata();
 }
 
-/// Returns the weight of an entry at @p other for a picture at @p at: entries are blended linearly in 1/f.
+/// Returns the weight of the entry at @p other in its blend with the one at @p one, which is linear in 1/f.
 double WeightOfOther(double one, double other, double at)
 {
     return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
 }
 
-/// Reads values from a plot as a person would, by the axis labels.
+/// Reader of curves in a plot, which takes the scales from the axis labels, as a person would.
 class ReadPlot {
 public:
     explicit ReadPlot(const QByteArray &svg)
@@ -127,7 +127,7 @@ private:
         if (!isNumber)
             return;
         const double x = text.attribute("x"_s).toDouble(), y = text.attribute("y"_s).toDouble();
-        if (text.attribute("text-anchor"_s) == "end"_s) { // left of its grid line, half a letter's height below it
+        if (text.attribute("text-anchor"_s) == "end"_s) { // left of its grid line; the baseline is half a letter lower
             if (x != m_lastX)
                 m_values.append(Scale());
             m_values.last().append({y - 4.0, value});
@@ -166,7 +166,7 @@ private:
 
 } // namespace
 
-using Value = std::function<double(double)>; // of the radius in focal lengths
+using Value = std::function<double(double)>; // by the radius in focal lengths
 Q_DECLARE_METATYPE(Value)
 
 class tst_Profile : public ProgramTest {
@@ -199,7 +199,7 @@ void tst_Profile::grid()
                     kFrame + Setting(24, 0.5, 4) + ">" + Model("FisheyeModel", kBent)}));
     const ProgramResult result = Run("profile m.lcp"_s);
     QCOMPARE(result.exitCode, 0);
-    // Rows with settings equal within 1 % and 2 %; their apertures are in one row.
+    // Entries with the same models, focal lengths within 1 % and distances within 2 % share a row.
     const QByteArray expected = "  Focal length  Distance  Apertures  Models                Entries\n"
                                 "  24 mm         0.5 m     f/4        distortion (fisheye)  5\n"
                                 "  24 mm         3 m       f/2.8      distortion            2\n"
@@ -343,7 +343,7 @@ void tst_Profile::plot_data()
     QTest::addColumn<int>("panel");
     QTest::addColumn<int>("curve");
     QTest::addColumn<Value>("value");
-    QTest::addColumn<double>("end"); // share of the half diagonal where the curve ends
+    QTest::addColumn<double>("end"); // radius where the curve ends, in half diagonals
     const auto row = [](const char *name, const QByteArray &entry, int panel, int curve, const Value &value,
                         double end = 1.0) {
         QTest::newRow(name) << File({kFrame + Setting(24, 3, 3) + ">" + entry}) << panel << curve << value << end;
@@ -354,7 +354,7 @@ void tst_Profile::plot_data()
         + Model("VignetteModel", R"(s:VignetteModelParam1="-0.75" s:VignetteModelParam2="0.2")");
     const QByteArray all = Model("PerspectiveModel", kBent, models);
     row("distortion", all, 0, 0, [](double u) { return 100.0 * (-0.1 * u * u + 0.02 * std::pow(u, 4)); });
-    row("fisheye against equidistant", Model("FisheyeModel", kBent), 0, 0,
+    row("fisheye relative to equidistant", Model("FisheyeModel", kBent), 0, 0,
         [](double u) { return 100.0 * (-0.1 * u * u + 0.02 * std::pow(u, 4)); });
     row("red", all, 1, 0, [](double u) { return kLongSide * u * (1.0004 * (1.0 + 0.0011 * u * u) - 1.0); });
     row("blue", all, 1, 1, [](double u) { return kLongSide * u * -0.0007 * u * u; });

@@ -23,10 +23,10 @@ ProgramRun::ProgramRun() : program(QStringLiteral(VITRELUX_PROGRAM))
         if (system.contains(name))
             m_environment.insert(name, system.value(name));
     }
-    // The leak checker would report that it suppresses Qt's leaks on standard error, which tests check.
+    // Otherwise the leak checker lists Qt's suppressed leaks on standard error, which tests check.
     const QString leaks = QStringLiteral("LSAN_OPTIONS");
     m_environment.insert(leaks, m_environment.value(leaks) + QStringLiteral(":print_suppressions=0"));
-    // Under a locale with a decimal comma, on which nothing that the program writes may depend.
+    // A locale with a decimal comma: nothing that the program writes may depend on it.
     m_environment.insert(QStringLiteral("LOCPATH"), QStringLiteral(VITRELUX_LOCALES));
     m_environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8"));
     setWorkingDirectory(QStringLiteral("/"));

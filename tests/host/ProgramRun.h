@@ -6,9 +6,9 @@
 
 #include <functional>
 
-/// The result of one run.
+/// Result of one run.
 struct ProgramResult {
-    int exitCode = -1; // -1: did not start, did not end in time, or ended by a signal
+    int exitCode = -1; // -1: did not start, did not end in time, or was ended by a signal
     int signal = 0;    // the signal that ended it
     QByteArray output;
     QByteArray error;
@@ -24,7 +24,7 @@ public:
     /// The program to start; it may in turn start vitrelux.
     QString program;
 
-    /// Called in the child before the program starts, for limits and dropped rights. Only plain system calls.
+    /// Called in the child process before the program starts, to set limits or drop rights. May only make system calls.
     std::function<void()> beforeStart;
 
     void Set(const char *variable, const QString &value);
@@ -39,5 +39,5 @@ private:
     QProcessEnvironment m_environment;
 };
 
-/// For ProgramRun::beforeStart: removes root's right to write everywhere; other users never have it.
+/// Makes root subject to file permissions, like other users; for ProgramRun::beforeStart.
 void RespectPermissions();

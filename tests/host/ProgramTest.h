@@ -1,4 +1,4 @@
-// Base of the program's tests: a folder with pictures and a profile, and runs of the program in it.
+// Base class of tests that run the program in a folder with pictures and a profile.
 #pragma once
 
 #include "ProgramRun.h"
@@ -7,7 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-/// Each test function gets a new folder with a.jpg and b.jpg of 60x40, and a matching p.lcp with all models.
+/// Each test function gets a new folder with a.jpg and b.jpg of 60 x 40 pixels, and a matching p.lcp with all models.
 class ProgramTest : public QObject {
     Q_OBJECT
 protected Q_SLOTS:
@@ -19,5 +19,5 @@ protected:
     ProgramResult Run(const QString &line) { return m_run->Run(line.split(QLatin1Char(' '), Qt::SkipEmptyParts)); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<ProgramRun> m_run; // for settings before Run
+    std::unique_ptr<ProgramRun> m_run; // to be configured before Run()
 };

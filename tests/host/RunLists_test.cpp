@@ -1,4 +1,4 @@
-// Input and output of a run: lists of pictures, output names, summaries of records.
+// Tests of the input and output of a run: lists of pictures, output names, summaries of records.
 #include "Case.h"
 #include "KException.h"
 #include "TestFiles.h"
@@ -106,7 +106,7 @@ void tst_RunLists::listThatCannotBeRead()
 
 void tst_RunLists::patterns_data()
 {
-    QTest::addColumn<QString>("output"); // of "in/a.b.jpg" with subpath "s"; "?": refused, with this text
+    QTest::addColumn<QString>("output"); // of "in/a.b.jpg" with subpath "s"; "?": refused, with the text after it
     QTest::newRow("{name}_corrected.tiff") << "out/s/a.b_corrected.tiff";
     QTest::newRow("{folder}-{name}.{ext}.TIF") << "out/s/in-a.b.jpg.TIF";
     QTest::newRow("{name}{name}.tif") << "out/s/a.ba.b.tif";
@@ -198,7 +198,7 @@ void tst_RunLists::summaries()
     QFETCH(QStringList, lines);
     const QString sum = SummaryOfReports(reports);
     for (const QString &line : qAsConst(lines))
-        QVERIFY2(sum.contains(line), qPrintable(line + " in\n"_s + sum));
+        QVERIFY2(sum.contains(line), qPrintable(line + " is missing from\n"_s + sum));
 }
 
 void tst_RunLists::recordsOfOtherPrograms()

@@ -1,4 +1,4 @@
-// A process for tests of the wizard that replaces the plug-in's.
+// Process object that takes the place of the plug-in's in tests of the wizard.
 #pragma once
 
 #include "KException.h"
@@ -14,9 +14,9 @@
 
 #include <atomic>
 
-/// Records its calls, and reports like a fitted process. Picture names choose the behavior: "bad" fails, "slow" waits
-/// for `go` and fails when it is interrupted, "none" finds no profile, "plain" reports nothing, "off" has no correction
-/// switched on.
+/// Process that records its calls and reports like a fitted one. Picture names choose the behavior: "bad" fails, "slow"
+/// waits for `go` and fails when it is interrupted, "none" finds no profile, "plain" reports nothing, "off" has all
+/// corrections switched off.
 class StandInProcess : public KIPluginOne2One {
 public:
     QString Name() const override { return "Stand-in"_s; }
@@ -92,5 +92,5 @@ public:
     QString profile, framing;
     QStringList calls; // on the GUI thread
     std::atomic<int> records{0};
-    static inline QSemaphore began{0}, go{0}; // of all processes
+    static inline QSemaphore began{0}, go{0}; // shared by all processes
 };

@@ -1,4 +1,4 @@
-// The desktop wizard with the real plug-in: choices for pictures, fitted profiles, languages, and the keyboard.
+// Tests of the wizard with the real plug-in: choices for pictures, fitted profiles, languages, and the keyboard.
 #include "WizardTest.h"
 #include "app/PluginLoader.h"
 #include "wizard/CompareDialog.h"
@@ -47,12 +47,12 @@ void tst_WizardPlugin::choicesStayWithTheirPictures()
     Next();
     QVERIFY(choices("a.jpg").corrections.distortion);
     QVERIFY(!choices("a.jpg").corrections.chromatic);
-    QVERIFY2(!choices("b.jpg").corrections.Any(), "a new picture has the stored settings");
+    QVERIFY2(!choices("b.jpg").corrections.Any(), "a new picture doesn't have the stored settings");
     list->setCurrentText("a.jpg"_s);
     QVERIFY(Find<QCheckBox>("m_cbDistortion")->isChecked());
     QTRY_VERIFY(CanGoOn());
     m_wizard->close();
-    m_wizard.reset(); // before the plug-in
+    m_wizard.reset(); // must be deleted before the plug-in
 }
 
 void tst_WizardPlugin::realPluginFits()
@@ -63,7 +63,7 @@ void tst_WizardPlugin::realPluginFits()
         {"found.jpg", {kLens, "50/1", "8/1"}},
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
         {"before.jpg", {kLens, "50/1", "8/1", true}},
-        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens in lensfun's database
     };
     for (const auto &[name, metadata] : pictures) {
         WriteJpeg(Path(name), 60, 40);
@@ -97,10 +97,10 @@ void tst_WizardPlugin::realPluginFits()
         QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(),
                  name); // a profile that was found is not stored as a choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
-        const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
+        const Corrections on = ReadParameters(record).corrections; // the defaults, because nothing else was stored
         QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
     }
-    m_wizard.reset(); // before the plug-in
+    m_wizard.reset(); // must be deleted before the plug-in
     QVERIFY(QFile::remove(Path("found_corrected.tiff")));
     QString problem; // of a run on an interrupted thread
     const std::unique_ptr<QThread> thread(QThread::create([&] {
@@ -120,7 +120,7 @@ void tst_WizardPlugin::realPluginFits()
     QVERIFY(!QFile::exists(Path("found_corrected.tiff")));
 }
 
-/// Opens the first row of the results with Return, zooms, and leaves with Escape.
+/// Opens the first result with Return, zooms, and closes the dialog with Escape.
 void tst_WizardPlugin::compareByKeyboard()
 {
     bool isDone = false;
@@ -155,12 +155,12 @@ void tst_WizardPlugin::compareByKeyboard()
 
 void tst_WizardPlugin::usesTheUsersLanguage_data()
 {
-    QTest::addColumn<QString>("ofPlugin"); // what its description contains
-    QTest::addColumn<QString>("ofWindow"); // and the window's title
+    QTest::addColumn<QString>("ofPlugin"); // part of the plug-in's description
+    QTest::addColumn<QString>("ofWindow"); // part of the window's title
     const auto row = [](const char *locale, const char *ofPlugin, const char *ofWindow) {
         QTest::newRow(locale) << QString::fromUtf8(ofPlugin) << QString::fromUtf8(ofWindow);
     };
-    row("fi_FI", "This plugin reuse", "lens correction"); // first: translators stay
+    row("fi_FI", "This plugin reuse", "lens correction"); // must come first: translators stay installed
     row("zh_TW", "描述檔", "鏡頭校正");
     row("zh_CN", "配置文件", "镜头校正");
     row("fr_FR", "profils", "correction d'objectif");
@@ -172,7 +172,7 @@ void tst_WizardPlugin::usesTheUsersLanguage_data()
     row("de_AT", "Verzeichnung", "korrektur");
 }
 
-/// All widgets on the page are reached with Tab in reading order; no two buttons or labels have the same shortcut key.
+/// Tab reaches all widgets on the page in reading order; no two buttons or labels have the same shortcut key.
 void tst_WizardPlugin::checkKeyboard() const
 {
     QMap<QString, QString> texts; // by key
@@ -210,7 +210,7 @@ void tst_WizardPlugin::usesTheUsersLanguage()
     Show({plugin.Process()}, QString());
     QVERIFY2(m_wizard->windowTitle().contains(ofWindow, Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
 
-    m_wizard->resize(1, 1); // the description of the plug-in's page is fully visible in a narrow window
+    m_wizard->resize(1, 1); // the description on the plug-in's page must be fully visible even in a narrow window
     WriteJpeg(Path("cut.jpg"), 60, 40);
     WriteMetadata(Path("cut.jpg"), {kLens, "50/1", "8/1"});
     WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
@@ -228,8 +228,8 @@ void tst_WizardPlugin::usesTheUsersLanguage()
     Next();
     checkKeyboard();
     QTRY_VERIFY(Close());
-    QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0])); // not its number
-    m_wizard.reset(); // before the plug-in
+    QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0])); // not a number
+    m_wizard.reset(); // must be deleted before the plug-in
 }
 
 int main(int argc, char **argv)

@@ -20,7 +20,7 @@ void WizardTest::cleanup()
     m_process->go.acquire(m_process->go.available());
     m_process->began.acquire(m_process->began.available());
     QCOMPARE(m_process->records.load(), 0);
-    QVERIFY(!m_process->page || !m_process->page->parent()); // returned, otherwise it would be deleted twice
+    QVERIFY(!m_process->page || !m_process->page->parent()); // must be returned, or it would be deleted twice
     for (const QWidget *window : QApplication::topLevelWidgets())
         QVERIFY2(!window->isVisible(), window->metaObject()->className());
 }

@@ -1,4 +1,4 @@
-// Base of the wizard's tests: a window, operated as by a user.
+// Base class of the wizard's tests, which operate its window as a user would.
 #pragma once
 
 #include "FittedFiles.h"
@@ -18,10 +18,10 @@
 class WizardTest : public QObject {
     Q_OBJECT
 public:
-    /// For main(). @return the exit code
+    /// Runs the tests; called by main(). Returns the exit code.
     template <typename Test> static int RunAll(int argc, char **argv)
     {
-        QTemporaryDir settings; // not the user's
+        QTemporaryDir settings; // instead of the user's
         for (const char *variable : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
             qputenv(variable, QFile::encodeName(settings.path()));
         InterruptGuard guard;
@@ -50,7 +50,7 @@ protected:
         m_wizard->button(QWizard::NextButton)->click();
     }
     bool CanGoOn() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
-    /// The rows of a list, each with its columns joined by '|'.
+    /// Returns the rows of a list, each with its columns joined by '|'.
     QStringList Rows(const char *list, int columns = 2) const
     {
         QStringList rows;
@@ -63,7 +63,7 @@ protected:
         }
         return rows;
     }
-    /// Starts with pictures of these names; missing ones are created.
+    /// Opens the wizard with pictures of these names; creates missing ones.
     void Show(const std::vector<KIPluginOne2One *> &processes, const QString &names,
               FittedCorrection *correction = nullptr);
     void Show(const QString &names) { Show({m_process.get()}, names); }

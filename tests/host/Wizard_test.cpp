@@ -1,4 +1,4 @@
-// Operates the wizard like a user, with a process that replaces the plug-in's.
+// Tests of the wizard, which operate it as a user would, with a process object in place of the plug-in's.
 #include "WizardTest.h"
 #include "wizard/RunPage.h"
 
@@ -20,12 +20,12 @@ public Q_SLOTS:
         m_opened = url;
         sigset_t blocked;
         pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-        QVERIFY(!sigismember(&blocked, SIGTERM)); // otherwise the file manager would ignore it
+        QVERIFY(!sigismember(&blocked, SIGTERM)); // otherwise the file manager would inherit the block
     }
 
 private Q_SLOTS:
     void picturesByDialogAndDrop();
-    void reportsTheResultOfEach();
+    void reportsEachResult();
     void replacesOnRequest();
     void savesAsChosen();
     void correctsSeveralAtATime();
@@ -60,7 +60,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     QCOMPARE(Rows("pictures", 1), QStringList({"b.jpg"_s, "c.jpg"_s, "a.jpg"_s, "d.jpg"_s}));
     QCOMPARE(Find<QLabel>("reading")->text(), "1 of 4 pictures read"_s);
     QTRY_COMPARE(Rows("pictures").at(2), "a.jpg|60 × 40"_s);
-    QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // why it is not a picture
+    QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // says why it is not a picture
     QVERIFY(Find<QLabel>("reading")->text().isEmpty());
     Drop({QUrl::fromLocalFile(m_dir->path())});
     QCOMPARE(Find<QLabel>("notice")->text(), "No new pictures were found."_s);
@@ -71,7 +71,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     m_wizard->close();
 }
 
-void tst_Wizard::reportsTheResultOfEach()
+void tst_Wizard::reportsEachResult()
 {
     const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg plain.jpg"_s;
     constexpr int kPictures = 9;
@@ -87,7 +87,7 @@ void tst_Wizard::reportsTheResultOfEach()
     QCOMPARE(rows[0], "good.jpg|Corrected: profile \"found.lcp\""_s + fit);
     QCOMPARE(rows[1], "bad.jpg|Failed: pixels are lost"_s);
     QVERIFY(rows[2].contains("already exists"_s));
-    QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
+    QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // names the picture with the same output
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
     QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // the user chose no profile
@@ -110,7 +110,7 @@ void tst_Wizard::reportsTheResultOfEach()
 
 void tst_Wizard::replacesOnRequest()
 {
-    m_process->page.reset(); // a process without a page: from the pictures directly to the run
+    m_process->page.reset(); // without a page, the run follows the list of pictures
     WriteFile(Path("there_corrected.tiff"), "old");
     Show("there.jpg"_s);
     Click("replace");
@@ -133,18 +133,18 @@ void tst_Wizard::savesAsChosen()
         folder->setText(wrong);
         QVERIFY2(!CanGoOn() && Find<QLabel>("notice")->text().contains(wrong), qPrintable(wrong));
     }
-    QVERIFY(!Find<QAbstractScrollArea>("pictures")->viewport()->acceptDrops()); // the page does
-    folder->setText("file://"_s + Path("in/out"));                              // as dropped
+    QVERIFY(!Find<QAbstractScrollArea>("pictures")->viewport()->acceptDrops()); // the page accepts them
+    folder->setText("file://"_s + Path("in/out"));                              // as inserted by a drop
     Find<QComboBox>("format")->setCurrentIndex(2);
     Next();
     QTRY_VERIFY(Close());
     for (const char *name : {"in/out/a_corrected.png", "in/out/sub/a_corrected.png"})
         QVERIFY2(ReadFile(Path(name)).endsWith("fillpng"), name);
-    Show(QString()); // the choices stay
+    Show(QString()); // remembers the choices
     QVERIFY(Find<QLineEdit>("outputFolder")->text().endsWith("/in/out"_s));
     QCOMPARE(Find<QComboBox>("format")->currentData(), "png"_s);
     Drop({QUrl::fromLocalFile(Path("in"))});
-    QCOMPARE(Rows("pictures", 1).size(), 2); // not the results
+    QCOMPARE(Rows("pictures", 1).size(), 2); // without the results
     m_wizard->close();
 }
 
@@ -163,7 +163,7 @@ void tst_Wizard::correctsSeveralAtATime()
              qPrintable(rows.join(QLatin1Char('\n'))));
     QCOMPARE(Find<QLabel>("state")->text(), "3 pictures corrected, 1 failed"_s);
     QCOMPARE(second.records.load(), 0);
-    m_wizard.reset(); // before the second process
+    m_wizard.reset(); // must be deleted before the second process
 }
 
 void tst_Wizard::stopsAtOnce_data()
@@ -206,7 +206,7 @@ void tst_Wizard::backKeepsChoices()
     Show("a.jpg"_s);
     Next();
     m_wizard->back();
-    Next(); // the same pictures: their records stay
+    Next(); // the same pictures: their records are kept
     m_wizard->back();
     m_wizard->Add({Path("b.jpg")});
     Next();

@@ -1,4 +1,4 @@
-// The camera and lens tables: parsing and looking up rows, and finding each real row.
+// Tests of the camera and lens tables: parsing, looking up rows, and finding each row of the real tables.
 #include "CameraProperties.h"
 #include "Case.h"
 #include "KImage.h"
@@ -11,17 +11,17 @@
 
 namespace {
 
-/// Replaces the real tables while an instance exists.
-class OwnTable {
+/// Table that replaces the real ones during its lifetime.
+class TestTable {
 public:
-    OwnTable(const char *name, const QByteArray &text)
+    TestTable(const char *name, const QByteArray &text)
     {
         QFile file(m_folder.filePath(QLatin1String(name)));
         if (file.open(QIODevice::WriteOnly))
             file.write(text);
         QDir::setSearchPaths(QStringLiteral("Data"), {m_folder.path()});
     }
-    ~OwnTable() { QDir::setSearchPaths(QStringLiteral("Data"), {QStringLiteral(":/Data")}); }
+    ~TestTable() { QDir::setSearchPaths(QStringLiteral("Data"), {QStringLiteral(":/Data")}); }
 
 private:
     QTemporaryDir m_folder;
@@ -57,9 +57,9 @@ private Q_SLOTS:
 
 void tst_DataTables::camera()
 {
-    const OwnTable table("cameras.txt",
-                         "stray text # of a line\n\n# comment\nCanon;A400;7\r\nCanon;A40;6\nEyedeas;S1;5.5   # each\n"
-                         "Four;F1;2;3\nSamsung SM-G920F;6.511\nBad;B1;abc\nCommented#;C1;2");
+    const TestTable table("cameras.txt",
+                          "stray text # of a line\n\n# comment\nCanon;A400;7\r\nCanon;A40;6\nEyedeas;S1;5.5   # each\n"
+                          "Four;F1;2;3\nSamsung SM-G920F;6.511\nBad;B1;abc\nCommented#;C1;2");
     const struct {
         const char *make, *model;
         float scale;
@@ -69,7 +69,7 @@ void tst_DataTables::camera()
                 {"Canon", "PowerShot G1", -1},
                 {"Canon", "A4", -1}, // shorter than the row's name
                 {"Eyedeas", "S1", 5.5F},
-                {"Four", "F1", -1}, // four cells, two cells
+                {"Four", "F1", -1}, // rows of four and two cells are ignored
                 {"Samsung SM-G920F", "6.511", -1},
                 {"Bad", "B1", -1},
                 {"", "", -1}};
@@ -81,13 +81,13 @@ void tst_DataTables::camera()
 
 void tst_DataTables::lens()
 {
-    const OwnTable table("lensid.txt",
-                         "8 8 121 3.6 3.6;Nikon;Fish;1 \n24 24 95;Canon;Shift;2.9\n50 50 1;Canon;Plain\n"
-                         "60 60 2;Canon;Odd;x\n10 20 137;Canon;Wide;0\n10 22 235;Canon;Wider;0 # widest\n"
-                         "15 15 13;Canon;A;1\n15 15 13;Canon;B;1\n1;Many;C;0;0\n1;Many\n 1 ; Padded ; Blank ;0\n");
+    const TestTable table("lensid.txt",
+                          "8 8 121 3.6 3.6;Nikon;Fish;1 \n24 24 95;Canon;Shift;2.9\n50 50 1;Canon;Plain\n"
+                          "60 60 2;Canon;Odd;x\n10 20 137;Canon;Wide;0\n10 22 235;Canon;Wider;0 # widest\n"
+                          "15 15 13;Canon;A;1\n15 15 13;Canon;B;1\n1;Many;C;0;0\n1;Many\n 1 ; Padded ; Blank ;0\n");
     LensIDProperties read;
     read.Initialize();
-    LensIDProperties lenses(read); // used concurrently by lookups
+    LensIDProperties lenses(read); // lookups use copies
     const struct {
         const char *make, *lensId, *names;
         int type;
@@ -96,10 +96,10 @@ void tst_DataTables::lens()
                 {"Canon", "50 50 1", "Plain", 0},
                 {"Canon", "60 60 2", "Odd", 0},
                 {"Canon", "10 2", "Wide,Wider", -1}, // part of several identifiers, in the table's order
-                {"Canon", "15 15 13", "A,B", -1},    // two fisheyes with one identifier
+                {"Canon", "15 15 13", "A,B", -1},    // two fisheyes with the same identifier
                 {"Canon", "99 99", "", -1},
                 {"Nikon", "", "Fish", 1},
-                {"Many", "", "", -1}, // five cells, two cells
+                {"Many", "", "", -1}, // rows of five and two cells are ignored
                 {" Padded ", " 1 ", " Blank ", 0}};
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
@@ -111,7 +111,7 @@ void tst_DataTables::lens()
 
 void tst_DataTables::missingTables()
 {
-    const OwnTable none("other.txt", QByteArray());
+    const TestTable none("other.txt", QByteArray());
     CameraProperties cameras;
     QCOMPARE(cameras.GetSensorSize(QStringLiteral("Canon"), QStringLiteral("A400")), -1.0F);
     LensIDProperties lenses;
@@ -121,7 +121,7 @@ void tst_DataTables::missingTables()
 
 void tst_DataTables::firstUseByManyThreads()
 {
-    const OwnTable table("lensid.txt", QByteArray("1;Canon;One;1\n") + QByteArray(200000, '#'));
+    const TestTable table("lensid.txt", QByteArray("1;Canon;One;1\n") + QByteArray(200000, '#'));
     LensIDProperties lenses;
     InThreads(4, [&lenses](int) { lenses.Initialize(); });
     QCOMPARE(lenses.isFisheyLens(QStringLiteral("Canon"), QStringLiteral("1")), 1); // reading twice would give two rows

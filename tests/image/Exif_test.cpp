@@ -1,4 +1,4 @@
-// EXIF texts converted to the shooting record and to a table.
+// Tests of EXIF: conversion of its texts to the shooting information and to a summary.
 #include "Case.h"
 #include "ExifTags.h"
 #include "ImageDef.h"
@@ -11,9 +11,9 @@
 
 namespace {
 
-/// Returns an image with these EXIF entries, "TAG=VALUE" or "TAG NAME=VALUE", separated by "|". They belong to the
-/// camera's block, to the GPS block with "g" before the tag, or to the layer's own with "o".
-std::unique_ptr<ImageDef> Analyse(const QByteArray &text, GFL_EXIF_DATAEX *raw = nullptr)
+/// Returns an image with these EXIF entries, "TAG=VALUE" or "TAG NAME=VALUE", separated by "|". An entry belongs to
+/// the camera's block; with "g" before the tag, to the GPS block; with "o", to the block of the image-file layer.
+std::unique_ptr<ImageDef> Analyze(const QByteArray &text, GFL_EXIF_DATAEX *raw = nullptr)
 {
     QByteArrayList names, values;
     std::vector<GFL_EXIF_ENTRY> items;
@@ -31,7 +31,7 @@ std::unique_ptr<ImageDef> Analyse(const QByteArray &text, GFL_EXIF_DATAEX *raw =
     return image;
 }
 
-/// Returns all fields that entries can fill, as "NAME=VALUE", numbers to six digits.
+/// Returns all fields that entries can fill, as "NAME=VALUE", with numbers to six digits.
 QStringList TextOf(const ImageDef &image)
 {
     const ShootingInformation &shooting = image.m_shooting;
@@ -86,7 +86,7 @@ private Q_SLOTS:
 
 void tst_Exif::number()
 {
-    // The last texts of the second line are not fractions, so the integer at their start is used.
+    // "5,6" and "5/0" are not valid fractions, so the integer at their start is used.
     const QString rows = QStringLiteral("1/250=0.004 -1/3=-0.33333334 0.5/2=0.25 0/0=0 4294967295/1000=4294967.295 "
                                         "5.6=5.6 800=800 5000000000=5e9 5,6=5 5/0=5 "
                                         "F5=0 =0 /=0 1e99.=0 nan.=0");
@@ -116,7 +116,7 @@ void tst_Exif::fields()
         {"37386=50.0 mm|41989=75", "trusted=1 focal35mm=75 ratio=1.5"},
         {"41989=75", "trusted=1 focal35mm=75 ratio=inf"},
         {"37386=inf|41989=nan", ""},
-        // A known camera takes precedence over its focal plane, here 4000 x 3000 pixels at 500 per unit: 8 x 6 units.
+        // A known camera takes precedence over the focal plane, here 4000 x 3000 pixels at 500 per unit: 8 x 6 units.
         {"271=Canon|272=Canon EOS 5D|37386=30|40962=4000|40963=3000|41486=500|41487=500|41488=cm",
          "trusted=1 focal35mm=30 maker=Canon model=Canon EOS 5D width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=Inch (2)",
@@ -124,20 +124,20 @@ void tst_Exif::fields()
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=cm",
          "trusted=1 focal35mm=21.6333 ratio=0.432666 width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=inch",
-         "trusted=1 focal35mm=216.333 ratio=4.32666 width=4000"}, // an unknown unit counts as a millimeter
+         "trusted=1 focal35mm=216.333 ratio=4.32666 width=4000"}, // unknown units count as millimeters
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500", "width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=0|41488=cm", "width=4000"},
         {"274=Top-left (1)", "orientation=1"},
         {"274=Top left (1)", ""},
         {"33434=1/250|37377=8", "time=0.004"},
-        {"37377=8", "time=8"},                                      // unconverted
+        {"37377=8", "time=8"},                                      // not converted from APEX
         {"33434=1/4|33437=2", "time=0.25 fNumber=2 value=2.77259"}, // ln 16
         {"33434=-1/4|33437=2", "time=-0.25 fNumber=2"},
         {"34855=400 200", "iso=400"},
         {"34855=99999999999", "iso=2147483647"},
         {"37380=-1/3", "bias=-0.333333"},
         {"40962=4000 px", "width=4000"},
-        {"o0 LensIDNumber=7", "lens=7"}, // the name's prefix decides
+        {"o0 LensIDNumber=7", "lens=7"}, // only the name's prefix matters
         {"o0 LensID=  10 22 235 ", "lens=10 22 235"},
         {"0 LensID=7", ""},
         {"o271 LensID=7", "maker=7"},
@@ -154,34 +154,34 @@ void tst_Exif::fields()
         {"g17=509/2", "direction=254.5"},
         {"g17=north", ""},
     };
-    const QStringList neutral = TextOf(*Analyse(""));
+    const QStringList neutral = TextOf(*Analyze(""));
     QCOMPARE(neutral.mid(0, 3), QStringLiteral("trusted=0 focal35mm=50 ratio=1").split(QLatin1Char(' ')));
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
-        QStringList texts = TextOf(*Analyse(row[0]));
+        QStringList texts = TextOf(*Analyze(row[0]));
         for (const QString &field : neutral)
             texts.removeOne(field);
         QCOMPARE(texts.join(QLatin1Char(' ')), QString::fromUtf8(row[1]));
     }
     const QByteArray digits(60000, '1'); // a search through all of them would take minutes
-    QCOMPARE(TextOf(*Analyse("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
+    QCOMPARE(TextOf(*Analyze("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
 }
 
 void tst_Exif::date()
 {
-    // The camera's clock is taken as local time without daylight saving.
+    // The camera's clock is interpreted as local time without daylight saving time.
     std::tm time = {};
     time.tm_year = 110;
     time.tm_mon = 6;
     time.tm_mday = 3;
     time.tm_hour = 18;
     const qint64 evening = std::mktime(&time);
-    const auto stamp = [](const char *value) { return Analyse(QByteArray("36867=") + value)->m_shooting.timestamp; };
+    const auto stamp = [](const char *value) { return Analyze(QByteArray("36867=") + value)->m_shooting.timestamp; };
     QCOMPARE(stamp("2010:07:03 18:00:00"), evening);
     QCOMPARE(stamp("2010:07:03 18"), evening);
     QCOMPARE(stamp("    :  :     :  :  "), 0);
     QCOMPARE(stamp("today"), 0);
-    QVERIFY(stamp("999999999999:1:1 0:0:0") >= 0); // at most nine digits of a year: no overflow
+    QVERIFY(stamp("999999999999:1:1 0:0:0") >= 0); // at most nine digits of the year are used: no overflow
 }
 
 void tst_Exif::comment()
@@ -199,7 +199,7 @@ void tst_Exif::comment()
         GFL_EXIF_ENTRYEX empty = {37510, 7, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, nullptr};
         GFL_EXIF_ENTRYEX node = {37510, 7, GFL_EXIF_CAMERA, 0, 0, quint32(bytes.size()), bytes.data(), &empty};
         GFL_EXIF_DATAEX raw = {&node, 0};
-        const auto image = Analyse("", &raw);
+        const auto image = Analyze("", &raw);
         const ShootingInformation &shooting = image->m_shooting;
         QCOMPARE(Angles({shooting.fovFirst, shooting.fovSecond, shooting.fovThird}), angles);
     }
@@ -225,7 +225,7 @@ void tst_Exif::privateRecord()
         bytes[qMin(row.length, std::size_t(128)) - 1] = 32;
         GFL_EXIF_ENTRYEX node = {65535, 7, row.block, 0, 0, quint32(row.length), bytes.data(), nullptr};
         GFL_EXIF_DATAEX raw = {&node, 0};
-        const auto image = Analyse("305=Stitcher", &raw);
+        const auto image = Analyze("305=Stitcher", &raw);
         const ShootingInformation &shooting = image->m_shooting;
         QCOMPARE(int(shooting.privateKind), row.foundKind);
         QCOMPARE(int(shooting.privateSubKind), row.subKind);
@@ -236,13 +236,13 @@ void tst_Exif::privateRecord()
 
 void tst_Exif::summary()
 {
-    const auto image = Analyse("271=%1 \"A\"|274=Top-left (1)|41488=Inch (2)|41488=furlong|33437=2.8");
+    const auto image = Analyze("271=%1 \"A\"|274=Top-left (1)|41488=Inch (2)|41488=furlong|33437=2.8");
     QCOMPARE(image->m_exifSummary, QStringLiteral("Maker: \"%1 \"A\"\";Focal plan res. unit inch;F Number: \"2.8\";"));
 }
 
 void tst_Exif::secondAnalysisResets()
 {
-    auto image = Analyse("271=Canon|41989=75|33434=1/4|305=Editor");
+    auto image = Analyze("271=Canon|41989=75|33434=1/4|305=Editor");
     image->AnalyseExif(nullptr, nullptr);
     QVERIFY(!image->HasExif() && image->m_exifSummary.isEmpty() && image->m_shooting.makerName.isEmpty());
     QCOMPARE(image->m_shooting.focal35mm, 0.0);

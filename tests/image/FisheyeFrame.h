@@ -7,7 +7,7 @@
 #include <cmath>
 #include <random>
 
-/// A frame of random content, in 8-bit RGB, with its true circle.
+/// Frame with random content, in 8-bit RGB, and its true circle.
 struct FisheyeFrame {
     double radius, offsetX, offsetY;
     KImage image;
@@ -16,7 +16,7 @@ struct FisheyeFrame {
         : image(width, height, GFL_RGB, 8, true, nullptr, 0), m_random(seed)
     {
         const double side = std::min(width, height), away = Uniform(0, 0.08) * side, towards = Uniform(0, 2 * M_PI);
-        radius = Uniform(0.40, 0.56) * side; // beyond 0.42, part of the circle is cut off
+        radius = Uniform(0.40, 0.56) * side; // above 0.42, part of the circle may be cut off
         offsetX = away * std::cos(towards);
         offsetY = away * std::sin(towards);
         DrawScene();
@@ -47,7 +47,7 @@ private:
         m_sun = Uniform(0, 2 * M_PI);
     }
 
-    /// Returns the scene's light at (x, y), in radii from the circle's center.
+    /// Returns the scene's brightness at (x, y), in radii from the circle's center.
     double Scene(double x, double y) const
     {
         double light =
@@ -58,7 +58,7 @@ private:
         return std::max(light, 5.0) * (1 - 0.97 * night) * (1 - 0.3 * (x * x + y * y));
     }
 
-    /// Returns the sun's glow and its ghosts on the opposite side: inside and outside the circle.
+    /// Returns the brightness of the sun's glow and of its ghosts on the opposite side, inside and outside the circle.
     double Flare(double x, double y) const
     {
         const double sunX = 0.8 * std::cos(m_sun), sunY = 0.8 * std::sin(m_sun);
@@ -73,7 +73,7 @@ private:
         const double inside = std::clamp((1 - std::hypot(x, y)) * radius + 0.5, 0.0, 1.0);
         const double light = inside * (inside > 0 ? Scene(x, y) : 0) + Flare(x, y) + 4;
         for (int c = 0; c < 3; ++c) {
-            const double noise = Uniform(-6, 6) + Uniform(-6, 6); // a standard deviation of 5
+            const double noise = Uniform(-6, 6) + Uniform(-6, 6); // standard deviation: 5
             rgb[c] = static_cast<unsigned char>(std::clamp(light * (1 - 0.1 * c) + noise, 0.0, 255.0));
         }
     }

@@ -1,5 +1,5 @@
-// Four threads lock, read and unlock random versions of twenty pictures under a small limit, while some pictures are
-// described again or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must not report anything either.
+// Stress test: four threads lock, read and unlock random versions of twenty pictures under a small memory limit, while
+// some pictures are reloaded or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must report nothing.
 #include "Case.h"
 #include "KOmp.h"
 #include "KTools.h"
@@ -17,16 +17,16 @@ namespace {
 
 constexpr int kPictures = 20, kThreads = 4, kWidth = 160, kHeight = 120;
 
-/// A picture in a unique gray, so that mixed-up pixels are detected.
+/// Picture of a unique gray level, so that mixed-up pixels are detected.
 struct Subject {
     QString path;
     ImageDef *image = nullptr;
     int generation = 0; // counts deletions
-    int grey = 0;
-    std::shared_mutex mutex; // exclusive for deleting and describing again, which must not overlap other calls
+    int gray = 0;
+    std::shared_mutex mutex; // exclusive for deleting and reloading, which must not overlap other calls
 };
 
-/// A lock held by a thread.
+/// Lock held by a thread.
 struct Held {
     Subject *subject;
     int generation;
@@ -35,18 +35,18 @@ struct Held {
     const KImage *pixels;
 };
 
-bool HasGrey(const KImage &image, int grey)
+bool HasGray(const KImage &image, int gray)
 {
     const unsigned char *last = image.getData(image.width() - 1, image.height() - 1);
     const int value = image.bitsPerComponent() == 8 ? *last : *reinterpret_cast<const quint16 *>(last) / 257;
-    return std::abs(value - grey) <= 1;
+    return std::abs(value - gray) <= 1;
 }
 
 class Worker {
 public:
     Worker(std::vector<Subject> *subjects, unsigned seed) : m_subjects(*subjects), m_random(seed) { }
 
-    /// @return the number of errors.
+    /// Returns the number of errors.
     int Run(std::chrono::steady_clock::time_point end)
     {
         while (std::chrono::steady_clock::now() < end) {
@@ -84,7 +84,7 @@ private:
         std::swap(m_held[std::size_t(Random(int(m_held.size())))], m_held.back());
         const Held held = m_held.back();
         m_held.pop_back();
-        m_faults += !HasGrey(*held.pixels, held.subject->grey); // even if the image was deleted in the meantime
+        m_faults += !HasGray(*held.pixels, held.subject->gray); // even if the image was deleted in the meantime
         const std::shared_lock<std::shared_mutex> inCall(held.subject->mutex);
         if (held.generation == held.subject->generation)
             held.subject->image->Unlock(held.width, held.height, held.nativeDepth);
@@ -158,9 +158,9 @@ void tst_ImageCacheStress::randomVersions()
         Subject &subject = subjects[std::size_t(i)];
         const int bits = i % 3 == 0 ? 8 : 16;
         subject.path = pictures.filePath(QString::number(i) + QLatin1String(i % 3 == 2 ? ".nef" : ".png"));
-        subject.grey = 10 * i;
+        subject.gray = 10 * i;
         const BitmapPtr bitmap = RandomBitmap(kWidth, kHeight, GFL_RGB, bits);
-        std::memset(bitmap->Data, subject.grey, std::size_t(bitmap->BytesPerLine) * kHeight); // 16 bits: 257 * gray
+        std::memset(bitmap->Data, subject.gray, std::size_t(bitmap->BytesPerLine) * kHeight); // 16 bits: 257 * gray
         const GFL_SAVE_PARAMS params = SaveParams("png", 1);
         QCOMPARE(gflSaveBitmapUTF8(subject.path.toUtf8().constData(), bitmap.get(), &params), int(GFL_NO_ERROR));
         subject.image = Picture(subject.path);

@@ -1,4 +1,4 @@
-// The image cache: eviction, sources of versions, disk copies of raw files, startup and shutdown.
+// Tests of the image cache: eviction, sources of versions, disk copies of raw files, startup and shutdown.
 #include "Case.h"
 #include "DngFile.h"
 #include "KTools.h"
@@ -81,7 +81,7 @@ void tst_ImageCache::eviction()
                 {1, "La Lb Ua", "b"},      // the older one is evicted as soon as it is unlocked
                 {1, "La Lb Lc Uc", "abc"}, // locked ones stay even above the limit
                 {1, "La La Lb Ua Ub", "ab"},
-                {0, "La Ua", "a"},                           // the last requested one stays, regardless of the limit
+                {0, "La Ua", "a"},                           // the last locked one stays, whatever the limit
                 {1, "La Ua Lb Ub Lc", "bc"},                 // a lock alone evicts nothing
                 {2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd"}, // evicts the least recently used
                 {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // evicts no more than necessary
@@ -134,12 +134,12 @@ void tst_ImageCache::smallerFromBigger()
     QCOMPARE(image->Lock(40, 30, true)->width(), 40);
     QVERIFY(Thrown([&] {
                 image->Lock(50, 20, true);
-            }).contains(QStringLiteral("GFL_ERROR"))); // as wide as the larger version
+            }).contains(QStringLiteral("GFL_ERROR"))); // as wide as a cached version: needs a larger one
     QVERIFY(Thrown([&] { image->Lock(100, 80, true); }).contains(QStringLiteral("GFL_ERROR")));
 
     WritePicture(path, "jpeg", 100, 80);
     QCOMPARE(image->LockFullSize(true)->width(), 100);
-    QCOMPARE(ItemOf(image)->m_versions.size(), 4); // 100, 50, 30, 40 wide
+    QCOMPARE(ItemOf(image)->m_versions.size(), 4); // with widths 100, 50, 30 and 40
 }
 
 void tst_ImageCache::sourcesOfVersions()
@@ -179,16 +179,16 @@ void tst_ImageCache::sourcesOfVersions()
         lockAll(); // loads evicted versions again
         QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
         pixels.resize(3);
-        QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
+        QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native depth, full and reduced; 8 bits
         QFile::rename(path, path + QStringLiteral(".away"));
-        WriteFile(path, "no picture"); // from here on, developing fails
+        WriteFile(path, "no picture"); // from here on, raw development fails
         if (!hasCopies) {
             QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
             continue;
         }
         lockAll();
         QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
-        QDir(Temporary()).removeRecursively(); // simulates a clean-up
+        QDir(Temporary()).removeRecursively(); // as a cleanup of temporary files would
         QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
         QDir().mkdir(Temporary());
         QFile::remove(path);
@@ -243,7 +243,8 @@ void tst_ImageCache::lockedPixelsOutliveImage()
     QCOMPARE(Cache().m_items.size(), 1);
 }
 
-/// Pixels are lent before they are decoded: other locks wait for them, and damage is forgotten with the last lock.
+/// Pixels can be handed out before they are decoded: other locks wait for them, and a failure is forgotten after the
+/// last unlock.
 void tst_ImageCache::pendingRows()
 {
     gflSetThreads(2);
@@ -262,7 +263,7 @@ void tst_ImageCache::pendingRows()
     {
         const auto refuse = qScopeGuard([] { gflAcceptPendingRows(0); });
         gflAcceptPendingRows(1);
-        KImage own; // of a host that reads pictures itself and knows nothing of pending rows
+        KImage own; // of a host that reads pictures itself and doesn't handle pending rows
         own.ID_Read(WritePicture(Path(QStringLiteral("own.jpg")), "jpeg", 3000, 4000), true);
         int ready = 0;
         QCOMPARE(gflWaitForRows(own.m_bitmap, 0, &ready), int(GFL_NO_ERROR));
@@ -278,7 +279,7 @@ void tst_ImageCache::pendingRows()
     image->ReleaseFromMemory();
 
     WriteFile(path, file.left(file.size() * 2 / 3));
-    const QString failure = Thrown([&] { // by the lock if decoding ended earlier
+    const QString failure = Thrown([&] { // thrown by the lock if decoding has already ended
         const KImage *const cut = lockEarly();
         const auto unlock = qScopeGuard([image] { image->UnlockFullSize(true); });
         cut->WaitForRows(900, path);
@@ -292,7 +293,7 @@ void tst_ImageCache::pendingRows()
 
 void tst_ImageCache::startWithHost()
 {
-    KImage::init(nullptr); // a second start does nothing
+    KImage::init(nullptr); // a second call does nothing
     Picture(WritePicture(Path(QStringLiteral("h.nef")), "png", 64, 48, GFL_RGB, 16))->LockFullSize(true);
     KImage::exit();
     QVERIFY(!KImageCache::ms_instance && !ImageDatas::settings && !KTools::ms_instances.log);

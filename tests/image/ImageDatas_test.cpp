@@ -14,7 +14,7 @@ namespace {
 
 using Pairs = QVector<QPair<QString, QVariant>>;
 
-/// Records the written settings, in order.
+/// Recorder of the written settings, in order.
 class Recorder : public KernelSettingsWriter {
 public:
     void Set(const QString &key, const QVariant &value) override { pairs.append({key, value}); }
@@ -30,7 +30,7 @@ Pairs Written(ImageDatas datas)
 
 using Member = std::variant<int ImageDatas::*, float ImageDatas::*, bool ImageDatas::*>;
 
-/// All stored settings, in the order of writing; each value differs from its default and from the others, except bools.
+/// All stored settings, in writing order. Except for bools, each value differs from its default and from the others.
 const struct {
     const char *name;
     Member member;
@@ -64,7 +64,7 @@ ImageDatas Unusual()
     return datas;
 }
 
-/// Returns what SaveSettings must write for Unusual().
+/// Returns the pairs that SaveSettings must write for Unusual().
 Pairs UnusualPairs()
 {
     Pairs pairs;
@@ -73,7 +73,7 @@ Pairs UnusualPairs()
     return pairs;
 }
 
-/// Returns a hand-written XML file: one level of elements per part of a key, with the value's text inside.
+/// Returns the settings as an XML file, with one level of elements per part of a key.
 QByteArray Xml(const Pairs &pairs)
 {
     QByteArray values;
@@ -143,7 +143,7 @@ void tst_ImageDatas::settingsSurvive()
     fromHash.LoadSettings(hash);
     fromXml.LoadSettings(xml);
     fromManager.LoadSettings(manager);
-    QCOMPARE(Written(m_shared), Written(ImageDatas())); // only the record itself changes
+    QCOMPARE(Written(m_shared), Written(ImageDatas())); // loading changes only the record itself
     m_shared.LoadSettings(hash);
     const std::pair<const char *, const ImageDatas *> loaded[] = {
         {"hash", &fromHash}, {"XML", &fromXml}, {"manager", &fromManager}, {"shared", &m_shared}};

@@ -1,4 +1,4 @@
-// Descriptions of files: refusals, settings, thumbnails, identity, and reloading.
+// Tests of file descriptions: refusals, settings, thumbnails, identity, and reloading.
 #include "Case.h"
 #include "DngFile.h"
 #include "Thrown.h"
@@ -33,7 +33,7 @@ void WriteTiff(const QString &path, int photometric, int channels, bool isTiled 
     TIFFClose(file);
 }
 
-/// Returns a Photoshop file of 2 by 2 pixels of 8 bits; @p mode 1 is gray, 4 CMYK, 9 Lab.
+/// Returns a Photoshop file of 2 x 2 pixels with 8 bits per channel; @p mode 1 is gray, 4 CMYK, 9 Lab.
 QByteArray Photoshop(char mode, char channels)
 {
     QByteArray file("8BPS\0\1\0\0\0\0\0\0\0", 13);
@@ -43,7 +43,8 @@ QByteArray Photoshop(char mode, char channels)
     return file + QByteArray(3 * 4 + 2, '\0') + QByteArray(4 * channels, '\x80');
 }
 
-/// Writes a JPEG of 6 by 4 pixels from a camera that isn't in the table, with a 35 mm focal length unless it is 0.
+/// Writes a JPEG of 6 x 4 pixels from a camera that isn't in the table. Its EXIF has focal lengths unless @p focal35mm
+/// is 0.
 QString WriteWithExif(const QString &path, int focal35mm, const char *make)
 {
     WritePicture(path, "jpeg", 6, 4);
@@ -60,8 +61,8 @@ QString WriteWithExif(const QString &path, int focal35mm, const char *make)
     return path;
 }
 
-/// Replaces the real table with lens kinds of two makers.
-void ReadOwnLensTable()
+/// Replaces the real table with one lens each of two makers.
+void ReadTestLensTable()
 {
     const QTemporaryDir folder;
     WriteFile(folder.filePath(QStringLiteral("lensid.txt")),
@@ -80,7 +81,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         KImage::init(nullptr);
-        ReadOwnLensTable();
+        ReadTestLensTable();
     }
     void cleanupTestCase() { KImage::exit(); }
     void init()
@@ -116,10 +117,8 @@ void tst_ImageDef::suffixes()
     const struct {
         const char *name;
         bool isPicture, isRaw, isHdr;
-    } rows[] = {{"a.JPG", true, false, false}, {"a.neF", true, true, false},
-                {"a.mos", true, true, false}, // otherwise untested suffix
-                {"a.EXR", true, false, true},  {"a.txt", false, false, false},
-                {"jpg", false, false, false}};
+    } rows[] = {{"a.JPG", true, false, false}, {"a.neF", true, true, false},   {"a.mos", true, true, false},
+                {"a.EXR", true, false, true},  {"a.txt", false, false, false}, {"jpg", false, false, false}};
     for (const auto &row : rows) {
         const Case named(row.name);
         const QString path = Path(row.name);
@@ -146,7 +145,7 @@ void tst_ImageDef::metadataBlocks()
         const auto has = [block](const char *name) { return std::strstr(block, name) != nullptr; };
         const QString path = WritePicture(Path("blocks.jpg"), "jpeg", 6, 4);
         const Exiv2::Image::AutoPtr file = Exiv2::ImageFactory::open(path.toStdString());
-        const QByteArray icc = QByteArray(128, 'i').replace(0, 4, QByteArray("\0\0\0\x80", 4)); // first: its length
+        const QByteArray icc = QByteArray(128, 'i').replace(0, 4, QByteArray("\0\0\0\x80", 4)); // its length
         Exiv2::DataBuf profile(reinterpret_cast<const Exiv2::byte *>(icc.constData()), icc.size());
         if (has("ICC"))
             file->setIccProfile(profile, /*bTestValid=*/false);
@@ -172,7 +171,7 @@ void tst_ImageDef::metadataBlocks()
     }
 }
 
-/// All functions that read pixels apply the camera raw settings, and none applies the EXIF orientation.
+/// All functions that read pixels apply the raw development settings, and none applies the EXIF orientation.
 void tst_ImageDef::rawFiles()
 {
     const QString path = Path("raw.dng");
@@ -245,7 +244,7 @@ void tst_ImageDef::exifModes()
         int mode;
         const char *make;     // of the file; null: it has no EXIF
         int focal35mm;        // 0: not in its EXIF
-        const char *expected; // whether EXIF counts, 35 mm focal length, ratio, coefficients, lens kind, whether dated
+        const char *expected; // whether EXIF is used, 35 mm focal length, ratio, coefficients, lens kind, has a date
     } rows[] = {{0, nullptr, 0, "0 0 0 0,0,0 0 0"},           {0, "Nobody", 60, "1 60 2 0,0,0 0 1"},
                 {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, short enough for a fisheye
                 {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // by the table
@@ -286,8 +285,8 @@ void tst_ImageDef::thumbnails()
 {
     const struct {
         QSize picture;
-        QSize standIn; // largest power of two, up to 32, that covers 128 by 128 in one direction
-        QSize real;    // reduced until one side fits in 128, at most 32 times
+        QSize standIn; // divided by the largest power of 2, up to 32, that leaves one side >= 128
+        QSize real;    // divided by the smallest power of 2, up to 32, that leaves one side <= 128
         QRect filled;  // part of the thumbnail that the picture fills
     } rows[] = {{{6000, 4000}, {187, 125}, {187, 125}, {0, 21, 128, 85}},
                 {{300, 600}, {75, 150}, {75, 150}, {32, 0, 64, 128}},
@@ -331,7 +330,7 @@ void tst_ImageDef::identity()
     QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
     QVERIFY(!Picture(Path("none.jpg")));
 
-    // Copies return the pixels of their own file, even without an identity or after describing another file.
+    // Copies return the pixels of the file that they describe, even without an ID or if they described another before.
     ImageDef *const other = Picture(WritePicture(Path("other.jpg"), "jpeg", 5, 4));
     ImageDef copy(*image), ofOther(*other);
     QVERIFY(copy.nCols() == 8 && copy.m_id.isEmpty());
@@ -368,7 +367,7 @@ void tst_ImageDef::reload()
     QVERIFY(!image->IsCached(20, 15, true));
     const KImage *const again = image->Lock(20, 15, true);
     QVERIFY(again != lent);
-    image->Unlock(20, 15, true); // whichever version it was: both stay
+    image->Unlock(20, 15, true); // unlocks either version; both stay
     QCOMPARE(lent->width() + again->width(), 40);
     image->Unlock(20, 15, true);
     image->ReleaseFromMemory();

@@ -1,4 +1,4 @@
-// Channels, blending, arithmetic and the bridges to Qt.
+// Tests of channels, blending, arithmetic, and conversions from and to Qt.
 #include "KImage.h"
 
 #include "Case.h"
@@ -13,14 +13,14 @@
 
 namespace {
 
-/// Returns whether @p got is @p value at another depth.
+/// Returns whether @p got is @p value converted to another depth.
 bool IsRescaled(double got, double value, const TestForm &from, const TestForm &to)
 {
     const double share = value / from.Full(), wanted = to.IsFloat() ? share : std::clamp(share, 0.0, 1.0) * to.Full();
     return std::fabs(got - wanted) <= (from.bits == to.bits ? 0 : to.IsFloat() ? 1e-6 : from.bits == 16 ? 1 : 0.505);
 }
 
-constexpr FormIndex kGreyForms[] = {k8uGrey, k16uGrey, k32fGrey};
+constexpr FormIndex kGrayForms[] = {k8uGray, k16uGray, k32fGray};
 
 } // namespace
 
@@ -53,11 +53,11 @@ void tst_KImageChannels::setAndExtract()
     for (const TestForm &form : kForms) {
         const Case named(form.name);
         for (int i = 0; i < 3 * form.channels; ++i) {
-            const TestForm &planeForm = kForms[kGreyForms[i % 3]];
+            const TestForm &planeForm = kForms[kGrayForms[i % 3]];
             TestImage plane(planeForm, 521, 2), target(form, 521, 2, 3), wanted(form, 521, 2, 3);
             TestImage extracted(planeForm, 521, 2);
             plane.FillWithNoise(1);
-            target.FillWithNoise(2); // longer than a run, rows not aligned
+            target.FillWithNoise(2); // rows are longer than a run and not aligned
             wanted.FillWithNoise(2);
             KImage before;
             target.image.ExtractChannel(before, planeForm.bits, i / 3);
@@ -71,7 +71,7 @@ void tst_KImageChannels::setAndExtract()
                 QVERIFY(IsRescaled(got, plane.Sample(x % 521, x / 521, 0), planeForm, form));
                 wanted.SetSample(x % 521, x / 521, i / 3, got);
             }
-            QVERIFY2(target.Bytes() == wanted.Bytes(), "another channel or a gap was written");
+            QVERIFY2(target.Bytes() == wanted.Bytes(), "another channel or the padding was written");
         }
     }
 }
@@ -120,7 +120,7 @@ void tst_KImageChannels::blendOntoItself()
         image.SetSample(0, y, 3, 255);
     }
     image.image.BlendTo(image.image, 0, 1);
-    for (int y = 0; y < 4; ++y) { // was the previous content, one row down
+    for (int y = 0; y < 4; ++y) { // the previous content, one row further down
         const Case named("row", y);
         QCOMPARE(image.Sample(0, y, 0), y == 0 ? 10.0 : 10.0 * y);
     }
@@ -138,7 +138,7 @@ void tst_KImageChannels::blendWithoutAlphaOverwrites()
 
 void tst_KImageChannels::operators()
 {
-    for (const FormIndex index : {k8uGrey, k8uRgb, k8uRgba, k32fGrey, k32fRgb, k32fRgba}) {
+    for (const FormIndex index : {k8uGray, k8uRgb, k8uRgba, k32fGray, k32fRgb, k32fRgba}) {
         const Case named(index);
         for (const char operation : {'-', '+', '*'}) {
             const TestForm &form = kForms[index];
@@ -155,7 +155,7 @@ void tst_KImageChannels::operators()
                 const int x = i / form.channels % 523, y = i / form.channels / 523, c = i % form.channels;
                 const double a = before.Sample(x, y, c), b = other.Sample(x, y, c), got = image.Sample(x, y, c);
                 const double exact = operation == '-' ? a - b : operation == '+' ? a + b : a * b;
-                const double share = form.IsFloat() ? 1 : operation == '*' ? 256 : 2; // 8 bits: halves, or 256ths
+                const double share = form.IsFloat() ? 1 : operation == '*' ? 256 : 2; // 8 bits: sum / 2, product / 256
                 const double wanted = form.IsFloat() ? exact : std::max(exact / share, 0.0);
                 QVERIFY(std::fabs(got - wanted) <= (form.IsFloat() ? 1e-6 : 0.5));
                 before.SetSample(x, y, c, got);
@@ -172,13 +172,13 @@ void tst_KImageChannels::factors()
         float factor;
         double in, colors, alpha;
     } rows[] = {
-        {k32fRgba, 0.5f, 0.5, 0.25, 0.5},                                  // float alpha stays
-        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},  {k8uRgba, 1.0f, 255, 254, 254}, // one part in 256 less
+        {k32fRgba, 0.5f, 0.5, 0.25, 0.5},                                  // float alpha is unchanged
+        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},  {k8uRgba, 1.0f, 255, 254, 254}, // 1/256 less
         {k8uRgb, 0.5f, 200, 99, 0},                                        // 200 * 127 / 256
-        {k8uGrey, 2.0f, 200, 255, 0},                                      // saturated
+        {k8uGray, 2.0f, 200, 255, 0},                                      // saturated
         {k8uRgba, 2.0f, 100, 199, 100},                                    // 100 * 510 / 256
-        {k8uGrey, -1.0f, 200, 0, 0},       {k16uRgba, 0.5f, 60000, 29999, 59999},
-        {k16uRgb, 1e30f, 60000, 65535, 0}, {k16uGrey, std::nanf(""), 60000, 0, 0},
+        {k8uGray, -1.0f, 200, 0, 0},       {k16uRgba, 0.5f, 60000, 29999, 59999},
+        {k16uRgb, 1e30f, 60000, 65535, 0}, {k16uGray, std::nanf(""), 60000, 0, 0},
     };
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
@@ -257,7 +257,7 @@ void tst_KImageChannels::fromQImage()
         reinterpret_cast<QRgb *>(picture.scanLine(1))[2] = qRgba(11, 22, 33, 44);
         const KImage image(picture);
         QCOMPARE(int(image.type()), int(GFL_RGBA));
-        const unsigned char wanted[] = {11, 22, 33, 44}; // also from RGB32, whose fourth byte has no meaning
+        const unsigned char wanted[] = {11, 22, 33, 44}; // even from RGB32, whose fourth byte is unused
         QVERIFY(std::equal(wanted, wanted + 4, image.getData(2, 1)));
     }
 }

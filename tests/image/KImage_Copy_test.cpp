@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A rectangle of one image and its position in another.
+/// Rectangle of one image and its position in another.
 struct Placement {
     int sourceWidth, sourceHeight, x, y;
     int width, height;
@@ -24,12 +24,11 @@ constexpr Placement kPlacements[] = {
     {1, 1, 0, 0, 1, 1, 1, 1, 0, 0, 0, 0},
     {7, 5, 0, 0, 7, 5, 7, 5, 0, 0, 8, 4},
     {31, 17, 5, 3, 13, 11, 29, 23, 7, 12, 12, 16},
-    {523, 2, 1, 0, 521, 2, 521, 3, 0, 1, 0, 4}, // a prime width, longer than a run of the conversion
+    {523, 2, 1, 0, 521, 2, 521, 3, 0, 1, 0, 4}, // a prime width, longer than one run of the conversion
     {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that are not aligned to components
 };
 
-/// Computes the result of the two steps for one pixel, in plain arithmetic on shares of the full range. @p out has the
-/// target's old samples.
+/// Computes the expected pixel in plain arithmetic on fractions of the full range: first its channels, then the depth.
 void ExpectedPixel(const TestForm &from, const double *in, const TestForm &to, double *out)
 {
     double share[4];
@@ -44,24 +43,25 @@ void ExpectedPixel(const TestForm &from, const double *in, const TestForm &to, d
         out[c] = (to.IsFloat() ? wanted[c] : std::clamp(wanted[c], 0.0, 1.0)) * to.Full();
 }
 
-/// Returns the maximum error of an integer: half a count per rounding.
+/// Returns the maximum error of a sample; for integers, half a count per rounding.
 double Tolerance(const TestForm &from, const TestForm &to)
 {
     if (to.IsFloat())
         return from.IsFloat() && (to.channels > 1 || from.channels == 1) ? 0 : 2e-7 * 2;
     if (from.bits == 16 && to.bits == 8)
         return 1;                       // fast conversion may be off by one
-    return to.bits == 16 ? 0.9 : 0.505; // gray weights in parts of 65,536 and 32,768
+    return to.bits == 16 ? 0.9 : 0.505; // gray weights are 65,536ths or 32,768ths
 }
 
+/// Pair of forms whose conversion doesn't make alpha opaque.
 struct AlphaDeviation {
     FormIndex from, to;
     double alpha; // negative: unchanged
 };
 constexpr AlphaDeviation kAlphaDeviations[] = {
-    {k16uGrey, k16uRgba, -1},
-    {k16uGrey, k32fRgba, -1},
-    {k32fGrey, k16uRgba, 255},
+    {k16uGray, k16uRgba, -1},
+    {k16uGray, k32fRgba, -1},
+    {k32fGray, k16uRgba, 255},
 };
 
 void ApplyDeviation(int from, int to, double oldAlpha, double *expected)
@@ -72,7 +72,7 @@ void ApplyDeviation(int from, int to, double oldAlpha, double *expected)
     }
 }
 
-/// A block of address space in which only accessed pages take memory.
+/// Block of address space in which only accessed pages take memory.
 class SparseBlock {
 public:
     explicit SparseBlock(size_t bytes)
@@ -101,7 +101,7 @@ private Q_SLOTS:
     void guards();
     void copyToIsClipped();
     void convertKeepsAWrappedBlock();
-    void convertOfDeepGreyIsOpaque();
+    void convertOfDeepGrayIsOpaque();
     void beyondFourGiB();
 };
 
@@ -140,14 +140,14 @@ void tst_KImageCopy::everyFormToEveryForm()
                     }
                 }
             }
-            QVERIFY2(target.Bytes() == wanted.Bytes(), "something around the rectangle was written");
+            QVERIFY2(target.Bytes() == wanted.Bytes(), "pixels around the rectangle were written");
         }
     }
 }
 
 void tst_KImageCopy::finerDepthsLoseNothing()
 {
-    const std::pair<FormIndex, FormIndex> rows[] = {{k8uGrey, k16uGrey}, {k8uGrey, k32fGrey}, {k16uGrey, k32fGrey}};
+    const std::pair<FormIndex, FormIndex> rows[] = {{k8uGray, k16uGray}, {k8uGray, k32fGray}, {k16uGray, k32fGray}};
     for (const auto &[coarse, fine] : rows) {
         const Case named(coarse, fine);
         const int count = int(kForms[coarse].Full()) + 1;
@@ -192,8 +192,8 @@ void tst_KImageCopy::guards()
         QString message;
     } crops[] = {
         {&source, &source, 0, 0, 1, 1, 1, 1, parameter},
-        {&empty, &empty, 0, 0, 1, 1, 0, 0, parameter}, // the first check
-        {&empty, &other, 0, 0, 1, 1, 0, 0, bitmap},    // the source's check
+        {&empty, &empty, 0, 0, 1, 1, 0, 0, parameter}, // the same image: checked first
+        {&empty, &other, 0, 0, 1, 1, 0, 0, bitmap},    // then the source is checked
         {&palette, &target, 0, 0, 1, 1, 0, 0, bitmap},
         {&source, &empty, 0, 0, 1, 1, 0, 0, parameter},
         {&source, &palette, 0, 0, 1, 1, 0, 0, parameter},
@@ -201,15 +201,15 @@ void tst_KImageCopy::guards()
         {&source, &target, 0, 0, 1, 1, 5, 0, parameter},
         {&source, &target, 0, 0, 1, 1, 0, 4, parameter},
         {&source, &target, 0, 0, 1, 1, 0, -1, parameter},
-        {&source, &target, 0, 0, 4, 1, 2, 0, parameter}, // beyond its rows and its end
+        {&source, &target, 0, 0, 4, 1, 2, 0, parameter}, // past its right and bottom edges
         {&source, &target, 0, 0, 1, 3, 0, 2, parameter},
         {&source, &target, -1, 0, 1, 1, 0, 0, parameter}, // left of the source
         {&source, &target, 8, 0, 0, 1, 0, 0, parameter},
         {&source, &target, 0, 6, 1, 1, 0, 0, parameter},
         {&source, &target, 0, -1, 1, 1, 0, 0, parameter},
-        {&source, &target, 5, 0, 4, 1, 0, 0, parameter}, // past its right edge
+        {&source, &target, 5, 0, 4, 1, 0, 0, parameter}, // past its right and bottom edges
         {&source, &target, 0, 5, 1, 2, 0, 0, parameter},
-        {&source, &target, 5, 0, std::numeric_limits<int>::max(), 1, 1, 0, parameter}, // wraps around
+        {&source, &target, 5, 0, std::numeric_limits<int>::max(), 1, 1, 0, parameter}, // the sum overflows
         {&source, &target, 0, 0, 0, -3, 0, 0, QStringLiteral("none")},
     };
     for (const auto &c : crops) {
@@ -241,7 +241,7 @@ void tst_KImageCopy::copyToIsClipped()
     } places[] = {{1, 2, 3, 2}, {6, 0, 1, 2}, {0, 4, 3, 1}, {6, 4, 1, 1}};
     for (const auto &place : places) {
         const Case named("column", place.x, "row", place.y);
-        TestImage source(kForms[k8uGrey], 3, 2), target(kForms[k8uGrey], 7, 5);
+        TestImage source(kForms[k8uGray], 3, 2), target(kForms[k8uGray], 7, 5);
         for (int i = 0; i < 6; ++i)
             source.SetSample(i % 3, i / 3, 0, 100 + i);
         source.image.CopyTo(target.image, place.x, place.y);
@@ -266,15 +266,15 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
     QCOMPARE(block[3], quint8(255));
 }
 
-// The only pair of forms whose alpha no step fills: an existing target keeps it, a new one must not have random alpha.
-void tst_KImageCopy::convertOfDeepGreyIsOpaque()
+/// No step of this conversion sets alpha: a target that already has the form keeps it, a new one must be opaque.
+void tst_KImageCopy::convertOfDeepGrayIsOpaque()
 {
     for (const int i : {0, 1, 2, 3}) {
         const Case named(i);
         const bool isDeep = i & 1, isKept = i & 2; // the target already has this shape
-        const KImage grey(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
+        const KImage gray(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
         KImage target(isKept ? 3 : 2, isKept ? 2 : 3, GFL_RGBA, isDeep ? 16 : 32, true, nullptr, 0); // alpha 0
-        grey.Convert(target, GFL_RGBA, isDeep ? 16 : 32);
+        gray.Convert(target, GFL_RGBA, isDeep ? 16 : 32);
         KImage alpha;
         target.ExtractAlpha(alpha, 8);
         for (int x = 0; x < 6; ++x)
@@ -284,19 +284,19 @@ void tst_KImageCopy::convertOfDeepGreyIsOpaque()
 
 void tst_KImageCopy::beyondFourGiB()
 {
-    const std::pair<int, int> sizes[] = {{8192, 40000}, {200 * 1000 * 1000, 2}}; // the last with rows beyond 2 GiB
+    const std::pair<int, int> sizes[] = {{8192, 40000}, {200 * 1000 * 1000, 2}}; // the last has rows over 2 GiB
     for (const auto &[width, height] : sizes) {
         const Case named(width, height);
         const size_t bytes = size_t(width) * size_t(height) * 16;
         const SparseBlock block(bytes);
         if (!block.Data())
-            QSKIP("no address space");
+            QSKIP("not enough address space");
         KImage large(width, height, GFL_RGBA, 32, /*clear=*/false, block.Data(), int(qint64(width) * 16));
         QCOMPARE(qint64(large.bytesPerLine()), qint64(width) * 16);
 
         TestImage patch(kForms[k16uRgb], 5, 2), back(kForms[k16uRgb], 5, 2);
         patch.FillWithNoise(3);
-        patch.image.CopyTo(large, width - 5, height - 2); // ends at the very last pixel, with a conversion
+        patch.image.CopyTo(large, width - 5, height - 2); // converts, and ends at the very last pixel
         const float *last = reinterpret_cast<const float *>(static_cast<unsigned char *>(block.Data()) + bytes) - 4;
         QCOMPARE(std::lround(last[0] * 65535.0f), std::lround(patch.Sample(4, 1, 0)));
         QCOMPARE(last[3], 1.0f);

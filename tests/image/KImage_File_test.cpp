@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Fills three 8-bit channels, which differ everywhere.
+/// Allocates an 8-bit RGB image and fills it with a ramp that differs between channels.
 void FillWithRamp(KImage &image, int width, int height)
 {
     image.AllocBitmap(width, height, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
@@ -87,7 +87,7 @@ void tst_KImageFile::errorTexts()
     const auto thrown = [](int error, const char *file) {
         return Thrown([&] { KImage().CheckIfGFLError(error, QString::fromLatin1(file), QStringLiteral("place")); });
     };
-    for (const int success : {0, 0x10000}) // low 16 bits only
+    for (const int success : {0, 0x10000}) // only the low 16 bits count
         QCOMPARE(thrown(success, "/x"), QStringLiteral("none"));
     QCOMPARE(thrown(6, "/a/b.jpg"), QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"/a/b.jpg\""));
     const std::pair<int, const char *> names[] = {
@@ -137,7 +137,7 @@ void tst_KImageFile::readsWhatItWrote()
     KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0), read; // reading replaces the old content
     FillWithRamp(image, 13, 7);
     const QString name = File("Größe ✓.tif");                // paths are Unicode
-    image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which the layer must allow explicitly
+    image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which KImage::init() enables
     KImage lzw;
     lzw.ID_Read(name, /*nativeDepth=*/true);
     QVERIFY(HasSamePixels(lzw, image));

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A frame of an equidistant 180-degree lens, gray with bright spots in known directions, in degrees.
+/// Frame of an equidistant 180-degree lens: gray, with bright spots in known directions (in degrees).
 constexpr double kRadius = 150, kOffsetX = 7.3, kOffsetY = -5.6;
 constexpr struct {
     double longitude, latitude;
@@ -38,7 +38,7 @@ void RenderSpots(TestImage &frame)
     }
 }
 
-/// Returns the centroid of the light above gray near a position, in pixels.
+/// Returns the centroid, in pixels, of the light above gray near a position.
 QPointF SpotNear(const TestImage &image, double x, double y)
 {
     double sum = 0, sumX = 0, sumY = 0;
@@ -78,7 +78,7 @@ void tst_KImageFisheye::findsTheCircle()
         found += off <= 0.005 * 320;
         if (seed > 0)
             continue;
-        // A radius given in advance may be off by a fifth.
+        // A nominal radius may be off by up to 20 %.
         for (const auto &[share, isNear] : {std::pair(1.18, true), {1.22, false}, {0.82, true}, {0.78, false}}) {
             double near, nearX, nearY;
             frame.image.GetCateyeRadiusOffset(near, nearX, nearY, radius / share);
@@ -93,7 +93,7 @@ void tst_KImageFisheye::findsNoCircle()
     const double nan = std::nan(""), infinity = INFINITY;
     const struct {
         int width, height;
-        double low, high; // of noise
+        double low, high; // of the noise
     } rows[] = {{1, 1, 0, 1},     {500, 1, 0, 1},         {200, 150, 0, 0},     {200, 150, 1, 1},
                 {200, 150, 0, 1}, {200, 150, 1e30, 1e38}, {200, 150, nan, nan}, {200, 150, infinity, infinity}};
     for (const auto &row : rows) {
@@ -117,7 +117,7 @@ void tst_KImageFisheye::sphere()
 {
     for (int i = 0; i < 6; ++i) {
         const Case named("i", i);
-        const FormIndex form = i < 2 ? k8uRgb : i < 4 ? k16uGrey : k32fRgba;
+        const FormIndex form = i < 2 ? k8uRgb : i < 4 ? k16uGray : k32fRgba;
         TestImage frame(kForms[form], 400, 330, 1), target(kForms[form == k8uRgb ? k8uRgba : k32fRgba], 600, 300);
         RenderSpots(frame);
         if (i % 2)
@@ -130,14 +130,14 @@ void tst_KImageFisheye::sphere()
             QVERIFY2(std::hypot(off.x(), off.y()) < 0.5,
                      qPrintable(QStringLiteral("%1, %2").arg(off.x()).arg(off.y())));
         }
-        QCOMPARE(target.Sample(10, 150, 3), 0.0); // outside the lens's view
+        QCOMPARE(target.Sample(10, 150, 3), 0.0); // outside the lens's field of view
         QCOMPARE(target.Sample(300, 10, 3), target.Form().Full());
     }
 }
 
 void tst_KImageFisheye::cleans()
 {
-    for (const FormIndex form : {k8uGrey, k16uRgba, k32fRgb}) {
+    for (const FormIndex form : {k8uGray, k16uRgba, k32fRgb}) {
         const Case named(kForms[form].name);
         TestImage frame(kForms[form], 41, 31, 3), threaded(kForms[form], 41, 31, 3);
         frame.FillWithNoise(1, 0.25);
@@ -187,14 +187,14 @@ void tst_KImageFisheye::paintsAndBends()
         QVERIFY2(std::abs(center() - 70) < 0.2, qPrintable(QString::number(center())));
         if (form.channels == 1)
             continue;
-        image.image.Optical2(0, 0, 0, 'G', 0.8f, 0); // from 0.8 of the radius
+        image.image.Optical2(0, 0, 0, 'G', 0.8f, 0); // samples at 0.8 times the radius
         QVERIFY2(std::abs(center() - (50 + 20 / 0.8)) < 0.3, qPrintable(QString::number(center())));
     }
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
     image.image.Optical(-20, 0, 0, 0, 0, 1);
     QCOMPARE(image.Sample(6, 4, 0), 0.0);       // the only inverse is a negative radius, on the other side
-    image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // and far off
+    image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // with the center far away
 }
 
 QTEST_GUILESS_MAIN(tst_KImageFisheye)

@@ -33,7 +33,7 @@ double AreaMean(const TestImage &source, double left, double right, double top, 
     return sum / ((right - left) * (bottom - top));
 }
 
-/// Interpolates the source between its pixel centers, with the outermost pixels repeated.
+/// Interpolates the source between its pixel centers, with edge pixels repeated.
 double Bilinear(const TestImage &source, double x, double y, int channel)
 {
     const int width = source.image.width(), height = source.image.height();
@@ -48,7 +48,7 @@ double Bilinear(const TestImage &source, double x, double y, int channel)
     return above * (1 - (y - top)) + below * (y - top);
 }
 
-/// Resizes and returns the result as a test image.
+/// Resizes @p source to the size of @p result and stores the pixels there.
 void Resized(TestImage &source, TestImage &result)
 {
     KImage target;
@@ -155,7 +155,7 @@ void tst_KImageGeometry::flatAndMean()
 
 void tst_KImageGeometry::rampStaysLinear()
 {
-    TestImage ramp(kForms[k32fGrey], 13, 7), result(kForms[k32fGrey], 53, 29);
+    TestImage ramp(kForms[k32fGray], 13, 7), result(kForms[k32fGray], 53, 29);
     for (int i = 0; i < 13 * 7; ++i)
         ramp.SetSample(i % 13, i / 13, 0, 2 * (i % 13) - 5 * (i / 13));
     Resized(ramp, result);
@@ -172,7 +172,7 @@ void tst_KImageGeometry::rampStaysLinear()
 void tst_KImageGeometry::inPlace()
 {
     KImage image(1000, 800, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    for (int i = 0; i < 2; ++i) { // the second call has nothing to do and loses nothing
+    for (int i = 0; i < 2; ++i) { // the second call changes nothing
         const Case named("i", i);
         image.Resize(image, 500, 400);
         QCOMPARE(QSize(image.width(), image.height()), QSize(500, 400));
@@ -213,7 +213,7 @@ void tst_KImageGeometry::unsupportedForms()
     QCOMPARE(Thrown([&] { image.Resize(target, -5, 5); }), QStringLiteral("Invalid Parameter"));
     KImage palette(10, 10, GFL_COLORS, 8, /*clear=*/false, nullptr, 0);
     std::fill_n(palette.getData(0, 0), 100, 9);
-    palette.Resize(target, 4, 4); // other forms become zero
+    palette.Resize(target, 4, 4); // unsupported forms become zero
     QCOMPARE(int(target.type()), int(GFL_COLORS));
     QCOMPARE(int(*target.getData(3, 3)), 0);
 }
@@ -225,11 +225,11 @@ void tst_KImageGeometry::cropHasNothingTransparent()
         bool (*isValid)(int x, int y);
         double leastShare; // of the image, for the rectangle
     } rows[] = {
-        // An ellipse: the largest rectangle covers half of the box, 2 / pi of the ellipse.
+        // An ellipse: the largest rectangle covers half of its bounding box, 2 / pi of the ellipse.
         {301, 200, [](int x, int y) { return std::hypot((x - 150) / 150.5, (y - 99.5) / 100.0) < 1; }, 0.45},
         {301, 200, // slanted
          [](int x, int y) { return y > x * 0.1 && y < 169 + x * 0.1 && x > 20 - y * 0.1 && x < 300 - y * 0.1; }, 0.6},
-        {301, 200, [](int x, int y) { return x >= 11 && x < 280 && y >= 7 && y < 190; }, 0.75}, // a frame
+        {301, 200, [](int x, int y) { return x >= 11 && x < 280 && y >= 7 && y < 190; }, 0.75}, // a rectangle
         {301, 200,                                                                              // a pincushion
          [](int x, int y) { return y >= 30 - std::abs(x - 150) / 6 && x >= 20 - std::abs(y - 100) / 6; }, 0.75},
         {17, 13, [](int x, int y) { return x + y >= 3 && x - y <= 13; }, 0.6},
@@ -264,14 +264,14 @@ void tst_KImageGeometry::fullAndEmptyCrop()
 
 void tst_KImageGeometry::knownCrops()
 {
-    // Columns 0 to 9 and from 95 on are transparent in every row. Row 0 has no effect, row d at most d * tan: once d *
-    // tan is 10, the left side is at 10, the right one at the last valid column.
+    // Columns 0 to 9 and 95 to 99 are transparent. A row at distance d from the top or bottom moves the sides inward by
+    // at most d * tan(angle), so rows far enough away move them to column 10 and to 94, the last valid one.
     const KImage image = MaskedImage(100, 80, [](int x, int) { return x >= 10 && x < 95; });
     const Crop crop = AutoCrop(image);
     QCOMPARE(crop.left, 10.0f);
     QCOMPARE(crop.right, 94.0f);
-    // The transparent columns have no valid row at all, so they push down from the top by d / tan, which is least at 79
-    // degrees: column 9 by 9 / tan(79), from the right column 95 (d = 4) by less.
+    // The transparent columns have no valid row, so each one moves top and bottom inward by d / tan(angle), which is
+    // least at 79 degrees: column 9 by 9 / tan(79), and on the right column 95 (d = 4) by less.
     const float reach = 9.0f / std::tan(79.0f * float(M_PI) / 180.0f);
     QVERIFY(std::fabs(crop.top - reach) < 1e-4f);
     QVERIFY(std::fabs(crop.bottom - (80 - reach)) < 1e-4f);

@@ -15,7 +15,7 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// Fills an image of one row with the same value in all colors of a pixel.
+/// Fills a one-row image with gray pixels of the given values.
 void FillRow(TestImage &image, const std::vector<double> &values, double alpha = 1)
 {
     for (size_t x = 0; x < values.size(); ++x) {
@@ -72,7 +72,7 @@ void tst_KImageTone::guards()
 {
     using Call = void (*)(KImage &);
     static KImage s_other(4, 1, GFL_GREY, 8, true, nullptr, 0), s_target;
-    static ImageSt s_grey;
+    static ImageSt s_gray;
     static float s_low, s_high;
     static double s_number;
     const auto thrown = [](int form, Call call) {
@@ -93,7 +93,7 @@ void tst_KImageTone::guards()
                         [](KImage &i) { i.unsharpFull(1, 1, s_target); },
                         [](KImage &i) { i.unsharpY(1, 1, s_target); },
                         [](KImage &i) { i.adjustColor(1, 1, 1); },
-                        [](KImage &i) { i.GetGrey(s_grey); },
+                        [](KImage &i) { i.GetGrey(s_gray); },
                         [](KImage &i) { i.Colorize(s_target, Qt::red, Qt::blue); },
                         [](KImage &i) { i.GetFisheyeRadiusOffset(s_number, s_number, s_number); },
                         [](KImage &i) { i.CleanFisheyeData(1, 0, 0); },
@@ -105,14 +105,14 @@ void tst_KImageTone::guards()
         const Case named("call", &call - all);
         QCOMPARE(thrown(-1, call), QStringLiteral("Invalid Bitmap"));
     }
-    // A mask of the same depth, no alpha, no floats, no circle, no columns.
+    // Refused: a mask of the same depth, no alpha, no floats, no circle, no columns.
     QCOMPARE(thrown(k8uRgba, all[0]), QStringLiteral("Invalid Bitmap"));
     for (int i = 1; i <= 3; ++i) {
         const Case named("call", i);
         QCOMPARE(thrown(k8uRgb, all[i]), QStringLiteral("Invalid Bitmap"));
     }
     KImage narrow(0, 3, GFL_RGB, 8, true, nullptr, 0);
-    QCOMPARE(Thrown([&] { narrow.GetGrey(s_grey); }), QStringLiteral("Invalid Bitmap"));
+    QCOMPARE(Thrown([&] { narrow.GetGrey(s_gray); }), QStringLiteral("Invalid Bitmap"));
 
     const std::pair<FormIndex, Call> wrong[] = {
         {k16uRgba, [](KImage &i) { i.CombineAlpha(KImage(3, 1, GFL_GREY, 8, true, nullptr, 0)); }},
@@ -156,9 +156,9 @@ void tst_KImageTone::alpha()
         }
         QCOMPARE(image.Sample(1, 0, 3), full);
 
-        // A mask of lower depth is converted; the float image's has 16 bits. With a mask of higher depth the bytes
-        // count as samples: here those of the second sample apply to the third pixel.
-        TestImage mask(kForms[form == k16uRgba ? k8uGrey : k16uGrey], 3, 1);
+        // A mask of lower depth is converted (16 bits for the float image). In a mask of higher depth, each byte counts
+        // as a sample: here those of the second sample apply to the third pixel.
+        TestImage mask(kForms[form == k16uRgba ? k8uGray : k16uGray], 3, 1);
         mask.SetSample(form == k8uRgba ? 1 : 2, 0, 0, form == k8uRgba ? 51 : std::floor(mask.Form().Full() / 5));
         image.image.CombineAlpha(mask.image);
         QVERIFY2(std::abs(image.Sample(2, 0, 3) / full - 0.2) < 0.005, kForms[form].name);
@@ -166,7 +166,7 @@ void tst_KImageTone::alpha()
     }
     const struct {
         FormIndex form;
-        double before[4], after[4]; // full / alpha times the colors, integers truncated
+        double before[4], after[4]; // colors * full / alpha, integers truncated
     } rows[] = {{k8uRgba, {100, 50, 200, 128}, {199, 99, 255, 255}},
                 {k16uRgba, {30000, 7, 40000, 32768}, {59999, 13, 65535, 65535}},
                 {k32fRgba, {0.25, -0.125, 0.75, 0.5}, {0.5, -0.25, 1.5, 1}}};
@@ -190,7 +190,8 @@ void tst_KImageTone::histograms()
     FillRow(image, {50, 100, 150, 100}, 0.2);
     KImage target;
     image.image.HistogramAuto(target);
-    const int stretched[] = {0, 127, 255, 127}, equalized[] = {0, 170, 255, 170}; // 9 of 12 samples are not the lowest
+    // Equalized: 6 of the 9 samples above 50 are 100, and 6 / 9 * 255 = 170.
+    const int stretched[] = {0, 127, 255, 127}, equalized[] = {0, 170, 255, 170};
     for (int x = 0; x < 4; ++x) {
         const Case named("column", x);
         QCOMPARE(int(target.getData(x, 0)[1]), stretched[x]);
@@ -213,10 +214,10 @@ void tst_KImageTone::histograms()
 
 void tst_KImageTone::dynamicRange()
 {
-    // The logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5 gives L = 0.18 / mean * v and white at 3 L.
+    // With the logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5, L(v) = 0.18 / mean * v, and white is L(3).
     const double mean = std::pow(1 * 3 * 3e-6 * 3e-6 * 3 * 0.5, 1 / 6.0), scaled = 0.18 / mean, white = 3 * scaled;
     const std::pair<int, double> rows[] = {
-        // Results for 1 in the range 0 to 3.
+        // Expected results for 1 in the range from 0 to 3.
         {KImage::HDR_LINEAR, 1 / 3.0},
         {KImage::HDR_LOGARITHMIC, 0.5},
         {KImage::HDR_REINHARD, scaled * (1 + scaled / (white * white)) / (1 + scaled)}};
@@ -224,7 +225,7 @@ void tst_KImageTone::dynamicRange()
         const Case named("mode", mode);
         TestImage image(kForms[k32fRgba], 7, 1, 2);
         FillRow(image, {1, 3, 0, kNan, kInfinity, 0.5, 90});
-        image.SetSample(6, 0, 3, 0); // hidden
+        image.SetSample(6, 0, 3, 0); // transparent
         float low, high;
         image.image.HDR_GetMinMax(low, high, /*onlyVisible=*/false);
         QCOMPARE(high, 90.0f);
@@ -263,17 +264,17 @@ void tst_KImageTone::colors()
     QVERIFY(std::abs(light.hsvHue() - (350 + 20 * 200 / 255 - 360)) <= 2); // through red, not through cyan
     QCOMPARE(light.value(), 200);
     image.image.adjustColor(1, 1, 0);
-    QCOMPARE(image.Sample(0, 0, 2), 60.0); // 0.299 of 200
-    ImageSt grey;
+    QCOMPARE(image.Sample(0, 0, 2), 60.0); // 0.299 * 200
+    ImageSt gray;
     komp_num_threads = 3;
-    image.image.GetGrey(grey);
+    image.image.GetGrey(gray);
     komp_num_threads = 1;
-    QVERIFY(std::abs(grey.samples[1] - 59 / 255.0f) < 1e-6f); // 0.587 of 100, rounded
+    QVERIFY(std::abs(gray.samples[1] - 59 / 255.0f) < 1e-6f); // 0.587 * 100, rounded
 }
 
 void tst_KImageTone::gaussian()
 {
-    for (const TestForm &form : kForms) { // a blurred edge is the normal distribution's integral
+    for (const TestForm &form : kForms) { // a blurred edge is the integral of the normal distribution
         const Case named(form.name);
         TestImage image(form, 40, 1, 1);
         FillRow(image, std::vector<double>(40, form.Full()), 1);
@@ -294,17 +295,17 @@ void tst_KImageTone::unsharpValues_data()
     QTest::addColumn<float>("amount");
     const std::pair<float, float> rows[] = {
         {0.0f, 1}, {0.1f, 1},  {0.66f, 1}, {0.7f, 1},      {2.0f, -0.5f},
-        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // 3 radius is below 5; a float would round to 5
+        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // 3 * radius is just below 5; a float would round to 5
     for (const auto &[radius, amount] : rows)
         QTest::addRow("radius %g, amount %g", double(radius), double(amount)) << radius << amount;
 }
 
-/// Compares a row with the definition: a Gaussian truncated to its kernel, over the row with repeated ends.
+/// Compares a row with the definition: a truncated Gaussian kernel, applied to the row with its ends repeated.
 void tst_KImageTone::unsharpValues()
 {
     QFETCH(float, radius);
     QFETCH(float, amount);
-    TestImage image(kForms[k32fGrey], 401, 1);
+    TestImage image(kForms[k32fGray], 401, 1);
     image.FillWithNoise(3);
     image.SetSample(200, 0, 0, 9); // reveals the truncation of the kernel
     const auto row = [](const TestImage &of) {
@@ -326,12 +327,12 @@ void tst_KImageTone::unsharpValues()
         QVERIFY2(std::abs(Sample(target, x, 0) - wanted[size_t(x)]) < 2e-5, qPrintable(QString::number(x)));
 }
 
-/// Colors of equal luminance stay unchanged; gray is sharpened like a plane.
+/// Colors of equal luminance stay unchanged; gray is sharpened like a gray image.
 void tst_KImageTone::unsharpOfLuminance()
 {
-    TestImage image(kForms[k32fRgb], 60, 1), plane(kForms[k32fGrey], 60, 1);
+    TestImage image(kForms[k32fRgb], 60, 1), plane(kForms[k32fGray], 60, 1);
     for (int x = 0; x < 60; ++x) {
-        const double colorful = x < 40 && x % 2 ? 0.5 : 0; // 0.299 of red and 0.114 of blue are in the luminance
+        const double colorful = x < 40 && x % 2 ? 0.5 : 0; // red and blue have weights of 0.299 and 0.114 in luminance
         const double values[] = {0.4 + 0.114 * colorful, 0.4, 0.4 - 0.299 * colorful};
         plane.SetSample(x, 0, 0, x < 50 ? 0.4 : 0.5);
         for (int c = 0; c < 3; ++c)
@@ -366,7 +367,7 @@ void tst_KImageTone::unsharpProperties()
         }
         if (kForms[form].channels != 4)
             continue;
-        // A flat picture next to transparent pixels of extreme colors stays flat, and those stay unchanged.
+        // A uniform area next to transparent pixels of extreme colors stays uniform; those pixels stay unchanged.
         for (const float radius : {1.5f, 9.0f}) { // the direct kernel, and the wide one
             for (int x = 0; x < 23; ++x) {
                 for (int y = 0; y < 11; ++y) {

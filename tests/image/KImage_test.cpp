@@ -36,9 +36,9 @@ void tst_KImage::record()
         int colorUsed;
     } rows[] = {
         {GFL_GREY, 1, 8, 1, 4, 256},   // one byte wide
-        {GFL_RGB, 801, 8, 3, 2404, 0}, // 2,403 bytes round up
-        {GFL_RGB, 3, 16, 3, 20, 0},    {GFL_RGBA, 10, 32, 4, 160, 0}, {GFL_COLORS, 5, 8, 1, 8, 256},
-        {0x0040, 4, 8, 3, 12, 0}, // a palette, and other orders of three and four channels
+        {GFL_RGB, 801, 8, 3, 2404, 0}, // 2,403 bytes, rounded up
+        {GFL_RGB, 3, 16, 3, 20, 0},    {GFL_RGBA, 10, 32, 4, 160, 0},
+        {GFL_COLORS, 5, 8, 1, 8, 256}, {0x0040, 4, 8, 3, 12, 0}, // other orders of three and four channels
         {0x2000, 4, 8, 4, 16, 0},
     };
     for (const auto &[type, width, bits, channels, stride, colorUsed] : rows) {
@@ -71,12 +71,12 @@ void tst_KImage::refusedShapes()
         QString message;
     } rows[] = {{4, 4, 0x0008, kInvalidParameter},         {4, 4, 0, kInvalidParameter},
                 {-4, 4, GFL_RGB, kInvalidParameter},       {4, -4, GFL_RGB, kInvalidParameter},
-                {0x10000001, 1, GFL_RGBA, memory}, // a row beyond 32 bits
+                {0x10000001, 1, GFL_RGBA, memory}, // the row size exceeds 32 bits
                 {0x0FFFFFFF, 0x7FFFFFFF, GFL_RGBA, memory}};
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-        for (int attempt = 0; attempt < 2; ++attempt) { // the first attempt leaves no image of that shape
+        for (int attempt = 0; attempt < 2; ++attempt) { // the first attempt must leave no image of that shape
             QCOMPARE(Thrown([&] {
                          image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), 32,
                                            /*clear=*/false, nullptr, 0);
@@ -149,7 +149,7 @@ void tst_KImage::copyOwnsItsPixels()
     QCOMPARE(QByteArray(copy.m_bitmap->Name), QByteArray("name"));
     QVERIFY(!copy.m_bitmap->Comment); // not copied
     KImage &same = copy;
-    copy = same; // becomes empty
+    copy = same; // self-assignment empties it
     QVERIFY(!copy.m_bitmap);
 }
 

@@ -1,4 +1,4 @@
-// The copies of metadata blocks that an image keeps.
+// Tests of the copies of metadata blocks that an image keeps.
 #include "KMetaData.h"
 
 #include "Case.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// One block of each kind, on the stack, with bytes of exact size.
+/// One block of each kind, on the stack, in buffers of exact size.
 struct Blocks {
     quint8 icc[3] = {1, 0, 3};
     char xmp[32] = "<x:m a:b='1'><c>text</c></x:m>";
@@ -80,7 +80,7 @@ void tst_KMetaData::ownBlockAsSource()
     data = itself;
     QCOMPARE(data.Xmp()->Length, blocks.xmpBlock.Length);
     QCOMPARE(data.Exifex()->Root->Data[0], quint8(42));
-    data.SetIptc(nullptr); // removes that one
+    data.SetIptc(nullptr); // removes only this block
     QVERIFY(!data.Iptc() && data.Exifex() && data.IccProfile() && data.Xmp());
 }
 
@@ -92,7 +92,7 @@ void tst_KMetaData::emptyBlocks()
     GFL_IPTC_ENTRY entry = {};
     GFL_IPTC_DATA endless = {0xFFFFFFFF, &entry}, withoutList = {2, nullptr};
     KMetaData data;
-    data.SetIptc(&endless); // size beyond 32 bits
+    data.SetIptc(&endless); // the size exceeds 32 bits
     QVERIFY(!data.Iptc());
     data.SetExifex(&exif);
     data.SetIptc(&iptc);
@@ -110,8 +110,8 @@ void tst_KMetaData::xmpTree()
     KMetaData data;
     QVERIFY(data.DomXmp().isNull());
     blocks.Fill(&data);
-    const QDomElement root = data.DomXmp();          // its document is destroyed
-    QCOMPARE(root.tagName(), QStringLiteral("x:m")); // names as written
+    const QDomElement root = data.DomXmp();          // outlives its document
+    QCOMPARE(root.tagName(), QStringLiteral("x:m")); // including the prefix
     QCOMPARE(root.attribute(QStringLiteral("a:b")), QStringLiteral("1"));
     QCOMPARE(root.elementsByTagName(QStringLiteral("c")).at(0).toElement().text(), QStringLiteral("text"));
     for (const QByteArray &bad : {QByteArray("<x"), QByteArray("\0\xff", 2), QByteArray("<a>").repeated(100000)}) {

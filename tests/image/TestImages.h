@@ -1,4 +1,4 @@
-// Images for tests: any form, stride and alignment, with samples as numbers.
+// Images of any form, stride and alignment for tests, with access to samples as numbers.
 #pragma once
 
 #include "KImage.h"
@@ -21,14 +21,14 @@ struct TestForm {
 };
 
 constexpr TestForm kForms[] = {
-    {"8u Grey", GFL_GREY, 8, 1},   {"8u RGB", GFL_RGB, 8, 3},   {"8u RGBA", GFL_RGBA, 8, 4},
-    {"16u Grey", GFL_GREY, 16, 1}, {"16u RGB", GFL_RGB, 16, 3}, {"16u RGBA", GFL_RGBA, 16, 4},
-    {"32f Grey", GFL_GREY, 32, 1}, {"32f RGB", GFL_RGB, 32, 3}, {"32f RGBA", GFL_RGBA, 32, 4},
+    {"8u gray", GFL_GREY, 8, 1},   {"8u RGB", GFL_RGB, 8, 3},   {"8u RGBA", GFL_RGBA, 8, 4},
+    {"16u gray", GFL_GREY, 16, 1}, {"16u RGB", GFL_RGB, 16, 3}, {"16u RGBA", GFL_RGBA, 16, 4},
+    {"32f gray", GFL_GREY, 32, 1}, {"32f RGB", GFL_RGB, 32, 3}, {"32f RGBA", GFL_RGBA, 32, 4},
 };
 constexpr int kFormCount = 9;
-enum FormIndex { k8uGrey, k8uRgb, k8uRgba, k16uGrey, k16uRgb, k16uRgba, k32fGrey, k32fRgb, k32fRgba };
+enum FormIndex { k8uGray, k8uRgb, k8uRgba, k16uGray, k16uRgb, k16uRgba, k32fGray, k32fRgb, k32fRgba };
 
-/// An image that wraps a block of this object, with @p paddingBytes extra between rows.
+/// Image that wraps a block of this object, with @p paddingBytes after each row.
 class TestImage {
 public:
     TestImage(const TestForm &form, int width, int height, int paddingBytes = 0)
@@ -61,7 +61,8 @@ public:
             Store(at, static_cast<float>(value));
     }
 
-    /// Fills with noise: full range for integers, @p low to @p high for floats; gaps between rows too.
+    /// Fills with noise: full range for integers, @p low to @p high for floats. The gaps between rows
+    /// are also filled.
     void FillWithNoise(unsigned seed, double low = -0.25, double high = 1.5)
     {
         std::mt19937 random(seed);
@@ -74,7 +75,7 @@ public:
         }
     }
 
-    /// Returns the rows with their gaps, and a guard area after them.
+    /// Returns the rows with the gaps between them, followed by a guard area.
     const std::vector<unsigned char> &Bytes() const { return m_bytes; }
     const TestForm &Form() const { return m_form; }
 

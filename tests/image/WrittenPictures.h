@@ -1,4 +1,4 @@
-// Small picture files for tests of descriptions and of the cache.
+// Small picture files for tests of file descriptions and of the image cache.
 #pragma once
 
 #include "Bitmaps.h"
@@ -8,7 +8,7 @@
 
 #include <QTemporaryDir>
 
-/// Writes random pixels; for JPEG a ramp.
+/// Writes random pixels, or a ramp for JPEG. Returns @p path; empty if the write failed.
 inline QString WritePicture(const QString &path, const char *format, int width, int height, int type = GFL_RGB,
                             int bits = 8)
 {
@@ -18,7 +18,7 @@ inline QString WritePicture(const QString &path, const char *format, int width, 
     return gflSaveBitmapUTF8(path.toUtf8().constData(), bitmap.get(), &params) == GFL_NO_ERROR ? path : QString();
 }
 
-/// Returns the cached image of a path, describing it without thumbnail if necessary; null for other files.
+/// Returns the known image of a path, or describes the file without a thumbnail; null if it isn't a picture.
 inline ImageDef *Picture(const QString &path)
 {
     ImageDef *image = nullptr;

@@ -156,7 +156,7 @@ QByteArray InkProfile()
     return bytes;
 }
 
-double GreyOfCyan(double cyan)
+double GrayOfCyan(double cyan)
 {
     const double light = std::pow((100.0 * (1.0 - cyan / 3.0) + 16.0) / 116.0, 3); // CIE 15
     return 1.055 * std::pow(light, 1 / 2.4) - 0.055;                               // sRGB's curve
@@ -230,7 +230,7 @@ QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
     if (gflSaveBitmapIntoMemory(&data, &size, &bitmap, &params) != GFL_NO_ERROR)
         return QByteArray();
     QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
-    std::free(data); // the layer's plain allocator
+    std::free(data); // the layer allocates it with malloc()
     return bytes;
 }
 

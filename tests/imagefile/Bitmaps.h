@@ -21,36 +21,36 @@ int ChannelsOf(int type);
 /// Returns a bitmap with uninitialized pixels; rows are aligned to @p rowAlignment bytes.
 BitmapPtr NewBitmap(int width, int height, int type, int bits, unsigned rowAlignment = 4);
 
-/// Returns a sample, as a share of the full range.
+/// Function that returns a sample as a fraction of the full range.
 using Samples = std::function<double(int x, int y, int c)>;
 
 BitmapPtr FilledBitmap(int width, int height, int type, int bits, const Samples &value);
 
-/// Returns random samples of the full range (floats: 0 to 1), the same for the same seed.
+/// Returns a bitmap of random samples in the full range (floats: 0 to 1), the same for the same seed.
 BitmapPtr RandomBitmap(int width, int height, int type, int bits, unsigned seed = 1);
 
-/// Returns a ramp in x and y with little noise, which suits JPEG.
+/// Returns a smooth ramp in x and y, which suits JPEG.
 BitmapPtr SmoothBitmap(int width, int height, int type, int bits);
 
-/// Converts a bitmap to another form by plain arithmetic: copies gray to the colors, makes new opacity full, and drops
+/// Converts a bitmap to another form by plain arithmetic: copies gray to the colors, makes new alpha opaque, and drops
 /// channels that the form lacks. Doesn't convert color to gray.
 BitmapPtr Converted(const GFL_BITMAP &bitmap, int type, int bits);
 
-/// Returns sample @p c of pixel (x, y) as a share of the full range.
+/// Returns sample @p c of pixel (x, y) as a fraction of the full range.
 double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c);
 
 /// Returns the pixels without row padding.
 QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 
-/// Returns an empty string if both have the same form and size and no sample differs by more than @p tolerance, a share
-/// of the full range; otherwise where and how much.
+/// Returns an empty string if both have the same form and size and no sample differs by more than @p tolerance, a
+/// fraction of the full range; otherwise where and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// Same, with expected values from a formula.
+/// Does the same with expected values from a formula.
 QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
 
-/// sRGB colors, as shares of the full range, in Lab relative to D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix
-/// for D50 (Bradford) and CIE 15's formula.
+/// sRGB colors, as fractions of the full range, and in Lab relative to D50: by IEC 61966-2-1's curve, B. Lindbloom's
+/// matrix for D50 (Bradford) and CIE 15's formula.
 struct LabColor {
     double lab[3];
     double rgb[3];
@@ -62,13 +62,13 @@ constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
                                    {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
-/// Returns a CMYK profile in which black reduces the lightness to 0 and each other ink by a third. The second function
-/// returns the gray, as a share of the full range, of a share @p cyan of cyan alone.
+/// Returns a CMYK profile in which black reduces the lightness to 0 and each other ink by a third.
 QByteArray InkProfile();
-double GreyOfCyan(double cyan);
+/// Returns the gray that @p cyan alone gives in that profile; both are fractions of the full range.
+double GrayOfCyan(double cyan);
 
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression = -1, int quality = -1);
-/// Adds flags to the defaults; forces a @p type other than 0.
+/// Returns the defaults with @p flags added; a @p type other than 0 is forced.
 GFL_LOAD_PARAMS LoadParams(unsigned flags = 0, int type = 0);
 
 /// Returns null if the file can't be read; sets @p error and @p info if given.
@@ -90,13 +90,13 @@ QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);
 /// within the first bytes, an unknown format; otherwise the first size that doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
 
-/// A temporary folder that returns the paths of its files.
+/// Temporary folder that returns the paths of its files.
 class Folder : public QTemporaryDir {
 public:
     QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }
 };
 
-/// Returns the last @p bytes bytes of a number, highest first.
+/// Returns the low @p bytes bytes of a number, highest first.
 QByteArray BigEndian(quint64 number, int bytes);
 bool WriteBytes(const QString &path, const QByteArray &bytes);
 QByteArray ReadBytes(const QString &path);

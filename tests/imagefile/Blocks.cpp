@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Returns the same profile on each call; lcms2 stores the time at which it is created.
+/// Returns the same profile on each call; new ones would differ, because lcms2 stores the creation time.
 QByteArray SomeProfile()
 {
     static const QByteArray made = [] {

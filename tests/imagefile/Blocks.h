@@ -7,13 +7,12 @@ struct Blocks {
     QByteArray icc, xmp;
     QByteArray exif; // a TIFF
 
-    /// Returns everything as one text, for comparisons.
+    /// Returns all blocks as one string, for comparisons.
     QByteArray Text() const { return icc.toHex() + '\n' + xmp + '\n' + exif.toHex(); }
 };
 
 /// Returns an ICC profile made by lcms2, an XMP packet, and EXIF with only an orientation.
 Blocks SomeBlocks(int orientation = 6);
 
-/// Returns the blocks of a loaded bitmap. The EXIF is that of SomeBlocks with the bitmap's orientation; empty without
-/// one.
+/// Returns the blocks of a loaded bitmap. The EXIF is that of SomeBlocks with the bitmap's orientation, if it has one.
 Blocks BlocksOf(const GFL_BITMAP &bitmap);

@@ -26,7 +26,7 @@ template <class T> QByteArray Numbers(std::initializer_list<T> values)
     return bytes;
 }
 
-/// Returns one number per field, as 16 bits if it fits.
+/// Returns one field per number, of 16 bits if it fits.
 QVector<Field> Plain(const QMap<int, quint32> &values)
 {
     QVector<Field> fields;
@@ -38,7 +38,7 @@ QVector<Field> Plain(const QMap<int, quint32> &values)
     return fields;
 }
 
-/// Appends values and directory; returns the directory's offset.
+/// Appends the values and the directory, and returns the directory's offset.
 quint32 AddDirectory(const QVector<Field> &fields, QByteArray *file)
 {
     QByteArray directory = Numbers({quint16(fields.size())});
@@ -82,7 +82,7 @@ QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &previ
     file += pixels;
     const quint32 previewAt = quint32(file.size());
     file += preview + QByteArray(preview.size() % 2, '\0');
-    // 262: 32803, color filters; 6, YCbCr. 50778: 21, D65.
+    // Tag 262: 32803 means a color filter array, 6 YCbCr. Tag 50778: 21 means D65.
     quint32 w = quint32(size.width()), h = quint32(size.height()), bytes = quint32(pixels.size());
     const QMap<int, quint32> whole = {{254, 0},     {256, w},       {257, h},   {258, 16}, {259, 1},
                                       {262, 32803}, {273, 8},       {274, 1},   {277, 1},  {278, h},

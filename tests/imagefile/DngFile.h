@@ -6,14 +6,14 @@
 #include <QSize>
 
 struct SensorColor {
-    double red, green, blue; // 0 to 1 of saturation
+    double red, green, blue; // 0 to 1, the saturation level
 };
 
-/// Returns a little-endian classic TIFF of the given fields, each of one number, with @p pixels at byte 8.
+/// Returns a little-endian classic TIFF with the given fields, one number each, and with @p pixels at byte 8.
 QByteArray PlainTiff(const QMap<int, quint32> &fields, const QByteArray &pixels);
 
-/// Returns a uniform field of one color. The camera's matrix is that of sRGB, so only the balance separates sensor and
-/// picture; its neutral gray is 0.5, 1, 0.75. The sensor's values start at byte 8, row by row. @p preview, if not
+/// Returns a DNG of one uniform color. The camera's matrix is that of sRGB, so sensor and picture differ only by the
+/// white balance; neutral gray is 0.5, 1, 0.75. The sensor's values start at byte 8, row by row. @p preview, if not
 /// empty, is a JPEG of @p previewSize. @p blocks are additional byte fields.
 QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &preview = QByteArray(),
                    QSize previewSize = QSize(), const QMap<quint16, QByteArray> &blocks = {});

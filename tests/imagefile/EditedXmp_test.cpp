@@ -1,4 +1,4 @@
-// The XMP of edited pictures: which of the source's properties are kept, changed or dropped.
+// Tests of the XMP of edited pictures: which of the source's properties are kept, changed or dropped.
 #include "MetadataFiles.h"
 
 #include <QtTest>
@@ -58,14 +58,14 @@ private:
 void tst_EditedXmp::edited_data()
 {
     QTest::addColumn<QByteArray>("packet");
-    QTest::addColumn<QByteArray>("kept"); // besides the record: "NAME=VALUE; ..."
+    QTest::addColumn<QByteArray>("kept"); // in addition to the record: "NAME=VALUE; ..."
     const auto row = [](const char *name, const QByteArray &packet, const QByteArray &kept) {
         QTest::newRow(name) << packet << kept;
     };
     row("no packet", "", "");
     row("extended packet", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), "");
     row("damaged packet", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", "");
-    row("properties of the photographer",
+    row("the photographer's properties",
         Packet("xmp:Rating='4' mine:text='a &lt; b'",
                "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
                "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
@@ -83,7 +83,7 @@ void tst_EditedXmp::edited_data()
                "<crs:Exposure xmlns:crs='urn:a#'>1</crs:Exposure><vitrelux:Zoom "
                "xmlns:vitrelux='urn:b#'>7</vitrelux:Zoom>"),
         "crs_2.Exposure=1; vitrelux_2.Zoom=7");
-    row("properties of the source's file",
+    row("properties of the source file",
         Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
                "tiff:Orientation='3' old:Lens='l'",
                "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"

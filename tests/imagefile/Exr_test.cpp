@@ -1,4 +1,4 @@
-// OpenEXR through the layer, with the format's own library as reference.
+// Tests of OpenEXR files, with the OpenEXR library as the reference.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -16,13 +16,13 @@
 
 namespace {
 
-// Returns the value of a file written by OpenEXR at a position of its data window; exact as half.
+/// Returns the value at a position in the data window of files written by OpenEXR, which is exact in half precision.
 float ValueAt(int x, int y, int c)
 {
     return static_cast<float>(x + 8 * y + 64 * c) / 256.0f;
 }
 
-enum Kind { ScanLines, Tiles, Layer, LuminanceChroma, GreyAlpha };
+enum Kind { ScanLines, Tiles, Layer, LuminanceChroma, GrayAlpha };
 
 /// Writes a file of half-precision samples in the data window; alpha, if any, is 0.5.
 void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &display, const Imath::Box2i &data)
@@ -44,9 +44,9 @@ void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &displa
     const char *const names[] = {"R", "G", "B", "A"};
     for (int c = 0; c < 4; ++c) {
         const std::string name = kind == Layer ? std::string("left.") + names[c]
-            : kind == GreyAlpha && c == 0      ? "Y"
+            : kind == GrayAlpha && c == 0      ? "Y"
                                                : names[c];
-        if (kind == GreyAlpha && (c == 1 || c == 2))
+        if (kind == GrayAlpha && (c == 1 || c == 2))
             continue;
         header.channels().insert(name, Imf::Channel(Imf::HALF));
         buffer.insert(
@@ -87,7 +87,7 @@ void tst_Exr::writeThenRead()
         const Case named("row", i);
         const int compression = i / 9 - 1, type = types[i / 3 % 3], bits = depths[i % 3]; // compression -1: default
         const int stored = compression < 0 ? int(Imf::PIZ_COMPRESSION) : compression;
-        // 8 bits as half, 16 bits as float; and the worst of the lossy methods.
+        // 8 bits are stored as half, 16 bits as float; lossy methods have larger errors.
         const double rounding = bits == 8 ? 0x1p-12 : bits == 16 ? 0x1p-25 : 0.0;
         const double tolerance = stored > 5 ? 0.01 : stored == 5 ? std::max(rounding, 0x1p-16) : rounding;
         const BitmapPtr bitmap = stored > 5 ? SmoothBitmap(67, 39, type, bits) : RandomBitmap(67, 39, type, bits);
@@ -102,8 +102,8 @@ void tst_Exr::writeThenRead()
         QVERIFY2(QByteArray(info.Description).startsWith("OpenEXR"), info.Description);
         const BitmapPtr got = Load(path);
         QVERIFY2(got && got->Type == type && got->BitsPerComponent == 32 && got->Xdpi == 300, gflLastErrorText());
-        // Colors are stored multiplied by alpha. The error doubles with alpha, because product and alpha are both
-        // rounded, plus that of two float operations.
+        // With alpha, colors are stored multiplied by it. The error then doubles, because both product and alpha are
+        // rounded; two float operations add theirs.
         const double limit = type == GFL_RGBA ? 2 * tolerance + 0x1p-22 : tolerance;
         const auto multiplied = [&](const GFL_BITMAP &b, int x, int y, int c) {
             return SampleAt(b, x, y, c) * (type == GFL_RGBA ? SampleAt(*bitmap, x, y, 3) : 1.0);
@@ -128,17 +128,17 @@ void tst_Exr::foreignFiles()
         {"windows that don't overlap", ScanLines, {100, 100, 4, 4}},
         {"layer", Layer, {-3, 2, 16, 12}},
         {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}},
-        {"gray and alpha", GreyAlpha, {-3, 2, 16, 12}},
+        {"gray and alpha", GrayAlpha, {-3, 2, 16, 12}},
     };
     for (const auto &[name, kind, data] : files) {
         WriteForeign(path.toStdString(), kind, {{-3, 2}, {12, 13}},
                      {{data.left(), data.top()}, {data.right(), data.bottom()}});
         const BitmapPtr got = Load(path);
-        const bool isChroma = kind == LuminanceChroma, isGrey = kind == GreyAlpha;
+        const bool isChroma = kind == LuminanceChroma, isGray = kind == GrayAlpha;
         QVERIFY2(got && got->Width == 16 && got->Height == 12 && got->Type == (isChroma ? GFL_RGB : GFL_RGBA), name);
         const QRect &window = data;
         const auto expected = [&](int x, int y, int c) {
-            const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGrey ? 0 : c)) / 0.5;
+            const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGray ? 0 : c)) / 0.5;
             return !window.contains(x - 3, y + 2) ? 0.0 : c == 3 ? 0.5 : color;
         };
         QVERIFY2(Difference(*got, expected, isChroma ? 0.002 : 0.0).isEmpty(), name);
@@ -152,7 +152,7 @@ void tst_Exr::damagedFiles()
     const QByteArray good = ReadBytes(path);
     QCOMPARE(BadCut(good, good.size() / 2), QString()); // the reduced versions at the end are not needed
     int error = 0;
-    // Making any number in the headers huge or negative gives an error or a picture.
+    // A huge or negative number anywhere in the headers gives an error or a picture, but no crash.
     for (int at = 4; at + 4 < 600; ++at)
         for (const char *number : {"\xFF\xFF\xFF\x7F", "\0\0\0\x80", "\0\0\x10\0"})
             LoadFromMemory(QByteArray(good).replace(at, 4, QByteArray(number, 4)), &error);
@@ -160,7 +160,7 @@ void tst_Exr::damagedFiles()
     const int channels = good.indexOf("chlist") + 11;
     QVERIFY(!LoadFromMemory(QByteArray(good).replace(channels, 1, QByteArray(1, '\0')), &error));
     QVERIFY2(QByteArray(gflLastErrorText()).contains("length doesn't match"), gflLastErrorText());
-    const int window = good.indexOf("dataWindow") + 22; // name, "box2i", size: then left, top, right, bottom
+    const int window = good.indexOf("dataWindow") + 22; // after name, "box2i" and size: left, top, right, bottom
     for (const char *box :
          {"\0\0\0\0\0\0\0\0\xFF\x3F\x0F\0\xFF\x3F\x0F\0", "\0\0\0\x80\0\0\0\x80\xFF\xFF\xFF\x7F\xFF\xFF\xFF\x7F",
           "\0\0\0\0\0\0\0\0\xFF\xFF\xFF\xFF\x0B\0\0\0"}) {

@@ -1,4 +1,4 @@
-// Radiance HDR, with files built byte by byte.
+// Tests of Radiance HDR, with files built byte by byte.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -20,7 +20,7 @@ QByteArray Rgbe(int r, int g, int b, int e = -8)
     return QByteArray(1, char(r)) + char(g) + char(b) + char(e + 136);
 }
 
-/// Returns one packed row of 9 pixels: red in runs, then literal bytes, then one run for each other channel.
+/// Returns one packed row of 9 pixels: red as a run and literal bytes, the other channels as one run each.
 QByteArray PackedRow()
 {
     return QByteArray("\2\2\0\x09", 4) + "\x84\xC8" + "\5\1\2\3\4\5" + "\x89\x64" + "\x89\x32" + "\x89\x80";
@@ -105,7 +105,7 @@ void tst_Hdr::damaged()
         {"gigapixels of runs", File("", "-Y 40000 +X 40000", pixel)},
         {"negative", File("", "-Y -1 +X 1", pixel)},
         {"sides of a billion", File("", "-Y 999999999 +X 999999999", pixel)},
-        {"a header without end", kHead + QByteArray(2000000, 'x')},
+        {"an endless header", kHead + QByteArray(2000000, 'x')},
         {"a run without a previous pixel", File("", "-Y 1 +X 2", QByteArray("\1\1\1\2", 4))},
         {"empty runs", File("", "-Y 1 +X 2", pixel + QByteArray("\1\1\1\0", 4).repeated(9))},
         {"an old run that is too long", File("", "-Y 1 +X 3", pixel + QByteArray("\1\1\1\3", 4))},

@@ -1,4 +1,4 @@
-// HEIF and AVIF with libheif's encoders as reference, lossless by the matrix of H.273 that leaves RGB unchanged.
+// Tests of HEIF and AVIF, with libheif's encoders as the reference; lossless for RGB by H.273's identity matrix.
 #include "Bitmaps.h"
 #include "Blocks.h"
 #include "Case.h"
@@ -20,7 +20,7 @@ struct Spec {
     bool inGrid = false; // in a grid of one tile, instead of a crop
 
     int Greatest() const { return (1 << bits) - 1; }
-    /// Returns an arbitrary function of the position; opacity takes all quarters, and colors never exceed it.
+    /// Returns an arbitrary function of the position; opacity takes all quarters; blended colors never exceed it.
     int Sample(int x, int y, int c) const
     {
         const int value = (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);
@@ -103,17 +103,17 @@ QByteArray Encode(const Spec &spec, const Blocks &blocks = {})
     return file;
 }
 
-/// Returns an AVIF rotated by a right angle with the size of the stored picture, then the rotation, as cameras write
-/// them. libheif writes the rotation, then the size as shown.
-QByteArray SizeBeforeTurn(QByteArray file)
+/// Reorders the properties of an AVIF rotated by a right angle as cameras write them: the size of the stored picture,
+/// then the rotation. libheif writes the rotation, then the size as displayed.
+QByteArray SizeBeforeRotation(QByteArray file)
 {
     const int size = file.indexOf("ispe") + 8,
-              order = file.indexOf("\x81\x82\3\4\x85"); // colors, coder, turn, size, depth
+              order = file.indexOf("\x81\x82\3\4\x85"); // colors, coder, rotation, size, depth
     file.replace(size, 8, file.mid(size + 4, 4) + file.mid(size, 4));
     return order > 0 ? file.replace(order, 5, "\x81\x82\4\3\x85") : QByteArray();
 }
 
-/// Returns channel @p c of a pixel as a share of the full range.
+/// Returns channel @p c of a pixel as a fraction of the full range.
 double Expected(const Spec &spec, int x, int y, int c)
 {
     const double value = spec.Sample(x, y, c), opacity = spec.Sample(x, y, 3);
@@ -137,7 +137,7 @@ private Q_SLOTS:
     void readsWhatLibheifWrites();
     void orientations();
     void metadata();
-    void opacityThatIsNotRotated();
+    void unrotatedOpacity();
     void damaged();
 };
 
@@ -178,7 +178,7 @@ void tst_Heif::readsWhatLibheifWrites()
     }
 }
 
-// Pixels stay as stored; the orientation is what libheif applies, not what EXIF says.
+/// Pixels stay as stored; the reported orientation is the one that libheif would apply, not EXIF's.
 void tst_Heif::orientations()
 {
     const Spec forms[] = {{heif_compression_AV1, 12, 3}, {heif_compression_AV1, 8, 4}, {heif_compression_HEVC, 8, 4}};
@@ -192,15 +192,15 @@ void tst_Heif::orientations()
                 spec.inGrid = hasExif && spec.coder == heif_compression_HEVC;
                 QByteArray file = Encode(spec, {{}, {}, hasExif ? SomeBlocks(5).exif : QByteArray()});
                 if (hasExif && spec.channels == 3 && (orientation == 6 || orientation == 8))
-                    file = SizeBeforeTurn(file);
+                    file = SizeBeforeRotation(file);
                 const BitmapPtr read =
                     LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA | GFL_LOAD_ORIGINAL_DEPTH));
                 QVERIFY2(read, gflLastErrorText());
                 const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
                 QCOMPARE(Difference(*read, expected, 0.501 / 65535), QString());
                 QCOMPARE(ChannelsOf(read->Type), spec.channels);
-                const bool isTold = hasExif || orientation != 1;
-                QCOMPARE(BlocksOf(*read).exif, isTold ? SomeBlocks(orientation).exif : QByteArray());
+                const bool hasOrientation = hasExif || orientation != 1;
+                QCOMPARE(BlocksOf(*read).exif, hasOrientation ? SomeBlocks(orientation).exif : QByteArray());
             }
         }
 }
@@ -227,8 +227,8 @@ void tst_Heif::metadata()
     }
 }
 
-// As avifenc 0.11 writes it; libheif 1.15 assumes a different size for such opacity.
-void tst_Heif::opacityThatIsNotRotated()
+/// Reads a file as written by avifenc 0.11, whose opacity has no rotation; libheif 1.15 assumes a wrong size for it.
+void tst_Heif::unrotatedOpacity()
 {
     QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});
     const int size = file.indexOf("ispe") + 8,

@@ -1,5 +1,5 @@
-// Internals of the layer: EXIF texts, lens names from maker notes, EXIF in BigTIFF, disk and memory failures in the
-// middle of a file, the metadata of TIFF files in memory.
+// Tests of the layer's internals: EXIF texts, lens IDs from maker notes, EXIF in BigTIFF, disk and memory failures in
+// the middle of a file, the memory map of TIFF metadata, and pending rows.
 #include "Bitmaps.h"
 #include "Case.h"
 #include "core/codec.h"
@@ -26,7 +26,7 @@ namespace {
 
 thread_local int allocationsLeft = 0; // calls to operator new on this thread until one fails; 0: none fails
 
-/// A sink whose written data can't be read back.
+/// Sink whose written data can't be read back.
 class UnreadableSink : public MemorySink {
 public:
     Status ReadAt(std::uint64_t, void *, std::size_t, std::size_t *) override
@@ -35,7 +35,7 @@ public:
     }
 };
 
-/// Replaces an open file with a folder, so that reading fails with an error, as with a broken disk.
+/// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns false if it can't.
 bool Break(const QString &path)
 {
     for (int fd = 3; fd < 100; ++fd) {
@@ -123,7 +123,7 @@ void tst_Inside::texts()
         const auto typed = Exiv2::Value::create(key.tag() == 37510 ? Exiv2::comment : Exiv2::TypeId(row.type));
         QCOMPARE(typed->read(row.value), 0);
         QCOMPARE(ExifText(Exiv2::Exifdatum(key, typed.get())), std::string(row.text));
-        // Again after conversion to the raw list.
+        // The same after conversion to the raw list and back.
         Exiv2::ExifData exif;
         exif.add(key, typed.get());
         GFL_EXIF_DATAEX *raw = ExifRawList(exif);
@@ -195,12 +195,12 @@ void tst_Inside::lists()
     QVERIFY(ExifOfRawList({nullptr, 0}).empty());
 }
 
-// BigTIFF is normally written from 4 GiB on; here from one byte on.
+/// BigTIFF is normally written from 4 GiB on; here it is written from one byte on.
 void tst_Inside::bigTiff()
 {
     Metadata metadata;
     metadata.exif["Exif.Image.Make"] = "Canon";
-    metadata.exif["Exif.Image.Software"] = "12345"; // 6 bytes: inside the field here, outside in the classic form
+    metadata.exif["Exif.Image.Software"] = "12345"; // 6 bytes: inside the field, unlike in classic TIFF
     metadata.exif["Exif.Image.XPComment"] = "1 2 3";
     metadata.exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // 8 bytes
     metadata.exif["Exif.Iop.InteroperabilityIndex"] = "R98";
@@ -240,7 +240,7 @@ void tst_Inside::bigTiff()
     }
 }
 
-// Reads one row of two gray pixels, built by hand.
+/// Reads the metadata of files built by hand, with one row of two gray pixels.
 void tst_Inside::bigTiffOfBothOrders()
 {
     for (const bool isBigEndian : {true, false}) {
@@ -294,7 +294,7 @@ void tst_Inside::brokenDisk()
         QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("truncated"));
     }
-    // Metadata too: unreadable metadata must not be mistaken for none.
+    // Unreadable metadata must not be mistaken for missing metadata either.
     QVERIFY(WriteBytes(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"))));
     for (const bool isBroken : {false, true}) {
         const Case named("broken", isBroken);
@@ -322,7 +322,7 @@ void tst_Inside::unreadableSink()
     }
 }
 
-// Each call to operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
+/// Each call to operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
@@ -338,7 +338,7 @@ void tst_Inside::noMemory()
         MakeMetadata(made.get())->xmp.assign(packet.begin(), packet.end());
         QCOMPARE(Save(folder("a"), *made, SaveParams(format)), int(GFL_NO_ERROR));
         const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_METADATA);
-        bool fails = true; // the calls end before the n-th
+        bool fails = true; // until there are fewer than n calls
         for (int n = 1; fails; ++n) {
             GFL_BITMAP *bitmap = nullptr;
             allocationsLeft = n;
@@ -364,7 +364,7 @@ void tst_Inside::noMemory()
     }
 }
 
-// A host's allocator throws something other than a std::exception.
+/// A host's allocator throws something other than a std::exception.
 void tst_Inside::foreignException()
 {
     const QByteArray file = SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"));
@@ -386,7 +386,7 @@ void tst_Inside::metadataMap_data()
     QTest::newRow("two pages") << little + QByteArray("\0\1\0\0more", 8) << 36;
     QTest::newRow("big-endian") << QByteArray("MM\0*\0\0\0\x08\0\1", 10) + field + QByteArray("\0\0\1\0", 4) << 22;
     QTest::newRow("one page") << little + QByteArray(4, '\0') << 0;
-    QTest::newRow("cut inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
+    QTest::newRow("truncated inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
     QTest::newRow("directory after the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
     QTest::newRow("not a TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
     // 9 MiB, with the directory and its targets at the end; only these and the first few megabytes are read.
@@ -422,7 +422,7 @@ void tst_Inside::metadataMap()
     QCOMPARE(ReadBytes(folder("a")), bytes); // nothing was written
 }
 
-/// Freeing a picture ends its decoding: this one would never end.
+/// Freeing a picture ends its decoding, which would otherwise never end here.
 void tst_Inside::freedWhilePending()
 {
     const auto decode = [](RowSink *rows) {

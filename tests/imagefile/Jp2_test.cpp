@@ -1,4 +1,4 @@
-// JPEG 2000, compared with OpenJPEG's encoder.
+// Tests of JPEG 2000, with OpenJPEG's encoder as the reference.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -15,11 +15,11 @@ struct Kind {
     bool isSigned = false;
     bool isBoxed = true;
     int precinct = 0; // side in pixels; 0: the maximum
-    int step = 1;     // of the first component
+    int step = 1;     // sampling step of the first component
     OPJ_COLOR_SPACE space = OPJ_CLRSPC_SRGB;
 };
 
-/// Losslessly encodes the interleaved samples of @p stored, from 0 to 2^bits - 1.
+/// Losslessly encodes the interleaved samples of @p stored, which range from 0 to 2^bits - 1.
 QByteArray Encode(const Kind &kind, QSize size, const std::vector<int> &stored)
 {
     opj_image_cmptparm_t shapes[4] = {};
@@ -153,7 +153,7 @@ void tst_Jp2::damaged()
     const Kind kind = {"RGB", 3, 8};
     const QByteArray file = Encode(kind, {40, 30}, Noise(kind, {40, 30}));
     QCOMPARE(BadCut(file, file.size() - 2), QString()); // the end marker may be missing
-    // A million pixels on each side, in tiles or precincts of one pixel.
+    // A million pixels on each side in tiles of one pixel, and 1,500 in precincts of one pixel.
     const int size = file.indexOf("\xFF\x51");
     QByteArray tiles = file;
     tiles.replace(size + 6, 8, BigEndian(1000000, 4) + BigEndian(1000000, 4));
@@ -167,7 +167,7 @@ void tst_Jp2::damaged()
     precincts[coding + 3] = char(precincts[coding + 3] + 2);
     QByteArray blocks = file;
     blocks[coding + 10] = 20; // code blocks 2^22 pixels wide
-    // The library's own first message is reported.
+    // For the last one, OpenJPEG's first message is reported.
     const std::pair<QByteArray, const char *> rows[] = {
         {tiles, "too short for its"}, {precincts, "too short for its"}, {blocks, "cblkw"}};
     for (const auto &[bad, text] : rows) {

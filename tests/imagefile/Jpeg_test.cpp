@@ -1,4 +1,4 @@
-// JPEG compared with libjpeg.
+// Tests of JPEG, with libjpeg as the reference.
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// How libjpeg writes a file.
+/// Settings with which libjpeg writes a file.
 struct Spec {
     int width = 67;
     int height = 41;
@@ -125,16 +125,16 @@ void tst_Jpeg::readsWhatLibjpegDecodes()
     GFL_FILE_INFORMATION info;
     const BitmapPtr bitmap = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
     QVERIFY2(bitmap, gflLastErrorText());
-    const bool isInk = spec.in == JCS_CMYK, isGrey = spec.in == JCS_GRAYSCALE;
-    QCOMPARE(int(bitmap->Type), int(isGrey ? GFL_GREY : GFL_RGB));
+    const bool isInk = spec.in == JCS_CMYK, isGray = spec.in == JCS_GRAYSCALE;
+    QCOMPARE(int(bitmap->Type), int(isGray ? GFL_GREY : GFL_RGB));
     QCOMPARE(QByteArray(info.Description).startsWith("JPEG progressive"), spec.progressive);
     QCOMPARE(QSize(info.Width, info.Height), QSize(spec.width, spec.height));
-    QCOMPARE(int(info.ColorModel), int(isInk ? GFL_CM_CMYK : isGrey ? GFL_CM_GREY : GFL_CM_RGB));
+    QCOMPARE(int(info.ColorModel), int(isInk ? GFL_CM_CMYK : isGray ? GFL_CM_GREY : GFL_CM_RGB));
     QCOMPARE(int(info.ComponentsPerPixel), ComponentsOf(spec.in));
     QCOMPARE(int(info.BitsPerComponent), 8);
     const auto expected = [&](int x, int y, int c) {
         const double light = isInk ? Sample(spec, x, y, 3) / 255.0 : 1.0;
-        return spec.hasInkProfile ? GreyOfCyan(kCyan / 255.0) : Sample(spec, x, y, c) / 255.0 * light;
+        return spec.hasInkProfile ? GrayOfCyan(kCyan / 255.0) : Sample(spec, x, y, c) / 255.0 * light;
     };
     QCOMPARE(Difference(*bitmap, expected, 0.02), QString());
 }
@@ -189,7 +189,7 @@ void tst_Jpeg::damaged()
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 }
 
-/// Rows of a load that returned early are final once they are announced, and damage is reported by the last wait.
+/// If a load returns early, rows are final once they are reported as ready, and the last wait reports damage.
 void tst_Jpeg::pendingRows()
 {
     const Folder folder;
@@ -220,7 +220,7 @@ void tst_Jpeg::pendingRows()
             QVERIFY(ready >= wanted
                     && std::memcmp(pending->Data, whole->Data, std::size_t(ready) * whole->BytesPerLine) == 0);
         }
-        Load(path, nullptr, params); // freed while it is decoded
+        Load(path, nullptr, params); // freed while it is being decoded
         WriteFile(path, file.left(file.size() * 2 / 3));
         int error = 0;
         const BitmapPtr cut = Load(path, &error, params);

@@ -1,4 +1,4 @@
-// JPEG XL with libjxl's encoder as reference.
+// Tests of JPEG XL, with libjxl's encoder as the reference.
 #include "Bitmaps.h"
 #include "Blocks.h"
 #include "Case.h"
@@ -17,7 +17,7 @@ struct Spec {
     int orientation = 1;
     bool lossless = true;
     bool inContainer = false;
-    bool isPacked = false; // metadata
+    bool isPacked = false; // compressed metadata
     QByteArray icc = {};
 };
 
@@ -65,7 +65,7 @@ QByteArray Encode(const GFL_BITMAP &bitmap, const Spec &spec, const Blocks &bloc
     const QByteArray pixels = PackedPixels(bitmap);
     JxlEncoderAddImageFrame(settings, &format, pixels.constData(), size_t(pixels.size()));
     if (!blocks.xmp.isEmpty())
-        addBox("xml ", blocks.xmp); // after it
+        addBox("xml ", blocks.xmp); // after the picture
     JxlEncoderCloseInput(encoder);
     QByteArray file(1 << 20, '\0');
     auto *out = reinterpret_cast<uint8_t *>(file.data());
@@ -128,7 +128,7 @@ void tst_Jxl::metadata()
         int orientation; // 0: none
     } rows[] = {{"sRGB", {}, {}, 0},
                 {"orientation", {GFL_RGB, 8, 8, 5}, {}, 5},
-                {"EXIF of another orientation", {GFL_RGB, 8, 8, 3, true, true}, SomeBlocks(6), 3},
+                {"EXIF with another orientation", {GFL_RGB, 8, 8, 3, true, true}, SomeBlocks(6), 3},
                 {"packed", {GFL_RGB, 8, 8, 1, true, true, true}, SomeBlocks(6), 1}};
     gflClearWarningText();
     for (const auto &row : rows) {

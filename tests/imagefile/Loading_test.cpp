@@ -1,4 +1,4 @@
-// Common to all formats: delivered forms, thumbnails, formats by name, errors, limits, memory.
+// Tests of all formats: pixel types and depths, thumbnails, formats by name, errors, limits, memory.
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
@@ -193,10 +193,10 @@ void tst_Loading::embeddedPreviews()
     struct Row {
         Embedding embedding;
         QSize preview;
-        bool isUsed; // for a box of 90, and a picture of 300 x 200
+        bool isUsed; // for a box of 90 x 90 and a picture of 300 x 200
     };
     QVector<Row> rows = {{BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false}};
-    for (Embedding embedding : {InRaw, InExif, AsPage, BelowPage}) // covers the box, too small, other proportions
+    for (Embedding embedding : {InRaw, InExif, AsPage, BelowPage}) // larger than the box, too small, other proportions
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
     for (const auto &[embedding, preview, isUsed] : rows) {
         const Case named(int(embedding), preview);
@@ -283,7 +283,7 @@ void tst_Loading::truncatedTiff()
     for (int compression : {0, 2, 4}) {
         const Case named("compression", compression);
         const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
-        QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff doesn't need the offset of a next directory
+        QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff doesn't need the offset of the next directory
     }
 }
 
@@ -302,7 +302,7 @@ void tst_Loading::absurdSizes()
     const QPair<const char *, QByteArray> files[] = {
         {"largest sides", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
         {"no rows", TiffOf(10, 0, 1)},
-        {"gigapixels that the file lacks", TiffOf(40000, 40000, 1)},
+        {"gigapixels that aren't in the file", TiffOf(40000, 40000, 1)},
         {"deflate bomb", TiffOf(40000, 40000, 8)},
         {"fax bomb", TiffOf(1000000, 1000000, 4, {{258, 1}, {262, 1}, {277, 1}})},
         {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},
@@ -331,7 +331,7 @@ void tst_Loading::hugeFloatPicture()
     const QByteArray header = TiffOf(20000, 20000, 1, {{258, 32}, {339, 3}});
     QVERIFY(WriteBytes(path, header));
     if (::truncate(path.toUtf8().constData(), off_t(4800001000)) != 0)
-        QSKIP("the temporary folder takes no sparse files of 5 GB");
+        QSKIP("the temporary folder doesn't support sparse files of 5 GB");
     GFL_FILE_INFORMATION info;
     QVERIFY2(Describe(path, &info) == GFL_NO_ERROR, gflLastErrorText());
     QCOMPARE(QSize(info.Width, info.Height), QSize(20000, 20000));
@@ -348,7 +348,7 @@ void tst_Loading::allocator()
     {
         const BitmapPtr bitmap = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA));
         QVERIFY(bitmap);
-        QCOMPARE(blocksAlive.load(), 2L); // record and pixels
+        QCOMPARE(blocksAlive.load(), 2L); // the bitmap and its pixels
         gflFreeEXIF(gflBitmapGetEXIF(bitmap.get(), 1));
         gflFreeEXIF2(gflBitmapGetEXIF2(bitmap.get()));
         QVERIFY(!LoadFromMemory(file.left(file.size() - 100)));
@@ -363,7 +363,7 @@ void tst_Loading::allocator()
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
 }
 
-// Every format's data comes from one table.
+/// All data about a format comes from one table.
 void tst_Loading::formats()
 {
     QByteArrayList types;

@@ -13,7 +13,7 @@ inline Exiv2::Image::AutoPtr OpenImage(const QByteArray &file)
     return image;
 }
 
-/// Returns the bytes of an image after Exiv2 wrote its metadata.
+/// Writes an image's metadata with Exiv2 and returns the bytes of the file.
 inline QByteArray WrittenBy(Exiv2::Image &image)
 {
     image.writeMetadata();
@@ -22,7 +22,7 @@ inline QByteArray WrittenBy(Exiv2::Image &image)
     return QByteArray(reinterpret_cast<const char *>(bytes.pData_), static_cast<int>(bytes.size_));
 }
 
-/// Returns a record with only the metadata of a file; null if it can't be read.
+/// Returns a bitmap with only the metadata of a file; null if it can't be read.
 inline BitmapPtr LoadMetadata(const QString &path)
 {
     GFL_BITMAP *bitmap = nullptr;

@@ -1,4 +1,4 @@
-// Metadata through the layer, with Exiv2 as reference for input and output.
+// Tests of metadata, with Exiv2 as the reference for input and output.
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
@@ -21,7 +21,7 @@ Exiv2::ExifData ExifOf(const QString &path)
     const QByteArray file = ReadBytes(path);
     if (file.startsWith("\x89PNG") && file.count("eXIf") != 1) // at most one is allowed
         return {};
-    // Exiv2 skips this chunk, which is a TIFF
+    // Exiv2 ignores this chunk, whose content is a TIFF
     return OpenImage(file.startsWith("\x89PNG") ? file.mid(file.indexOf("eXIf") + 4) : file)->exifData();
 }
 
@@ -39,7 +39,7 @@ QByteArray ValueBytes(const QString &path, const char *key)
     return found == exif.end() ? QByteArray() : BytesOf(*found);
 }
 
-/// Returns the values of a file's EXIF that every copy must contain.
+/// Returns the EXIF values of a file that every copy must contain.
 Values CarriedValues(const QString &path)
 {
     Values values;
@@ -51,10 +51,10 @@ Values CarriedValues(const QString &path)
             "YCbCrPositioning", "InterColorProfile", "IPTCNAA",       "XMLPacket",       "ExtraSamples"};
         const bool isStructure = std::any_of(std::begin(kStructure), std::end(kStructure),
                                              [&](const char *name) { return datum.tagName() == name; });
-        const bool isOfSensor = datum.groupName() == "Image"
+        const bool isSensorData = datum.groupName() == "Image"
             && (datum.tag() >= 50706 || datum.tag() == 33421 || datum.tag() == 33422 || datum.tag() == 254);
-        const bool isPlace = datum.groupName() == "MakerNote" || datum.key() == "Exif.Photo.MakerNote";
-        if (isStructure || isOfSensor || isPlace || datum.groupName() == "Thumbnail")
+        const bool isMakerNote = datum.groupName() == "MakerNote" || datum.key() == "Exif.Photo.MakerNote";
+        if (isStructure || isSensorData || isMakerNote || datum.groupName() == "Thumbnail")
             continue;
         values[QString::fromStdString(datum.key())] = QByteArray(datum.typeName()) + ' ' + BytesOf(datum).toHex();
     }
@@ -125,7 +125,7 @@ QByteArray Profile()
     return profile.replace(128, 16, QByteArray("\0\0\0\1cprt\0\0\0\x90\0\0\x0B\xB8", 16));
 }
 
-/// Returns data sets of text, of bytes with zeros, repeated, empty, and one in the long form.
+/// Returns data sets with text, bytes with zeros, repeated and empty ones, and one in the extended form.
 QByteArray Iptc()
 {
     QByteArray iptc;
@@ -189,7 +189,7 @@ QByteArray JpegSource(Exiv2::ExifData exif, const QByteArray &profile = Profile(
     return WithIptc(WrittenBy(*image), Iptc());
 }
 
-/// Copies block by block, like the image kernel.
+/// Copies the metadata block by block, like the image kernel.
 void CarryOver(const GFL_BITMAP *source, GFL_BITMAP *target)
 {
     if (gflBitmapHasICCProfile(source))
@@ -310,7 +310,7 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
         if (format == "jpeg") // remove the headers of further segments
             for (int at = bytes.indexOf("Photoshop 3.0", 100); at > 0; at = bytes.indexOf("Photoshop 3.0", at))
                 bytes.remove(at - 4, 18);
-        if (format == "png") { // hexadecimal, after a key and the compression method; qUncompress wants a length
+        if (format == "png") { // hexadecimal, after a key and the compression method; qUncompress requires a length
             const int text = bytes.indexOf("Raw profile type iptc") + 23;
             bytes = QByteArray::fromHex(qUncompress(QByteArray("\0\2\0\0", 4) + bytes.mid(text)).mid(14));
         }
@@ -372,7 +372,7 @@ void tst_Metadata::notesOfCameras()
 
 void tst_Metadata::unreadableEntries()
 {
-    // A first directory with a text without characters, a type that doesn't exist, and an orientation.
+    // A first directory with an empty text, an unknown type, and an orientation.
     const QByteArray exif("II*\0\x08\0\0\0\3\0"
                           "\x0E\1\2\0\0\0\0\0\0\0\0\0"
                           "\x0F\1\0\0\4\0\0\0Acme"
@@ -386,7 +386,7 @@ void tst_Metadata::unreadableEntries()
     const Values after = CarriedValues(m_folder("a.tif"));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.Make")));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.ImageDescription")));
-    // Edited pictures are written without an orientation outside 1 to 8, for which libtiff would refuse the whole TIFF.
+    // An orientation outside 1 to 8 is removed from edited pictures, because libtiff would refuse the whole TIFF.
     for (const char orientation : {'\0', '\x9', '\x7F', '\1', '\x8'}) {
         const Case named("orientation", int(orientation));
         QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, QByteArray(exif).replace(42, 1, &orientation, 1))));
@@ -414,7 +414,7 @@ void tst_Metadata::profileOfTheRightKind()
         GFL_SAVE_PARAMS params = SaveParams("tiff");
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY2(IccOf(m_folder("a.tif")).isEmpty() != profile.isKept, profile.space);
-        params.Flags = 0; // metadata is only read on request
+        params.Flags = 0; // the profile is only written on request
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY(IccOf(m_folder("a.tif")).isEmpty());
     }
@@ -441,14 +441,14 @@ void tst_Metadata::xmp()
     QCOMPARE(QSize(metadata->Width, metadata->Height), QSize(40, 30));
 }
 
-/// Makes the process's streams group digits and write decimal commas, like a host in a German locale.
+/// Facet that makes streams group digits and write decimal commas, like a host in a German locale.
 struct GermanNumbers : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
 };
 
-/// Returns raw and printed text of the last item of a key in a file, separated by a bar.
+/// Returns the raw and the printed text of a file's last item with this key, separated by a bar.
 QByteArray ListItem(const QString &path, const QByteArray &key)
 {
     GFL_METADATA_LIST *list = nullptr;
@@ -558,7 +558,7 @@ void tst_Metadata::exifTooLargeForJpeg()
     }
 }
 
-// A source in tiles with a color map: neither may be copied to a result in strips.
+/// Neither the tiles nor the color map of a source may be copied to a result in strips.
 void tst_Metadata::structureIsNotCopied()
 {
     const QString source = m_folder("tiles.tif"), result = m_folder("strips.tif");

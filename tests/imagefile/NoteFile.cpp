@@ -32,7 +32,7 @@ QByteArray Directory(const QVector<Field> &fields, quint32 at, bool big)
     return directory + Number(0, 4, big) + values;
 }
 
-/// Returns tags of texts, and one of fractions or shorts, that exist in the notes of each maker.
+/// Returns fields that exist in the maker's notes: mostly texts, some fractions or shorts.
 QVector<Field> FieldsOf(const NoteKind &kind)
 {
     const bool big = kind.isBigEndian;
@@ -110,7 +110,7 @@ QByteArray NoteOf(const NoteKind &kind, quint32 place)
         at = kind.base == NoteKind::Note ? mark : 8;
     at += quint32(kind.shift);
     QVector<Field> fields = FieldsOf(kind);
-    if (kind.name == QByteArray("Olympus E-1")) { // a directory stored as bytes at the end, with separate offsets
+    if (kind.name == QByteArray("Olympus E-1")) { // a nested directory at the end, stored as bytes
         const QVector<Field> nested = {{0x100, 2, QByteArray("D4040\0", 6)},
                                        {0x101, 2, QByteArray("AB0123456789\0", 13)}};
         fields.append({0x2010, 7, Directory(nested, 0, kind.isBigEndian)});
@@ -125,8 +125,7 @@ QByteArray ExifWithNote(const NoteKind &kind, quint32 *place)
     const bool big = kind.isBigEndian;
     const QByteArray make = QByteArray(kind.make) + '\0',
                      head = (big ? "MM" : "II") + Number(42, 2, big) + Number(8, 4, big);
-    // Maker, pointer and EXIF directory, preceded by YCbCrPositioning (531), which is not copied, so that everything
-    // else moves.
+    // The first directory has YCbCrPositioning (531), which is not copied, so that everything after it moves.
     const auto first = [&](quint32 exifAt) {
         return Directory({{271, 2, make},
                           {272, 2, QByteArray("Model of a camera\0", 18)},

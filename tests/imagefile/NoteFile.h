@@ -13,14 +13,14 @@ struct NoteKind {
     enum Result { Stays, Moves, IsRebuilt } result;
 };
 
-/// Returns maker, base and byte order of the notes of common makers, regular ones and two with wrong offsets.
+/// Returns the kinds of notes of common makers; two of them have wrong offsets.
 const QVector<NoteKind> &NoteKinds();
 
 /// Returns a note that begins at byte @p place of its EXIF block: texts and fractions, partly stored by offset.
 QByteArray NoteOf(const NoteKind &kind, quint32 place);
 
-/// Returns an EXIF block with @p note, and the note's position in it.
+/// Returns an EXIF block with a note of @p kind, and sets @p place to the note's position in it.
 QByteArray ExifWithNote(const NoteKind &kind, quint32 *place);
 
-/// Returns a JPEG with a block of EXIF.
+/// Returns @p jpeg with an EXIF segment inserted.
 QByteArray JpegWithExif(QByteArray jpeg, const QByteArray &exif);

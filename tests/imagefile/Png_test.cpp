@@ -1,4 +1,4 @@
-// PNG with libpng as reference: every kind of file it writes, profiles that it rejects, truncated files.
+// Tests of PNG, with libpng as the reference: every kind of file it writes, profiles that it rejects, truncated files.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -77,7 +77,7 @@ QByteArray Encode(const Spec &spec)
     return file;
 }
 
-/// Returns channel @p c, alpha 3, of a pixel as a share of the full range, as the format defines it.
+/// Returns channel @p c (3 for alpha) of a pixel as a fraction of the full range, as the format defines it.
 double Expected(const Spec &spec, int x, int y, int c)
 {
     const bool isColor = (spec.color & PNG_COLOR_MASK_COLOR) != 0;
@@ -132,7 +132,7 @@ void tst_Png::Read(const Spec &spec, int type)
 {
     const QByteArray file = Encode(spec);
     GFL_FILE_INFORMATION info;
-    for (unsigned flags : {GFL_LOAD_ORIGINAL_DEPTH | 0u, 0u}) { // in place, and through a row
+    for (unsigned flags : {GFL_LOAD_ORIGINAL_DEPTH | 0u, 0u}) { // decoded in place, and through a row buffer
         const Case named("flags", flags);
         const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(flags), &info);
         QVERIFY2(read, gflLastErrorText());

@@ -1,4 +1,4 @@
-// Photoshop files built byte by byte.
+// Tests of Photoshop files, built byte by byte.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -12,7 +12,7 @@ namespace {
 constexpr int kWidth = 7, kHeight = 5;
 constexpr double kCyan = 0.8; // the only ink in a file with a profile
 
-enum Mode { Binary = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Multichannel = 7, Duotone = 8, Lab = 9 };
+enum Mode { Binary = 0, Gray = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Multichannel = 7, Duotone = 8, Lab = 9 };
 
 struct Spec {
     int mode = Rgb;
@@ -77,8 +77,7 @@ QByteArray Encode(const Spec &spec)
     for (int c = 0; c < spec.channels; ++c)
         for (int y = 0; y < kHeight; ++y) {
             QByteArray row = Row(spec, y, c);
-            if (spec.isPacked) // a no-op byte; the first byte as a run of two if it repeats, then the
-                               // rest
+            if (spec.isPacked) // if the first byte repeats: a no-op byte, a run of two, and the rest
                 row = row[0] == row[1] ? QByteArray("\x80\xFF", 2) + row[0] + char(row.size() - 3) + row.mid(2)
                                        : QByteArray(1, char(row.size() - 1)) + row;
             sizes += BigEndian(quint64(row.size()), spec.isLarge ? 4 : 2);
@@ -87,7 +86,7 @@ QByteArray Encode(const Spec &spec)
     return file + (spec.isPacked ? sizes : QByteArray()) + pixels;
 }
 
-/// Returns whether blended pixels contain at least the white that the opacity allows.
+/// Returns whether the colors contain at least the white that blending at this opacity adds.
 bool IsBlended(const Spec &spec, int x, int y)
 {
     const double levels = spec.bits == 32 ? 1e6 : (1 << spec.bits) - 1;
@@ -106,14 +105,14 @@ double Expected(const Spec &spec, int x, int y, int c)
         const int index = int(std::lround(spec.Share(x, y, 0) * 255));
         return (c == 0 ? 255 - index : c == 1 ? index : 7) / 255.0;
     }
-    case Grey:
+    case Gray:
     case Duotone:
         return spec.Share(x, y, c == 3 ? 1 : 0);
     case Lab:
         return kLabColors[x % kLabCount].rgb[c];
     case Cmyk: // stored inverted
         if (!spec.profile.isEmpty())
-            return GreyOfCyan(kCyan);
+            return GrayOfCyan(kCyan);
         return c == 3 ? spec.Share(x, y, 4) : share * spec.Share(x, y, 3);
     default:
         break;
@@ -140,7 +139,7 @@ private:
 void tst_Psd::reads()
 {
     for (int i = 0; i < 12; ++i) {
-        const int bits = 8 << i / 4, mode = i % 2 ? Rgb : Grey;
+        const int bits = 8 << i / 4, mode = i % 2 ? Rgb : Gray;
         Read({mode, i % 2 ? 3 : 1, bits, i % 4 > 1, bits == 16, 0, {}}, i % 2 ? GFL_RGB : GFL_GREY);
     }
     Read({Binary, 1, 1, false, false, 0, {}}, GFL_RGB);
@@ -151,10 +150,10 @@ void tst_Psd::reads()
     Read({Lab, 3, 8, false, false, 0, {}}, GFL_RGB);
     Read({Lab, 3, 16, false, false, 0, {}}, GFL_RGB);
     Read({Cmyk, 5, 16, true, true, 0, {}}, GFL_RGB); // a selection
-    Read({Grey, 2, 16, false, false, 0, {}}, GFL_GREY);
+    Read({Gray, 2, 16, false, false, 0, {}}, GFL_GREY);
     Read({Rgb, 4, 16, false, false, -1, {}}, GFL_RGBA); // opacity of layers
     Read({Rgb, 6, 32, false, true, -3, {}}, GFL_RGBA);  // and selections
-    Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);     // selections alone
+    Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);     // selections only
 }
 
 void tst_Psd::Read(const Spec &spec, int type)
@@ -171,7 +170,7 @@ void tst_Psd::Read(const Spec &spec, int type)
                           -1,          -1,          GFL_CM_GREY,    GFL_CM_LAB};
     QCOMPARE(int(info.ColorModel), models[spec.mode]);
     const double levels = spec.bits < 16 ? 255 : spec.bits == 16 ? 65535 : 1e6;
-    // Removing white magnifies the rounding errors of both stored numbers by up to a hundred times.
+    // Removing white magnifies the rounding errors of both stored numbers by up to a factor of 100.
     const double tolerance = spec.mode == Lab ? (spec.bits == 8 ? 0.02 : 0.004)
         : !spec.profile.isEmpty()             ? 0.01
                                               : 1.51 / levels * (spec.layers < 0 ? 100 : 1);
@@ -180,8 +179,8 @@ void tst_Psd::Read(const Spec &spec, int type)
     QCOMPARE(form + Difference(*read, expected, tolerance), form);
 }
 
-// Pictures with opacity are written as a layer, which is read, and blended with white for other programs: equal except
-// for rounding. A layer that isn't opaque can't replace the picture.
+/// Pictures with opacity are written as a layer, and blended with white for other programs. Reading either gives the
+/// same picture except for rounding; the blend is read if the layer isn't opaque.
 void tst_Psd::mergedPicture()
 {
     for (const int bits : {8, 16, 32})
@@ -221,7 +220,7 @@ void tst_Psd::damaged()
         {"color data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"resources", 30, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"compression", 38, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
-        {"wrong size of a row", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},
+        {"wrong row size", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},
         {"a run that is too long", 40 + 2 * 3 * kHeight, 1, 0x81, GFL_ERROR_FILE_READ},
     };
     const QByteArray good = Encode({Rgb, 3, 8, true, false, 0, {}});

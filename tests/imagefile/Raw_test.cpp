@@ -1,4 +1,4 @@
-// Camera raw files: development, settings, and recognition.
+// Tests of camera raw files: development, settings, and recognition.
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
@@ -28,7 +28,7 @@ void tst_Raw::settings()
 {
     const SensorColor field = {0.1, 0.25, 0.15}, white = {1, 1, 1};
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    // The camera's neutral is 0.5, 1, 0.75: its balance multiplies by 2, 1, 4 / 3.
+    // The camera's neutral gray is 0.5, 1, 0.75: its balance multiplies by 2, 1, 4 / 3.
     const struct {
         const char *name;
         Settings settings;
@@ -36,7 +36,7 @@ void tst_Raw::settings()
     } rows[] = {
         {"camera balance", {}, field, {0.2, 0.25, 0.2}},
         {"no balance: daylight", {0, 0}, field, field},
-        {"automatic balance, before the camera's", {1, 1}, field, {0.25, 0.25, 0.25}},
+        {"automatic balance overrides the camera's", {1, 1}, field, {0.25, 0.25, 0.25}},
         {"brightness", {0, 1, 0, 0, 1, 2}, field, {0.4, 0.5, 0.4}},
         {"brightness before gamma", {0, 1, 0, 0, 2, 2}, field, {std::sqrt(0.4), std::sqrt(0.5), std::sqrt(0.4)}},
         {"red scaling", {0, 1, 0, 0, 1, 1, 1.5f}, field, {0.3, 0.25, 0.2}},
@@ -97,11 +97,11 @@ void tst_Raw::damagedFiles()
     const QByteArray good = DngFile({64, 48}, {0.1, 0.2, 0.3});
     int error = 0;
     for (int size = 1; size < good.size(); size += size < 7000 && size > 6000 ? 1 : 37) {
-        const Case named("cut to", size);
+        const Case named("truncated to", size);
         QVERIFY(!LoadFromMemory(good.left(size), &error) || size > good.size() - 60);
     }
     const int directory = 8 + 64 * 48 * 2;
-    for (int at = directory; at < good.size(); at += 3) // gives an error or a picture
+    for (int at = directory; at < good.size(); at += 3) // must give an error or a picture
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);
     QByteArray canon = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));
     canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // a CR2's signature, recognized without the suffix: not a TIFF

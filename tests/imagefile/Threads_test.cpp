@@ -1,4 +1,4 @@
-// Several threads use the layer at once on different files, like the preview and a batch.
+// Tests of several threads that use the layer at once on different files, like a preview and a batch.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -19,7 +19,7 @@ private:
 
 namespace {
 
-// Writes, reads back, and reads metadata and a thumbnail, repeatedly.
+/// Repeatedly writes a picture, reads it back, and reads its metadata and a thumbnail. Adds failures to @p failures.
 void Work(const QString &path, const char *format, unsigned seed, std::atomic<int> *failures)
 {
     for (unsigned i = 0; i < 6; ++i) {

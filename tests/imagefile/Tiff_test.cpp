@@ -1,4 +1,4 @@
-// TIFF compared with libtiff: reads files written by libtiff, and checks the contents of files written by the layer.
+// Tests of TIFF, with libtiff as the reference: reads libtiff's files, and checks the contents of the layer's files.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -14,14 +14,14 @@ namespace {
 
 constexpr int kWidth = 37, kHeight = 23; // prime, so that tiles and strips extend past the edge
 
-/// A file to generate. Samples are pseudo-random over the full range.
+/// File to generate. Samples are pseudo-random over the full range.
 struct Spec {
     int bits = 8;
     int samples = 3;
     int photometric = PHOTOMETRIC_RGB;
     int compression = COMPRESSION_NONE;
     const char *mode = "wl"; // byte order, BigTIFF
-    int tile = 0;            // side, 0: strips
+    int tile = 0;            // side; 0: strips
     int rowsPerStrip = 5;
     bool planar = false;
     int format = SAMPLEFORMAT_UINT;
@@ -29,7 +29,7 @@ struct Spec {
     int predictor = 1;
     bool eightBitMap = false;
     bool hasInkProfile = false;
-    bool isUnderD65 = false; // Lab
+    bool isD65 = false; // Lab relative to D65
 
     bool IsLumaAndChroma() const { return photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_NONE; }
     bool IsLab() const { return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB; }
@@ -45,7 +45,7 @@ Spec Rgb(int bits, int samples = 3)
     return spec;
 }
 
-Spec Grey(int bits, int photometric = PHOTOMETRIC_MINISBLACK)
+Spec Gray(int bits, int photometric = PHOTOMETRIC_MINISBLACK)
 {
     Spec spec = Rgb(bits, 1);
     spec.photometric = photometric;
@@ -58,21 +58,21 @@ template <class... Change> Spec With(Spec spec, Change... change)
     return spec;
 }
 
-// The colors of kLabColors relative to D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
-constexpr double kLabUnderD65[kLabCount][3] = {
+/// Lab of kLabColors relative to D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
+constexpr double kLabD65[kLabCount][3] = {
     {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
 
-/// Encodes as in TIFF 6.0, section 23, and its technical note on ICC Lab.
+/// Encodes a Lab component as in TIFF 6.0, section 23, and its technical note on ICC Lab.
 int LabValue(const Spec &spec, int x, int c)
 {
-    const double number = spec.isUnderD65 ? kLabUnderD65[x % kLabCount][c] : kLabColors[x % kLabCount].lab[c];
+    const double number = spec.isD65 ? kLabD65[x % kLabCount][c] : kLabColors[x % kLabCount].lab[c];
     const bool isCie = spec.photometric == PHOTOMETRIC_CIELAB;
     const int unit = spec.bits == 8 ? 1 : 256, zero = isCie ? 0 : 128 * unit;
     const int lightest = spec.bits == 8 ? 255 : isCie ? 65535 : 65280;
     return int(std::lround(c == 0 ? number / 100 * lightest : number * unit + zero));
 }
 
-/// Returns sample values as integers of spec.bits, or as multiples of 1/255 for floats. Opacity is sometimes 0, mostly
+/// Returns a sample as an integer of spec.bits, or as a multiple of 1/255 for floats. Opacity is sometimes 0, mostly
 /// large, and never less than premultiplied colors.
 quint32 Raw(const Spec &spec, int x, int y, int s)
 {
@@ -108,7 +108,7 @@ quint16 MapValue(const Spec &spec, quint32 index, int c)
     return static_cast<quint16>(spec.eightBitMap ? value : value * 257u);
 }
 
-/// Packs one row of a strip or tile in TIFF's form: samples of pixels x0 to x0 + count.
+/// Packs one row of a strip or tile as in a TIFF: the samples of @p count pixels from @p x0 on.
 QByteArray PackRow(const Spec &spec, int x0, int count, int y, int plane)
 {
     QByteArray row;
@@ -125,7 +125,7 @@ QByteArray PackRow(const Spec &spec, int x0, int count, int y, int plane)
                 const qfloat16 half(single);
                 spec.bits == 64 ? append(&share, 8) : spec.bits == 32 ? append(&single, 4) : append(&half, 2);
             } else if (spec.bits % 8 == 0) {
-                append(&raw, spec.bits / 8); // little-endian machine
+                append(&raw, spec.bits / 8); // assumes a little-endian machine
             } else {
                 bitBuffer = bitBuffer << spec.bits | raw;
                 for (bitCount += spec.bits; bitCount >= 8; bitCount -= 8)
@@ -167,7 +167,7 @@ void SetFields(TIFF *tiff, const Spec &spec)
     if (spec.hasInkProfile)
         TIFFSetField(tiff, TIFFTAG_ICCPROFILE, InkProfile().size(), InkProfile().constData());
     const float white[] = {0.3127f, 0.329f};
-    if (spec.isUnderD65)
+    if (spec.isD65)
         TIFFSetField(tiff, TIFFTAG_WHITEPOINT, white);
     TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
     TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 100.0);
@@ -212,7 +212,7 @@ bool WriteFile(const QString &path, const Spec &spec)
     return good;
 }
 
-/// Returns what the layer should deliver, by the definitions of TIFF 6.0.
+/// Returns the expected value of channel @p c, by the definitions of TIFF 6.0.
 double Expected(const Spec &spec, int x, int y, int c, int channels)
 {
     const double opacity = channels == 4 ? Share(spec, x, y, spec.samples - 1) : 1.0;
@@ -223,7 +223,7 @@ double Expected(const Spec &spec, int x, int y, int c, int channels)
     if (spec.IsLumaAndChroma())
         return c == 0 ? 1.0 : 0.0;
     if (spec.hasInkProfile)
-        return GreyOfCyan(kCyan);
+        return GrayOfCyan(kCyan);
     double value = 0.0;
     switch (spec.photometric) {
     case PHOTOMETRIC_MINISWHITE:
@@ -277,7 +277,7 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     const auto isFloat = [](Spec &s) { s.format = SAMPLEFORMAT_IEEEFP; };
     const auto straight = [](Spec &s) { s.extra = {EXTRASAMPLE_UNASSALPHA}; };
     const auto associated = [](Spec &s) { s.extra = {EXTRASAMPLE_ASSOCALPHA}; };
-    const auto inks = [](Spec &s) { s.photometric = PHOTOMETRIC_SEPARATED; };
+    const auto cmyk = [](Spec &s) { s.photometric = PHOTOMETRIC_SEPARATED; };
     const auto packed = [](int compression, int predictor = 1) {
         return [=](Spec &s) { s.compression = compression, s.predictor = predictor; };
     };
@@ -285,48 +285,48 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
         s.compression = COMPRESSION_JPEG, s.photometric = PHOTOMETRIC_YCBCR, s.rowsPerStrip = 16;
     };
     row("RGB 8 BigTIFF, one strip", With(Rgb(8), oneStrip, [](Spec &s) { s.mode = "wl8"; }), GFL_RGB, 8);
-    row("RGB 16, high byte first", With(Rgb(16), bigEndian), GFL_RGB, 16);
-    row("RGB 16 in tiles of planes", With(Rgb(16), planar, tiled), GFL_RGB, 16);
-    row("RGB float, high byte first, tiles", With(Rgb(32), isFloat, bigEndian, tiled), GFL_RGB, 32);
+    row("RGB 16, big-endian", With(Rgb(16), bigEndian), GFL_RGB, 16);
+    row("RGB 16, planar, tiled", With(Rgb(16), planar, tiled), GFL_RGB, 16);
+    row("RGB float, big-endian, tiles", With(Rgb(32), isFloat, bigEndian, tiled), GFL_RGB, 32);
     row("RGB half", With(Rgb(16), isFloat), GFL_RGB, 32);
     row("RGB double", With(Rgb(64), isFloat), GFL_RGB, 32);
     row("RGB 32-bit integers", Rgb(32), GFL_RGB, 32);
-    row("RGB 24-bit integers, high byte first", With(Rgb(24), bigEndian), GFL_RGB, 32);
-    row("RGB 10 bits in planes", With(Rgb(10), planar), GFL_RGB, 16);
-    row("gray 2", Grey(2), GFL_GREY, 8);
-    row("gray 4, white is 0", Grey(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
-    row("1 bit, white is 0, fax", With(Grey(1, PHOTOMETRIC_MINISWHITE), packed(COMPRESSION_CCITTFAX4)), GFL_RGB, 8);
-    row("1 bit in tiles", With(Grey(1), tiled), GFL_RGB, 8);
-    row("palette 1", Grey(1, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
-    row("palette 4 of 8-bit colors", With(Grey(4, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }), GFL_RGB,
-        8);
-    row("RGBA straight 16 in planes", With(Rgb(16, 4), straight, planar), GFL_RGBA, 16);
+    row("RGB 24-bit integers, big-endian", With(Rgb(24), bigEndian), GFL_RGB, 32);
+    row("RGB 10 bits, planar", With(Rgb(10), planar), GFL_RGB, 16);
+    row("gray 2", Gray(2), GFL_GREY, 8);
+    row("gray 4, white is 0", Gray(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
+    row("1 bit, white is 0, fax", With(Gray(1, PHOTOMETRIC_MINISWHITE), packed(COMPRESSION_CCITTFAX4)), GFL_RGB, 8);
+    row("1 bit in tiles", With(Gray(1), tiled), GFL_RGB, 8);
+    row("palette 1", Gray(1, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
+    row("palette 4 with 8-bit colors", With(Gray(4, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }),
+        GFL_RGB, 8);
+    row("RGBA straight 16, planar", With(Rgb(16, 4), straight, planar), GFL_RGBA, 16);
     row("RGBA premultiplied float", With(Rgb(32, 4), associated, isFloat), GFL_RGBA, 32);
-    row("RGBA of unspecified kind", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }), GFL_RGBA, 8);
+    row("RGBA, unspecified extra sample", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }),
+        GFL_RGBA, 8);
     row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
-    row("gray and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
-    row("CMYK 16 in planes", With(Rgb(16, 4), planar, inks), GFL_RGB, 16);
-    row("CMYK with a profile", With(Rgb(16, 4), inks, [](Spec &s) { s.hasInkProfile = true; }), GFL_RGB, 16);
+    row("gray and opacity", With(Gray(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
+    row("CMYK 16, planar", With(Rgb(16, 4), planar, cmyk), GFL_RGB, 16);
+    row("CMYK with a profile", With(Rgb(16, 4), cmyk, [](Spec &s) { s.hasInkProfile = true; }), GFL_RGB, 16);
     for (int bits : {8, 16})
         for (int lab : {PHOTOMETRIC_CIELAB, PHOTOMETRIC_ICCLAB})
             row(qPrintable(QStringLiteral("Lab %1, %2 bits").arg(lab).arg(bits)),
                 With(Rgb(bits), [=](Spec &s) { s.photometric = lab; }), GFL_RGB, bits);
     for (int bits : {8, 16})
-        row(qPrintable(QStringLiteral("Lab under D65, %1 bits").arg(bits)),
-            With(Rgb(bits), [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isUnderD65 = true; }), GFL_RGB, bits);
-    row("Lab under D65 with opacity",
-        With(Rgb(16, 4), straight, [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isUnderD65 = true; }), GFL_RGBA,
-        16);
+        row(qPrintable(QStringLiteral("Lab relative to D65, %1 bits").arg(bits)),
+            With(Rgb(bits), [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isD65 = true; }), GFL_RGB, bits);
+    row("Lab relative to D65 with opacity",
+        With(Rgb(16, 4), straight, [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isD65 = true; }), GFL_RGBA, 16);
     row("LZW, predictor", With(Rgb(8), packed(COMPRESSION_LZW, 2)), GFL_RGB, 8);
-    row("deflate 16, predictor, high byte first", With(Rgb(16), packed(COMPRESSION_ADOBE_DEFLATE, 2), bigEndian),
-        GFL_RGB, 16);
-    row("deflate float, predictor, planes", With(Rgb(32), packed(COMPRESSION_DEFLATE, 3), isFloat, planar), GFL_RGB,
+    row("deflate 16, predictor, big-endian", With(Rgb(16), packed(COMPRESSION_ADOBE_DEFLATE, 2), bigEndian), GFL_RGB,
+        16);
+    row("deflate float, predictor, planar", With(Rgb(32), packed(COMPRESSION_DEFLATE, 3), isFloat, planar), GFL_RGB,
         32);
     row("PackBits", With(Rgb(8), packed(COMPRESSION_PACKBITS)), GFL_RGB, 8);
     row("LZMA", With(Rgb(8), packed(COMPRESSION_LZMA)), GFL_RGB, 8);
     row("Zstandard in tiles", With(Rgb(16), packed(COMPRESSION_ZSTD, 2), tiled), GFL_RGB, 16);
     row("LERC", With(Rgb(32), packed(COMPRESSION_LERC), isFloat), GFL_RGB, 32);
-    row("luma and chroma", With(Rgb(8), [](Spec &s) { s.photometric = PHOTOMETRIC_YCBCR; }), GFL_RGB, 8);
+    row("YCbCr", With(Rgb(8), [](Spec &s) { s.photometric = PHOTOMETRIC_YCBCR; }), GFL_RGB, 8);
     row("JPEG in tiles", With(Rgb(8), jpeg, tiled), GFL_RGB, 8);
 }
 
@@ -339,7 +339,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QVERIFY(WriteFile(path, spec));
     const BitmapPtr got = Load(path);
     QVERIFY2(got, gflLastErrorText());
-    // Rounding of values not stored at this depth, of mixed inks and of divided colors; halves have 11 bits.
+    // Values not stored at this depth, mixed inks and divided colors are rounded; halves have 11 significant bits.
     const bool isInk = spec.photometric == PHOTOMETRIC_SEPARATED;
     const bool exact = spec.bits == bits && !isInk && !spec.extra.contains(EXTRASAMPLE_ASSOCALPHA) && bits != 32;
     const double rounding = bits == 32 ? 1e-6 : 0.51 / (std::exp2(bits) - 1.0);
@@ -376,12 +376,12 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127));
 }
 
-// libtiff treats such a picture as gray.
+/// Palette pictures with a damaged color map are refused; libtiff would treat them as gray.
 void tst_Tiff::damagedColorMap()
 {
     for (const char *mode : {"wl", "wb", "wl8"}) {
         const Case named(mode);
-        QVERIFY(WriteFile(m_folder("a.tif"), With(Grey(8, PHOTOMETRIC_PALETTE), [=](Spec &s) { s.mode = mode; })));
+        QVERIFY(WriteFile(m_folder("a.tif"), With(Gray(8, PHOTOMETRIC_PALETTE), [=](Spec &s) { s.mode = mode; })));
         QByteArray file = ReadBytes(m_folder("a.tif"));
         const QByteArray field = mode[1] == 'b' ? QByteArray("\1\x40\0\3\0\0\3\0", 8) // tag, type, 3 * 256 values
                                                 : QByteArray("\x40\1\3\0\0\3\0\0", 8);
@@ -421,7 +421,7 @@ void tst_Tiff::writtenFilesAreCorrect()
             }
 }
 
-// Pictures large enough for several threads, intact and with two damaged strips: the first one is reported.
+/// Reads pictures large enough for several threads, intact and with two damaged strips, of which the first is reported.
 void tst_Tiff::anyThreads()
 {
     constexpr int kSide = 1101;

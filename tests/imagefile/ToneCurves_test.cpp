@@ -1,4 +1,4 @@
-// Tone curves of ICC profiles: formulas, tables, gray, and profiles without curves.
+// Tests of tone curves of ICC profiles: formulas, tables, gray, and profiles without curves.
 #include "Bitmaps.h"
 #include "gfl.h"
 
@@ -43,7 +43,7 @@ QByteArray RgbProfile(cmsToneCurve *red, cmsToneCurve *green, cmsToneCurve *blue
     return bytes;
 }
 
-QByteArray GreyProfile(double gamma)
+QByteArray GrayProfile(double gamma)
 {
     cmsToneCurve *curve = cmsBuildGamma(nullptr, gamma);
     const QByteArray bytes = Bytes(cmsCreateGrayProfile(cmsD50_xyY(), curve));
@@ -95,7 +95,7 @@ void tst_ToneCurves::curvesMatchProfile_data()
         << QVector<Light>{Gamma18, Square, Identity} << 1e-3;
     QTest::newRow("table of sRGB") << RgbProfile(Table(Srgb, 1024), Table(Srgb, 4096), Table(Srgb, 513))
                                    << QVector<Light>{Srgb, Srgb, Srgb} << 9e-6;
-    QTest::newRow("gray") << GreyProfile(2.0) << QVector<Light>{Square} << 1e-6;
+    QTest::newRow("gray") << GrayProfile(2.0) << QVector<Light>{Square} << 1e-6;
 }
 
 void tst_ToneCurves::curvesMatchProfile()

@@ -1,4 +1,4 @@
-// WebP with libwebp's encoder and multiplexer as reference.
+// Tests of WebP, with libwebp's encoder and multiplexer as the reference.
 #include "Bitmaps.h"
 #include "Blocks.h"
 #include "Case.h"
@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kWidth = 13, kHeight = 9;
 
-/// Encodes an RGB or RGBA bitmap of 8 bits; @p quality: -1 is lossless.
+/// Encodes an 8-bit RGB or RGBA bitmap; @p quality -1 means lossless.
 QByteArray Encode(const GFL_BITMAP &bitmap, int quality)
 {
     const QByteArray pixels = PackedPixels(bitmap);
@@ -175,7 +175,7 @@ void tst_Webp::damaged()
         const char *name;
         int at;
         QByteArray bytes;
-    } rows[] = {{"canvas of 16 megapixels by 16", canvas, QByteArray(6, '\xff')},
+    } rows[] = {{"canvas of 16,777,216 x 16,777,216", canvas, QByteArray(6, '\xff')},
                 {"canvas of 65,536 x 65,536", canvas, QByteArray("\xff\xff\0\xff\xff\0", 6)},
                 {"canvas smaller than the frame", canvas, QByteArray(6, '\0')},
                 {"frame beyond the right edge", frame, QByteArray("\x10", 1)},

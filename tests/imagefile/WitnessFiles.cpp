@@ -1,6 +1,7 @@
-// Writes pictures with metadata, and their copies through the layer, for other programs to read: witness_files FOLDER.
-// Sources are NAME.source.jpg or NAME.read.heic and so on, copies NAME.source.tiff, .png and so on; FORM.pixels.tiff,
-// .png and .psd hold the same pixels. sensor.dng is a camera raw file without metadata.
+// Writes pictures with metadata to a folder, and copies of these and of given pictures made by the layer, for other
+// programs to read: witness_files FOLDER [PICTURE...]. Sources are NAME.source.jpg, or NAME.read.heic and so on, copies
+// NAME.source.tiff, .png and so on. FORM.pixels.tiff, .png and .psd hold the same pixels. sensor.dng is a camera raw
+// file without metadata.
 #include "Bitmaps.h"
 #include "DngFile.h"
 #include "NoteFile.h"
@@ -47,8 +48,8 @@ int main(int count, char **arguments)
     const struct {
         const char *name;
         int type, bits;
-    } forms[] = {{"grey8", GFL_GREY, 8},
-                 {"grey16", GFL_GREY, 16},
+    } forms[] = {{"gray8", GFL_GREY, 8},
+                 {"gray16", GFL_GREY, 16},
                  {"rgb16", GFL_RGB, 16},
                  {"alpha8", GFL_RGBA, 8},
                  {"alpha16", GFL_RGBA, 16}};

@@ -1,5 +1,5 @@
-// Writing: pictures read back in the closest form that the format supports, and the effect on files, even after
-// failures.
+// Tests of writing: pictures read back in the closest form that the format supports, and the effect on files, even
+// after failures.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -18,12 +18,12 @@
 
 namespace {
 
-/// A format with a compression, and its properties.
+/// Format with a compression, and its properties.
 struct Format {
     const char *name;
     int compression;
-    bool holds16, holdsFloat, holdsIntegers, holdsGrey, holdsAlpha;
-    double tolerance; // a share of the full range, of samples from 0 to 1
+    bool holds16, holdsFloat, holdsIntegers, holdsGray, holdsAlpha;
+    double tolerance; // fraction of the full range, for samples from 0 to 1
 };
 
 constexpr double kExact = 0.0;
@@ -44,7 +44,7 @@ QStringList Everything(const QString &folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
-/// Limits the size of this process's files, like a full disk, while an instance exists.
+/// Limit on the size of this process's files during its lifetime, which acts like a full disk.
 class SizeLimit {
 public:
     explicit SizeLimit(rlim_t bytes)
@@ -65,8 +65,8 @@ private:
     void (*m_handler)(int) = SIG_DFL;
 };
 
-/// Generates rows on demand from a bitmap without padding, up to a given row: in order, or by GFL_FAST_ROWS on any
-/// thread.
+/// Source of rows on demand from a bitmap without padding, up to a given row: in order, or GFL_FAST_ROWS at a time on
+/// any thread.
 struct Maker {
     const std::uint8_t *pixels;
     int end;
@@ -118,7 +118,7 @@ void tst_Writing::writeThenRead()
 void tst_Writing::WriteThenRead(const Format &f, int type, int bits)
 {
     const int heldBits = bits == 32 ? (f.holdsFloat ? 32 : 16) : f.holdsIntegers ? bits : 32;
-    const int heldType = type == GFL_GREY ? (f.holdsGrey ? GFL_GREY : GFL_RGB) : f.holdsAlpha ? type : GFL_RGB;
+    const int heldType = type == GFL_GREY ? (f.holdsGray ? GFL_GREY : GFL_RGB) : f.holdsAlpha ? type : GFL_RGB;
     for (const QSize size : {QSize(1, 1), QSize(1, 7), QSize(3, 1), QSize(31, 17), QSize(20011, 3)}) {
         const Case named(f.name, f.compression, size);
         const BitmapPtr bitmap = RandomBitmap(size.width(), size.height(), type, bits);
@@ -373,7 +373,7 @@ void tst_Writing::generatedRows()
     QCOMPARE(Everything(folder.path()).size(), 1);
 }
 
-// Files of the fast compressor have the same content and are at most 6 % larger.
+/// Files of the fast compressor have the same content and are at most 6 % larger.
 void tst_Writing::fastDeflate()
 {
     constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;

@@ -1,4 +1,4 @@
-// Fitted corrections: tables against formulas, the twin against the models, the fast warp against the twin.
+// Tests of fitted corrections: tables against formulas, the twin against the models, the fast warp against the twin.
 #include "Case.h"
 #include "FittedWarpTwin.h"
 
@@ -17,7 +17,7 @@ using Point = SourcePlaces::Point;
 
 constexpr auto kBaseline = Instructions(0);
 
-/// A textbook lens model, in units of its focal length.
+/// Textbook lens model, in units of its focal length.
 struct Model {
     double centerX, centerY, focalPixels, scale, k1, k2, t1, t2;
 
@@ -45,7 +45,7 @@ struct Model {
     }
 };
 
-/// A wide-angle lens for a picture of that size. @p bend is 1 for an ordinary one.
+/// Wide-angle lens for a picture of the given size. @p bend is 1 for an ordinary one.
 struct Lens {
     Lens(int width, int height, double bend, bool split = true)
         : side(std::hypot(width, height)),
@@ -87,7 +87,7 @@ Pixels Rendered(const FittedWarp &warp, const Pixels &source, Instructions instr
     return to.Read();
 }
 
-/// Returns where another instruction set's result differs from @p baseline in any bit.
+/// Returns where another instruction set's result differs from @p baseline in any bit; empty if nowhere.
 QString DifferenceOfSets(const FittedWarp &warp, const Pixels &source, const Pixels &baseline)
 {
     for (Instructions set : {Instructions::Avx2, Instructions::Avx512})
@@ -203,10 +203,10 @@ void tst_FittedWarp::warpFollowsTheTwin()
     const Pixels got = Rendered(warp, source, kBaseline);
     QVERIFY(!got.values.isEmpty());
     const GuardedImage from(source, 0);
-    const int step = size.width() > 100 ? 7 : 1; // odd, so that it occurs at every column of a block
+    const int step = size.width() > 100 ? 7 : 1; // odd, so that every column of a block occurs
     for (int i = 0; i < size.width() * size.height(); i += step) {
         const int x = i % size.width(), y = i / size.width();
-        // Limits change from one pixel to the next: a position between two pixels may have those of either.
+        // The limits of sharp sampling change between pixels: a position between two may have those of either.
         FittedWarpTwin::Pixel least = twin.At(from.image, x, y), greatest = least;
         for (int j = 0; j < 9 && sampling == Sampling::Sharp && size.width() > 100; ++j) {
             const FittedWarpTwin::Pixel near = twin.At(from.image, x + (j % 3 - 1) * 0.004, y + (j / 3 - 1) * 0.004);
@@ -236,7 +236,7 @@ void tst_FittedWarp::foldsAreEmpty()
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    Correction inside; // all other positions in the units of sharp sampling at its fold are inside the picture
+    Correction inside; // the fold's units of sharp sampling have no positions outside the picture
     inside.width = 900;
     inside.height = 400;
     inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};
@@ -259,7 +259,7 @@ void tst_FittedWarp::foldsAreEmpty()
     QVERIFY(!FittedWarp(fisheye, Sampling::Bilinear, TransferCurve::Linear(), {}).LeavesEmpty());
 }
 
-// Every 8-bit value, and 16-bit noise with both ends of the range.
+/// Stored pixels (8 bits, and 16-bit noise with both ends of the range) give the same result as their float conversion.
 void tst_FittedWarp::storedIsConverted()
 {
     constexpr int kWidth = 331, kHeight = 120;
@@ -361,7 +361,8 @@ void tst_FittedWarp::transferCurves_data()
     QTest::newRow("sRGB by rounded points") << *TransferCurve::FromSamples({rounded}) << Function(SrgbLight);
 }
 
-/// The warp uses tables: its result is the value for g times the light, within a sixth of a 16-bit code.
+/// The warp uses tables. Its result is the value for the gain times the light, within 1e-5 of that value, and within
+/// 2.5e-6 (a sixth of a 16-bit code) below 0.25.
 void tst_FittedWarp::transferCurves()
 {
     QFETCH(TransferCurve, curve);
@@ -406,7 +407,7 @@ void tst_FittedWarp::flatFields_data()
 {
     QTest::addColumn<TransferCurve>("curve");
     QTest::addColumn<Function>("light");
-    QTest::addColumn<int>("greatest"); // code; 0: float
+    QTest::addColumn<int>("greatest"); // largest code; 0: float
     for (int greatest : {255, 65535}) {
         QTest::addRow("sRGB up to %d", greatest) << TransferCurve::Srgb() << Function(SrgbLight) << greatest;
         const Function adobe = [](double v) { return std::pow(v, 563.0 / 256.0); };
@@ -419,7 +420,7 @@ void tst_FittedWarp::flatFields_data()
     QTest::newRow("float") << TransferCurve::Linear() << Function([](double v) { return v; }) << 0;
 }
 
-/// A gray picture whose light falls by up to 2 EV toward the corners.
+/// Corrects a gray picture whose light falls by up to 2 EV toward the corners.
 void tst_FittedWarp::flatFields()
 {
     QFETCH(TransferCurve, curve);
@@ -434,10 +435,10 @@ void tst_FittedWarp::flatFields()
     correction.width = kWidth;
     correction.height = kHeight;
     correction.light = GainMap{(kWidth - 1) / 2.0, (kHeight - 1) / 2.0, RadialCurve(radius2 / 64.0, gain)};
-    const double grey = greatest ? std::round(0.7 * greatest) / greatest : 3.0;
+    const double gray = greatest ? std::round(0.7 * greatest) / greatest : 3.0;
     const Pixels source = Made(kWidth, kHeight, [&](int x, int y) {
         const double r2 = std::pow(x - (kWidth - 1) / 2.0, 2) + std::pow(y - (kHeight - 1) / 2.0, 2);
-        const double wanted = light(grey) * (1.0 - 0.75 * r2 / radius2);
+        const double wanted = light(gray) * (1.0 - 0.75 * r2 / radius2);
         double low = 0.0, high = 4.0;
         for (int i = 0; i < 60; ++i)
             (light((low + high) / 2.0) < wanted ? low : high) = (low + high) / 2.0;
@@ -449,11 +450,11 @@ void tst_FittedWarp::flatFields()
         double most = 0.0;
         for (int i = 0; i < got.values.size(); ++i)
             if (i % 4 != 3)
-                most = std::max(most, std::abs(double(got.values[i]) - grey));
+                most = std::max(most, std::abs(double(got.values[i]) - gray));
         if (greatest == 255)
             QVERIFY2(std::round(most * 255) <= 1.0, qPrintable(QString::number(most * 255)));
         else
-            QVERIFY2(most / grey <= 1e-3, qPrintable(QString::number(most)));
+            QVERIFY2(most / gray <= 1e-3, qPrintable(QString::number(most)));
     }
 }
 
@@ -479,7 +480,7 @@ void tst_FittedWarp::badCurves()
         QVERIFY(got.At(x, 0, 0) >= source.At(x, 0, 0) && got.At(x, 0, 0) < source.At(x, 0, 0) + 0.21F);
     }
     QCOMPARE(got.At(0, 0, 0), 0.0F);
-    // Steep between two nodes: the cubic would leave 1 to 16.
+    // Steep between two nodes: the cubic would leave the range from 1 to 16.
     correction.light->gain = RadialCurve(16.0, {1.0, 1.0, 16.0, 16.0, 1.0, 1.0});
     for (int x = 0; x <= 10; ++x) {
         const double gain = CorrectionTwin(correction).At(x, 0.0).gain;
@@ -490,9 +491,9 @@ void tst_FittedWarp::badCurves()
 namespace {
 
 /// Renders gray pictures, as floats or at 16 bits, with the fast warp.
-std::vector<double> RenderSharp(const std::vector<double> &grey, const Correction &lens, bool isFloat)
+std::vector<double> RenderSharp(const std::vector<double> &gray, const Correction &lens, bool isFloat)
 {
-    const Pixels source = Made(lens.width, lens.height, [&](int x, int y) { return grey[size_t(y * lens.width + x)]; });
+    const Pixels source = Made(lens.width, lens.height, [&](int x, int y) { return gray[size_t(y * lens.width + x)]; });
     const FittedWarp warp(lens, Sampling::Sharp, TransferCurve::Linear(), {isFloat, false});
     const Pixels got = Rendered(warp, source, FloatWarp::BestInstructions());
     std::vector<double> result;
@@ -541,8 +542,8 @@ void tst_FittedWarp::sharpness()
     for (bool isFloat : {false, true})
         for (int degrees : {0, 17, 45, 90}) {
             const SamplingQuality quality =
-                QualityOf([&](const std::vector<double> &grey,
-                              const Correction &lens) { return RenderSharp(grey, lens, isFloat); },
+                QualityOf([&](const std::vector<double> &gray,
+                              const Correction &lens) { return RenderSharp(gray, lens, isFloat); },
                           frequency, degrees * kPi / 180.0);
             QVERIFY2(quality.contrast >= leastContrast && quality.contrast <= mostContrast
                          && quality.falseDetail <= mostFalseDetail,
@@ -556,7 +557,7 @@ void tst_FittedWarp::overshoot()
     for (double soft : {-1.0, 0.0, 0.3, 0.5, 0.8})
         for (int degrees : {0, 3, 8, 15, 22, 30, 38, 45, 90, 140}) {
             const double most = OvershootOf(
-                [](const std::vector<double> &grey, const Correction &lens) { return RenderSharp(grey, lens, false); },
+                [](const std::vector<double> &gray, const Correction &lens) { return RenderSharp(gray, lens, false); },
                 degrees * kPi / 180.0, soft);
             QVERIFY2(most <= 0.03, qPrintable(QString::asprintf("%d degrees, soft %g: %.3f", degrees, soft, most)));
         }

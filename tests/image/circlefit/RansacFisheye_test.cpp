@@ -30,11 +30,11 @@ private Q_SLOTS:
 
 void tst_RansacFisheye::degenerateModels()
 {
-    // Three edges, drawn in any order, give exactly the linear model.
+    // Three edges, drawn in any order, give exactly the linear model's solution.
     RansacFisheye fit = NewFit({{410, 1, 0, false}, {420, 0, 1, false}, {390, -1, 0, false}, {5, 1, 0, true}});
     RansacFisheye::Model model = fit.computeOneModel();
     QVERIFY(std::abs(model.radius - 400) + std::abs(model.centerX - 10) + std::abs(model.centerY - 20) < 1e-3);
-    fit.maxCenterOffset2 = 500; // exactly the center's squared distance, which must be below
+    fit.maxCenterOffset2 = 500; // exactly the center's squared distance, which must be less
     model = fit.computeOneModel();
     QVERIFY(model.centerX == 0 && model.centerY == 0);
     QVERIFY(model.radius == 410 || model.radius == 420 || model.radius == 390);
@@ -55,18 +55,18 @@ void tst_RansacFisheye::scores()
     for (int degree = 0; degree < 8; ++degree)
         data.append({400, std::cos(degree * M_PI / 180), std::sin(degree * M_PI / 180), false});
     data[0].distance = 404.9;   // within 0.5 % of 1,000
-    data[1].distance = 405.003; // a miss whose circle is within the image, but a hit by 1,000.9
+    data[1].distance = 405.003; // a miss, but a hit if 1,000.9 were not truncated
     data.append({300, 0, -1, true});
     data.append({500, 0, -1, true});
     RansacFisheye fit = NewFit(data);
     QVERIFY(fit.evaluateModel({0, 0, 400}));
-    QCOMPARE(fit.bestScore, 0.8); // 7 edges and one inside point of 10
+    QCOMPARE(fit.bestScore, 0.8); // 7 edges and one interior point of 10
     QVERIFY(!fit.evaluateModel({0, 0, 3000}));
     QCOMPARE(fit.best.radius, 400.0);
 
     const struct {
         int edges, others;
-        bool isKept, isGood; // above 5 % and 60 % on the circle
+        bool isKept, isGood; // more than 5 % and 60 % are on the circle
     } rows[] = {{1, 19, false, false}, {1, 18, true, false}, {6, 4, true, false}, {5, 3, true, true}};
     for (const auto &row : rows) {
         QVector<RansacFisheye::Data> mixed(row.edges, {400, 1, 0, false});
@@ -76,9 +76,9 @@ void tst_RansacFisheye::scores()
                  qPrintable(QStringLiteral("%1 of %2").arg(row.edges).arg(mixed.size())));
     }
 
-    // Equal scores keep the earlier model; a missed edge beyond the image costs one.
+    // Equal scores keep the earlier model; a miss where the circle is outside the image subtracts one hit.
     RansacFisheye far = NewFit({{1010, 1, 0, false}, {1010, 0, 1, false}, {3, 1, 0, false}, {3, 0, 1, false}});
-    QVERIFY(!far.evaluateModel({0, 0, 1010})); // the third misses beyond 1,000.9
+    QVERIFY(!far.evaluateModel({0, 0, 1010})); // the third edge misses, beyond 1,000.9
     QCOMPARE(far.bestScore, 0.25);
     far.evaluateModel({0, 0, 1010.5});
     QCOMPARE(far.best.radius, 1010.0);

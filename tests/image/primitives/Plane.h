@@ -1,4 +1,4 @@
-// A block of interleaved samples with gaps between its rows, for tests of primitives.
+// Block of interleaved samples with gaps between its rows, for tests of primitives.
 #pragma once
 
 #include "types.h"
@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-/// @p C channels; @p Gap samples after each row and @p Gap whole rows before and after are outside the plane and
+/// Plane of @p C channels. kGap samples after each row, and kGap whole rows before and after, lie outside the plane and
 /// contain noise.
 template <typename T, int C> class Plane {
 public:
@@ -66,14 +66,15 @@ void CompareSamples(primitives::Size size, int channels, Got got, Wanted wanted,
     for (int y = 0; y < size.height; ++y) {
         for (int x = 0; x < size.width; ++x) {
             for (int c = 0; c < channels; ++c) {
-                const double is = static_cast<double>(got(x, y, c)), should = static_cast<double>(wanted(x, y, c));
-                if (!(std::fabs(is - should) <= tolerance))
+                const double actual = static_cast<double>(got(x, y, c)),
+                             expected = static_cast<double>(wanted(x, y, c));
+                if (!(std::fabs(actual - expected) <= tolerance))
                     QFAIL(qPrintable(QStringLiteral("(%1, %2), channel %3: expected %4, got %5")
                                          .arg(x)
                                          .arg(y)
                                          .arg(c)
-                                         .arg(should)
-                                         .arg(is)));
+                                         .arg(expected)
+                                         .arg(actual)));
             }
         }
     }

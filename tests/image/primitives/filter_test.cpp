@@ -22,7 +22,7 @@ void tst_Filter::gaussian()
     const struct {
         int width, height, kernelSize;
         float sigma;
-    } rows[] = {{1, 1, 3, 1}, {7, 5, 1, 1}, {31, 17, 13, 2.5f}, {5, 3, 41, 6}}; // the last one wider than the plane
+    } rows[] = {{1, 1, 3, 1}, {7, 5, 1, 1}, {31, 17, 13, 2.5f}, {5, 3, 41, 6}}; // last: kernel wider than the plane
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         const int width = row.width, height = row.height, kernelSize = row.kernelSize;
@@ -116,7 +116,7 @@ void tst_Filter::median()
 void tst_Filter::sobel()
 {
     Plane<Ipp16s, 1> image(7, 6), edges(7, 6);
-    for (int i = 0; i < 42; ++i) // an edge below row 2, brighter by 100; columns also differ, which must have no effect
+    for (int i = 0; i < 42; ++i) // a step of 100 below row 2; columns also differ, which must have no effect
         image.At(i % 7, i / 7) = static_cast<Ipp16s>((i / 7 > 2 ? 100 : 0) + 10 * (i % 7));
     ippiFilterSobelHoriz_16s_C1R(&image.At(1, 1), image.StepBytes(), &edges.At(1, 1), edges.StepBytes(), {5, 4});
     CompareSamples(

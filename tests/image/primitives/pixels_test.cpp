@@ -1,4 +1,4 @@
-// Rejected arguments, memory, comparisons and color models, as far as tests of KImage don't cover them.
+// Tests of rejected arguments, memory, comparisons and color models that the tests of KImage don't cover.
 #include "ippi.h"
 
 #include "Case.h"
@@ -35,7 +35,7 @@ void tst_Pixels::statuses()
     const int foreign[] = {0, 3, 1}; // three channels have no channel 3
     QVERIFY(ippiSwapChannels_8u_C3R(a.Data(), 3, b.Data(), 3, {1, 1}, foreign) == Status::BadArgument);
     const Ipp32f values[] = {0, 1};
-    QVERIFY(ippiScale_32f8u_C1R(values, 0, b.Data(), 0, {2, 1}, 1.0f, 1.0f) == Status::BadArgument); // no range
+    QVERIFY(ippiScale_32f8u_C1R(values, 0, b.Data(), 0, {2, 1}, 1.0f, 1.0f) == Status::BadArgument); // empty range
     CompareSamples(b.Size(), 1, Reader(b), Reader(before), 0);
     QVERIFY(b.HasGapsOf(before));
 }
@@ -51,7 +51,7 @@ void tst_Pixels::memory()
     QVERIFY(!ippiMalloc_8u_C1(1, -1, &step));
     constexpr int kMax = std::numeric_limits<int>::max();
     QVERIFY(!ippiMalloc_32f_C4(kMax, kMax, &step));
-    // Rows of 2^33 + 64 bytes: the product is 2^64 plus a few gigabytes, which alone could be allocated.
+    // Rows of 2^33 + 64 bytes: the product is 2^64 plus a few gigabytes; these alone could be allocated.
     QVERIFY(!ippiMalloc_32f_C4((1 << 29) + 4, kMax - 14, &step));
     QVERIFY(!ippsMalloc_8u(std::numeric_limits<std::int64_t>::max()));
     ippsFree(nullptr);
@@ -77,7 +77,7 @@ void tst_Pixels::hsv()
 {
     const struct {
         Ipp8u rgb[3];
-        double hsv[3]; // degrees, shares
+        double hsv[3]; // degrees; fractions
     } rows[] = {
         {{0, 0, 0}, {0, 0, 0}},      {{90, 90, 90}, {0, 0, 90 / 255.0}}, {{255, 0, 0}, {0, 1, 1}},
         {{255, 255, 0}, {60, 1, 1}}, {{0, 255, 0}, {120, 1, 1}},         {{0, 255, 255}, {180, 1, 1}},
@@ -89,13 +89,13 @@ void tst_Pixels::hsv()
         ippiRGBToHSV_8u_AC4R(in, 4, out, 4, {1, 1});
         for (int c = 0; c < 3; ++c)
             QVERIFY(std::fabs(out[c] - row.hsv[c] * (c == 0 ? 255 / 360.0 : 255)) <= 0.501);
-        QCOMPARE(int(out[3]), 4); // untouched
+        QCOMPARE(int(out[3]), 4); // unchanged
     }
 }
 
 void tst_Pixels::yccDefinition()
 {
-    // White, and blue, as published: 255 / 1.402, C1 = 0.886, C2 = -0.114.
+    // White and blue by the published formula: 255 / 1.402, C1 = 0.886, C2 = -0.114.
     const Ipp8u rgb[] = {255, 255, 255, 0, 0, 255};
     Ipp8u ycc[6];
     ippiRGBToYCC_8u_C3R(rgb, 6, ycc, 6, {2, 1});
@@ -115,9 +115,9 @@ template <typename T, int C, typename Forth, typename Back> void RoundTrip(Forth
 
 void tst_Pixels::colorRoundTrips()
 {
-    // Half a count of hue is 6 / 255 / 2 of the chroma, half a count of saturation half of a channel.
+    // Half a count of hue changes a channel by 6 / 255 / 2 of the chroma, half a count of saturation by half a count.
     RoundTrip<Ipp8u, 4>(ippiRGBToHSV_8u_AC4R, ippiHSVToRGB_8u_AC4R, 4.5);
-    // Half a code of luma is 0.7 counts of each channel, half a code of chroma up to 1.15 more.
+    // Half a code of luma changes each channel by 0.7 counts, half a code of chroma by up to 1.15 more.
     RoundTrip<Ipp8u, 4>(ippiRGBToYCC_8u_AC4R, ippiYCCToRGB_8u_AC4R, 3);
     RoundTrip<Ipp16u, 3>(ippiRGBToYCC_16u_C3R, ippiYCCToRGB_16u_C3R, 3);
     RoundTrip<Ipp32f, 4>(ippiRGBToYCC_32f_AC4R, ippiYCCToRGB_32f_AC4R, 1e-5);

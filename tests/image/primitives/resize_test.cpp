@@ -7,8 +7,7 @@
 
 using namespace primitives;
 
-/// Cases that KImage::Resize doesn't cover: parts of a target, rejected arguments, and reductions by factors in the
-/// thousands.
+/// Cases that KImage::Resize doesn't cover: parts of a target, rejected arguments, and reductions by large factors.
 class tst_Resize : public QObject {
     Q_OBJECT
 private Q_SLOTS:

@@ -13,7 +13,7 @@ private Q_SLOTS:
     void roundTrip();
     void pastTheCache();
     void rightAngles();
-    void rampUnderAnyAngle();
+    void rampAtAnyAngle();
     void refused();
 };
 
@@ -38,7 +38,7 @@ void tst_Rotate::roundTrip()
             Image image(width, height, 1), turned(height, width, 2), back(width, height, 3);
             const Image turnedBefore = turned, backBefore = back;
             QVERIFY(Rotate(image, turned, 90.0, 0.0, width - 1) == Status::Ok);
-            // Counterclockwise: the right-hand column is the top row.
+            // Counterclockwise: the right-hand column becomes the top row.
             CompareSamples(
                 turned.Size(), 4, Reader(turned), [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); },
                 0);
@@ -53,7 +53,7 @@ void tst_Rotate::roundTrip()
 void tst_Rotate::pastTheCache()
 {
     const std::pair<int, int> rows[] = {
-        {608, 0}, {607, 4}, {607, 1}}; // rows on and across cache lines, pixels across 16 bytes
+        {608, 0}, {607, 4}, {607, 1}}; // rows aligned to cache lines or not, pixels not aligned to 16 bytes
     for (const auto &[rowCount, offsetFloats] : rows) {
         const int width = 523, height = rowCount;
         Image image(width, height, 1);
@@ -93,7 +93,7 @@ void tst_Rotate::rightAngles()
     }
 }
 
-void tst_Rotate::rampUnderAnyAngle()
+void tst_Rotate::rampAtAnyAngle()
 {
     const double rows[][3] = {{30, 4, 20}, {-123.4, 25.5, 30.25}, {90, 0.5, 30}, {0, 0.25, -0.75}};
     constexpr int kSide = 31;
@@ -102,7 +102,7 @@ void tst_Rotate::rampUnderAnyAngle()
     const auto ramp = [](double x, double y, int c) { return 2 * x - 3 * y + c; };
     for (const auto &[angle, shiftX, shiftY] : rows) {
         const Case named(angle, shiftX, shiftY);
-        const double startX = shiftX, startY = shiftY; // for the lambda
+        const double startX = shiftX, startY = shiftY; // lambdas can't capture structured bindings
         Image image(kSide, kSide), target(kSide, kSide);
         for (int i = 0; i < kSide * kSide * 4; ++i) {
             image.At(i / 4 % kSide, i / 4 / kSide, i % 4) = float(ramp(i / 4 % kSide, i / 4 / kSide, i % 4));
@@ -112,8 +112,8 @@ void tst_Rotate::rampUnderAnyAngle()
                                    target.StepBytes(), {0, 0, kSide, kSide}, angle, shiftX, shiftY, kCubic)
                 == Status::Ok);
 
-        // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated; more
-        // than half a pixel beyond their centers nothing is written.
+        // Cubic interpolation reproduces a linear ramp, except next to the edge, whose pixels are repeated. Nothing is
+        // written more than half a pixel beyond their centers.
         const double cosine = std::cos(angle * M_PI / 180), sine = std::sin(angle * M_PI / 180);
         int inside = 0, holes = 0;
         CompareSamples(

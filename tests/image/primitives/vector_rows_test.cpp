@@ -8,8 +8,7 @@
 #include <random>
 #include <vector>
 
-/// Compares vector forms with the plain ones: the same bits at every length and offset, and nothing written past the
-/// end.
+/// Compares vector versions with plain ones: the same bits at every length and offset, nothing written past the end.
 class tst_VectorRows : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -20,7 +19,7 @@ namespace {
 
 constexpr int kMaxOffset = 3;
 
-/// Returns values around every limit and every half count, then noise from -0.5 to 1.5.
+/// Returns special values, limits and half counts, then noise from -0.5 to 1.5.
 std::vector<float> AwkwardFloats(int count)
 {
     const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
@@ -41,7 +40,7 @@ template <typename T> std::vector<T> Noise(int count)
     return values;
 }
 
-/// Runs both forms on the same source into targets with the same noise.
+/// Runs both versions on the same source, into targets with the same initial content.
 template <typename S, typename D, typename Plain, typename Fast>
 void Compare(const std::vector<S> &source, int offset, int targetSamples, Plain plain, Fast fast)
 {
@@ -58,7 +57,7 @@ void tst_VectorRows::sameAsPlain()
     using namespace primitives;
     for (const int count : {0, 1, 2, 7, 8, 9, 15, 16, 17, 18, 19, 33, 34, 35, 1000}) {
         for (int offset = 0; offset <= kMaxOffset; ++offset) {
-            // Sources end with the last sample that may be read, so that address checkers detect one read too far.
+            // Sources end with the last sample that may be read, so that sanitizers detect reads beyond it.
             const auto floats = AwkwardFloats(offset + 3 * count + 12);
             const std::vector<float> row(floats.begin(), floats.begin() + offset + count);
             Compare<float, Ipp8u>(

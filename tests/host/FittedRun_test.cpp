@@ -44,7 +44,8 @@ QString Mismatch(const QJsonValue &value, const QJsonObject &schema)
     const bool isGood = (type.isEmpty() || types.value(type) == value.type())
         && (!schema.contains("enum"_s) || schema.value("enum"_s).toArray().contains(value))
         && text.contains(QRegularExpression(schema.value("pattern"_s).toString()))
-        && text.size() >= schema.value("minLength"_s).toInt() && value.toDouble() >= schema.value("minimum"_s).toInt();
+        && text.size() >= schema.value("minLength"_s).toInt()
+        && (!schema.contains("minimum"_s) || value.toDouble() >= schema.value("minimum"_s).toDouble());
     return isGood ? QString() : text;
 }
 

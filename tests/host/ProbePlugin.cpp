@@ -1,6 +1,7 @@
 // Plug-in that takes the place of the real one, records the calls it gets, and can misbehave.
 //
-// VITRELUX_PROBE chooses what Process does; VITRELUX_PROBE_NOTES names the file that records the calls.
+// VITRELUX_PROBE chooses what Process does; VITRELUX_PROBE_NOTES names the file that
+// records the calls, VITRELUX_PROBE_RIVAL the file that another program seems to write.
 #include "Files.h"
 #include "KException.h"
 #include "KIApplication.h"

@@ -16,7 +16,7 @@
 
 /// Process that records its calls and reports like a fitted one. Picture names choose the behavior: "bad" fails, "slow"
 /// waits for `go` and fails when it is interrupted, "none" finds no profile, "plain" reports nothing, "off" has all
-/// corrections switched off.
+/// corrections switched off, "open" has no profile yet.
 class StandInProcess : public KIPluginOne2One {
 public:
     QString Name() const override { return "Stand-in"_s; }

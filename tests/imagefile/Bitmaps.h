@@ -98,5 +98,3 @@ public:
 
 /// Returns the low @p bytes bytes of a number, highest first.
 QByteArray BigEndian(quint64 number, int bytes);
-bool WriteBytes(const QString &path, const QByteArray &bytes);
-QByteArray ReadBytes(const QString &path);

@@ -1,4 +1,5 @@
 // Tests of the XMP of edited pictures: which of the source's properties are kept, changed or dropped.
+#include "Files.h"
 #include "MetadataFiles.h"
 
 #include <QtTest>
@@ -38,7 +39,7 @@ QStringList XmpTexts(const GFL_BITMAP *bitmap)
 /// Returns "TYPE VALUE" for one EXIF value of a file.
 std::string ExifText(const QString &path, const char *key)
 {
-    const QByteArray file = ReadBytes(path); // must outlive the image
+    const QByteArray file = ReadFile(path); // must outlive the image
     const Exiv2::Exifdatum datum = OpenImage(file)->exifData()[key];
     return std::string(datum.typeName()) + ' ' + datum.toString();
 }
@@ -104,7 +105,7 @@ void tst_EditedXmp::edited()
     const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
     QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write a damaged packet
     jpeg.insert(2, BigEndian(0xFFE1, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload);
-    QVERIFY(WriteBytes(m_folder("edit.jpg"), jpeg));
+    WriteFile(m_folder("edit.jpg"), jpeg);
     const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), picture = SmoothBitmap(40, 30, GFL_RGB, 8);
     QCOMPARE(gflBitmapCopyMetadata(source.get(), picture.get()), int(GFL_NO_ERROR));
     const GFL_XMP_ITEM record[] = {{"Xmp.crs.LensProfileName", "now"},

@@ -2,6 +2,7 @@
 // the middle of a file, the memory map of TIFF metadata, and pending rows.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Files.h"
 #include "core/codec.h"
 #include "core/pending_rows.h"
 #include "core/source.h"
@@ -283,7 +284,7 @@ void tst_Inside::brokenDisk()
 {
     const Folder folder;
     const QString path = QFileInfo(folder.path()).canonicalFilePath() + QStringLiteral("/a");
-    QVERIFY(WriteBytes(path, QByteArray(1000, 'x')));
+    WriteFile(path, QByteArray(1000, 'x'));
     char bytes[100];
     {
         Source source;
@@ -295,7 +296,7 @@ void tst_Inside::brokenDisk()
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("truncated"));
     }
     // Unreadable metadata must not be mistaken for missing metadata either.
-    QVERIFY(WriteBytes(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"))));
+    WriteFile(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff")));
     for (const bool isBroken : {false, true}) {
         const Case named("broken", isBroken);
         Source source;
@@ -358,7 +359,7 @@ void tst_Inside::noMemory()
             const std::string what = Text("%s, allocation %d: %d %s", format, n, error, gflLastErrorText());
             QVERIFY2(error == GFL_NO_ERROR || (fails && error == GFL_ERROR_NO_MEMORY), what.c_str());
             QVERIFY2(QFile::exists(folder("b")) == (error == GFL_NO_ERROR), what.c_str());
-            QVERIFY2(error || ReadBytes(folder("a")) == ReadBytes(folder("b")), what.c_str());
+            QVERIFY2(error || ReadFile(folder("a")) == ReadFile(folder("b")), what.c_str());
             QFile::remove(folder("b"));
         }
     }
@@ -409,7 +410,7 @@ void tst_Inside::metadataMap()
     QFETCH(QByteArray, bytes);
     QFETCH(int, pointerAt);
     const Folder folder;
-    QVERIFY(WriteBytes(folder("a"), bytes));
+    WriteFile(folder("a"), bytes);
     Source source;
     MetadataMap map;
     QVERIFY(bool(source.Open(folder("a").toStdString())));
@@ -419,7 +420,7 @@ void tst_Inside::metadataMap()
     if (bytes.size() > kEnd)
         expected.replace(kHead, kEnd - kHead, QByteArray(kEnd - kHead, '\0'));
     QVERIFY(std::memcmp(map.Data(), expected.constData(), std::size_t(expected.size())) == 0);
-    QCOMPARE(ReadBytes(folder("a")), bytes); // nothing was written
+    QCOMPARE(ReadFile(folder("a")), bytes); // nothing was written
 }
 
 /// Freeing a picture ends its decoding, which would otherwise never end here.

@@ -1,6 +1,7 @@
 // Tests of JPEG 2000, with OpenJPEG's encoder as the reference.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Files.h"
 
 #include <QtTest>
 
@@ -183,7 +184,7 @@ void tst_Jp2::metadata()
     const Kind kind = {"RGB", 3, 8};
     const Folder folder;
     const QString path = folder("a.jp2");
-    QVERIFY(WriteBytes(path, Encode(kind, {16, 16}, Noise(kind, {16, 16}))));
+    WriteFile(path, Encode(kind, {16, 16}, Noise(kind, {16, 16})));
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
     image->readMetadata();
     image->exifData()["Exif.Image.Orientation"] = uint16_t(6);

@@ -2,6 +2,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
+#include "Files.h"
 
 #include <QDir>
 #include <QtTest>
@@ -203,7 +204,7 @@ void tst_Loading::embeddedPreviews()
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
         if (embedding == InRaw) {
-            QVERIFY(WriteBytes(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview)));
+            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview));
         } else if (embedding == InExif) {
             QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
             Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
@@ -267,7 +268,7 @@ void tst_Loading::unknownFiles()
     const QString path = m_folder("a.jpg");
     for (const auto &row : rows) {
         const Case named(row.name);
-        QVERIFY(WriteBytes(path, row.bytes));
+        WriteFile(path, row.bytes);
         int error = 0;
         QVERIFY2(!Load(path, &error) && error == row.error, row.name);
         GFL_FILE_INFORMATION info;
@@ -329,7 +330,7 @@ void tst_Loading::hugeFloatPicture()
     // 400 megapixels of float RGB, 4.8 GB, in a sparse file of that size.
     const QString path = m_folder("huge.tif");
     const QByteArray header = TiffOf(20000, 20000, 1, {{258, 32}, {339, 3}});
-    QVERIFY(WriteBytes(path, header));
+    WriteFile(path, header);
     if (::truncate(path.toUtf8().constData(), off_t(4800001000)) != 0)
         QSKIP("the temporary folder doesn't support sparse files of 5 GB");
     GFL_FILE_INFORMATION info;
@@ -376,7 +377,7 @@ void tst_Loading::formats()
         types += QByteArray(format->MimeTypes).split(' ');
     }
     QVERIFY(types.size() > 20 && !gflGetFormat(-1));
-    const QByteArray desktop = ReadBytes(QStringLiteral(VITRELUX_DESKTOP));
+    const QByteArray desktop = ReadFile(QStringLiteral(VITRELUX_DESKTOP));
     QVERIFY(desktop.contains("\nMimeType=" + types.join(';') + ";\n"));
 }
 

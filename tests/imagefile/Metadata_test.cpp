@@ -2,6 +2,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
+#include "Files.h"
 #include "MetadataFiles.h"
 #include "NoteFile.h"
 
@@ -18,7 +19,7 @@ using Values = QMap<QString, QByteArray>; // by key: type and bytes
 
 Exiv2::ExifData ExifOf(const QString &path)
 {
-    const QByteArray file = ReadBytes(path);
+    const QByteArray file = ReadFile(path);
     if (file.startsWith("\x89PNG") && file.count("eXIf") != 1) // at most one is allowed
         return {};
     // Exiv2 ignores this chunk, whose content is a TIFF
@@ -258,7 +259,7 @@ void tst_Metadata::initTestCase()
 {
     gflEnableLZW(1);
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
-    QVERIFY(WriteBytes(m_folder("source.jpg"), JpegSource(CommonExif("Acme"))));
+    WriteFile(m_folder("source.jpg"), JpegSource(CommonExif("Acme")));
 }
 
 void tst_Metadata::blocksAreCopied()
@@ -275,7 +276,7 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
     const bool hasExif = !isRaw || note != NoNote, hasBlocks = !isRaw || note == NoNote;
     const Exiv2::ExifData exif = hasExif ? ExifWith(note) : Exiv2::ExifData();
     const QString source = m_folder(isRaw ? "a.dng" : "a.jpg");
-    QVERIFY(WriteBytes(source, isRaw ? RawSource(exif) : JpegSource(exif)));
+    WriteFile(source, isRaw ? RawSource(exif) : JpegSource(exif));
     const Values before = CarriedValues(source);
     QCOMPARE(before.contains(QStringLiteral("Exif.GPSInfo.GPSLatitude")), hasExif);
     QCOMPARE(before.contains(QStringLiteral("Exif.CanonCs.LensType")), note == CanonNote);
@@ -306,7 +307,7 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
             continue;
         QCOMPARE(IccOf(to), Profile());
         // The bytes of IPTC, read independently of the layer.
-        QByteArray bytes = ReadBytes(to);
+        QByteArray bytes = ReadFile(to);
         if (format == "jpeg") // remove the headers of further segments
             for (int at = bytes.indexOf("Photoshop 3.0", 100); at > 0; at = bytes.indexOf("Photoshop 3.0", at))
                 bytes.remove(at - 4, 18);
@@ -329,7 +330,7 @@ void tst_Metadata::iptcEntries()
         const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
             + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
         const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // not verified
-        QVERIFY(WriteBytes(m_folder("a.png"), QByteArray(png).insert(33, chunk)));
+        WriteFile(m_folder("a.png"), QByteArray(png).insert(33, chunk));
         GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
         QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
         gflFreeIPTC(iptc);
@@ -352,13 +353,13 @@ void tst_Metadata::notesOfCameras()
         quint32 place = 0;
         const QByteArray exif = ExifWithNote(kind, &place), note = NoteOf(kind, place);
         QVERIFY2(exif.mid(int(place), note.size()) == note, kind.name);
-        QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, exif)));
+        WriteFile(m_folder("a.jpg"), JpegWithExif(jpeg, exif));
         const Values before = CarriedValues(m_folder("a.jpg"));
         for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
             const QByteArray which = QByteArray(kind.name) + ' ' + format;
             const QString to = m_folder(which.constData());
             QVERIFY2(Save(to, *Picture(m_folder("a.jpg")), SaveParams(format)) == GFL_NO_ERROR, which);
-            const QByteArray file = ReadBytes(to);
+            const QByteArray file = ReadFile(to);
             const int block = format[0] == 't' ? 0 : file.indexOf("II*", format[1] == 'p' ? 6 : 1);
             const int found = file.indexOf(note, block);
             QVERIFY2(kind.result != NoteKind::Stays || found == block + int(place), which);
@@ -379,7 +380,7 @@ void tst_Metadata::unreadableEntries()
                           "\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0",
                           50);
     const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
-    QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, exif)));
+    WriteFile(m_folder("a.jpg"), JpegWithExif(jpeg, exif));
     const BitmapPtr bitmap = Picture(m_folder("a.jpg"));
     QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
     QCOMPARE(ValueBytes(m_folder("a.tif"), "Exif.Image.Orientation"), QByteArray("\6\0", 2));
@@ -389,7 +390,7 @@ void tst_Metadata::unreadableEntries()
     // An orientation outside 1 to 8 is removed from edited pictures, because libtiff would refuse the whole TIFF.
     for (const char orientation : {'\0', '\x9', '\x7F', '\1', '\x8'}) {
         const Case named("orientation", int(orientation));
-        QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, QByteArray(exif).replace(42, 1, &orientation, 1))));
+        WriteFile(m_folder("a.jpg"), JpegWithExif(jpeg, QByteArray(exif).replace(42, 1, &orientation, 1)));
         const BitmapPtr edited = Picture(m_folder("a.jpg"));
         QCOMPARE(gflBitmapMarkEdited(edited.get(), edited.get(), nullptr, 0), int(GFL_NO_ERROR));
         QCOMPARE(Save(m_folder("a.tif"), *edited), int(GFL_NO_ERROR));
@@ -409,7 +410,7 @@ void tst_Metadata::profileOfTheRightKind()
         {"RGB ", GFL_RGBA, true}, {"CMYK", GFL_RGBA, false}, {"GRAY", GFL_GREY, true}, {"RGB ", GFL_GREY, false}};
     for (const auto &profile : profiles) {
         const Case named(profile.space, profile.type);
-        QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(CommonExif("Acme"), Profile().replace(16, 4, profile.space))));
+        WriteFile(m_folder("a.jpg"), JpegSource(CommonExif("Acme"), Profile().replace(16, 4, profile.space)));
         const BitmapPtr bitmap = Picture(m_folder("a.jpg"), profile.type);
         GFL_SAVE_PARAMS params = SaveParams("tiff");
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
@@ -472,20 +473,20 @@ void tst_Metadata::metadataList()
     exif["Exif.Image.ImageDescription"] = std::string(1100, 'd');
     exif["Exif.NikonLd2.Version"] = "48 50 48 49"; // "0201"
     exif["Exif.NikonLd2.LensIDNumber"] = "165";
-    QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(exif)));
-    QVERIFY(WriteBytes(m_folder("a.dng"), RawSource({})));
+    WriteFile(m_folder("a.jpg"), JpegSource(exif));
+    WriteFile(m_folder("a.dng"), RawSource({}));
     // A CR3 consists of boxes; CMT1 and CMT2 hold the first directory and that of EXIF as separate TIFFs.
     const auto box = [](const QByteArray &kind, const QByteArray &content) {
         return BigEndian(quint64(content.size()) + 8, 4) + kind + content;
     };
     const QByteArray first = box("CMT1", PlainTiff({{274, 6}}, {})), second = box("CMT2", PlainTiff({{41989, 77}}, {})),
                      mark = QByteArray::fromHex("85c0b687820f11e08111f4ce462b6a48");
-    QVERIFY(WriteBytes(m_folder("a.cr3"),
-                       box("ftyp", QByteArray("crx \0\0\0\1crx isom", 16))
-                           + box("moov", box("uuid", mark + first + second)) + box("mdat", QByteArray(64, 'm'))));
+    WriteFile(m_folder("a.cr3"),
+              box("ftyp", QByteArray("crx \0\0\0\1crx isom", 16)) + box("moov", box("uuid", mark + first + second))
+                  + box("mdat", QByteArray(64, 'm')));
     // LibRaw recognizes this camera by the size of its files, which contain only pixels.
-    QVERIFY(WriteBytes(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0')));
-    QVERIFY(WriteBytes(m_folder("a.txt"), "no picture at all"));
+    WriteFile(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0'));
+    WriteFile(m_folder("a.txt"), "no picture at all");
     const struct {
         const char *file, *key, *expected;
     } rows[] = {

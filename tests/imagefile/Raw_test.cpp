@@ -2,6 +2,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
+#include "Files.h"
 
 #include <QtTest>
 
@@ -80,7 +81,7 @@ void tst_Raw::recognition()
     for (const auto &file : files) {
         const Case named(file.name);
         const QString path = m_folder(file.name);
-        QVERIFY(WriteBytes(path, file.bytes));
+        WriteFile(path, file.bytes);
         GFL_FILE_INFORMATION info;
         QCOMPARE(Describe(path, &info), int(file.format.isEmpty() ? GFL_ERROR_UNKNOWN_FORMAT : GFL_NO_ERROR));
         QCOMPARE(QByteArray(info.FormatName), file.format);

@@ -1,6 +1,7 @@
 // Tests of TIFF, with libtiff as the reference: reads libtiff's files, and checks the contents of the layer's files.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Files.h"
 
 #include <QtTest>
 #include <qfloat16.h>
@@ -382,7 +383,7 @@ void tst_Tiff::damagedColorMap()
     for (const char *mode : {"wl", "wb", "wl8"}) {
         const Case named(mode);
         QVERIFY(WriteFile(m_folder("a.tif"), With(Gray(8, PHOTOMETRIC_PALETTE), [=](Spec &s) { s.mode = mode; })));
-        QByteArray file = ReadBytes(m_folder("a.tif"));
+        QByteArray file = ReadFile(m_folder("a.tif"));
         const QByteArray field = mode[1] == 'b' ? QByteArray("\1\x40\0\3\0\0\3\0", 8) // tag, type, 3 * 256 values
                                                 : QByteArray("\x40\1\3\0\0\3\0\0", 8);
         QVERIFY2(file.contains(field), mode);

@@ -4,6 +4,7 @@
 // file without metadata.
 #include "Bitmaps.h"
 #include "DngFile.h"
+#include "Files.h"
 #include "NoteFile.h"
 
 #include <cstdio>
@@ -43,7 +44,8 @@ int main(int count, char **arguments)
             QString::fromLatin1(kind.name).remove(QLatin1Char(',')).replace(QLatin1Char(' '), QLatin1Char('-'));
         const QString path =
             QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/') + name + QLatin1String(".source.jpg");
-        done = WriteBytes(path, JpegWithExif(jpeg, ExifWithNote(kind, &place))) && WriteCopies(path) && done;
+        WriteFile(path, JpegWithExif(jpeg, ExifWithNote(kind, &place)));
+        done = WriteCopies(path) && done;
     }
     const struct {
         const char *name;
@@ -61,9 +63,8 @@ int main(int count, char **arguments)
                     == GFL_NO_ERROR
                 && done;
         }
-    done = WriteBytes(QString::fromLocal8Bit(arguments[1]) + QLatin1String("/sensor.dng"),
-                      DngFile(QSize(240, 160), {0.2, 0.4, 0.3}))
-        && done;
+    WriteFile(QString::fromLocal8Bit(arguments[1]) + QLatin1String("/sensor.dng"),
+              DngFile(QSize(240, 160), {0.2, 0.4, 0.3}));
     for (int i = 2; i < count; ++i)
         done = WriteCopies(QString::fromLocal8Bit(arguments[i])) && done;
     if (!done)

@@ -2,6 +2,7 @@
 // after failures.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -200,7 +201,7 @@ void tst_Writing::invalidTargets()
 {
     const Folder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder")));
-    QVERIFY(WriteBytes(folder("file"), "old"));
+    WriteFile(folder("file"), "old");
     QVERIFY(::mkfifo(folder("pipe").toUtf8().constData(), 0600) == 0);
     QVERIFY(QFile::link(QStringLiteral("/dev/full"), folder("device")));
     QVERIFY(QFile::link(QStringLiteral("circle"), folder("circle")));
@@ -225,7 +226,7 @@ void tst_Writing::fullDisk()
     for (const auto &[format, compression] : kinds) {
         const Case named(format, compression);
         const GFL_SAVE_PARAMS params = SaveParams(format, compression, 100);
-        QVERIFY(WriteBytes(path, "the old file"));
+        WriteFile(path, "the old file");
         for (rlim_t limit : {0, 5, 20000, 200000}) {
             const Case namedInside("limit", limit);
             int error = 0;
@@ -235,11 +236,11 @@ void tst_Writing::fullDisk()
             }
             QVERIFY2(error == GFL_ERROR_FILE_WRITE, format);
             QVERIFY2(QByteArray(gflLastErrorText()).contains(path.toUtf8()), gflLastErrorText());
-            QCOMPARE(ReadBytes(path), QByteArray("the old file"));
+            QCOMPARE(ReadFile(path), QByteArray("the old file"));
             QCOMPARE(Everything(folder.path()).size(), 1);
         }
         QCOMPARE(Save(path, *bitmap, params), int(GFL_NO_ERROR)); // succeeds with enough room
-        QCOMPARE(ReadBytes(path), SavedBytes(*bitmap, params));
+        QCOMPARE(ReadFile(path), SavedBytes(*bitmap, params));
     }
 }
 
@@ -258,7 +259,7 @@ void tst_Writing::symbolicLinks()
         ::umask(mask);
         QCOMPARE(error, int(GFL_NO_ERROR));
         QVERIFY(QFileInfo(link).isSymLink());
-        QCOMPARE(ReadBytes(real), SavedBytes(*bitmap, SaveParams("tiff")));
+        QCOMPARE(ReadFile(real), SavedBytes(*bitmap, SaveParams("tiff")));
         QCOMPARE(QFile::permissions(real) & 0x7077, QFile::Permissions(rights));
         ::chmod(real.toUtf8().constData(), 0604);
     }
@@ -287,7 +288,7 @@ void tst_Writing::foldersWithoutRights()
         QSKIP("the superuser has all rights");
     const Folder folder;
     const QString path = folder("a.tif");
-    QVERIFY(WriteBytes(path, "old"));
+    WriteFile(path, "old");
     ::chmod(path.toUtf8().constData(), 0400);
     QCOMPARE(Save(path, *RandomBitmap(3, 3, GFL_RGB, 8)), int(GFL_ERROR_FILE_CREATE));
     ::chmod(path.toUtf8().constData(), 0600);
@@ -295,7 +296,7 @@ void tst_Writing::foldersWithoutRights()
     const int error = Save(path, *RandomBitmap(3, 3, GFL_RGB, 8));
     ::chmod(folder.path().toUtf8().constData(), 0700);
     QCOMPARE(error, int(GFL_ERROR_FILE_CREATE));
-    QCOMPARE(ReadBytes(path), QByteArray("old"));
+    QCOMPARE(ReadFile(path), QByteArray("old"));
 }
 
 void tst_Writing::badParameters()
@@ -360,11 +361,11 @@ void tst_Writing::generatedRows()
         for (int threads : {1, 2, 5}) {
             const Case namedInside("threads", threads);
             gflSetThreads(threads);
-            QVERIFY(WriteBytes(path, "old"));
+            WriteFile(path, "old");
             QCOMPARE(save(2000, params), int(GFL_ERROR_NO_MEMORY));
-            QCOMPARE(ReadBytes(path), QByteArray("old"));
+            QCOMPARE(ReadFile(path), QByteArray("old"));
             QCOMPARE(save(3001, params), int(GFL_NO_ERROR));
-            QVERIFY(ReadBytes(path) == alone
+            QVERIFY(ReadFile(path) == alone
                     && SavedBytes(*bitmap, params) == alone); // no matter which thread compresses
         }
         gflSetThreads(0);

@@ -6,7 +6,7 @@
 #include <QSize>
 
 struct SensorColor {
-    double red, green, blue; // 0 to 1 of saturation
+    double red, green, blue; // fractions of saturation, 0 to 1
 };
 
 /// Returns a little-endian classic TIFF of the given fields, each of one number, with @p pixels at byte 8.

@@ -221,7 +221,7 @@ std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
     return stream.total_out;
 }
 
-/// Same, as for plain pictures.
+/// Same with libdeflate, as for plain pictures.
 std::size_t PackByLibdeflate(const Bytes &strip, std::size_t bytes, Bytes *packed)
 {
     constexpr int kLevel = 1;

@@ -131,7 +131,7 @@ struct AlphaException {
 constexpr AlphaException kAlphaExceptions[] = {
     {{kDepth16u, kGrey}, {kDepth16u, kRgba}, steps::Spread<ippiCopy_16u_C1C4R, ippiSwapChannels_16u_AC4R>, true},
     {{kDepth16u, kGrey}, {kDepth32f, kRgba}, steps::Spread<ippiCopy_32f_C1C4R, ippiSwapChannels_32f_AC4R>, true},
-    // Alpha is 255 of 65,535.
+    // Alpha becomes 255, although 65,535 would be opaque.
     {{kDepth32f, kGrey}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>, false},
 };
 

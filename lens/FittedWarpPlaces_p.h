@@ -1,7 +1,7 @@
 // Blocks of pixels and their sampling positions, for FittedWarp.
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
-// set, and must not be called from code for other processors. Vectors are the compiler's vector types, which it maps to
+// set, and must not be called from code compiled for another. Vectors are the compiler's vector types, which it maps to
 // the target's instructions; each lane gives the same bits on every target.
 #pragma once
 

@@ -1,7 +1,7 @@
 // Lens models for blocks of positions, and the description of a band of rows; for FloatWarp.
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
-// set, and must not be called from code for other processors. Positions and gains are computed for whole blocks in
+// set, and must not be called from code compiled for another. Positions and gains are computed for whole blocks in
 // plain loops that vectorize; formulas and their order of operations are those of LensParam, so results are
 // bit-identical.
 #pragma once

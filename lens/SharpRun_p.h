@@ -128,7 +128,7 @@ struct CodesByAvx2 {
         return _mm256_mul_ps(sums, _mm256_load_ps(shares));
     }
 
-    /// Like the function for one pixel, for two.
+    /// Two-pixel version of the SumsOf above.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOf(__m256 a, __m256 b, __m256 c, __m256 d)
     {
         const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(a, b), _mm256_unpackhi_ps(a, b));
@@ -136,7 +136,7 @@ struct CodesByAvx2 {
         return _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
     }
 
-    /// Like the function for one pixel, for two.
+    /// Two-pixel version of the ValuesOf above.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 ValuesOf(__m256 sums, __m256i limits)
     {
         const __m256 lowest = _mm256_cvtepi32_ps(_mm256_srai_epi32(_mm256_slli_epi32(limits, 16), 15));

@@ -94,7 +94,7 @@ struct TogetherByAvx2 {
                            _mm_shuffle_ps(last, last, _MM_SHUFFLE(2, 2, 1, 1)))};
     }
 
-    /// Like the function for one pixel, for two.
+    /// Two-pixel version of the SumsOfColumns above.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOfColumns(const Products &left,
                                                                                    const Products &right)
     {

@@ -137,7 +137,7 @@ bool IsName(const QString &text)
            });
 }
 
-/// Returns whether a number identifies a lens; 0 and 65535 mean no lens or any lens.
+/// Returns whether a number identifies a lens; 0 and 65535 mean no lens or an unidentified one.
 bool IsId(const QString &text)
 {
     return !text.isEmpty() && text != QLatin1String("0") && text != QLatin1String("65535");

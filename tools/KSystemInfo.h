@@ -61,7 +61,7 @@ public:
     // --- Processors ---
 
     /// Returns the number of logical processors, at least 1. The first call to any of these three functions pins the
-    /// calling thread; see cpuid2/cpu_topo.h.
+    /// calling thread for good (see cpuid2/cpu_topo.h) unless KTools::init has counted the processors.
     static int cpuVirtualCount();
     /// Returns the number of cores, at least 1.
     static int cpuPhysicalCount();

@@ -21,7 +21,7 @@ public:
     KImage *Lock(int width, int height, bool nativeDepth) override
     {
         if (width != m_cols || height != m_rows || !nativeDepth)
-            throw KException(QStringLiteral("reduced pixels of this picture are not available"), KPlace());
+            throw KException(QStringLiteral("this picture is available only at full size and native depth"), KPlace());
         if (!m_pixels) {
             auto pixels = std::make_unique<KImage>();
             pixels->ID_Read(m_fileName, /*nativeDepth=*/true);

@@ -26,8 +26,9 @@ int ChannelsOfType(unsigned type);
 std::uint16_t TypeOfChannels(int channels);
 
 /// Converts @p width pixels from @p src to @p dst, which must not overlap. Integers are scaled to the full range of the
-/// target and rounded; floats of 0 to 1 map to the full range and are clamped to it, and NaN becomes 0. Colors become
-/// gray by the luma of ITU-R BT.601. Pixels of a source without alpha get @p alpha, 0 to 255.
+/// target and rounded. Floats from 0 to 1 map to the full range of an integer target; values outside are clamped, and
+/// NaN becomes 0. Colors become gray by the luma of ITU-R BT.601. Pixels of a source without alpha get @p alpha, 0 to
+/// 255.
 using RowConverter = void (*)(const void *src, void *dst, std::size_t width, std::uint8_t alpha);
 
 /// Returns the converter from any form to any form; for the same form, a plain copy.
@@ -61,7 +62,7 @@ template <class S, class D> inline D ConvertSample(S value)
     else if constexpr (std::is_same_v<S, float>)
         return ToSample<D>(value * FullScale<D>());
     else if constexpr (sizeof(S) < sizeof(D))
-        return static_cast<D>(value * 257); // 255 to 65,535
+        return static_cast<D>(value * 257); // maps 255 to 65,535
     else
         return static_cast<D>((value * 255u + 32767u) / 65535u); // <= 65,535 * 255 + 32,767 < 2^24
 }

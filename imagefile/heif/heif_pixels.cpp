@@ -7,12 +7,12 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the delivered value for each stored value of @p bits bits. In the reduced range, black is 16 and white is
-/// 235 at 8 bits (ITU-T H.273, 8.3); libheif expands it in color pictures, but not in gray ones.
-std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isReduced)
+/// Returns the delivered value for each stored value of @p bits bits. In limited range, black is 16 and white is 235 at
+/// 8 bits (ITU-T H.273, 8.3); libheif expands it in color pictures, but not in gray ones.
+std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isLimited)
 {
     const double unit = bits >= 8 ? double(1 << (bits - 8)) : 1.0;
-    const double black = isReduced ? 16.0 * unit : 0.0, white = isReduced ? 235.0 * unit : (1 << bits) - 1.0;
+    const double black = isLimited ? 16.0 * unit : 0.0, white = isLimited ? 235.0 * unit : (1 << bits) - 1.0;
     const double greatest = deliveredBits == 16 ? 65535.0 : 255.0;
     std::vector<std::uint16_t> table(std::size_t(1) << bits);
     for (std::size_t i = 0; i < table.size(); ++i) {
@@ -32,7 +32,7 @@ void Gather(const std::uint8_t *src, std::ptrdiff_t step, std::uint8_t *row, int
             std::memcpy(row + std::ptrdiff_t(x) * pixelBytes, src + x * step, static_cast<std::size_t>(pixelBytes));
 }
 
-/// Scales a row of stored values. Premultiplied colors are divided by their opacity as stored.
+/// Scales a row of stored values. Premultiplied colors are divided by the stored opacity instead.
 template <class T> void FinishRow(const std::vector<std::uint16_t> &table, bool isBlended, T *row, std::size_t samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>();
@@ -43,7 +43,7 @@ template <class T> void FinishRow(const std::vector<std::uint16_t> &table, bool 
     }
 }
 
-bool IsReducedGray(const heif_image &image)
+bool HasLimitedRange(const heif_image &image)
 {
     heif_color_profile_nclx *found = nullptr;
     const bool isKnown = heif_image_get_nclx_color_profile(&image, &found).code == heif_error_Ok;
@@ -51,8 +51,8 @@ bool IsReducedGray(const heif_image &image)
     return isKnown && found && found->full_range_flag == 0;
 }
 
-// Returns whether libheif ignores the picture's opacity: it compares the sizes as shown, but some writers (avifenc
-// 0.11) rotate only the colors.
+// Returns whether libheif ignores the picture's opacity: it does so if opacity and colors differ in size after
+// rotation, and some writers (avifenc 0.11) rotate only the colors.
 bool LosesOpacity(const heif_image_handle *picture)
 {
     if (heif_image_handle_has_alpha_channel(picture))
@@ -121,7 +121,7 @@ Status HeifFile::PassOn(const heif_image &image, RowSink *rows) const
     const std::ptrdiff_t stepY = turn.xy * pixelBytes + std::ptrdiff_t(turn.yy) * stride;
     const std::uint8_t *first = plane + (turn.xx + turn.xy < 0 ? std::ptrdiff_t(width - 1) * pixelBytes : 0)
         + (turn.yx + turn.yy < 0 ? std::ptrdiff_t(height - 1) * stride : 0);
-    const std::vector<std::uint16_t> table = ScaleTable(bits, m_form.bits, isGray && IsReducedGray(image));
+    const std::vector<std::uint16_t> table = ScaleTable(bits, m_form.bits, isGray && HasLimitedRange(image));
     const bool isBlended = m_form.channels == 4 && heif_image_handle_is_premultiplied_alpha(m_handle.get()) != 0;
     const auto samples = static_cast<std::size_t>(m_width) * static_cast<std::size_t>(m_form.channels);
     for (int y = 0; y < m_height; ++y) {

@@ -45,8 +45,8 @@ void WarnOfDamage(const char *what) noexcept
     Warn(text);
 }
 
-// Called from an Exiv2 destructor. Exiv2 logs lost values as errors. Its warnings are about oddities found in many
-// camera files, but also about the loss of a whole block.
+// Called from an Exiv2 destructor, so it must not throw. Exiv2 logs lost values as errors. Its warnings are mostly
+// about oddities found in many camera files, but one reports the loss of a whole block.
 void TakeLog(int level, const char *text)
 {
     if (isReading && (level >= Exiv2::LogMsg::error || std::strncmp(text, "Failed to decode", 16) == 0))
@@ -203,7 +203,7 @@ void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif)
     if (begin < box.size())
         DecodeExifBlock(Bytes(box.begin() + static_cast<std::ptrdiff_t>(begin), box.end()), exif);
     else if (!box.empty())
-        WarnOfDamage("the EXIF begins after its end");
+        WarnOfDamage("the EXIF offset points past the end of its box");
 }
 
 Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size)

@@ -6,7 +6,7 @@
 #include <QSize>
 
 struct SensorColor {
-    double red, green, blue; // 0 to 1, the saturation level
+    double red, green, blue; // fractions of saturation, 0 to 1
 };
 
 /// Returns a little-endian classic TIFF with the given fields, one number each, and with @p pixels at byte 8.

@@ -70,7 +70,7 @@ void tst_Translations::complete_data()
 {
     QTest::addColumn<QString>("name");
     const QStringList names = QDir(m_fromSources.path()).entryList({QStringLiteral("*.ts")});
-    QCOMPARE(names.size(), 20); // ten languages of plug-in and program
+    QCOMPARE(names.size(), 20); // ten languages each for plug-in and program
     for (const QString &name : names)
         QTest::newRow(qPrintable(name)) << name;
 }

@@ -45,7 +45,7 @@ QString Options(const VerbRow &verb)
             text += QLatin1String(".TP\n") + Line(QStringLiteral(".B"), Spelling(row))
                 + Escaped(QLatin1String(row.help)) + QLatin1Char('\n');
     }
-    return text + QLatin1String(".SS Help\n.TP\n.B \\-h, \\-\\-help\nprint a short help\n");
+    return text + QLatin1String(".SS Help\n.TP\n.B \\-h, \\-\\-help\nprint a summary of the options\n");
 }
 
 QString Examples(const QStringList &examples)

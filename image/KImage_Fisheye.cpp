@@ -27,7 +27,7 @@ constexpr double kSmallerSideSteps = 1000; // larger frames are sampled in steps
 constexpr double kNominalTolerance = 0.2;
 /// Code for full brightness. Four times this, the edge filter's largest response, still fits in 16 bits.
 constexpr float kFullCode = 8191;
-constexpr Ipp16s kMinEdge = 650; // 2 % of the codes
+constexpr Ipp16s kMinEdge = 650; // response to a step of 2 % of kFullCode
 
 struct Ray {
     double x, y;

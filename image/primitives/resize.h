@@ -21,7 +21,7 @@ struct Point {
 struct ResizeSpec;
 
 /// Returns the sizes in bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is
-/// requested, or super-sampling for a side that grows.
+/// requested, or area weighting (kResizeSuper) for a side that grows.
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);
 

@@ -95,7 +95,7 @@ enum GflSaveFlag : std::uint32_t {
 /// request may be shorter. A power of two.
 constexpr int GFL_FAST_ROWS = 64;
 
-/// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
+/// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none, OpenEXR: PIZ).
 constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 
 /// Numbers of Compression by format:
@@ -106,6 +106,8 @@ constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 ///   |           | others are GFL_ERROR_BAD_PARAMETERS                                 |
 ///   | png       | zlib level, 0 to 9; higher numbers count as 9                       |
 ///   | hdri, psd | 0 none; others: run-length encoded rows                             |
+///   | exr       | OpenEXR's number, from 0 (none) to 9 (DWAB); default PIZ; others    |
+///   |           | are GFL_ERROR_BAD_PARAMETERS                                        |
 struct GFL_SAVE_PARAMS {
     std::uint32_t Flags;
     std::int32_t FormatIndex;  // from gflGetFormatIndexByName
@@ -231,7 +233,7 @@ static_assert(sizeof(GFL_EXIF_DATAEX) == 16 && offsetof(GFL_EXIF_DATAEX, Flags) 
 /// One metadata value under the key that Exiv2 gives it, zero-terminated UTF-8.
 struct GFL_METADATA_ITEM {
     char *Key;     // "Exif.Photo.LensModel", "Exif.NikonLd3.LensIDNumber", "Xmp.aux.Lens", "LibRaw.LensID"
-    char *Raw;     // as stored, in any locale: "147", "18/10"; "(40000 bytes)" for values over 1,024 bytes
+    char *Raw;     // as stored, the same in every locale: "147", "18/10"; "(40000 bytes)" for values over 1,024 bytes
     char *Printed; // as Exiv2 prints it in English: "Nikon AF-S Zoom-Nikkor 24-70mm f/2.8G ED", "F1.8"
 };
 

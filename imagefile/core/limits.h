@@ -38,8 +38,8 @@ constexpr std::int64_t kPackBitsRatio = 64;
 /// Camera raw: 16-bit sensor values; lossy DNG is JPEG.
 constexpr std::int64_t kRawRatio = kJpegPixelsPerByte * 2;
 
-/// Compression without a bound (fax, Zstandard, repeated pixels): 8 times what photographs reach. This is
-/// more than OpenEXR's PIZ and ZIP reach for a single-color picture.
+/// Compression without a bound (fax, Zstandard, repeated pixels): far more than photographs reach, and more than
+/// OpenEXR's PIZ and ZIP reach for a single-color picture.
 constexpr std::int64_t kUnboundedRatio = 4096;
 
 // ---- Counts. Unless another reason is given, they end loops in damaged files, whose offsets can form cycles. ----
@@ -51,7 +51,7 @@ constexpr int kMaxJpegScans = 100;
 /// Segments and fill bytes skipped in a JPEG while searching for metadata; bounds the time for a file of fill bytes.
 constexpr int kMaxJpegSteps = 10000;
 
-/// Segments of a JPEG up to its EXIF, which comes first or right after JFIF's.
+/// Segments of a JPEG up to its EXIF, which comes first or right after the JFIF segment.
 constexpr int kMaxSegmentsBeforeExif = 4;
 
 /// Samples per pixel of a TIFF. Pictures have up to 5, a few more with masks.

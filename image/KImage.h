@@ -252,9 +252,9 @@ public:
     /// primitives::GaussianBlur for the accuracy. @p target must not be this image.
     void ConvolveGaussian(float sigma, KImage &target) const;
     /// Sharpens by unsharp masking: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3
-    /// radius, in pixels. Transparent pixels don't bleed into others; they and pixels whose result isn't finite stay
-    /// unchanged. Y: luminance only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius and 10, 0.4
-    /// and 0.2 times the amount. Not in place.
+    /// times the radius, in pixels. Transparent pixels don't bleed into others; they and pixels whose result isn't
+    /// finite stay unchanged. Y: luminance only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius
+    /// and 10, 0.4 and 0.2 times the amount. Not in place.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);

@@ -191,7 +191,7 @@ enum GflExifBlock : std::uint32_t {
     GFL_EXIF_INTEROPERABILITY = 4,
     GFL_EXIF_GPS = 16,
     GFL_EXIF_OWN = 32,    // added by this layer, such as "LensID"
-    GFL_EXIF_OTHER = 256, // and above, GFL_EXIF_DATAEX only: decoded maker notes, thumbnail, sub-images
+    GFL_EXIF_OTHER = 256, // and above, GFL_EXIF_DATAEX only: values of decoded maker notes
 };
 
 /// One EXIF value as text.
@@ -208,7 +208,7 @@ struct GFL_EXIF_DATA {
     GFL_EXIF_ENTRY *ItemsList;
 };
 
-/// One raw EXIF value: Length bytes, numbers in native byte order, texts as stored. Data is null when Length is 0.
+/// One raw EXIF value: Length bytes, little-endian numbers, texts as stored. Data is null when Length is 0.
 struct GFL_EXIF_ENTRYEX {
     std::uint16_t Tag;
     std::uint16_t Format; // TIFF field type, 1 to 13
@@ -223,7 +223,8 @@ static_assert(sizeof(GFL_EXIF_ENTRYEX) == 40 && offsetof(GFL_EXIF_ENTRYEX, Lengt
                   && offsetof(GFL_EXIF_ENTRYEX, Data) == 24,
               "layout shared with hosts");
 
-/// EXIF as a linked list of raw values, complete: setting the block on a bitmap restores the same metadata.
+/// EXIF as a linked list of raw values, without thumbnails and without values that describe how the file stores pixels.
+/// Setting the block on a bitmap restores the same values.
 struct GFL_EXIF_DATAEX {
     GFL_EXIF_ENTRYEX *Root;
     std::uint32_t Flags;

@@ -56,7 +56,7 @@ QString Examples(const QStringList &examples)
     return QLatin1String(".SH EXAMPLES\n") + lines.join(QLatin1String(".PP\n"));
 }
 
-/// Returns the last sections: exit status, and the other pages.
+/// Returns the last sections: the exit status, and references to the other pages.
 QString Tail(const VerbRow *verb)
 {
     QString text = QStringLiteral(".SH EXIT STATUS\n"

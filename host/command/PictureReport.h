@@ -14,7 +14,7 @@ struct PictureReport {
     Outcome outcome = Outcome::Failed;
     QString output;          // absolute path; empty if the picture failed before the path was known
     QString why;             // why it was skipped or failed, or what was left out; may be empty
-    QString camera, lens;    // from the metadata; empty: not named
+    QString camera, lens;    // from the metadata; empty: not named, or a plain run
     QString profile;         // path, or "lensfun:MAKER/LENS"; empty: none
     QString entries;         // of the profile, with weights
     QStringList assumed;     // one line each

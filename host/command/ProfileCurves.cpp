@@ -38,7 +38,7 @@ CurveFrame FrameOf(const ProfileEntry &entry, const ProfileFit &fit)
     return {under->unitPx, under->focalLength, std::hypot(fit.facts.pixels.width(), fit.facts.pixels.height()) / 2.0};
 }
 
-/// Samples @p value, a function of the radius in pixels, up to @p end.
+/// Samples @p value, a function of the radius in pixels, up to @p end or to the first value beyond @p most.
 ProfileCurve Sampled(double halfDiagonal, double end, double most, const std::function<double(double)> &value)
 {
     ProfileCurve curve;

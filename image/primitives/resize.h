@@ -42,7 +42,7 @@ Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::
 template <typename T, int C>
 Status ResizeSuper(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize,
                    const ResizeSpec *spec, void *buffer);
-/// @p borderValue is for border modes that are not supported.
+/// Returns BadArgument for a border mode other than kBorderReplicate. @p borderValue is not used.
 template <typename T, int C>
 Status ResizeLinear(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize, BorderMode border,
                     const T *borderValue, const ResizeSpec *spec, void *buffer);

@@ -13,8 +13,8 @@ namespace imagefile {
 /// the product of width, height, channels and bytes per sample fits in 64 bits.
 constexpr std::int64_t kMaxSidePixels = std::int64_t(1) << 20;
 
-/// Bytes of one delivered picture: 32 GiB, two gigapixels of float RGBA, more than a machine can correct in memory. A
-/// float picture of 400 megapixels takes 4.8 to 6.4 GB.
+/// Bytes of one delivered picture: 32 GiB, two gigapixels of float RGBA, more than common machines can correct in
+/// memory. A float picture of 400 megapixels takes 4.8 to 6.4 GB.
 constexpr std::int64_t kMaxImageBytes = std::int64_t(1) << 35;
 
 /// Up to this many bytes, a claim is accepted regardless of the file's size: allocating them is harmless, and a

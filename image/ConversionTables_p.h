@@ -1,4 +1,5 @@
-// The 81 conversions of KImage::CropCopyTo: two tables, one rule, and three exceptions.
+// The 81 conversions of KImage::CropCopyTo: two tables of steps, a rule for their order, a shortcut for the warp, and
+// three exceptions.
 #pragma once
 
 #include "PixelRuns_p.h"
@@ -13,7 +14,7 @@
 /// run in the L1 cache: no conversion passes over memory twice or allocates.
 using RunStep = void (*)(const void *src, void *dst, int pixels);
 
-/// Rows and columns of the tables below.
+/// Indexes of the tables below.
 enum Depth { kDepth8u, kDepth16u, kDepth32f };
 enum Layout { kGrey, kRgb, kRgba };
 
@@ -151,7 +152,7 @@ class Conversion {
 public:
     Conversion(Form from, Form to)
     {
-        const bool colorsFirst = to.depth < from.depth && to.layout < from.layout; // gray at the finer depth
+        const bool colorsFirst = to.depth < from.depth && to.layout < from.layout; // computes gray at the finer depth
         const RunStep toDepth = kDepthSteps[from.depth][to.depth][colorsFirst ? to.layout : from.layout];
         const RunStep toLayout = ChannelStep(from, to, colorsFirst ? from.depth : to.depth);
         m_first = colorsFirst ? toLayout : toDepth;

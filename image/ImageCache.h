@@ -34,7 +34,7 @@ public:
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
-        Item::pImageDefCache = cache; // items made by another copy of the kernel use this copy's stamps
+        Item::pImageDefCache = cache; // also stamps the items that another kernel copy made
     }
 
     // Call these with the mutex held.
@@ -49,7 +49,8 @@ public:
     }
     /// Returns the item of an image, creating it if there is none. An item whose image was destroyed adopts @p def.
     Item *FindOrMake(ImageDef *def);
-    /// Evicts unlocked versions until memory use is below the limit. Skips images that are being loaded.
+    /// Evicts unlocked versions until memory use is within the limit. Skips images that are being loaded, and the one
+    /// requested last.
     void AdjustCacheMemory_unlocked();
 
     // Call these without the mutex.

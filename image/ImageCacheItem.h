@@ -164,8 +164,8 @@ template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::U
     version->m_retired.clear();
     if (!Loader::HasFailed(version))
         return;
-    const Counting counting(this); // the next lock reads the file again
-    Loader::Free(version);
+    const Counting counting(this);
+    Loader::Free(version); // the next lock reads the file again
     version->m_inMemory = false;
 }
 

@@ -13,8 +13,8 @@ class KernelSettingsReader;
 class KernelSettingsWriter;
 class KSettingsManager;
 
-/// One instance is process-wide: KImage::init creates it or adopts the host's; KImage::exit deletes it if it was
-/// created. Change it only while nothing is being loaded; any thread may read it. A change affects images described and
+/// One instance is process-wide: KImage::init creates it or adopts the host's; KImage::exit deletes it if init created
+/// it. Change it only while nothing is being loaded; any thread may read it. A change affects images described and
 /// loaded afterward.
 class ImageDatas {
 public:

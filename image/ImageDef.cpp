@@ -311,7 +311,7 @@ void ImageDef::SetMetadata(GFL_BITMAP *bitmap)
 
 void ImageDef::SetLensKind()
 {
-    constexpr float kWidestRectilinearMm = 16.0F; // for unknown lenses
+    constexpr float kWidestRectilinearMm = 16.0F; // 35 mm equivalent; unknown lenses below it count as fisheyes
     const int kind = IsFisheyeLens(m_shooting.makerName, m_shooting.lensId);
     if (kind == 0 || kind == 1) {
         m_model = kind;

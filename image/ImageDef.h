@@ -125,7 +125,7 @@ public:
     void AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended);
     /// Reads all EXIF of the file again and formats it as a text table.
     QString DumpExif();
-    /// Returns 1 for a fisheye lens, 0 for another lens, negative if unknown.
+    /// Returns the lens's type in the lens table: 0 standard, 1 fisheye, 2 tilt/shift; negative if unknown.
     static int IsFisheyeLens(QString maker, QString lensId);
 
     /// Returns the approximate number of bytes held, excluding full-size pixels and metadata blocks.

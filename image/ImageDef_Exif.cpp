@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Results of parsing the texts: the record, and the values that determine the focal length.
+/// Results of parsing the texts: the record, and values from which focal length and exposure are determined.
 struct Readings {
     ShootingInformation &shooting;
     double realFocalMm = 0.0;
@@ -392,7 +392,7 @@ QString ImageDef::DumpExif()
 {
     GFL_LOAD_PARAMS params = {};
     ImageDatas::GetDefaultLoadParams(&params);
-    params.Flags |= 0x6410;  // metadata, and a custom form; other bits have no effect
+    params.Flags |= 0x6410;  // GFL_LOAD_METADATA, GFL_LOAD_FORCE_COLOR_MODEL; the others have no effect
     params.ColorModel = 256; // not a color model of the layer, so pixels are not converted
     params.DefaultAlpha = 255;
     const QSize box = ImageDatas::settings ? ImageDatas::settings->thumbnailSize : ImageDatas().thumbnailSize;

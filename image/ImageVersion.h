@@ -6,8 +6,9 @@
 #include <QString>
 #include <QVector>
 
-/// A version of an image, identified by width, height and depth. The item that owns it creates it locked and in memory;
-/// the item's mutex guards the fields. Eviction frees the pixels; the object and its disk copy stay.
+/// A version of an image, identified by width, height and depth. An item owns it, and the item's mutex guards the
+/// fields. A new version counts as locked and in memory, although its pixels are still to be loaded. Eviction frees the
+/// pixels; the object and its disk copy stay.
 template <typename Image> class ImageVersion {
 public:
     /// @p depth in bits per channel; @p stamp is the cache's access count.

@@ -33,14 +33,14 @@ struct KImageInstances {
 ///   | type     | channels | 8 bits (8u)  | 16 bits (16u)   | 32 bits (32f)                      |
 ///   |----------|----------|--------------|-----------------|------------------------------------|
 ///   | GFL_GREY | 1        | 0 to 255     | 0 to 65,535     | IEEE float, 0 to 1 and above (HDR) |
-///   | GFL_RGB  | 3: R G B | same         | same, native    | same                               |
+///   | GFL_RGB  | 3: R G B | same         | same            | same                               |
 ///   | GFL_RGBA | 4: R G B A, straight alpha | same | same  | same                               |
 ///
-/// Channels are interleaved, rows start at multiples of 4 bytes, the first row is the top one. An image is empty (no
-/// record) or allocated. Copies are deep: images never share pixels, but one can wrap a block of the caller. Errors are
-/// KExceptions; arguments are checked in order. The messages are "Invalid Bitmap" (this image is empty, or the
-/// operation doesn't support its form), "Invalid Parameter" and "Not enough memory". Either one thread modifies an
-/// image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
+/// Channels are interleaved, in native byte order. Rows start at multiples of 4 bytes, the top one first. An image is
+/// empty (no record) or allocated. Copies are deep: images never share pixels, but one can wrap a block of the caller.
+/// Errors are KExceptions; arguments are checked in a fixed order. The messages are "Invalid Bitmap" (this image is
+/// empty, or the operation doesn't support its form), "Invalid Parameter" and "Not enough memory". Either one thread
+/// modifies an image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
 class KImage {
 public:
     KImage();
@@ -57,7 +57,7 @@ public:
     /// Starts the module with a host's objects, which the host still owns. Null starts it standalone, with the
     /// image-file layer; a second standalone start does nothing.
     static void init(KImageInstances *instances);
-    /// Reverts init(nullptr); does nothing after init with a host's objects.
+    /// Reverts init. Objects of a host stay; the cache is deleted if this copy of the module created it.
     static void exit();
 
     // --- Memory ---
@@ -98,7 +98,7 @@ public:
 
     // --- Files (KImage_File.cpp) ---
 
-    /// Reads a file, as @p type at the file's depth; with @p thumbnail, the small version that is cheapest to get.
+    /// Reads a file, as @p type at the file's depth; with @p thumbnail, reduced to fit into 256 by 256.
     void Read(QString fileName, unsigned short type, bool thumbnail);
     /// Reads a file, in its form, into an empty image: at the file's depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
@@ -150,7 +150,7 @@ public:
     ///   |-----------|-----------------------------------------------------------------|
     ///   | jpeg      | 0 to 12: quality 4 to 100                                       |
     ///   | tiff      | 2 LZW, 3 deflate, 50000 Zstandard, others none                  |
-    ///   | exr       | 1 to 4 and 6 to 8: method number - 1; others PIZ                |
+    ///   | exr       | 1 to 4 and 6 to 8: method number + 1; others PIZ                |
     ///   | png, hdri, psd | passed on unchanged                                        |
     void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);
     /// Throws a KException for an error number of the layer; returns for 0. An empty @p fileName omits the file's line.
@@ -160,7 +160,7 @@ public:
 
     /// Copies a rectangle to (targetX, targetY) in @p target, where it must fit, and converts form and depth.
     void CropCopyTo(int x, int y, int width, int height, KImage &target, int targetX, int targetY) const;
-    /// Copies the whole image into @p target at (x, y), clipped to the target.
+    /// Copies the whole image into @p target at (x, y), which must be inside, clipped to the target.
     void CopyTo(KImage &target, int x, int y) const;
     /// Converts to another form in @p target. A target of the right shape keeps its block, even a wrapped one.
     void Convert(KImage &target, unsigned short type, int bitsPerComponent) const;
@@ -171,8 +171,8 @@ public:
     /// Replaces a channel with a gray image of this image's size, at any depth.
     void SetChannel(KImage &source, int channel);
     void SetAlpha(KImage &source);
-    /// Paints this image onto @p target at (x, y), clipped to the target. An RGBA image is blended by its alpha, and
-    /// the target's alpha stays; any other image overwrites the target.
+    /// Paints this image onto @p target at (x, y), like CopyTo. An RGBA image is blended by its alpha, and the target's
+    /// alpha stays; any other image overwrites the target.
     void BlendTo(KImage &target, int x, int y);
 
     // --- Arithmetic (KImage_Arithmetic.cpp): all channels, including alpha ---
@@ -200,8 +200,8 @@ public:
     /// use the same filter. The KException for an empty image has an empty message.
     void Resize(int width, int height);
     void Resize(KImage &target, int width, int height);
-    /// Finds a rectangle, as large as possible, inside the valid area of a float RGBA image, where alpha isn't 0: from
-    /// (left, top) to (right, bottom), exclusive, in pixels. All 0 if there is none; untouched for an empty image.
+    /// Finds a rectangle, as large as possible, in the area of a float RGBA image where alpha isn't 0: from (left, top)
+    /// to (right, bottom), exclusive, in pixels. All 0 if there is none; untouched for an empty image.
     void GetAutoCrop(float &left, float &right, float &top, float &bottom) const;
 
     // --- Alpha (KImage_Alpha.cpp) ---
@@ -252,9 +252,9 @@ public:
     /// primitives::GaussianBlur for the accuracy. @p target must not be this image.
     void ConvolveGaussian(float sigma, KImage &target) const;
     /// Sharpens by unsharp masking: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3
-    /// radius, in pixels. Transparent pixels don't bleed into others; they and pixels whose result isn't finite stay
-    /// unchanged. Y: luminance only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius and 10, 0.4
-    /// and 0.2 times the amount. Not in place.
+    /// times the radius, in pixels. Transparent pixels don't bleed into others; they and pixels whose result isn't
+    /// finite stay unchanged. Y: luminance only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius
+    /// and 10, 0.4 and 0.2 times the amount. Not in place.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);
@@ -277,9 +277,9 @@ public:
     /// Paints a disc with a smooth edge centered on pixel position (x, y); @p color is a QRgb with alpha.
     void PutPoint(float x, float y, float radius, int color);
     /// Applies Brown's radial model (1971): samples the pixel at radius r bilinearly at r (1 + k1 r^2 + k2 r^4 + k3
-    /// r^6), r in half diagonals from the center; a nonzero @p direction applies the inverse. Positions outside the
-    /// picture give 0. Optical2 corrects lateral color: it samples one channel ('R', 'G', 'B', 'A') at @p scale times
-    /// that radius, about the middle, and repeats its edges.
+    /// r^6), r in half diagonals from the center, which is @p offsetX, @p offsetY pixels from the middle; a nonzero @p
+    /// direction applies the inverse. Positions outside give 0. Optical2 corrects lateral color: it samples one channel
+    /// ('R', 'G', 'B', 'A') at @p scale times that radius, about the middle, and repeats its edges.
     void Optical(float k1, float k2, float k3, float offsetX, float offsetY, int direction);
     void Optical2(float k1, float k2, float k3, char channel, float scale, int direction);
 

@@ -8,10 +8,10 @@ using KImageCache = ImageCache<KImage, KImageLoader>;
 
 /// Source of a version's pixels:
 ///
-///   | image                | first time                                | after eviction       |
-///   |----------------------|-------------------------------------------|----------------------|
-///   | raw, above 8 bits    | full size: the file; others: the full one | its disk copy        |
-///   | any other            | a bigger version in memory, else the file | the file             |
+///   | image             | first time                                           | after eviction |
+///   |-------------------|------------------------------------------------------|----------------|
+///   | raw, above 8 bits | full size: the file; others: the full-size version   | its disk copy  |
+///   | any other         | a bigger version in memory, else the file            | the file       |
 ///
 /// All functions except LockPostProcess are called with the item's mutex held. On failure they throw KException and
 /// leave the requested version without pixels.

@@ -65,7 +65,7 @@ void MultiplyRun(One &grey, Many &rgb, Many &rgba, int layout, void *run, int pi
         (layout == 1 ? rgb : rgba)(samples, 0, k, samples, 0, {pixels, 1}, scale...);
 }
 
-/// Returns full * factor, truncated and limited to the range of integer multiplication.
+/// Returns full * factor, truncated and limited to +-2^30; 0 for NaN.
 int IntegerFactor(double full, float factor)
 {
     constexpr double kLimit = 1 << 30;

@@ -27,7 +27,7 @@ constexpr double kSmallerSideSteps = 1000; // larger frames are sampled in steps
 constexpr double kNominalTolerance = 0.2;
 /// Code for full brightness. Four times this, the edge filter's largest response, still fits in 16 bits.
 constexpr float kFullCode = 8191;
-constexpr Ipp16s kMinEdge = 650; // 2 % of the codes
+constexpr Ipp16s kMinEdge = 650; // response to a step of 2 % of kFullCode
 
 struct Ray {
     double x, y;
@@ -174,7 +174,8 @@ struct PolarFrame {
 
 constexpr int kLevelRows = 4; // averaged on each side of an edge to measure the level
 
-/// Returns a quarter of the picture's typical brightness at the minimum radius; brighter samples lie inside the circle.
+/// Returns a quarter of the median brightness at the minimum radius, but at least 1 % of full brightness; brighter
+/// samples lie inside the circle.
 float InsideLevel(const PolarFrame &frame)
 {
     const int row = static_cast<int>(kMinRadius * frame.grid.smallerSide / frame.grid.stepPx);
@@ -205,7 +206,7 @@ struct Reach {
 };
 
 /// Returns the strongest edge of each ray or, for a ray that leaves the frame inside the circle, an inside point at the
-/// frame's edge.
+/// frame's edge. Rays without a clear edge are left out.
 QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
 {
     const float insideLevel = InsideLevel(frame);

@@ -178,7 +178,7 @@ template <typename T> void PaintPixel(unsigned char *pixel, int channels, const 
     for (int c = 0; c < channels; ++c) {
         unsigned char *at = pixel + size_t(c) * sizeof(T);
         const float old = LoadComponent<T>(at), full = kFullValue<T>;
-        // Painting raises the opacity of covered pixels to that of the color.
+        // As in "over" compositing, painting makes covered pixels more opaque.
         const float wanted = c == 3 ? full : full * (channels == 1 ? luma : rgba[c]);
         StoreComponent<T>(at, share < 1 ? old + (wanted - old) * share : wanted); // overwrites even NaN
     }

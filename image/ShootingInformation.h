@@ -20,13 +20,13 @@ struct ShootingInformation {
     double distortionK1 = 0.0; // radial coefficients, filled only from settings
     double distortionK2 = 0.0;
     double distortionK3 = 0.0;
-    double exposureTime = 0.0; // seconds
+    double exposureTime = 0.0; // seconds; the unconverted shutter speed if the file has only that
     double fNumber = 0.0;
     int isoSpeed = 0;
     int orientation = 0; // 1 to 8 as in EXIF, 0: unknown
     float exposureBias = 0.0F;
     double exposureValue = 0.0; // natural logarithm of fNumber^2 / exposureTime
-    qint64 timestamp = 0;       // seconds since the epoch, taking the camera's clock as local time
+    qint64 timestamp = 0;       // seconds since the epoch, taking the camera's clock as local standard time
     int validWidth = 0;         // pixels, as given by the camera
     int validHeight = 0;
     QString lensId;        // as in the lens table: "10 22 235"
@@ -35,7 +35,7 @@ struct ShootingInformation {
     double fovThird = 0.0;
     double gpsLatitude = kUnknownPlace; // degrees, unsigned: the Refs give the hemisphere
     double gpsLongitude = kUnknownPlace;
-    double gpsAltitude = kUnknownPlace;
+    double gpsAltitude = kUnknownPlace; // 0 if the file has one: the number is not read
     double gpsDirection = kUnknownPlace;
     QString gpsLatitudeRef = QStringLiteral("North");
     QString gpsLongitudeRef = QStringLiteral("East");

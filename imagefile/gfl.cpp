@@ -21,7 +21,7 @@ using namespace imagefile;
 namespace {
 
 constexpr Box kDefaultThumbnail = {256, 256};
-constexpr std::uint16_t kDefaultQuality = 90; // JPEG: above this, artifacts are hard to see
+constexpr std::uint16_t kDefaultQuality = 90; // JPEG: from this on, artifacts are hard to see
 
 std::atomic<bool> lzwAllowed{false};
 thread_local bool acceptsPendingRows = false;

@@ -87,7 +87,7 @@ GFL_API int gflLoadBitmapFromMemory(const std::uint8_t *data, std::uint32_t size
                                     const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
 
 /// Allows (nonzero) or forbids (0, the default) code that lends pictures to this thread, such as a host's image cache,
-/// to load them with GFL_LOAD_PENDING. The thread then calls gflWaitForRows before it reads rows.
+/// to load them with GFL_LOAD_PENDING. The thread must then call gflWaitForRows before it reads rows.
 GFL_API void gflAcceptPendingRows(int accept);
 GFL_API bool gflAcceptsPendingRows();
 
@@ -139,7 +139,7 @@ typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
 
-/// Like gflSaveBitmapUTF8, into a block from the layer's allocator that the caller frees.
+/// Like gflSaveBitmapUTF8, into a block that the caller frees with the free callback of gflLibraryInitEx.
 GFL_API int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, const GFL_BITMAP *bitmap,
                                     const GFL_SAVE_PARAMS *params);
 

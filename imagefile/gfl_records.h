@@ -95,7 +95,7 @@ enum GflSaveFlag : std::uint32_t {
 /// request may be shorter. A power of two.
 constexpr int GFL_FAST_ROWS = 64;
 
-/// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
+/// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none, OpenEXR: PIZ).
 constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 
 /// Numbers of Compression by format:
@@ -106,6 +106,8 @@ constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 ///   |           | others are GFL_ERROR_BAD_PARAMETERS                                 |
 ///   | png       | zlib level, 0 to 9; higher numbers count as 9                       |
 ///   | hdri, psd | 0 none; others: run-length encoded rows                             |
+///   | exr       | OpenEXR's number, from 0 (none) to 9 (DWAB); default PIZ; others    |
+///   |           | are GFL_ERROR_BAD_PARAMETERS                                        |
 struct GFL_SAVE_PARAMS {
     std::uint32_t Flags;
     std::int32_t FormatIndex;  // from gflGetFormatIndexByName
@@ -189,7 +191,7 @@ enum GflExifBlock : std::uint32_t {
     GFL_EXIF_INTEROPERABILITY = 4,
     GFL_EXIF_GPS = 16,
     GFL_EXIF_OWN = 32,    // added by this layer, such as "LensID"
-    GFL_EXIF_OTHER = 256, // and above, GFL_EXIF_DATAEX only: decoded maker notes, thumbnail, sub-images
+    GFL_EXIF_OTHER = 256, // and above, GFL_EXIF_DATAEX only: values of decoded maker notes
 };
 
 /// One EXIF value as text.
@@ -206,7 +208,7 @@ struct GFL_EXIF_DATA {
     GFL_EXIF_ENTRY *ItemsList;
 };
 
-/// One raw EXIF value: Length bytes, numbers in native byte order, texts as stored. Data is null when Length is 0.
+/// One raw EXIF value: Length bytes, little-endian numbers, texts as stored. Data is null when Length is 0.
 struct GFL_EXIF_ENTRYEX {
     std::uint16_t Tag;
     std::uint16_t Format; // TIFF field type, 1 to 13
@@ -221,7 +223,8 @@ static_assert(sizeof(GFL_EXIF_ENTRYEX) == 40 && offsetof(GFL_EXIF_ENTRYEX, Lengt
                   && offsetof(GFL_EXIF_ENTRYEX, Data) == 24,
               "layout shared with hosts");
 
-/// EXIF as a linked list of raw values, complete: setting the block on a bitmap restores the same metadata.
+/// EXIF as a linked list of raw values, without thumbnails and without values that describe how the file stores pixels.
+/// Setting the block on a bitmap restores the same values.
 struct GFL_EXIF_DATAEX {
     GFL_EXIF_ENTRYEX *Root;
     std::uint32_t Flags;
@@ -231,7 +234,7 @@ static_assert(sizeof(GFL_EXIF_DATAEX) == 16 && offsetof(GFL_EXIF_DATAEX, Flags) 
 /// One metadata value under the key that Exiv2 gives it, zero-terminated UTF-8.
 struct GFL_METADATA_ITEM {
     char *Key;     // "Exif.Photo.LensModel", "Exif.NikonLd3.LensIDNumber", "Xmp.aux.Lens", "LibRaw.LensID"
-    char *Raw;     // as stored, in any locale: "147", "18/10"; "(40000 bytes)" for values over 1,024 bytes
+    char *Raw;     // as stored, the same in every locale: "147", "18/10"; "(40000 bytes)" for values over 1,024 bytes
     char *Printed; // as Exiv2 prints it in English: "Nikon AF-S Zoom-Nikkor 24-70mm f/2.8G ED", "F1.8"
 };
 

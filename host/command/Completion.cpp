@@ -146,7 +146,9 @@ QString Zsh()
         const QString name = QLatin1String(verb.name);
         commands += QStringLiteral("        ") + Quoted(name + QLatin1Char(':') + QLatin1String(verb.summary))
             + QLatin1Char('\n');
-        cases += QStringLiteral("    %1)\n        _arguments -s -S '(- *)'{-h,--help}'[print a short help]'").arg(name);
+        cases +=
+            QStringLiteral("    %1)\n        _arguments -s -S '(- *)'{-h,--help}'[print a summary of the options]'")
+                .arg(name);
         const QVector<OptionRow> rows = OptionsOf(verb.verb);
         for (const OptionRow &row : rows)
             cases += ZshOption(row);
@@ -224,7 +226,7 @@ QString Fish()
         else if (operand.kind == Kind::None)
             text += within + QLatin1String(" -f\n");
     }
-    return text + QLatin1String("complete -c vitrelux -s h -l help -d 'print a short help'\n");
+    return text + QLatin1String("complete -c vitrelux -s h -l help -d 'print a summary of the options'\n");
 }
 
 } // namespace

@@ -45,7 +45,7 @@ QString Options(const VerbRow &verb)
             text += QLatin1String(".TP\n") + Line(QStringLiteral(".B"), Spelling(row))
                 + Escaped(QLatin1String(row.help)) + QLatin1Char('\n');
     }
-    return text + QLatin1String(".SS Help\n.TP\n.B \\-h, \\-\\-help\nprint a short help\n");
+    return text + QLatin1String(".SS Help\n.TP\n.B \\-h, \\-\\-help\nprint a summary of the options\n");
 }
 
 QString Examples(const QStringList &examples)
@@ -56,7 +56,7 @@ QString Examples(const QStringList &examples)
     return QLatin1String(".SH EXAMPLES\n") + lines.join(QLatin1String(".PP\n"));
 }
 
-/// Returns the last sections: exit status, and the other pages.
+/// Returns the last sections: the exit status, and references to the other pages.
 QString Tail(const VerbRow *verb)
 {
     QString text = QStringLiteral(".SH EXIT STATUS\n"

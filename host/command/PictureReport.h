@@ -7,14 +7,14 @@
 #include <QStringList>
 
 struct PictureReport {
-    /// The result for the picture. A dry run gives Planned.
+    /// The result for the picture. A dry run gives Planned instead of Corrected.
     enum class Outcome { Corrected, Planned, Skipped, CorrectedBefore, Failed };
 
     QString picture; // as the user named it
     Outcome outcome = Outcome::Failed;
     QString output;          // absolute path; empty if the picture failed before the path was known
-    QString why;             // why it was skipped or failed; empty otherwise
-    QString camera, lens;    // from the metadata; empty: not named
+    QString why;             // why it was skipped or failed, or what was left out; may be empty
+    QString camera, lens;    // from the metadata; empty: not named, or a plain run
     QString profile;         // path, or "lensfun:MAKER/LENS"; empty: none
     QString entries;         // of the profile, with weights
     QStringList assumed;     // one line each

@@ -39,7 +39,8 @@ QString Shooting(const ProfileReport &report)
     return parts.join(QStringLiteral(", "));
 }
 
-/// Returns one line of values: focal lengths as fractions, as in the file, and the center in pixels.
+/// Returns one line of values: focal lengths as in the file, as fractions of the picture's width, and the center in
+/// pixels.
 QString Values(const LensParam &model)
 {
     QStringList parts;

@@ -1,4 +1,5 @@
-// Drawing of lines and texts, rendered as SVG or as pixels. Positions are in pixels from the top left corner.
+// Drawing of lines and texts, rendered as SVG or as pixels. Positions and sizes are in units from the top
+// left corner; one unit is one SVG pixel.
 #pragma once
 
 #include <QByteArray>

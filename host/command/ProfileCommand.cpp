@@ -158,7 +158,7 @@ private:
 
     const ProfileOptions &m_options;
     Console *m_console;
-    PictureFacts m_facts; // of --for
+    PictureFacts m_facts; // of the picture of --for
     QString m_gap;
     ExitCode m_result = kAllDone;
 };

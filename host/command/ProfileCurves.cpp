@@ -18,8 +18,8 @@ constexpr double kMaxPercent = 200.0, kMaxPixels = 1000.0, kMaxEv = 8.0;
 
 /// Scale of an entry's models in the plotted frame.
 struct CurveFrame {
-    double unitPx = 0.0;       // pixels in a long side of the profile's frame
-    double focalLength = 0.0;  // for models without one
+    double unitPx = 0.0;       // long side of the profile's frame, in pixels of the plotted frame
+    double focalLength = 0.0;  // for models without one; unit: that long side
     double halfDiagonal = 0.0; // of the plotted frame, in pixels; 0: unknown
 };
 
@@ -38,7 +38,7 @@ CurveFrame FrameOf(const ProfileEntry &entry, const ProfileFit &fit)
     return {under->unitPx, under->focalLength, std::hypot(fit.facts.pixels.width(), fit.facts.pixels.height()) / 2.0};
 }
 
-/// Samples @p value, a function of the radius in pixels, up to @p end.
+/// Samples @p value, a function of the radius in pixels, up to @p end or to the first value beyond @p most.
 ProfileCurve Sampled(double halfDiagonal, double end, double most, const std::function<double(double)> &value)
 {
     ProfileCurve curve;

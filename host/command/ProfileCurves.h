@@ -20,11 +20,12 @@ struct ProfileCurves {
 };
 
 /// Returns the curves of the entries, at most kMaxPlottedEntries spread evenly over the file; entries without a frame
-/// are left out. Distortion of fisheyes is relative to the equidistant projection.
+/// or a model are left out. Distortion of fisheyes is relative to the equidistant projection.
 ///
 /// @param fit  plots the curves in the frame of its picture; null: in the frame of each entry.
 QVector<ProfileCurves> CurvesOfEntries(const LensProfile &profile, const ProfileFit *fit);
 constexpr int kMaxPlottedEntries = 200;
 
-/// Returns the curves of the correction that is applied to the picture.
+/// Returns the curves of the correction that is applied to the picture, but without zoom. A fisheye's distortion is
+/// relative to the equidistant projection.
 ProfileCurves CurvesOfBlend(const LensProfile &profile, const ProfileFit &fit);

@@ -105,7 +105,7 @@ template <typename Value> QVector<QVector<int>> Runs(QVector<int> entries, doubl
     return runs;
 }
 
-/// Appends one row for each setting and set of models.
+/// Appends the rows of one focal length and distance: one per run of apertures with the same models.
 void AppendRows(const LensProfile &profile, QVector<int> setting, QVector<Row> *rows)
 {
     const auto aperture = [&](int i) {

@@ -15,7 +15,7 @@ const QColor kInk(0x22, 0x22, 0x22), kGrid(0xdd, 0xdd, 0xdd), kBlend(0, 0, 0);
 
 struct PanelRow {
     const char *title;
-    double leastSpan; // smaller spans look nearly flat
+    double leastSpan; // smaller spans aren't magnified, so they look nearly flat
     ProfileCurve ProfileCurves::*solid;
     ProfileCurve ProfileCurves::*dashed; // may be null
 };
@@ -74,7 +74,7 @@ private:
     QColor ColorOf(double focalMm) const
     {
         const auto place = std::lower_bound(m_focals.begin(), m_focals.end(), focalMm) - m_focals.begin();
-        constexpr double kRed = 0.0, kViolet = 280.0 / 360.0; // short to long
+        constexpr double kRed = 0.0, kViolet = 280.0 / 360.0; // hues, from the shortest to the longest focal length
         const double share = m_focals.size() > 1 ? double(place) / (m_focals.size() - 1) : 0.6;
         return QColor::fromHsvF(kRed + share * (kViolet - kRed), 0.85, 0.8);
     }

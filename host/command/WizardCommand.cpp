@@ -28,7 +28,7 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     CorrectionWizard wizard(&application, plugin.Processes(), plugin.Correction(), &guard);
     QStringList files = options.files;
     for (QString &file : files) {
-        if (file.startsWith(QLatin1Char(':'))) // not a Qt resource
+        if (file.startsWith(QLatin1Char(':'))) // otherwise QFile would take it for a Qt resource
             file.prepend(QLatin1String("./"));
     }
     wizard.Add(files);

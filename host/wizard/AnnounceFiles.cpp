@@ -16,8 +16,8 @@ void AnnounceFiles(HostApplication *application, KIPluginOne2One *process, const
     for (const QString &file : files)
         carried.push_back(announced.contains(file) ? process->GetFileXmlParams(file) : QDomElement());
     // The interface has no operation that fills the record of a job's file. But SetFiles makes the records in the order
-    // of the files, each from the stored settings, and the keys of those are the attributes of the record's XML form.
-    // So answer the n-th read of a key from the n-th element.
+    // of the files, each from the stored settings, whose keys are the attribute names of a record's XML form. So the
+    // n-th read of a key is answered with the attribute of the n-th file's previous record.
     QHash<QString, std::size_t> reads;
     const HostApplication::SettingAdapter before = application->AdaptPluginSettings(nullptr);
     const auto restore = qScopeGuard([&] { application->AdaptPluginSettings(before); });

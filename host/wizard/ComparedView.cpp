@@ -79,7 +79,7 @@ void ComparedView::paintEvent(QPaintEvent *)
     const QRectF target = PictureRect();
     const double perPixel = target.width() / m_image.width();
     painter.setRenderHint(QPainter::SmoothPixmapTransform,
-                          perPixel < 2.0); // no smoothing when enlarged, to show pixels
+                          perPixel < 2.0); // from twice the size on, shows single pixels
     painter.drawImage(target, m_image);
     if (hasFocus()) {
         painter.setPen(palette().color(QPalette::Highlight));

@@ -58,7 +58,7 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, const std::vect
         setPage(kPluginPage, m_pluginPage);
     setPage(kRunPage, m_run);
     connect(m_run, &RunPage::RunningChanged, this, &CorrectionWizard::RunningChanged);
-    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables its buttons
+    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // because QWizard enables Back
 
     int width = 0;
     for (const int id : pageIds())

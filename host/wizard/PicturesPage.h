@@ -14,9 +14,9 @@ class QLineEdit;
 class QPushButton;
 class QTreeWidget;
 
-/// Page to which pictures are added by dialogs, by drag and drop, or by Add(). A folder adds the pictures in it, except
-/// results of earlier runs. Each picture is listed once, with facts from its file or the reason why it can't be used.
-/// The options are stored, except the permission to replace files. GUI thread.
+/// Page to which pictures are added by dialogs, by drag and drop, or by Add(). A folder adds the pictures in it and its
+/// subfolders, except results of earlier runs. Each picture is listed once, with facts from its file or the reason why
+/// it can't be used. The options are stored, except the permission to replace files. GUI thread.
 class PicturesPage : public QWizardPage {
     Q_OBJECT
 public:
@@ -34,8 +34,8 @@ public:
     /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;
 
-    /// Returns whether the output folder is valid and all files in the list are described, because the next page needs
-    /// all descriptions at once.
+    /// Returns whether the output folder is valid, and the list has files, which are all described, because the next
+    /// page needs all descriptions at once.
     bool isComplete() const override;
 
 protected:

@@ -24,7 +24,7 @@ public:
 private:
     bool SwitchOnUnchosen(HostApplication *application) const;
 
-    SearchedFolders m_folders; // before the plug-in, which reads its folder when it is loaded
+    SearchedFolders m_folders; // before the plug-in, which reads the stored folder when it is loaded
     PluginLoader m_loader;
     std::unique_ptr<QObject> m_another; // the process in use, if not the loader's
     KIPluginOne2One *m_process;

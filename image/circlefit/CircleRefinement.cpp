@@ -24,7 +24,8 @@ public:
 
     int Count() const { return m_count; }
 
-    /// Solves the equations by Cramer's rule. Returns false if the edges are too close together.
+    /// Solves the equations by Cramer's rule. Returns false if there are too few edges, or if their directions hardly
+    /// differ.
     bool Solve(double correction[3]) const
     {
         const double all = Determinant(m_matrix);

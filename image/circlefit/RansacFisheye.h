@@ -40,8 +40,9 @@ public:
     /// the origin through the first edge.
     Model computeOneModel();
     /// Scores a model: the number of edges within 0.5 % of the image's smaller side, plus points inside, minus missed
-    /// edges in whose direction the circle lies beyond the image, divided by the number of measurements. Keeps the
-    /// model if it is the best so far and the first share is above 5 %; returns true if the score is above 0.6.
+    /// edges in whose direction the circle lies more than the image's width to the right of the origin or more than its
+    /// height below it, divided by the number of measurements. Keeps the model if it is the best so far and the edges
+    /// alone give more than 5 %; returns true if the score is above 0.6.
     bool evaluateModel(Model model);
 
 private:

@@ -35,7 +35,8 @@ struct Plane {
     std::unique_ptr<Ipp32f, void (*)(void *)> block;
 };
 
-/// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes beyond that would be equal.
+/// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes farther out would
+/// equal the outermost one, because the edge repeats, so the blur on the grid repeats that one.
 struct Grid {
     int pixels;
     int spacing; // k

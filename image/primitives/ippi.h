@@ -12,7 +12,7 @@
 #include "rotate.h"
 #include "scale.h"
 
-/// Selects code for the processor; does nothing, because the loader has already selected it.
+/// Does nothing: the dynamic loader has already selected the code for the CPU (see PRIMITIVES_WIDE).
 inline primitives::Status ippInit()
 {
     return primitives::Status::Ok;

@@ -21,7 +21,7 @@ struct Point {
 struct ResizeSpec;
 
 /// Returns the sizes in bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is
-/// requested, or super-sampling for a side that grows.
+/// requested, or area weighting (kResizeSuper) for a side that grows.
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);
 
@@ -42,7 +42,7 @@ Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::
 template <typename T, int C>
 Status ResizeSuper(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize,
                    const ResizeSpec *spec, void *buffer);
-/// @p borderValue is for border modes that are not supported.
+/// Returns BadArgument for a border mode other than kBorderReplicate. @p borderValue is not used.
 template <typename T, int C>
 Status ResizeLinear(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize, BorderMode border,
                     const T *borderValue, const ResizeSpec *spec, void *buffer);

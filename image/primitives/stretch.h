@@ -28,8 +28,8 @@ private:
 /// Maps the colors of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
 void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
 
-/// Mapping from colors v to 255 (v - low) / (high - low), truncated and limited to 0 to 255. If low equals high, it
-/// maps to 0.
+/// Mapping from colors v to 255 (v - low) / (high - low), truncated and limited to 0 to 255. If low equals high,
+/// that value maps to 0.
 class Stretch {
 public:
     Stretch(Ipp8u low, Ipp8u high, int channels);

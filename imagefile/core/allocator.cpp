@@ -62,7 +62,7 @@ void *NewZeroedBytes(std::size_t bytes)
 char *NewText(const std::string &text)
 {
     char *copy = NewZeroed<char>(text.size() + 1);
-    text.copy(copy, text.size()); // including the terminating zero
+    text.copy(copy, text.size()); // the terminating zero is already there
     return copy;
 }
 

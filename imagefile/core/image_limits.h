@@ -17,9 +17,9 @@ void SetMaxPixels(std::int64_t pixels);
 /// Checks sides, pixels and delivered bytes. @p channels 1 to 4, @p bits 8, 16 or 32 as delivered.
 Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int bits);
 
-/// Checks a file's claims against its size. @p storedBytes: unpacked size of its pixels, before conversion; @p
-/// deliveredBytes: size that the caller gets; @p maxRatio: maximum unpacked bytes per byte of the file that the format
-/// allows.
+/// Checks a file's claims against its size; claims up to kHarmlessBytes pass. @p storedBytes: unpacked size of its
+/// pixels, before conversion; @p deliveredBytes: size that the caller gets; @p maxRatio: maximum unpacked bytes per
+/// byte of the file that the format allows.
 Status CheckClaim(std::int64_t storedBytes, std::int64_t deliveredBytes, std::uint64_t fileBytes,
                   std::int64_t maxRatio);
 

@@ -13,8 +13,8 @@ namespace imagefile {
 /// the product of width, height, channels and bytes per sample fits in 64 bits.
 constexpr std::int64_t kMaxSidePixels = std::int64_t(1) << 20;
 
-/// Bytes of one delivered picture: 32 GiB, two gigapixels of float RGBA, more than a machine can correct in memory. A
-/// float picture of 400 megapixels takes 4.8 to 6.4 GB.
+/// Bytes of one delivered picture: 32 GiB, two gigapixels of float RGBA, more than common machines can correct in
+/// memory. A float picture of 400 megapixels takes 4.8 to 6.4 GB.
 constexpr std::int64_t kMaxImageBytes = std::int64_t(1) << 35;
 
 /// Up to this many bytes, a claim is accepted regardless of the file's size: allocating them is harmless, and a
@@ -38,8 +38,8 @@ constexpr std::int64_t kPackBitsRatio = 64;
 /// Camera raw: 16-bit sensor values; lossy DNG is JPEG.
 constexpr std::int64_t kRawRatio = kJpegPixelsPerByte * 2;
 
-/// Compression without a bound (fax, Zstandard, repeated pixels): 8 times what photographs reach. This is
-/// more than OpenEXR's PIZ and ZIP reach for a single-color picture.
+/// Compression without a bound (fax, Zstandard, repeated pixels): far more than photographs reach, and more than
+/// OpenEXR's PIZ and ZIP reach for a single-color picture.
 constexpr std::int64_t kUnboundedRatio = 4096;
 
 // ---- Counts. Unless another reason is given, they end loops in damaged files, whose offsets can form cycles. ----
@@ -51,7 +51,7 @@ constexpr int kMaxJpegScans = 100;
 /// Segments and fill bytes skipped in a JPEG while searching for metadata; bounds the time for a file of fill bytes.
 constexpr int kMaxJpegSteps = 10000;
 
-/// Segments of a JPEG up to its EXIF, which comes first or right after JFIF's.
+/// Segments of a JPEG up to its EXIF, which comes first or right after the JFIF segment.
 constexpr int kMaxSegmentsBeforeExif = 4;
 
 /// Samples per pixel of a TIFF. Pictures have up to 5, a few more with masks.

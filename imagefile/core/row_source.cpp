@@ -6,7 +6,7 @@ namespace imagefile {
 
 namespace {
 
-// Sharp sampling computes rows in units of this size.
+// Rows requested at once: the unit in which sharp sampling computes them.
 constexpr int kBandRows = 64;
 
 } // namespace

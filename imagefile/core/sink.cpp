@@ -77,7 +77,7 @@ Status FileSink::CheckTarget()
     struct stat existing = {};
     m_replaces = ::stat(m_target.c_str(), &existing) == 0;
     m_storesEarly = m_replaces || isSyncedByCaller;
-    if (!m_replaces) // no file can be created through circular links and the like
+    if (!m_replaces) // errors other than a missing file, such as circular links, also prevent creating one
         return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
     if (!S_ISREG(existing.st_mode))

@@ -3,7 +3,7 @@
 
 namespace imagefile {
 
-/// Returns the number set last, at least 1; if none was set, one per processor.
+/// Returns the number set last, or one per processor if that is 0 or none was set; from 1 to 64.
 int ThreadCount();
 /// Sets the number; 0 means one thread per processor.
 void SetThreadCount(int threads);

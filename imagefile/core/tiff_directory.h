@@ -48,7 +48,8 @@ bool IsDirectoryPointer(std::uint16_t tag);
 /// Determines the variant of a file from its first four bytes, @p head. Returns false if it is not a TIFF.
 bool TiffVariantOf(const std::uint8_t *head, TiffVariant *variant);
 
-/// Reads the directory at @p offset of a TIFF in memory. Returns false if it extends past the end.
+/// Reads the directory at @p offset of a TIFF in memory. Returns false if it extends past the end or has more than
+/// kMaxTiffFields fields.
 bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, TiffVariant variant,
                    TiffFields *fields);
 

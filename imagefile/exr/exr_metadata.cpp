@@ -39,7 +39,7 @@ struct TextRow {
 };
 
 constexpr TextRow kTexts[] = {
-    {"Exif.Photo.DateTimeOriginal", Imf::addCapDate}, // both as "YYYY:MM:DD hh:mm:ss", in local time
+    {"Exif.Photo.DateTimeOriginal", Imf::addCapDate}, // EXIF and OpenEXR both use "YYYY:MM:DD hh:mm:ss", local time
     {"Exif.Image.Artist", Imf::addOwner},
     {"Exif.Image.ImageDescription", Imf::addComments},
 };

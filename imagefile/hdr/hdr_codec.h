@@ -9,7 +9,8 @@ namespace imagefile {
 /// 136); exponent 0 is black.
 constexpr std::size_t kRgbeBytes = 4;
 
-/// Rows of these lengths may be packed channel by channel, after a marker: two bytes with the value 2, then the length.
+/// Rows of 8 to 32,767 pixels may be packed channel by channel, after a marker: two bytes with the value 2, then the
+/// length.
 constexpr int kMinPackedWidth = 8;
 constexpr int kMaxPackedWidth = 32767;
 

@@ -67,7 +67,7 @@ Status TakeHeaderLine(const std::string &line, HdrLayout *layout)
     return Status::Ok();
 }
 
-// Parses "-Y 480 +X 640": the slower axis first, y upward.
+// Parses "-Y 480 +X 640": the slower axis first. The y axis points up, so -Y means from the top down.
 Status TakeAxes(const std::string &line, HdrLayout *layout)
 {
     char sign[2] = {}, axis[2] = {};

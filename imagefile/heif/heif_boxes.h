@@ -7,7 +7,7 @@
 namespace imagefile {
 
 /// A rotation by right angles, with or without a reflection. Maps stored coordinates (X, Y), relative to the center, to
-/// those of the displayed picture: x = xx X + xy Y.
+/// those of the displayed picture: x = xx X + xy Y, y = yx X + yy Y.
 struct HeifTurn {
     int xx = 1, xy = 0, yx = 0, yy = 1;
 
@@ -23,7 +23,7 @@ struct HeifTurn {
 
 struct HeifProperties {
     HeifTurn turn;          // to apply for display
-    bool isCropped = false; // often, because encoders round sizes up
+    bool isCropped = false; // often true: encoders round sizes up and crop the excess
     bool isGray = false;
 };
 

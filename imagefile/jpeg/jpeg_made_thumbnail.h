@@ -30,8 +30,8 @@ private:
 /// known only after the picture is written.
 class ThumbnailRoom {
 public:
-    /// Appends a second directory and zeros to @p tiff, a block in little-endian order. Does nothing if it is empty,
-    /// would become longer than @p most bytes, or has a second directory.
+    /// Appends zeros to @p tiff, a little-endian block, as space for a second directory and the thumbnail. Does nothing
+    /// if the block is empty, would become longer than @p most bytes, or has a second directory.
     void Append(std::size_t most, Bytes *tiff);
     bool IsThere() const { return m_pointerAt != 0; }
 

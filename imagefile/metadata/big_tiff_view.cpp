@@ -56,7 +56,8 @@ void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
     m_classic.Put(offset, m_classic.OffsetBytes(), field->value.data());
 }
 
-/// Copies the field's value into the view. Returns false if a classic TIFF can't store it.
+/// Copies the field's value into the view. Returns false if a classic TIFF can't store it, or if it is too large or
+/// can't be read.
 bool Narrowing::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);

@@ -5,8 +5,8 @@
 
 namespace imagefile {
 
-/// Returns the flat list of texts, in the forms documented in gfl.h; null if there is no value. The caller frees it
-/// with gflFreeEXIF. Throws std::bad_alloc.
+/// Returns the flat list of texts, in the forms documented at GFL_EXIF_ENTRY; null if there is no value. The caller
+/// frees it with gflFreeEXIF. Throws std::bad_alloc.
 GFL_EXIF_DATA *ExifTexts(const Exiv2::ExifData &exif);
 
 /// Returns the raw list of all values that can be copied to another file; null if there is none. The caller frees it

@@ -156,7 +156,7 @@ void StartExiv2()
         }
     });
     if (!started)
-        throw std::bad_alloc(); // the only reason for a failed start
+        throw std::bad_alloc(); // too little memory is the only reason for a failed start
 }
 
 std::shared_mutex &XmpNamespaces()

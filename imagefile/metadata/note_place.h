@@ -1,5 +1,6 @@
 // Keeps maker notes at their offset. Most notes contain offsets from the beginning of the EXIF block. Some of these are
-// wrong, and readers guess the intended ones from the note's own offset. Both work as long as the note isn't moved.
+// wrong, and readers guess the intended ones from the note's own offset. Right and wrong offsets both work as long as
+// the note isn't moved.
 #pragma once
 
 #include "metadata.h"

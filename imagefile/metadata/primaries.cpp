@@ -38,7 +38,7 @@ cmsCIEXYZ MappedToD50(const Matrix &m)
 }
 
 /// Returns the white point before adaptation to D50 (ICC.1:2010, annex E): from the adaptation matrix if there is one,
-/// otherwise the media white point of a profile older than version 4.
+/// otherwise the media white point of a profile older than version 4; without either, D50.
 cmsCIEXYZ WhiteOf(cmsHPROFILE profile)
 {
     if (const auto *matrix = static_cast<const Matrix *>(cmsReadTag(profile, cmsSigChromaticAdaptationTag)))

@@ -7,8 +7,8 @@
 
 namespace imagefile {
 
-/// Read-only view of a file that is already open. Exiv2's FileIo maps TIFFs and would reopen the file by name, which
-/// may by then refer to another file. Source::Check reports disk failures.
+/// Read-only view of a file that is already open. Exiv2's FileIo would reopen the file by name, which may by then refer
+/// to another file, and map TIFFs, which crashes if the file shrinks. Source::Check reports disk failures.
 class SourceIo : public Exiv2::BasicIo {
 public:
     /// The source must outlive the object.

@@ -115,7 +115,8 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
     return Bytes(packet.begin(), packet.end());
 }
 
-/// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage.
+/// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage, or none if the
+/// packet isn't well-formed XML.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
     const MemoryCheck memory;

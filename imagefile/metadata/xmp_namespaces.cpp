@@ -42,7 +42,7 @@ void DefineXmpPrefixes()
 {
     const Prefix own = {"vitrelux", "urn:vitrelux:correction:1.0#"}; // see docs/fitting.md
     Exiv2::XmpProperties::registerNs(own.second, own.first);
-    KnownPrefixes().push_back(own); // not known to the XMP toolkit before a packet is written
+    KnownPrefixes().push_back(own); // not in the list below: the XMP toolkit learns it only when a packet is written
     Exiv2::Dictionary all;          // includes those that only the XMP toolkit knows
     Exiv2::XmpProperties::registeredNamespaces(all);
     for (const auto &[prefix, uri] : all) {
@@ -61,7 +61,7 @@ unsigned RestoreXmpPrefixes(const XmpWriting &)
             continue;
         if (!other.empty())
             Rename(other, prefix);
-        if (NamespaceOf(prefix) != uri) // not built into Exiv2
+        if (NamespaceOf(prefix) != uri) // Rename restores only namespaces that are built into Exiv2
             Exiv2::XmpProperties::registerNs(uri, prefix);
         isRestored = true;
     }

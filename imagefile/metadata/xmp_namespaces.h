@@ -10,9 +10,9 @@ namespace imagefile {
 void DefineXmpPrefixes();
 
 /// Restores the saved prefixes in Exiv2's table, and gives a new one, such as crs_2, to any other namespace that took
-/// one of them. The table belongs to the process, and its keys name a namespace by its prefix. So a packet that uses a
-/// known prefix, such as crs, for another namespace would change the namespace of properties written for all later
-/// pictures.
+/// one of them. The whole process shares the table, and the keys of properties name a namespace by its prefix. So a
+/// packet that uses a known prefix, such as crs, for another namespace would change the namespace of properties written
+/// for all later pictures.
 ///
 /// @return the number of calls so far that changed the table. Properties that were read before the last such call may
 /// have wrong keys.

@@ -12,8 +12,8 @@ Status ReadPngInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadPngPixels(const Source &source, RowSink *rows);
 Status WritePng(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
-/// Context for libpng's callbacks. Each function that calls libpng sets @c out itself. The jump must not leave the
-/// scope of an object with a destructor.
+/// Context for libpng's callbacks. Each function that calls libpng first passes @c out to setjmp. The jump must not
+/// leave the scope of an object with a destructor.
 struct PngError {
     std::jmp_buf out;
     GflError error = GFL_ERROR_FILE_READ; // unless a better cause is known

@@ -102,8 +102,8 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
         *row = invert ? static_cast<T>(FullScale<T>() - Load<T>(channel)) : Load<T>(channel);
 }
 
-/// Removes the white that partly transparent pixels were blended with. Leaves pixels unchanged that are too dark to be
-/// blended, because some programs store unblended colors.
+/// Removes the white that partly transparent pixels were blended with. Leaves pixels unchanged that are too dark to
+/// contain that white, because some programs store unblended colors.
 template <class T> void TakePaperOut(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());

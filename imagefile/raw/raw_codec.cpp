@@ -15,7 +15,7 @@ namespace imagefile {
 
 namespace {
 
-// Signatures of raw formats that aren't based on TIFF: offset and text.
+// Signatures of raw formats that don't begin with a standard TIFF header: offset and text.
 struct Mark {
     std::size_t at;
     const char *text;

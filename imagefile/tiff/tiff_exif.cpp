@@ -57,7 +57,7 @@ Status TiffExif::Encode(const Exiv2::ExifData &exif)
     } catch (const Exiv2::AnyError &error) {
         return Status::Fail(GFL_ERROR_FILE_WRITE, Text("TIFF: the EXIF can't be written: %s", error.what()));
     }
-    m_classic.resize((m_classic.size() + 15) & ~std::size_t(15)); // strips begin at whole samples
+    m_classic.resize((m_classic.size() + 15) & ~std::size_t(15)); // aligns the samples of the strips that follow
     return Status::Ok();
 }
 

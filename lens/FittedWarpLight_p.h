@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Clamps to 0 to 1; NaN becomes 0.
+/// Clamps to 0..1; NaN becomes 0.
 template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 {
     const Floats zero = {}, one = zero + 1.0F;

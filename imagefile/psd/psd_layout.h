@@ -25,7 +25,8 @@ struct PsdChannel {
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, with opacity RGBA; same depth                         |
 ///
 /// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
-/// selections and are left out. A file with one plain layer of the picture's size is read from that layer.
+/// selections and are left out. A picture with opacity is read from its layer if that is the only one, plain and of the
+/// picture's size, because the colors of the merged picture are blended with white.
 struct PsdLayout {
     bool isLarge = false; // PSB: sides up to 300,000 pixels, 64-bit lengths
     int channels = 0;     // stored

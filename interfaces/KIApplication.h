@@ -30,7 +30,8 @@ public:
     /// Loads and installs a translation file of the plug-in, named without its folder; does nothing if it doesn't
     /// exist.
     virtual void LoadTranslator(QString fileName) = 0;
-    /// Returns the description of a file, owned by the application; the same file gives the same pointer.
+    /// Returns the description of a file, owned by the application; the same file gives the same pointer. Null if the
+    /// file can't be described.
     virtual KIImageDef *ImageDefOf(QString fileName) = 0;
     virtual void Reserved4() { }
     /// Returns the application's image and interface kernels. If null, the plug-in starts its own.

@@ -14,8 +14,8 @@
 /// Beyond endRadius the map folds back or ends: positions there have no result, and their pixels stay empty.
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
-    RadialCurve factor;                          // includes the model's scale factor
-    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficient / the model's unit * scale factor
+    RadialCurve factor;                          // for lateral color, includes the model's ScaleFactor
+    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficients / the model's unit, scaled like `factor`
     double endRadius = std::numeric_limits<double>::infinity();
 };
 

@@ -31,7 +31,7 @@ void FloatRows::Convert(int first, int end)
 {
     if (first >= end)
         return;
-    if (m_picture.type() == GFL_GREY) { // 16-bit gray: the conversion doesn't write alpha
+    if (m_picture.type() == GFL_GREY) { // needed for 16-bit gray, whose conversion doesn't write alpha
         constexpr Ipp32f kOpaque[] = {0, 0, 0, 1};
         ippiSet_32f_C4R(kOpaque, reinterpret_cast<Ipp32f *>(m_block.getData(0, first - m_top)), m_block.bytesPerLine(),
                         {m_block.width(), end - first});

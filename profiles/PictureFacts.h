@@ -28,7 +28,7 @@ struct PictureFacts {
     QVector<Fact<QString>> lensNames; // most trustworthy first
     Fact<QString> lensMake;
     QVector<Fact<QString>> lensIds; // the maker's lens IDs, as text
-    Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // EXIF LensSpecification
+    Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // as in LensSpecification
     Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // the distance may be infinite
     QSize pixels;                                                      // as stored and delivered by the reader
     Fact<QSize> original;           // full size as photographed, before cropping or scaling

@@ -35,7 +35,7 @@ struct PsdLayout {
     int bits = 8; // per sample
     PsdMode mode = PsdMode::Rgb;
     int colors = 3;                        // color channels
-    bool hasAlpha = false;                 // followed by an opacity channel
+    bool hasAlpha = false;                 // an opacity channel follows the colors
     bool mergesOpacity = false;            // the merged picture includes the opacity of the layers
     bool isOnPaper = false;                // partly transparent pixels are blended with white
     Bytes palette;                         // indexed: 256 values each of red, green and blue

@@ -11,7 +11,8 @@ struct KImageInstances;
 struct KUIInstances;
 
 /// Implemented by the host's application object, which lists it in Q_INTERFACES. Each time the plug-in needs the host,
-/// it calls qt_metacast("KIApplication") on QCoreApplication::instance(). GUI thread.
+/// it calls qt_metacast("KIApplication") on QCoreApplication::instance(). Called on the GUI thread, except ImageDefOf:
+/// Process calls it on the thread that runs Process.
 ///
 /// The order of the virtual functions is a binary contract: don't add or move any. The reserved functions belong to
 /// hosts; the plug-in never calls them.
@@ -29,7 +30,8 @@ public:
     /// Loads and installs a translation file of the plug-in, named without its folder; does nothing if it doesn't
     /// exist.
     virtual void LoadTranslator(QString fileName) = 0;
-    /// Returns the description of a file, owned by the application; the same file gives the same pointer.
+    /// Returns the description of a file, owned by the application; the same file gives the same pointer. Null if the
+    /// file can't be described.
     virtual KIImageDef *ImageDefOf(QString fileName) = 0;
     virtual void Reserved4() { }
     /// Returns the application's image and interface kernels. If null, the plug-in starts its own.

@@ -12,8 +12,8 @@ class QWizardPage;
 /// A parameter record is opaque to the host. The caller of AllocParameters owns it until FreeParameters.
 class KIPluginProcess : public KIAbout {
 public:
-    /// Returns the page on which the user sets up the process; always the same one, owned by the process. Null if there
-    /// is none.
+    /// Returns the page on which the user sets up the process: the same one in each call, unless the host deleted it
+    /// with its wizard. The process deletes a page that still exists. Null if there is none.
     virtual QWizardPage *WizardPage() = 0;
     /// Called when the user leaves the page; stores defaults.
     virtual void OnValidatePage() { }

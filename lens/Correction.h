@@ -14,8 +14,8 @@
 /// Beyond endRadius the map folds back or ends: positions there have no result, and their pixels stay empty.
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
-    RadialCurve factor;                          // includes the model's scale factor
-    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficient / the model's unit * scale factor
+    RadialCurve factor;                          // for lateral color, includes the model's ScaleFactor
+    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficients / the model's unit, scaled like `factor`
     double endRadius = std::numeric_limits<double>::infinity();
 };
 
@@ -33,9 +33,9 @@ struct GainMap {
 ///     red is sampled at red(g), green at g, blue at blue(g)
 ///     gain(g) multiplies all three, in linear light
 ///
-/// Absent maps change nothing. A pixel is empty if the sampling position of any channel has no neighbors, or lies
-/// outside [-0.5 - 1/256, side - 0.5 + 1/256]. The curves include the requested strength and the projection of
-/// fisheyes.
+/// Absent maps change nothing. A pixel is empty if it lies beyond the endRadius of a map, or if the sampling position
+/// of any channel lies outside [-0.5 - 1/256, side - 0.5 + 1/256]. The curves include the requested strength and the
+/// projection of fisheyes.
 struct Correction {
     int width = 0, height = 0; // of source and result, as stored
     double zoom = 1.0;         // above 1 enlarges

@@ -101,7 +101,7 @@ void FittedPlaces::Hold(int firstRow, int rows)
     if (m_rows.size() < static_cast<size_t>(end - first))
         m_rows.resize(end - first);
     int made = first;
-    for (; made < m_end && made >= m_first; ++made) // existing corners move up
+    for (; made < m_end && made >= m_first; ++made) // keep corners from the previous call
         std::swap(m_rows[made - first], m_rows[made - m_first]);
     for (; made < end; ++made)
         Fill(&m_rows[made - first], made);

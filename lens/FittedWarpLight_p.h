@@ -9,6 +9,7 @@
 
 namespace {
 
+/// Clamps to 0..1; NaN becomes 0.
 template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 {
     const Floats zero = {}, one = zero + 1.0F;
@@ -17,7 +18,7 @@ template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 }
 
 #if VITRELUX_FITTED_VECTORS
-/// Same with two instructions that compilers don't choose.
+/// Version of the above with two instructions, which compilers don't choose for it.
 template <> VITRELUX_INLINE Float4 Limited(Float4 value)
 {
     return _mm_min_ps(_mm_max_ps(value, _mm_setzero_ps()), _mm_set1_ps(1.0F));

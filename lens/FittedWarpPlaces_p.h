@@ -115,7 +115,8 @@ VITRELUX_INLINE void FillCells(Floats left, Floats slope, float *out, std::integ
     (FillVector<kSide, kVector>(left, slope, out, LanesOf<Floats>()), ...);
 }
 
-/// Interpolates between the upper and lower corners of cells, @p share of the way down. Reads whole vectors of corners.
+/// Interpolates a row of pixels between the corners of cells, @p share of the way from the upper to the lower ones.
+/// Reads whole vectors of corners.
 template <typename Floats, int kSide>
 VITRELUX_INLINE void Interpolate(const float *above, const float *below, float share, float *out)
 {

@@ -98,7 +98,7 @@ struct FourByAvx512 {
         return _mm512_mask_mov_ps(Mix(square, x, y), kAlphas, _mm512_set1_ps(1.0F));
     }
 
-    /// Not inlined, because its callers are templates.
+    /// Not inlined: compilers refuse to inline it into its callers, templates that are not declared for this target.
     template <bool kAlpha, bool kSplit>
     [[gnu::target("avx512f,avx512dq")]] static void Sample(const FittedWarp::Band &band, const ColorNeighbors &at,
                                                            int first, int count, Float4 *samples)

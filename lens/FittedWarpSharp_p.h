@@ -27,7 +27,7 @@ struct SharpBlock {
 template <typename Plane, typename Value, int kStep> struct SharpScratch : FittedWarp::IdleMemory::Piece {
     bool IsModest() const override
     {
-        constexpr size_t kModestSamples = size_t(1) << 20; // ten times the usual size; 12 MB
+        constexpr size_t kModestSamples = size_t(1) << 20; // ten times the usual number; they take 12 MB
         size_t samples = 0;
         for (const Plane &plane : planes)
             samples += plane.values.size();

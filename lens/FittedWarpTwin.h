@@ -5,7 +5,8 @@
 
 #include <array>
 
-/// Plain twin of FittedWarp, for tests. Results differ only because FittedWarp rounds and interpolates positions.
+/// Plain twin of FittedWarp, for tests. Results differ slightly, because FittedWarp rounds and interpolates positions,
+/// looks up light in tables, and computes in single precision.
 class FittedWarpTwin {
 public:
     FittedWarpTwin(const Correction &correction, FittedWarp::Sampling sampling, const TransferCurve &light,

@@ -31,12 +31,12 @@ void FloatRows::Convert(int first, int end)
 {
     if (first >= end)
         return;
-    if (m_picture.type() == GFL_GREY) { // 16-bit gray: the conversion doesn't write alpha
+    if (m_picture.type() == GFL_GREY) { // needed for 16-bit gray, whose conversion doesn't write alpha
         constexpr Ipp32f kOpaque[] = {0, 0, 0, 1};
         ippiSet_32f_C4R(kOpaque, reinterpret_cast<Ipp32f *>(m_block.getData(0, first - m_top)), m_block.bytesPerLine(),
                         {m_block.width(), end - first});
     }
-    const int atOnce = m_walk == Walk::Leaps ? 8 : end - first;
+    const int atOnce = m_walk == Walk::Leaps ? 8 : end - first; // 8 rows are too few for CropCopyTo to use OpenMP
     for (int row = first; row < end; row += atOnce)
         m_picture.CropCopyTo(0, row, m_picture.width(), std::min(atOnce, end - row), m_block, 0, row - m_top);
 }

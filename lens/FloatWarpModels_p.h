@@ -16,7 +16,7 @@
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
 #define VITRELUX_INLINED __attribute__((always_inline)) // for lambdas
 
-constexpr int kBlockPixels = 64; // positions, gains and samples of a block take 3 KiB
+constexpr int kBlockPixels = 64; // positions, gains and corners of a block take at most 7 KiB
 constexpr int kPixelBytes = 16;
 
 struct FloatWarp::Band {

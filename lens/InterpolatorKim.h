@@ -21,8 +21,9 @@ class newLCP;
 /// clamped to its maximum, and stored; integer destinations truncate, nothing is rounded. Traps for callers:
 /// - Path A, and green in path C, use the unscaled channel value: `inScale` and `outScale` are not applied, though
 ///   values are still limited to `outScale`. Between images of different depths the result is in the source's range.
-/// - Alpha is written for sources with more than three channels, and "opaque" is 1 in the integer types, too. B: opaque
-///   inside, 0 outside. C and D: 0 where the sum of the three colors is 0, so black pixels become transparent.
+/// - Alpha is written for sources with more than three channels, and "opaque" is 1 in the integer types, too. A:
+///   opaque. B: opaque inside, 0 outside. C and D: opaque where the sum of the three colors is above 0, otherwise 0, so
+///   black pixels become transparent.
 /// - C and D stop at the first channel of a pixel that falls outside: it gets 0, and the following channels of the
 ///   destination keep their values.
 /// - Only path A clamps to 0. In the others, a negative value wraps around in an integer destination.
@@ -30,9 +31,9 @@ class newLCP;
 /// A position that is NaN or too large for an integer counts as outside.
 ///
 /// Do returns false and leaves the destination untouched if a byte outside an image would be read or written: fewer
-/// than three channels in either image on paths B, C and D; a destination with fewer channels than the source; a
-/// destination larger than the source on paths A and C, which read the source at the pixel's own position; pixels or
-/// rows too short for the channel types.
+/// than three channels in either image on paths B, C and D; more than four channels in either image; a destination
+/// with fewer channels than the source; a destination larger than the source on paths A and C, which read the source at
+/// the pixel's own position; pixels or rows too short for the channel types.
 ///
 /// Runs on the calling thread and allocates nothing per pixel. Source and destination must be different images.
 template <typename S, typename D> class InterpolatorKim {

@@ -39,8 +39,8 @@ public:
     /// Returns 1 + c0 r^2 + c1 r^4 + c2 r^6 for one to three coefficients, at the squared radius @p r2 in focal
     /// lengths; 1 for any other number.
     float ComputeRadialDistortion(float r2) const;
-    /// Returns the gain for the light loss 1 + c0 x + c1 x^2 + c2 x^3 at the squared radius @p r2 = x: its reciprocal
-    /// as a power series truncated after x^4. Missing coefficients count as 0.
+    /// Returns the gain at the squared radius @p r2 = x, where the share 1 + c0 x + c1 x^2 + c2 x^3 of the light
+    /// remains: the reciprocal of that share, as a power series truncated after x^4. Missing coefficients count as 0.
     float ComputeFalloff(float r2) const;
 
     // Keep this order; hosts that share kernels rely on it.
@@ -48,7 +48,7 @@ public:
     double focalLengthX = 0.0; // as a fraction of the width minus one
     double focalLengthY = 0.0;
     double imageXCenter = 0.0; // optical center as a fraction of the width minus one
-    double imageYCenter = 0.0; // ... of the height minus one
+    double imageYCenter = 0.0; // as a fraction of the height minus one
     double centerX = 0.0;      // optical center in pixels of the profile's picture
     double centerY = 0.0;
     double tangential1 = 0.0;

@@ -177,8 +177,7 @@ struct CodesByAvx2 {
 
 #endif
 
-/// Plain version, which defines the result; used on processors without 16-bit multiply-add. Pixels are @p kStep values
-/// apart.
+/// Plain version, which defines the result; used in builds without vector code. Pixels are @p kStep values apart.
 template <int kStep> struct CodesPlainly {
     VITRELUX_INLINE static float Sum(const std::int32_t *pairs, int stride, const std::int16_t *weights,
                                      const float *shares)

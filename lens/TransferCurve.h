@@ -9,8 +9,8 @@
 /// Conversion between a picture's stored values and linear light, per channel: exact in double precision, or with
 /// tables for pixel loops.
 ///
-/// Curves increase and pass through 0, so black stays black. For float pictures, they continue above 1 and are odd
-/// functions.
+/// Curves never decrease, and pass through 0, so black stays black. For float pictures, they continue above 1 and are
+/// odd functions.
 ///
 /// Value type: copies share tables. Several threads may call the functions of one object at the same time.
 class TransferCurve {

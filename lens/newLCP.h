@@ -19,8 +19,8 @@ public:
     ///
     /// @param ok  True if the file contains a profile. False if there is no rdf:li on the path of first child elements,
     /// if the rdf:li has no rdf:parseType="Resource" or no model element, or if the file is not XML or exceeds the
-    /// limits of ReadProfileDocument. Unchanged if the file cannot be opened, so callers must initialize it. Throws
-    /// nothing. Truncated XML is used up to its end.
+    /// limits of ReadProfileDocument. Unchanged if the file cannot be opened or read to its end, so callers must
+    /// initialize it. Throws nothing. Truncated XML is used up to its end.
     newLCP(const QString &fileName, bool &ok);
     /// Same as above; also sets @p whyNotRead if the file exists but can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);

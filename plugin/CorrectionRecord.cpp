@@ -18,7 +18,7 @@ struct CorrectionRow {
     Fact<bool> PictureFacts::*before;
     bool PictureFacts::*tried;
     double FitOptions::*amount;
-    const char *scale; // value of 100 % in camera raw settings
+    const char *scale; // camera raw setting that holds the amount in percent
 };
 
 constexpr CorrectionRow kCorrections[] = {

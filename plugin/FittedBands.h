@@ -34,7 +34,7 @@ public:
     FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source, WaitForRows wait = nullptr);
 
     /// Returns the type of the result: the source's channels, plus alpha if some pixels stay empty; gray pictures then
-    /// become RGB. There is no alpha if the file format can't store it.
+    /// become RGBA. There is no alpha if the file format can't store it.
     unsigned short ResultType() const;
     /// Returns the source's depth in the file: 8, 16, or 32 for float.
     int ResultBits() const;

@@ -62,8 +62,8 @@ public:
     QWizardPage *WizardPage() override;
     /// Stores the defaults and, if there is a page, the profile folder.
     void OnValidatePage() override;
-    /// Allocates a record with the stored settings if @p element is null. Otherwise, the element sets all four fields,
-    /// clearing those whose attributes are missing, and the options of a fitted record.
+    /// Allocates a record with the stored settings if @p element is null. Otherwise, the element sets the corrections
+    /// and the profile, clearing those whose attributes are missing, and the options of a fitted record.
     void *AllocParameters(QDomElement element) override;
     QDomElement GetXmlParameters(void *parameters) override;
     /// Copies everything except mode, typed facts, "Again", result file and report, which belong to one picture.
@@ -87,8 +87,9 @@ public:
     /// treated as rotated, because a profile describes a landscape frame. Throws KException.
     void Process(QPair<KIImageDef *, KImage *> item, void *parameters);
 
-    /// Returns the paths of the profiles that fit the image's camera and lens, best first. May set @p message to a text
-    /// for the user.
+    /// Returns the path of the profile that fits the image's camera and lens best; empty if there is none. If the lens
+    /// ID belongs to several lenses, returns their names instead, as if they were files in the maker's folder. May set
+    /// @p message to a text for the user.
     QStringList GetLCPfilename(KIImageDef *image, QString &message);
 
     /// Returns the folder that is searched for profiles.

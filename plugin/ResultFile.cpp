@@ -9,14 +9,15 @@ constexpr int kMinQuality = 1, kMaxQuality = 100;
 
 struct FormatRow {
     ResultFile::Format format;
-    QLatin1String name; // also in the image-file layer
+    QLatin1String name; // in records and in the image-file layer
     QLatin1String suffix;
     QLatin1String mimeType;
     int mostBits;    // maximum depth of integers
-    int compression; // if none was chosen, as in KImage::TranscodeCompression; -1: the layer's default
+    int compression; // numbered as in KImage::TranscodeCompression; -1: the image-file layer's default
 };
 
-// The layer's default, 6, takes three times as long for 10 % smaller files (a photograph of 2400 x 1600 pixels).
+// The image-file layer's default, 6, takes three times as long for 10 % smaller files (a photograph of 2400 x 1600
+// pixels).
 constexpr int kPngLevel = 3;
 
 const FormatRow kFormats[] = {

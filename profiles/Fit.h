@@ -17,8 +17,8 @@ struct FitResult {
     QString entries;          // for display: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
     QStringList assumed;      // for display: one line per assumption
     QString why;              // one line: why something was left out; empty if nothing was left out
-    QString reason;           // why this profile was chosen, if it was found automatically
-    QStringList nearest;      // if none was found: up to three near matches
+    QString reason;           // "chosen" by the user, or why this profile was found
+    QStringList nearest;      // if none was found: up to three near matches each from profiles and from lensfun
     bool isAmbiguous = false; // several profiles fit equally well, so none was used
     double zoom = 1.0;
     double fieldShare = 1.0;  // share of the photographed field that is kept

@@ -63,5 +63,5 @@ struct LensProfile {
 /// @param error  filled if nothing is usable: what was read, expected and found. May be null.
 /// @return the profile; without entries if nothing is usable.
 LensProfile ReadLensProfile(const QString &path, QString *error);
-/// Same, for content in memory. @p path is only stored.
+/// Like ReadLensProfile, for content in memory. @p path is only stored.
 LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QString *error);

@@ -28,13 +28,13 @@ struct PictureFacts {
     QVector<Fact<QString>> lensNames; // most trustworthy first
     Fact<QString> lensMake;
     QVector<Fact<QString>> lensIds; // the maker's lens IDs, as text
-    Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // EXIF LensSpecification
+    Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // as in LensSpecification
     Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // the distance may be infinite
     QSize pixels;                                                      // as stored and delivered by the reader
     Fact<QSize> original;           // full size as photographed, before cropping or scaling
     Fact<double> focalPlaneWidthMm; // long side of the original on the sensor
     Orientation orientation = 1;    // from the file
-    Orientation readerTurn = 1;     // already applied by the reader: raw, HEIF
+    Orientation readerTurn = 1;     // already applied by the reader; 1 for all formats, which deliver pixels as stored
     bool raw = false;
     Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // fractions of the original's sides, angle 0

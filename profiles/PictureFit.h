@@ -20,7 +20,7 @@ QString UserProfileFolder();
 QString ShownProfileName(const QString &profile);
 
 /// Fitter of pictures, with the profiles of some folders, or with lensfun's database if none of them fits. Reads the
-/// profile index for the first picture that needs it. Thread-safe; searches run one at a time.
+/// profile index for the first picture that needs it. Thread-safe; one thread at a time reads the index or a profile.
 class PictureFitter {
 public:
     /// @param folders    searched recursively.
@@ -28,7 +28,7 @@ public:
     explicit PictureFitter(const QStringList &folders, const QString &cacheFile = ProfileIndex::DefaultCacheFile());
 
     /// Decides how the picture is corrected: with options.profile if the user chose one, otherwise with the one found.
-    /// Typed facts override the file's. Throws nothing; the image module must have started.
+    /// Typed facts override the file's. Throws only std::bad_alloc; the image module must have started.
     FitResult Fit(const PictureFacts &facts, const FitOptions &options);
 
 private:

@@ -4,7 +4,7 @@
 #include "InputLimits.h"
 #include "LensProfile.h"
 
-/// Adds a note, or drops it if there are already kMaxProfileNotes.
+/// Adds a note. After kMaxProfileNotes, adds one that says that the rest is left out, then drops all others.
 void AddNote(LensProfile *profile, qint64 line, int entry, const QString &text, bool unusable = false);
 
 /// Adds notes about the entries' values: missing frames, folds within the frame, light at or below 0, duplicate

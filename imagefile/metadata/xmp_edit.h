@@ -15,7 +15,7 @@ void MakeExifTrue(PictureSize size, Exiv2::ExifData *exif);
 
 /// Returns the packet @p xmp with the properties of @p record added, and without properties that are no longer true
 /// (see gflBitmapMarkEdited). @p exif is the edited picture's EXIF. Of a damaged packet, only the properties that Exiv2
-/// reads are kept; if they can't be written again, none is. Both give a warning. Throws only std::bad_alloc.
+/// reads are kept; if the result can't be written, only @p record is. Both give a warning. Throws only std::bad_alloc.
 Bytes EditedXmp(const Bytes &xmp, const Exiv2::XmpData &record, PictureSize size, const Exiv2::ExifData &exif);
 
 } // namespace imagefile

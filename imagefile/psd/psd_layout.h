@@ -25,7 +25,8 @@ struct PsdChannel {
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, with opacity RGBA; same depth                         |
 ///
 /// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
-/// selections and are left out. A file with one plain layer of the picture's size is read from that layer.
+/// selections and are left out. A picture with opacity is read from its layer if that is the only one, plain and of the
+/// picture's size, because the colors of the merged picture are blended with white.
 struct PsdLayout {
     bool isLarge = false; // PSB: sides up to 300,000 pixels, 64-bit lengths
     int channels = 0;     // stored
@@ -34,7 +35,7 @@ struct PsdLayout {
     int bits = 8; // per sample
     PsdMode mode = PsdMode::Rgb;
     int colors = 3;                        // color channels
-    bool hasAlpha = false;                 // followed by an opacity channel
+    bool hasAlpha = false;                 // an opacity channel follows the colors
     bool mergesOpacity = false;            // the merged picture includes the opacity of the layers
     bool isOnPaper = false;                // partly transparent pixels are blended with white
     Bytes palette;                         // indexed: 256 values each of red, green and blue

@@ -57,14 +57,14 @@ Status TiffExif::Encode(const Exiv2::ExifData &exif)
     } catch (const Exiv2::AnyError &error) {
         return Status::Fail(GFL_ERROR_FILE_WRITE, Text("TIFF: the EXIF can't be written: %s", error.what()));
     }
-    m_classic.resize((m_classic.size() + 15) & ~std::size_t(15)); // strips begin at whole samples
+    m_classic.resize((m_classic.size() + 15) & ~std::size_t(15)); // aligns the samples of the strips that follow
     return Status::Ok();
 }
 
 Status TiffExif::WriteHead(Sink *sink) const
 {
-    // The file's header replaces the head's. A BigTIFF's is longer and overwrites the beginning of the head's first
-    // directory, which readers never reach: JoinFirstDirectory merges its fields into the file's directory.
+    // The file's header replaces that of the small TIFF. A BigTIFF's is longer and also overwrites the beginning of the
+    // small TIFF's first directory, which readers never reach: JoinFirstDirectory merges its fields into the file's.
     const std::size_t begin = m_variant.HeaderBytes();
     return m_classic.size() > begin ? sink->WriteAt(begin, m_classic.data() + begin, m_classic.size() - begin)
                                     : Status::Ok();

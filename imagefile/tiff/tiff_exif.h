@@ -23,7 +23,7 @@ public:
     /// Sets the variant of the file. Must be called before the functions below.
     void SetVariant(TiffVariant variant) { m_variant = variant; }
 
-    /// Writes the head after the file's header, before any other byte.
+    /// Writes Exiv2's small TIFF, except for its header, after the file's header. Must precede all other bytes.
     Status WriteHead(Sink *sink) const;
     /// Merges the fields into the first directory, which has been written. Fields already in the directory take
     /// precedence.

@@ -68,8 +68,8 @@ toff_t TiffHandle::Client::Size(thandle_t handle)
 // Stores the first error.
 //
 // If libtiff 4.5 can't enlarge its list of known or custom fields, it keeps the new count but the old list or none, and
-// later reads beyond the list's end, even in TIFFClose. So it must neither continue nor be closed; only an exception
-// can leave it.
+// later reads beyond the list's end, even in TIFFClose. So libtiff must not continue, which only an exception prevents,
+// and the file must not be closed.
 int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
 {
     const bool isMemoryShort = errno == ENOMEM; // from malloc()

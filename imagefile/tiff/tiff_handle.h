@@ -47,7 +47,7 @@ public:
     /// Returns the sink's failure if there is one, otherwise @p error with the first message from libtiff.
     Status Failure(GflError error) const;
 
-    /// Returns the first failure of the sink. libtiff continues after some of them.
+    /// Returns the first failure of the sink. Check it last: libtiff continues after some of them and reports success.
     const Status &SinkStatus() const;
 
     /// Returns a field with one value, or @p missing if the file doesn't have it and TIFF defines no default.

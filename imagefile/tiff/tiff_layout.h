@@ -16,7 +16,7 @@ enum class TiffColor {
     Palette,
     Cmyk,
     Lab,   // 8 or 16 bits
-    Other, // YCbCr, LogLuv and fax Lab, which libtiff converts to 8-bit RGB
+    Other, // YCbCr except in JPEG compression, LogLuv and ITU Lab, which libtiff converts to 8-bit RGB
 };
 
 /// Layout of the pixels, as stored and as delivered:
@@ -25,7 +25,7 @@ enum class TiffColor {
 ///   |------------------------------------------|----------------------------------------|
 ///   | unsigned, 2 to 8 bits per sample         | 8 bits                                 |
 ///   | unsigned, 9 to 16 bits                   | 16 bits                                |
-///   | unsigned, 24 or 32 bits; float, 16 to 64 | 32 bits, float                         |
+///   | unsigned 24, 32; float 16, 32, 64 bits   | 32 bits, float                         |
 ///   | 1 bit, palette                           | 8-bit RGB                              |
 ///   | gray, RGB                                | gray, RGB; RGBA with an opacity sample |
 ///   | CMYK; Lab of 8 or 16 bits                | RGB; RGBA with an opacity sample       |

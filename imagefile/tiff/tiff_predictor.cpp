@@ -24,7 +24,7 @@ void DifferenceFloatRow(const float *src, std::uint8_t *dst, std::size_t width, 
         for (std::size_t byte = 0; byte < 4; ++byte)
             dst[byte * samples + i] = static_cast<std::uint8_t>(bits >> (24 - 8 * byte));
     }
-    for (std::size_t i = samples * 4; i-- > channels;) // from the end: each byte still needs the previous one
+    for (std::size_t i = samples * 4; i-- > channels;) // from the end: subtract bytes that are still unchanged
         dst[i] = static_cast<std::uint8_t>(dst[i] - dst[i - channels]);
 }
 

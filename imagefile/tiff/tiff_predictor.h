@@ -6,8 +6,8 @@
 
 namespace imagefile {
 
-/// Applies predictor 2: each 8 or 16-bit sample minus the same channel of the previous pixel, wrapping around. @p dst
-/// must not overlap @p src.
+/// Applies predictor 2: each 8- or 16-bit sample minus the same channel of the previous pixel, wrapping around. @p
+/// dst must not overlap @p src.
 template <class T> void DifferenceRow(const T *src, T *dst, std::size_t width, std::size_t channels);
 
 /// Applies predictor 3, for floats (Adobe Photoshop TIFF Technical Note 3): groups the row's bytes by significance,

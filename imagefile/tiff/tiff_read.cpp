@@ -239,7 +239,7 @@ private:
     std::vector<Worker> m_workers;
     std::mutex m_mutex; // guards everything below
     int m_next = 0;
-    int m_failedBand = std::numeric_limits<int>::max(); // the first failure; all bands before it are decoded
+    int m_failedBand = std::numeric_limits<int>::max(); // first band that failed; all before it are decoded
     Status m_failure = Status::Ok();
 };
 

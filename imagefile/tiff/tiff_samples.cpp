@@ -93,8 +93,8 @@ template <class T> void SpreadGray(const TiffLayout &layout, const T *samples, T
     }
 }
 
-// Converts to ICC version 4 Lab. CIE Lab stores signed a and b. At 16 bits, they have 256 steps per unit, as all values
-// have in the ICC version 2 encoding; version 4 uses the full range.
+// Converts to ICC version 4 Lab, whose 16-bit values go up to 65,535. In ICC version 2 Lab, all three values go up to
+// 65,280; in CIE Lab, only a and b do, and these are signed.
 template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>(), kFullV2 = sizeof(T) == 2 ? 65280 : 255;

@@ -6,7 +6,7 @@
 
 namespace imagefile {
 
-/// Copies samples of a stored row to 8 or 16-bit integers or floats, as layout.unpacked specifies. Integers are scaled
+/// Copies samples of a stored row to 8- or 16-bit integers or floats, as layout.unpacked specifies. Integers are scaled
 /// to the full range; palette indexes are unchanged.
 ///
 /// @param src    Row as libtiff returns it: in native byte order, or packed from the highest bit down.

@@ -76,7 +76,7 @@ Status Picture::FillStrips(int first, int count, std::uint8_t *dst) const
     return Status::Ok();
 }
 
-/// Converts the layer's compression numbers to TIFF's.
+/// Converts SaveOptions::compression to TIFF's number. Returns false for unknown ones.
 bool TranslateCompression(std::uint16_t compression, std::uint16_t *tag)
 {
     switch (compression) {

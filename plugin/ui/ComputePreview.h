@@ -11,7 +11,7 @@
 /// Worker with one request and one result. start() renders the newest request. A request made during a render replaces
 /// the pending one, and needs another start() after finished().
 ///
-/// Call setImage, getPreview and IsCurrent on the GUI thread; they never wait for a render.
+/// Call setImage, getPreview, IsCurrent and Report on the GUI thread; they never wait for a render.
 class ComputePreview : public QThread {
     Q_OBJECT
 public:

@@ -86,7 +86,7 @@ void TakeRepeatedStop(QString *text, const LensName &name)
 
 void AddCode(const QString &word, LensName *name)
 {
-    // The lens reports its name as "E 20mm F2.8 F050".
+    // Tamron lenses report names without a maker: "E 20mm F2.8 F050".
     static const Pattern tamron(QStringLiteral("^[abf]0\\d\\d$"));
     static const Pattern sigma(QStringLiteral("^([acs])(0\\d\\d)$")); // "A014"; cameras write "Art 014"
     const QRegularExpressionMatch line = Matched(sigma, word);

@@ -23,7 +23,7 @@ struct ProfileMatch {
     QString reason;           // why this one was chosen, or why none was; one line for the user
     QStringList notes;        // assumptions: another body, a raw profile for a JPEG
     bool isAmbiguous = false; // several fit equally well
-    QStringList nearest;      // up to three near matches, each with its contradiction
+    QStringList nearest;      // up to three near matches, each with its contradiction; if ambiguous, two candidates
 };
 
 /// Finder of profiles for any number of pictures, with a cache of parsed names. One thread at a time.

@@ -245,7 +245,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     match.cropFactor = camera.cropFactor;
     QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);
     const QVector<LensName> wanted = WantedLenses(facts);
-    // Names with only numbers are compared with all lenses: the picture's may be one whose data doesn't cover the
+    // Names with only numbers are compared with all lenses: the picture's lens may be one whose data doesn't cover the
     // sensor.
     if (IsFixed(camera) || !AreBare(wanted))
         lenses = CoveringSensor(lenses, camera);
@@ -264,7 +264,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
                         : QStringLiteral("lensfun doesn't know the lens \"%1\"").arg(wanted.first().text));
     const NamedLens &best = lenses.first();
     constexpr double kSlack = 1.0;
-    // If so, details other than numbers don't matter.
+    // If only the numbers are known, scores don't matter: they count other details, which the picture doesn't give.
     const bool byNumbers = !IsFixed(camera) && AreBare(wanted) && !best.name.IsBare();
     for (const NamedLens &other : qAsConst(lenses))
         if (!IsOneLens(best, other) && (byNumbers || other.score >= best.score - kSlack)

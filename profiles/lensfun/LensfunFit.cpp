@@ -35,7 +35,7 @@ GeometryCurve GeometryOf(const LensfunCurves &curves, Projection projection)
         return ideal * distortion(ideal * focal) / u;
     };
     const double fold = FoldRadius([=](double angle) { return height(std::max(angle, 1e-6)) / std::max(angle, 1e-6); },
-                                   /*endRadius=*/3.1);
+                                   /*endRadius=*/3.1); // radians: nearly the whole sphere
     return {factor, focal * RadiusOf(projection, fold)};
 }
 

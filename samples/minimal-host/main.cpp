@@ -29,6 +29,7 @@ public:
     // Used by the correction.
     QString FileName() const override { return m_file.absoluteFilePath(); }
     int nDepth() const override { return m_pixels.bitsPerComponent(); }
+    int nBands() const override { return m_pixels.type() == GFL_GREY ? 1 : m_pixels.type() == GFL_RGB ? 3 : 4; }
     bool HasExif() const override { return false; }
     KImage *LockFullSize(bool /*nativeDepth*/) override { return &m_pixels; }
     void UnlockFullSize(bool /*nativeDepth*/) override { }
@@ -38,7 +39,6 @@ public:
     QString PathName() const override { return m_file.absolutePath(); }
     int nRows() const override { return m_pixels.height(); }
     int nCols() const override { return m_pixels.width(); }
-    int nBands() const override { return m_pixels.type() == GFL_GREY ? 1 : m_pixels.type() == GFL_RGB ? 3 : 4; }
     bool HasICC() const override { return false; }
     bool IsRaw() const override { return false; }
     float GetFocal() const override { return 0; }
@@ -108,7 +108,8 @@ private:
     QHash<QPair<QString, QString>, QVariant> m_settings;
 };
 
-/// Returns whether a profile is well-formed XML; the plug-in does not report unreadable ones.
+/// Returns whether a profile is well-formed XML: with one that isn't, a plain run corrects nothing and reports no
+/// error.
 static bool IsWellFormed(const QString &profile)
 {
     QFile file(profile);

@@ -106,6 +106,7 @@ Rgb CeilingColor(const Spot &at)
 }
 
 /// Returns the color of a wall: tiles up to the frieze, plaster above; t runs from the ceiling down to the floor.
+/// @p length is the distance to the corner where two walls meet, which is darker.
 Rgb WallBase(const Spot &at, double length)
 {
     Rgb color = Rgb{0.88, 0.80, 0.64} * (1 + 0.05 * Cloud(at.s, at.t, 3, 341));

@@ -90,7 +90,7 @@ void tst_Gaussian::stretchMatchesFormula()
         }
     }
     ColorRange range(4);
-    range.Add(src.data() + 4 * 30, 67); // alpha covers all values, the colors only 30 to 96
+    range.Add(src.data() + 4 * 30, 67); // alpha spans 3 to 255, the colors only 30 to 96
     QCOMPARE(int(range.Low()), 30);
     QCOMPARE(int(range.High()), 96);
 }

@@ -87,7 +87,7 @@ Pixels Rendered(const FittedWarp &warp, const Pixels &source, Instructions instr
     return to.Read();
 }
 
-/// Returns where another instruction set's result differs from @p baseline in any bit; empty if nowhere.
+/// Returns where another instruction set's result differs from @p baseline; empty if nowhere.
 QString DifferenceOfSets(const FittedWarp &warp, const Pixels &source, const Pixels &baseline)
 {
     for (Instructions set : {Instructions::Avx2, Instructions::Avx512})
@@ -236,7 +236,7 @@ void tst_FittedWarp::foldsAreEmpty()
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    Correction inside; // the fold's units of sharp sampling have no positions outside the picture
+    Correction inside; // the fold lies inside the picture, so sharp sampling near it reads nothing outside
     inside.width = 900;
     inside.height = 400;
     inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};

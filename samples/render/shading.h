@@ -108,7 +108,7 @@ inline double Cloud(double x, double y, int octaves, uint32_t seed)
     return sum;
 }
 
-/// A small cell of the corrected picture: its center and its sides.
+/// A small cell of the corrected picture: its center and the lengths of its sides.
 struct Footprint {
     Point at;
     double width = 1;

@@ -17,7 +17,7 @@ using Point = SourcePlaces::Point;
 
 constexpr auto kBaseline = Instructions(0);
 
-/// Textbook lens model, in units of its focal length.
+/// Textbook lens model; its coefficients apply to radii in focal lengths.
 struct Model {
     double centerX, centerY, focalPixels, scale, k1, k2, t1, t2;
 
@@ -361,8 +361,8 @@ void tst_FittedWarp::transferCurves_data()
     QTest::newRow("sRGB by rounded points") << *TransferCurve::FromSamples({rounded}) << Function(SrgbLight);
 }
 
-/// The warp uses tables. Its result is the value for the gain times the light, within 1e-5 of that value, and within
-/// 2.5e-6 (a sixth of a 16-bit code) below 0.25.
+/// The warp uses tables. Its result must be the stored value of the light times the gain, within 1e-5 of that value,
+/// and within 2.5e-6 (a sixth of a 16-bit code) below 0.25.
 void tst_FittedWarp::transferCurves()
 {
     QFETCH(TransferCurve, curve);

@@ -362,7 +362,7 @@ void tst_KVitreluxOne2One::xmlForm()
     params.lcpFilename = QStringLiteral("/lens & \"body\".lcp");
     const QDomElement element = process.GetXmlParameters(&params);
     QCOMPARE(element.tagName(), QStringLiteral("Lens correction"));
-    std::vector<QByteArray> noise; // overwrites freed memory
+    std::vector<QByteArray> noise; // overwrites freed memory, which the element must not use
     for (int bytes = 8; bytes <= 256; bytes += 8)
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));

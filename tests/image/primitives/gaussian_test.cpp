@@ -19,7 +19,7 @@ private Q_SLOTS:
     void stretchMatchesFormula();
 };
 
-/// Compares with a convolution truncated at 6 sigma, on noise with an edge, in a range of 1.
+/// Compares with a convolution truncated at 6 sigma, on noise with an edge, with values from 0 to 1.
 void tst_Gaussian::matchesConvolution()
 {
     const struct {

@@ -17,7 +17,7 @@ constexpr Rgb kTile = {0.87, 0.88, 0.84};
 constexpr Rgb kTeal = {0.16, 0.42, 0.45};
 constexpr Rgb kOchre = {0.80, 0.60, 0.30};
 
-/// A footprint on one face of the room: the coordinates of its center and its sides, in meters.
+/// A footprint on one face of the room: the coordinates of its center, and the lengths of its sides, in meters.
 struct Spot {
     double s;
     double t;
@@ -106,6 +106,7 @@ Rgb CeilingColor(const Spot &at)
 }
 
 /// Returns the color of a wall: tiles up to the frieze, plaster above; t runs from the ceiling down to the floor.
+/// It darkens toward other faces; @p length is the distance to the corner with the next wall.
 Rgb WallBase(const Spot &at, double length)
 {
     Rgb color = Rgb{0.88, 0.80, 0.64} * (1 + 0.05 * Cloud(at.s, at.t, 3, 341));

@@ -12,7 +12,7 @@ struct Point {
     double y = 0;
 };
 
-/// One model of a profile, with values as fractions of width - 1 or height - 1, as in profile files.
+/// One model of a profile. Lengths and positions are fractions of width - 1 or height - 1, as in profile files.
 struct LensModel {
     double focalLength = 1; ///< fraction of width - 1 for both axes; for the vignetting model, see Gain
     double centerX = 0.5;

@@ -22,7 +22,7 @@ struct EvenPatch {
     double halfSize;
 };
 
-/// Base class of scenes. At may be called on several threads at once.
+/// Base class of scenes. At() may be called on several threads at once.
 class Scene {
 public:
     virtual ~Scene() = default;

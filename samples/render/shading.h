@@ -62,7 +62,8 @@ inline double SquareWave(double v, double size)
     return -(integral(v + size / 2) - integral(v - size / 2)) / size;
 }
 
-/// Returns the share of the same interval that is covered by lines of @p thickness around the multiples of @p period.
+/// Returns the share of the interval of length @p size around @p v that is covered by lines of @p thickness around the
+/// multiples of @p period.
 inline double Lines(double v, double period, double thickness, double size)
 {
     const auto integral = [&](double s) {
@@ -107,7 +108,7 @@ inline double Cloud(double x, double y, int octaves, uint32_t seed)
     return sum;
 }
 
-/// A small cell of the corrected picture: its center and its sides.
+/// A small cell of the corrected picture: its center and the lengths of its sides.
 struct Footprint {
     Point at;
     double width = 1;
@@ -124,7 +125,7 @@ public:
     {
         return Span(cell.at.x, x0, x1, cell.width) * Span(cell.at.y, y0, y1, cell.height);
     }
-    /// Returns the share of the footprint inside an ellipse, accurate if the ellipse is far larger.
+    /// Returns the share of the footprint inside an ellipse, accurate if the ellipse is far larger than the footprint.
     double Ellipse(double cx, double cy, double rx, double ry) const
     {
         const double r = std::hypot((cell.at.x - cx) / rx, (cell.at.y - cy) / ry);

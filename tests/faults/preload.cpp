@@ -3,7 +3,8 @@
 //   FAULT_KIND   one of kKinds
 //   FAULT_AT     number of the call that fails, from 1; 0 only counts
 //   FAULT_BELOW  only counts calls on files below this folder; without it, calls on all files
-//   FAULT_LOG    file that gets "count N" at a normal exit, or "failed NAME" and the stack at the fault
+//   FAULT_LOG    file that gets "count N" when main() returns, if FAULT_AT is 0; otherwise the name and number of the
+//                call that fails, and the stack
 // Counting begins with main(): calls by the loader and by static constructors are not affected.
 #ifndef _GNU_SOURCE
 #define _GNU_SOURCE
@@ -88,7 +89,7 @@ bool LiesBelow(const char *path)
     return std::strncmp(path, folder, std::strlen(folder)) == 0;
 }
 
-/// Returns whether a call on @p path must fail. Relative paths always count, because they are relative to open folders.
+/// Returns whether a call on @p path must fail. Relative paths always count, because their folder isn't known.
 bool FailsAt(const char *kind, const char *call, const char *path)
 {
     return Counts(kind) && (path[0] != '/' || LiesBelow(path)) && Fails(call);
@@ -122,7 +123,7 @@ int (*realMain)(int, char **, char **) = nullptr;
 int CountingMain(int argc, char **argv, char **environment)
 {
     void *frame[1];
-    backtrace(frame, 1); // the first call loads a library
+    backtrace(frame, 1); // the first call loads a library, which must not count
     const char *const kind = std::getenv("FAULT_KIND");
     for (const Kind &known : kKinds) {
         if (kind && std::strcmp(kind, known.name) == 0)
@@ -240,7 +241,7 @@ FAIL_ON("write", ssize_t, copy_file_range, (int from, off_t *begin, int file, of
 FAIL_ON("fsync", int, fsync, (int file), (file))
 FAIL_ON("fsync", int, fdatasync, (int file), (file))
 
-// Streams read and write inside the C library, where calls can't be replaced.
+// Streams read and write inside the C library, where calls can't be replaced, so the stream functions are replaced.
 bool FailsOn(const char *kind, const char *call, FILE *stream)
 {
     if (!Counts(kind) || !FailsOn(kind, call, fileno(stream)))

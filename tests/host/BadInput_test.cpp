@@ -150,8 +150,8 @@ void BadInputTest::refused()
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 
-/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels (other large squares for WebP and PNG) are refused
-/// when memory is limited to 1 GiB.
+/// Files of a few kilobytes that claim 30,000 x 30,000 pixels (other large squares for WebP and PNG) are refused when
+/// memory is limited to 1 GiB.
 void BadInputTest::hugeClaims()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -248,7 +248,8 @@ void BadInputTest::otherSizeIsNoted()
         {{50, 50}, {50, 50}},
         {{59, 40}, {60, 40}, "has 59x40 pixels, but the profile was made for 60x40"},
         {{80, 120}, {60, 40}, "has 80x120 pixels, but the profile was made for 40x60"},
-        {{40, 60}, {40, 60}, "has 40x60 pixels, but the profile was made for 60x40"}, // only the picture is rotated
+        // Portrait pictures are rotated to landscape, portrait profiles aren't.
+        {{40, 60}, {40, 60}, "has 40x60 pixels, but the profile was made for 60x40"},
     };
     for (const auto &row : rows) {
         const Case named(row.picture, row.profile);

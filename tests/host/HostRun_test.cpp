@@ -74,8 +74,10 @@ void HostRunTest::callsInOrder()
 void HostRunTest::recordHasChosenCorrections()
 {
     const struct {
-        const char *switches, *models, *flags; // models in the profile (d, c, v); Disto CA Falloff, or "": failure
-        const char *cut = "", *patch = "";     // a piece of the profile, and its replacement
+        const char *switches;
+        const char *models;                // those in the profile: d, c, v
+        const char *flags;                 // Disto, CA and Falloff of the record; "": the run fails
+        const char *cut = "", *patch = ""; // a piece of the profile, and its replacement
     } rows[] = {
         {"", "dcv", "1 1 1"},
         {"", "dv", "1 0 1"},

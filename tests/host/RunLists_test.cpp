@@ -106,7 +106,7 @@ void tst_RunLists::listThatCannotBeRead()
 
 void tst_RunLists::patterns_data()
 {
-    QTest::addColumn<QString>("output"); // of "in/a.b.jpg" with subpath "s"; "?": refused, with the text after it
+    QTest::addColumn<QString>("output"); // of "in/a.b.jpg" with subpath "s"; "?": refused; the message has the rest
     QTest::newRow("{name}_corrected.tiff") << "out/s/a.b_corrected.tiff";
     QTest::newRow("{folder}-{name}.{ext}.TIF") << "out/s/in-a.b.jpg.TIF";
     QTest::newRow("{name}{name}.tif") << "out/s/a.ba.b.tif";

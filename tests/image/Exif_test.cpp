@@ -142,7 +142,7 @@ void tst_Exif::fields()
         {"0 LensID=7", ""},
         {"o271 LensID=7", "maker=7"},
         {"o0 ZenithEs=1.5 2.5", "zenithFirst=1.5 zenithSecond=2.5"},
-        {"305=Editor 3", ""}, // only with a private record
+        {"305=Editor 3", ""}, // read only with a private record
         {"271=Z\xc3\xb6rn", "maker=Z\xc3\xb6rn"},
         {"g1=S|g2=45\xc2\xb0 30' 15\"", "latitudeRef=S latitude=45.5042"},
         {"g2=45\xc2\xb0 30/1' 15/2\"", "latitude=45.5021"},

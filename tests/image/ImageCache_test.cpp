@@ -134,7 +134,7 @@ void tst_ImageCache::smallerFromBigger()
     QCOMPARE(image->Lock(40, 30, true)->width(), 40);
     QVERIFY(Thrown([&] {
                 image->Lock(50, 20, true);
-            }).contains(QStringLiteral("GFL_ERROR"))); // as wide as a cached version: needs a larger one
+            }).contains(QStringLiteral("GFL_ERROR"))); // only versions that are wider and higher can be reduced
     QVERIFY(Thrown([&] { image->Lock(100, 80, true); }).contains(QStringLiteral("GFL_ERROR")));
 
     WritePicture(path, "jpeg", 100, 80);

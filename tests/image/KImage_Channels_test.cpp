@@ -57,7 +57,7 @@ void tst_KImageChannels::setAndExtract()
             TestImage plane(planeForm, 521, 2), target(form, 521, 2, 3), wanted(form, 521, 2, 3);
             TestImage extracted(planeForm, 521, 2);
             plane.FillWithNoise(1);
-            target.FillWithNoise(2); // rows are longer than a run and not aligned
+            target.FillWithNoise(2); // rows are not aligned and longer than the pieces that are converted at a time
             wanted.FillWithNoise(2);
             KImage before;
             target.image.ExtractChannel(before, planeForm.bits, i / 3);

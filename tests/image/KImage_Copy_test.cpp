@@ -24,7 +24,7 @@ constexpr Placement kPlacements[] = {
     {1, 1, 0, 0, 1, 1, 1, 1, 0, 0, 0, 0},
     {7, 5, 0, 0, 7, 5, 7, 5, 0, 0, 8, 4},
     {31, 17, 5, 3, 13, 11, 29, 23, 7, 12, 12, 16},
-    {523, 2, 1, 0, 521, 2, 521, 3, 0, 1, 0, 4}, // a prime width, longer than one run of the conversion
+    {523, 2, 1, 0, 521, 2, 521, 3, 0, 1, 0, 4}, // a prime width, more pixels than are converted at a time
     {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that are not aligned to components
 };
 
@@ -266,7 +266,7 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
     QCOMPARE(block[3], quint8(255));
 }
 
-/// No step of this conversion sets alpha: a target that already has the form keeps it, a new one must be opaque.
+/// No step of this conversion sets alpha: a target that already has the form keeps its alpha, a new one must be opaque.
 void tst_KImageCopy::convertOfDeepGrayIsOpaque()
 {
     for (const int i : {0, 1, 2, 3}) {

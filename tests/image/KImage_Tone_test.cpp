@@ -157,7 +157,7 @@ void tst_KImageTone::alpha()
         QCOMPARE(image.Sample(1, 0, 3), full);
 
         // A mask of lower depth is converted (16 bits for the float image). In a mask of higher depth, each byte counts
-        // as a sample: here those of the second sample apply to the third pixel.
+        // as a sample: here the low byte of the second sample applies to the third pixel.
         TestImage mask(kForms[form == k16uRgba ? k8uGray : k16uGray], 3, 1);
         mask.SetSample(form == k8uRgba ? 1 : 2, 0, 0, form == k8uRgba ? 51 : std::floor(mask.Form().Full() / 5));
         image.image.CombineAlpha(mask.image);

@@ -28,7 +28,7 @@ constexpr TestForm kForms[] = {
 constexpr int kFormCount = 9;
 enum FormIndex { k8uGray, k8uRgb, k8uRgba, k16uGray, k16uRgb, k16uRgba, k32fGray, k32fRgb, k32fRgba };
 
-/// Image that wraps a block of this object, with @p paddingBytes after each row.
+/// Image that wraps a memory block owned by this object, with @p paddingBytes after each row.
 class TestImage {
 public:
     TestImage(const TestForm &form, int width, int height, int paddingBytes = 0)

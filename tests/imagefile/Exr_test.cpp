@@ -88,7 +88,8 @@ void tst_Exr::writeThenRead()
         const Case named("row", i);
         const int compression = i / 9 - 1, type = types[i / 3 % 3], bits = depths[i % 3]; // compression -1: default
         const int stored = compression < 0 ? int(Imf::PIZ_COMPRESSION) : compression;
-        // 8 bits are stored as half, 16 bits as float; lossy methods have larger errors.
+        // 8 bits are stored as half, 16 and 32 bits as float, except by the methods above 5 (B44, DWA), which store all
+        // as half. Lossy methods, from 5 on, have larger errors.
         const double rounding = bits == 8 ? 0x1p-12 : bits == 16 ? 0x1p-25 : 0.0;
         const double tolerance = stored > 5 ? 0.01 : stored == 5 ? std::max(rounding, 0x1p-16) : rounding;
         const BitmapPtr bitmap = stored > 5 ? SmoothBitmap(67, 39, type, bits) : RandomBitmap(67, 39, type, bits);

@@ -154,7 +154,7 @@ void tst_Heif::readsWhatLibheifWrites()
                 {"AVIF, 12 bits, blended", {heif_compression_AV1, 12, 4, {64, 48}, 1, true, true}},
                 {"AVIF, gray", {heif_compression_AV1, 8, 1}},
                 {"AVIF, gray, limited range", {heif_compression_AV1, 8, 1, {64, 48}, 1, false}},
-                {"HEIC, gray, 10 bits, reduced", {heif_compression_HEVC, 10, 1, {64, 48}, 1, false}},
+                {"HEIC, gray, 10 bits, limited range", {heif_compression_HEVC, 10, 1, {64, 48}, 1, false}},
                 {"HEIC", {heif_compression_HEVC, 8, 3}},
                 {"HEIC, 10 bits", {heif_compression_HEVC, 10, 3}},
                 {"HEIC, 12 bits", {heif_compression_HEVC, 12, 3}},

@@ -323,7 +323,8 @@ void tst_Inside::unreadableSink()
     }
 }
 
-/// Each call to operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
+/// Makes each call to operator new fail once. The load or save must then either report the lack of memory or succeed
+/// with all metadata; it must never crash or hang.
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {

@@ -179,8 +179,8 @@ void tst_Psd::Read(const Spec &spec, int type)
     QCOMPARE(form + Difference(*read, expected, tolerance), form);
 }
 
-/// Pictures with opacity are written as a layer, and blended with white for other programs. Reading either gives the
-/// same picture except for rounding; the blend is read if the layer isn't opaque.
+/// Pictures with alpha are written as a layer, and blended with white for other programs. Reading either gives the same
+/// picture except for rounding; the blend is read if the opacity of the layer as a whole is below 100 %.
 void tst_Psd::mergedPicture()
 {
     for (const int bits : {8, 16, 32})

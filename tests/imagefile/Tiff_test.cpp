@@ -63,7 +63,7 @@ template <class... Change> Spec With(Spec spec, Change... change)
 constexpr double kLabD65[kLabCount][3] = {
     {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
 
-/// Encodes a Lab component as in TIFF 6.0, section 23, and its technical note on ICC Lab.
+/// Encodes a Lab component as in TIFF 6.0, section 23, and the technical note on ICC Lab.
 int LabValue(const Spec &spec, int x, int c)
 {
     const double number = spec.isD65 ? kLabD65[x % kLabCount][c] : kLabColors[x % kLabCount].lab[c];
@@ -73,7 +73,7 @@ int LabValue(const Spec &spec, int x, int c)
     return int(std::lround(c == 0 ? number / 100 * lightest : number * unit + zero));
 }
 
-/// Returns a sample as an integer of spec.bits, or as a multiple of 1/255 for floats. Opacity is sometimes 0, mostly
+/// Returns a sample as an integer of spec.bits or, for floats, in units of 1/255. Opacity is sometimes 0, mostly
 /// large, and never less than premultiplied colors.
 quint32 Raw(const Spec &spec, int x, int y, int s)
 {

@@ -16,7 +16,8 @@ bool WriteCopies(const QString &source)
     const BitmapPtr bitmap = Load(source, nullptr, LoadParams(GFL_LOAD_METADATA));
     if (!bitmap)
         return false;
-    GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(bitmap.get()); // like the image kernel
+    // Converts the EXIF to a list and back, like the image kernel.
+    GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(bitmap.get());
     gflBitmapSetEXIF2(bitmap.get(), exif);
     gflFreeEXIF2(exif);
     bool done = true;

@@ -45,7 +45,7 @@ QStringList Everything(const QString &folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
-/// Limit on the size of this process's files during its lifetime, which acts like a full disk.
+/// Limit on the size of the files that this process writes, while the object exists. It acts like a full disk.
 class SizeLimit {
 public:
     explicit SizeLimit(rlim_t bytes)

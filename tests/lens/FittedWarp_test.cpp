@@ -17,7 +17,7 @@ using Point = SourcePlaces::Point;
 
 constexpr auto kBaseline = Instructions(0);
 
-/// Textbook lens model, in units of its focal length.
+/// Textbook lens model; its coefficients apply to radii in focal lengths.
 struct Model {
     double centerX, centerY, focalPixels, scale, k1, k2, t1, t2;
 
@@ -87,7 +87,7 @@ Pixels Rendered(const FittedWarp &warp, const Pixels &source, Instructions instr
     return to.Read();
 }
 
-/// Returns where another instruction set's result differs from @p baseline in any bit; empty if nowhere.
+/// Returns where another instruction set's result differs from @p baseline; empty if nowhere.
 QString DifferenceOfSets(const FittedWarp &warp, const Pixels &source, const Pixels &baseline)
 {
     for (Instructions set : {Instructions::Avx2, Instructions::Avx512})
@@ -236,7 +236,7 @@ void tst_FittedWarp::foldsAreEmpty()
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    Correction inside; // the fold's units of sharp sampling have no positions outside the picture
+    Correction inside; // the fold lies inside the picture, so sharp sampling near it reads nothing outside
     inside.width = 900;
     inside.height = 400;
     inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};
@@ -361,8 +361,8 @@ void tst_FittedWarp::transferCurves_data()
     QTest::newRow("sRGB by rounded points") << *TransferCurve::FromSamples({rounded}) << Function(SrgbLight);
 }
 
-/// The warp uses tables. Its result is the value for the gain times the light, within 1e-5 of that value, and within
-/// 2.5e-6 (a sixth of a 16-bit code) below 0.25.
+/// The warp uses tables. Its result must be the stored value of the light times the gain, within 1e-5 of that value,
+/// and within 2.5e-6 (a sixth of a 16-bit code) below 0.25.
 void tst_FittedWarp::transferCurves()
 {
     QFETCH(TransferCurve, curve);

@@ -21,7 +21,8 @@ QByteArray Place(const QByteArray &focalX, const QByteArray &focalY, const QByte
                  const QByteArray &centerY);
 /// Returns names, lens and shooting data in the form that profile makers write, without the image size.
 QByteArray Metadata(const QByteArray &focalLength, const QByteArray &aperture, const QByteArray &distance);
-/// Returns an entry with all five models, each with different values. @p shift is added to the radial coefficients.
+/// Returns an entry with all five models, each with different values. @p shift is added to all coefficients but the
+/// tangential ones.
 QByteArray FullEntry(double shift);
 
 } // namespace profiletext

@@ -37,7 +37,7 @@ struct WarpSwitches {
     int mode = 1;
 };
 
-/// Changes @p destination as newLCP::Render must for matching images.
+/// Changes @p destination as newLCP::Render must, for images that it accepts.
 void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination);
 
 /// Returns the first difference between two pictures, with both values; empty if there is none. NaNs compare equal.
@@ -49,5 +49,6 @@ Pixels RandomPixels(int width, int height, int channels, int bits, quint32 seed)
 /// Returns a profile without models and with a scale of 1.
 newLCP NoModels();
 
-/// Returns all five models for a picture of that size, strong enough to cross every border.
+/// Returns a profile with all five models for a picture of that size, so strong that positions fall beyond every
+/// border.
 newLCP StrongModels(int width, int height, int kind, quint32 seed);

@@ -94,7 +94,7 @@ void MinimalHost_test::failsWithAMessage()
     }
 }
 
-/// The program must not load the libraries of the build folder instead.
+/// If a library is missing, the program must not load that of the build folder instead.
 void MinimalHost_test::partsAreFoundNextToTheProgram()
 {
     const QString layer = "libvitrelux-imagefile.so"_s, plugin = "libKVitrelux.so"_s;

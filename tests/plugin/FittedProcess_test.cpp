@@ -1,5 +1,5 @@
-// Compares fitted corrections with the lens models in long double: positions and gain of the preview, and the gain of
-// files, which applies to linear light.
+// Fitted corrections of the process object: the preview and files compared with the lens models in long double, the
+// gain in linear light, gray pictures, bands on several threads, and the formats of results.
 #include "Case.h"
 #include "ComputePreview.h"
 #include "FakeHost.h"
@@ -458,7 +458,7 @@ void tst_FittedProcess::formats()
     TiffRaster source = BlankRaster(300, 200, channels, bits);
     for (size_t i = 0; i < source.values.size(); ++i)
         source.values[i] = float((channels == 4 && i % 4 == 3 ? 0.5 : 0.4) * (bits == 32 ? 1.0 : (1 << bits) - 1.0));
-    if (bits == 32) // outside the range of the tables
+    if (bits == 32) // the tables have no entry for NaN
         std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
     const QString path = Put(source, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     void *record = Record({{"Disto"_s, "1"_s}, {"Framing"_s, "1.2"_s}, {"Format"_s, format}, {"Quality"_s, "100"_s}});

@@ -41,7 +41,7 @@ QByteArray ProfileText(int width, int height, double k)
                          Place("1", "1", "0.5", "0.25") + Value(radial, QByteArray::number(k)) + subModels)));
 }
 
-/// Fills four float channels: red = x, green = y, blue = 0.25, alpha = 0.5.
+/// Fills four float channels: red = x / width, green = y / height, blue = 0.25, alpha = 0.5.
 void FillWithCoordinates(KImage &image, int width, int height)
 {
     image.AllocBitmap(width, height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
@@ -362,7 +362,7 @@ void tst_KVitreluxOne2One::xmlForm()
     params.lcpFilename = QStringLiteral("/lens & \"body\".lcp");
     const QDomElement element = process.GetXmlParameters(&params);
     QCOMPARE(element.tagName(), QStringLiteral("Lens correction"));
-    std::vector<QByteArray> noise; // overwrites freed memory
+    std::vector<QByteArray> noise; // overwrites freed memory, which the element must not use
     for (int bytes = 8; bytes <= 256; bytes += 8)
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));
@@ -398,7 +398,7 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     const double k = -0.2;
     KImage image;
     FillWithCoordinates(image, width, height);
-    // The last of n pixels is at n - 1.
+    // Profiles count in units of the size minus one; with one more pixel, that is a multiple of the reduction.
     const int atWhole = reduction > 1;
     CorrectDistortion(image, WriteProfile(frameWidth * reduction + atWhole, frameHeight * reduction + atWhole, k),
                       1.0f / float(reduction));
@@ -456,8 +456,8 @@ void tst_KVitreluxOne2One::unreadableProfile()
     QVERIFY_EXCEPTION_THROWN(CorrectDistortion(image, QStringLiteral("/proc/self/mem")), KException);
 }
 
-// Files are corrected in bands; the result must equal that of the whole picture corrected in memory. The pictures are
-// large enough for several strips of 512 KiB.
+// Files are corrected in bands; the result must equal that of the whole picture corrected in memory. All pictures but
+// the last are large enough for several strips of 512 KiB.
 
 void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
 {

@@ -110,7 +110,7 @@ void tst_Lookup::profile_data()
                             << QString::fromLatin1(found) << QString::fromLatin1(message);
     };
     const auto canon = [](const char *file) { return QStringLiteral("L\\Canon/X1 (%1).lcp").arg(QLatin1String(file)); };
-    const QString brand = QStringLiteral("L/Canon/any"); // creates the entry that the lookup finds
+    const QString brand = QStringLiteral("L/Canon/any"); // makes L list "Canon"; files are sought in L\Canon
 
     row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "L\\Canon/X1 (Canon EF-S 10-22mm).lcp",
         "Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp");

@@ -32,7 +32,8 @@ double Factor(const Shot &shot, double mm)
     return 1.0 + strength * rho2 / (1.0 + 0.3 * rho2);
 }
 
-/// Returns the relative light: cosine-fourth falloff, and mechanical vignetting that decreases with the aperture.
+/// Returns the relative light: cosine-fourth falloff, and mechanical vignetting that decreases as the lens
+/// is stopped down.
 double Light(const Shot &shot, double mm)
 {
     const double tangent = mm / shot.focalMm, rho4 = std::pow(mm / kCornerMm, 4.0);

@@ -19,7 +19,7 @@ private Q_SLOTS:
     void stretchMatchesFormula();
 };
 
-/// Compares with a convolution truncated at 6 sigma, on noise with an edge, in a range of 1.
+/// Compares with a convolution truncated at 6 sigma, on noise with an edge, with values from 0 to 1.
 void tst_Gaussian::matchesConvolution()
 {
     const struct {
@@ -90,7 +90,7 @@ void tst_Gaussian::stretchMatchesFormula()
         }
     }
     ColorRange range(4);
-    range.Add(src.data() + 4 * 30, 67); // alpha covers all values, the colors only 30 to 96
+    range.Add(src.data() + 4 * 30, 67); // alpha spans 3 to 255, the colors only 30 to 96
     QCOMPARE(int(range.Low()), 30);
     QCOMPARE(int(range.High()), 96);
 }

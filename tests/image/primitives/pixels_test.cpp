@@ -51,7 +51,7 @@ void tst_Pixels::memory()
     QVERIFY(!ippiMalloc_8u_C1(1, -1, &step));
     constexpr int kMax = std::numeric_limits<int>::max();
     QVERIFY(!ippiMalloc_32f_C4(kMax, kMax, &step));
-    // Rows of 2^33 + 64 bytes: the product is 2^64 plus a few gigabytes; these alone could be allocated.
+    // Rows of 2^33 + 64 bytes: the size exceeds 2^64 by 8 GiB, which could be allocated if the overflow went unnoticed.
     QVERIFY(!ippiMalloc_32f_C4((1 << 29) + 4, kMax - 14, &step));
     QVERIFY(!ippsMalloc_8u(std::numeric_limits<std::int64_t>::max()));
     ippsFree(nullptr);
@@ -95,7 +95,8 @@ void tst_Pixels::hsv()
 
 void tst_Pixels::yccDefinition()
 {
-    // White and blue by the published formula: 255 / 1.402, C1 = 0.886, C2 = -0.114.
+    // White and blue by the published formulas: Y / 1.402, 111.40 (B - Y) + 156 and 135.64 (R - Y) + 137. For blue,
+    // B - Y is 0.886 and R - Y is -0.114.
     const Ipp8u rgb[] = {255, 255, 255, 0, 0, 255};
     Ipp8u ycc[6];
     ippiRGBToYCC_8u_C3R(rgb, 6, ycc, 6, {2, 1});

@@ -7,7 +7,8 @@
 
 using namespace primitives;
 
-/// Cases that KImage::Resize doesn't cover: parts of a target, rejected arguments, and reductions by large factors.
+/// Cases that the tests of KImage::Resize don't cover: parts of a target, rejected arguments, and reductions by large
+/// factors.
 class tst_Resize : public QObject {
     Q_OBJECT
 private Q_SLOTS:

@@ -53,7 +53,7 @@ void tst_Rotate::roundTrip()
 void tst_Rotate::pastTheCache()
 {
     const std::pair<int, int> rows[] = {
-        {608, 0}, {607, 4}, {607, 1}}; // rows aligned to cache lines or not, pixels not aligned to 16 bytes
+        {608, 0}, {607, 4}, {607, 1}}; // rows aligned to cache lines; not aligned; pixels not aligned to 16 bytes
     for (const auto &[rowCount, offsetFloats] : rows) {
         const int width = 523, height = rowCount;
         Image image(width, height, 1);

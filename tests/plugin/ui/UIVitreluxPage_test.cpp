@@ -289,7 +289,7 @@ void tst_UIVitreluxPage::picture()
     const auto shown = [&] { return desk.preview->grab(PlaceOf(source, *frame)).toImage().convertToFormat(kFormat); };
     QTRY_VERIFY(desk.IsUpToDate());
     QCOMPARE(shown(), expected);
-    desk.Click(box); // a running render shows only the uncorrected picture; the wait label hides its center
+    desk.Click(box); // during the render, the uncorrected picture is shown; the wait label hides its center
     const QRect corner(0, 0, source.width() / 4, source.height() / 4);
     QCOMPARE(shown().copy(corner), source.copy(corner));
 }

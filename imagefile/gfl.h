@@ -61,9 +61,6 @@ GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 
-/// Returns the name of the format at an index; indexes start at 0 and have no gaps. Null after the last one.
-GFL_API const char *gflGetFormatNameByIndex(std::int32_t index);
-
 /// Returns whether the layer reads files with this suffix, given with its dot; ignores case.
 GFL_API bool gflHasGoodExtension(const char *suffix);
 

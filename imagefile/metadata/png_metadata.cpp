@@ -172,9 +172,9 @@ Status ReadPngMetadata(const Source &source, Metadata *metadata)
         const std::string name(head + 4, head + 8);
         if (name == "IEND" || source.Size() - at < sizeof head + length)
             break;
-        if (IsMetadataChunk(name) && length <= kMaxMetadataBytes) {
-            Bytes chunk(length);
-            if (source.ReadAt(at + sizeof head, chunk.data(), length) == length)
+        if (IsMetadataChunk(name)) {
+            const Bytes chunk = ReadMetadataBlock(source, at + sizeof head, length);
+            if (chunk.size() == length)
                 reader.Take(name, chunk);
         }
         at += length + kChunkFrame;

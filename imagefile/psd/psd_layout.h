@@ -56,7 +56,6 @@ struct PsdLayout {
 };
 
 constexpr int kPsdMaxSide = 30000; // pixels; a larger picture needs a PSB
-constexpr std::size_t kPsdHeaderBytes = 26;
 
 /// Reads and checks everything before the pixels.
 Status OpenPsd(const Source &source, PsdLayout *layout);

@@ -343,6 +343,14 @@ void tst_Metadata::iptcEntries()
     };
     QCOMPARE(entry(1), QByteArray::number(GFL_IPTC_HEXADECIMAL | 0x200u, 16) + " 0004");
     QCOMPARE(entry(3).append(iptc->ItemsList[3].Name), QByteArray("219 twoKeywords"));
+    iptc->ItemsList[3].Id += 0x10000; // not a record and a data set
+    const BitmapPtr target = SmoothBitmap(4, 3, GFL_RGB, 8);
+    gflClearWarningText();
+    QCOMPARE(gflBitmapSetIPTC(target.get(), iptc), int(GFL_NO_ERROR));
+    QVERIFY(QByteArray(gflLastWarningText()).contains("0x10219"));
+    gflFreeIPTC(iptc);
+    iptc = gflBitmapGetIPTC(target.get());
+    QCOMPARE(iptc->NumberOfItems, 6u);
     gflFreeIPTC(iptc);
 }
 

@@ -16,7 +16,7 @@ using RunStep = void (*)(const void *src, void *dst, int pixels);
 
 /// Indexes of the tables below.
 enum Depth { kDepth8u, kDepth16u, kDepth32f };
-enum Layout { kGrey, kRgb, kRgba };
+enum Layout { kGray, kRgb, kRgba };
 
 struct Form {
     Depth depth;
@@ -36,7 +36,7 @@ constexpr Depth DepthOf(int bitsPerComponent)
 /// Returns the layout for a channel count, which, unlike the image's type, also covers other channel orders.
 constexpr Layout LayoutOf(int channels)
 {
-    return channels == 1 ? kGrey : channels == 3 ? kRgb : kRgba;
+    return channels == 1 ? kGray : channels == 3 ? kRgb : kRgba;
 }
 
 /// Returns the form of an image whose type and depth are one of the nine working forms.
@@ -130,10 +130,10 @@ struct AlphaException {
 };
 
 constexpr AlphaException kAlphaExceptions[] = {
-    {{kDepth16u, kGrey}, {kDepth16u, kRgba}, steps::Spread<ippiCopy_16u_C1C4R, ippiSwapChannels_16u_AC4R>, true},
-    {{kDepth16u, kGrey}, {kDepth32f, kRgba}, steps::Spread<ippiCopy_32f_C1C4R, ippiSwapChannels_32f_AC4R>, true},
+    {{kDepth16u, kGray}, {kDepth16u, kRgba}, steps::Spread<ippiCopy_16u_C1C4R, ippiSwapChannels_16u_AC4R>, true},
+    {{kDepth16u, kGray}, {kDepth32f, kRgba}, steps::Spread<ippiCopy_32f_C1C4R, ippiSwapChannels_32f_AC4R>, true},
     // Alpha becomes 255, although 65,535 would be opaque.
-    {{kDepth32f, kGrey}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>, false},
+    {{kDepth32f, kGray}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>, false},
 };
 
 /// Returns the exception for a pair of forms, or null.

@@ -54,11 +54,8 @@ RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATIO
         std::find_if(std::begin(suspicions), std::end(suspicions), [](auto &row) { return row.first; });
     if (suspicion == std::end(suspicions))
         return RefusalReason::None;
-    if (channels == 1) {
-        AppendErrorMessage(QFileInfo(path).fileName() + ImageDef::tr(": gray pictures are not supported.")
-                           + QLatin1Char('\n'));
+    if (channels == 1)
         return RefusalReason::Gray;
-    }
     return isPhotoshop && channels >= 3 ? RefusalReason::None : suspicion->second;
 }
 
@@ -70,7 +67,7 @@ bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *inf
     if (withThumbnail) {
         GFL_LOAD_PARAMS params;
         ImageDatas::GetDefaultLoadParams(&params);
-        params.Flags |= 0x6430; // among them GFL_LOAD_METADATA and GFL_LOAD_FORCE_COLOR_MODEL
+        params.Flags |= GFL_LOAD_METADATA | GFL_LOAD_FORCE_COLOR_MODEL;
         params.ColorModel = GFL_RGBA;
         params.DefaultAlpha = 255;
         const QSize box = Settings().thumbnailSize;
@@ -116,6 +113,7 @@ template <typename Data> std::unique_ptr<Data, void (*)(Data *)> Block(Data *dat
     return {data, free};
 }
 
+/// Returns the suffixes by which hosts recognize raw images (m_isRaw). The image-file layer reads more.
 const QStringList &RawSuffixes()
 {
     static const QStringList suffixes =
@@ -252,6 +250,8 @@ std::unique_ptr<ImageDef> ImageDef::Describe(const QString &path, bool withThumb
     }
     reason->channels = information.ComponentsPerPixel;
     reason->kind = KindOfRefusal(path, information);
+    if (reason->kind == RefusalReason::Gray)
+        AppendErrorMessage(QFileInfo(path).fileName() + tr(": gray pictures are not supported.") + QLatin1Char('\n'));
     if (reason->kind != RefusalReason::None)
         return nullptr;
 

@@ -392,8 +392,8 @@ QString ImageDef::DumpExif()
 {
     GFL_LOAD_PARAMS params = {};
     ImageDatas::GetDefaultLoadParams(&params);
-    params.Flags |= 0x6410;  // GFL_LOAD_METADATA, GFL_LOAD_FORCE_COLOR_MODEL; the others have no effect
-    params.ColorModel = 256; // not a color model of the layer, so pixels are not converted
+    params.Flags |= GFL_LOAD_METADATA | GFL_LOAD_FORCE_COLOR_MODEL;
+    params.ColorModel = 256; // a form with four channels; the pixels are not used
     params.DefaultAlpha = 255;
     const QSize box = ImageDatas::settings ? ImageDatas::settings->thumbnailSize : ImageDatas().thumbnailSize;
     GFL_BITMAP *loaded = nullptr;

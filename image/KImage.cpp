@@ -12,18 +12,6 @@ void *KImage::m_logData = nullptr;
 
 namespace {
 
-/// Returns the number of channels of a type, which is a bit mask: 1 for gray, binary and palette forms; 0 if unknown.
-int ChannelsOfType(unsigned short type)
-{
-    if (type & 0x0007)
-        return 1;
-    if (type & 0x1050)
-        return 3;
-    if (type & 0x27A0)
-        return 4;
-    return 0;
-}
-
 qint64 PixelBytes(const GFL_BITMAP &bitmap)
 {
     return static_cast<qint64>(bitmap.Height) * bitmap.BytesPerLine;
@@ -90,7 +78,7 @@ void KImage::AllocBitmap(int width, int height, unsigned short type, int bitsPer
     }
     FreeBitmap();
 
-    const int channels = ChannelsOfType(type);
+    const int channels = gflChannelsOfType(type);
     if (channels == 0 || width < 0 || height < 0 || bitsPerComponent < 0 || bitsPerComponent > 32)
         KThrow(kInvalidParameter);
     const int bytesPerPixel = (bitsPerComponent >> 3) * channels;

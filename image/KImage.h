@@ -244,7 +244,7 @@ public:
     /// the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
     void Colorize(KImage &target, QColor shadows, QColor lights);
     /// Computes the luma of each pixel, 0.299 R + 0.587 G + 0.114 B, as 0 to 1.
-    void GetGrey(ImageSt &grey);
+    void GetGrey(ImageSt &gray);
 
     // --- Filters (KImage_Filter.cpp) ---
 

@@ -56,11 +56,11 @@ void Apply(const ImageOperation &operation, KImage &image, const KImage &other)
 
 /// Multiplies a run in place by the constants of its channels.
 template <typename T, typename One, typename Many, typename K, typename... Scale>
-void MultiplyRun(One &grey, Many &rgb, Many &rgba, int layout, void *run, int pixels, const K k[4], Scale... scale)
+void MultiplyRun(One &gray, Many &rgb, Many &rgba, int layout, void *run, int pixels, const K k[4], Scale... scale)
 {
     T *samples = static_cast<T *>(run);
     if (layout == 0)
-        grey(samples, 0, k[0], samples, 0, {pixels, 1}, scale...);
+        gray(samples, 0, k[0], samples, 0, {pixels, 1}, scale...);
     else
         (layout == 1 ? rgb : rgba)(samples, 0, k, samples, 0, {pixels, 1}, scale...);
 }

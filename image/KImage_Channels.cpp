@@ -46,7 +46,7 @@ void KImage::ExtractChannel(KImage &target, int bitsPerComponent, int channel) c
     } else {
         const Form form = FormOf(*this);
         const RunStep extract = kExtractSteps[form.depth][form.layout];
-        const Conversion toDepth({form.depth, kGrey}, FormOf(plane));
+        const Conversion toDepth({form.depth, kGray}, FormOf(plane));
         const int offset = ChannelOffsetBytes(*this, channel);
         ForRuns(*this, 0, 0, width(), height(), plane, 0, 0, [&](const unsigned char *src, void *dst, int pixels) {
             RunBlock samples;
@@ -80,7 +80,7 @@ void KImage::SetChannel(KImage &source, int channel)
     }
     const Form form = FormOf(*this);
     const RunStep insert = kInsertSteps[form.depth][form.layout];
-    const Conversion toDepth(FormOf(source), {form.depth, kGrey});
+    const Conversion toDepth(FormOf(source), {form.depth, kGray});
     const int offset = ChannelOffsetBytes(*this, channel);
     ForRuns(source, 0, 0, width(), height(), *this, 0, 0, [&](const void *src, unsigned char *dst, int pixels) {
         RunBlock samples;

@@ -17,12 +17,6 @@ namespace {
 using primitives::Size;
 using primitives::Status;
 
-void CheckForm(const KImage &image)
-{
-    if (!HasWorkingPixels(image))
-        KThrow(kInvalidBitmap);
-}
-
 void CheckStatus(Status status)
 {
     if (status == Status::NoMemory)
@@ -193,7 +187,7 @@ private:
 
 void CheckUnsharp(const KImage &image, const KImage &target, float radius, float amount)
 {
-    CheckForm(image);
+    CheckWorkingPixels(image);
     if (&target == &image || !std::isfinite(radius) || radius < 0 || !std::isfinite(amount))
         KThrow(kInvalidParameter);
 }
@@ -238,7 +232,7 @@ void RestorePixels(const KImage &image, KImage &sharpened)
 
 void KImage::ConvolveGaussian(float sigma, KImage &target) const
 {
-    CheckForm(*this);
+    CheckWorkingPixels(*this);
     if (&target == this || !(sigma >= 0) || !std::isfinite(sigma))
         KThrow(kInvalidParameter);
     Convert(target, type(), bitsPerComponent());

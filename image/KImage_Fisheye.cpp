@@ -111,8 +111,7 @@ struct PolarGrid {
 /// between bright objects. Transparent pixels and NaN are black.
 template <typename T> Ipp16s CodeOf(const float *pixel, int channels)
 {
-    const float luma = channels == 1 ? pixel[0] : 0.299f * pixel[0] + 0.587f * pixel[1] + 0.114f * pixel[2];
-    const float visible = channels == 4 && !(pixel[3] > 0) ? 0.0f : luma / kFullValue<T>;
+    const float visible = channels == 4 && !(pixel[3] > 0) ? 0.0f : Luma(pixel, channels) / kFullValue<T>;
     return static_cast<Ipp16s>(kFullCode * std::sqrt(visible > 0 ? qMin(visible, 1.0f) : 0.0f) + 0.5f);
 }
 
@@ -233,8 +232,7 @@ RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
 {
     constexpr RansacFisheye::Model kNone = {0, 0, 0};
     constexpr int kMinSide = 32; // smallest side at which edges can be distinguished
-    if (!HasWorkingPixels(image))
-        KThrow(kInvalidBitmap);
+    CheckWorkingPixels(image);
     if (!std::isfinite(nominalRadius) || nominalRadius < 0)
         KThrow(kInvalidParameter);
     if (qMin(image.width(), image.height()) < kMinSide)
@@ -278,8 +276,7 @@ void KImage::GetCateyeRadiusOffset(double &radius, double &offsetX, double &offs
 
 void KImage::CleanFisheyeData(double radius, double offsetX, double offsetY)
 {
-    if (!HasWorkingPixels(*this))
-        KThrow(kInvalidBitmap);
+    CheckWorkingPixels(*this);
     if (!(radius > 0) || !std::isfinite(radius) || !std::isfinite(offsetX) || !std::isfinite(offsetY))
         KThrow(kInvalidParameter); // without a circle the whole picture would be erased
     const double centerX = (width() - 1) / 2.0 + offsetX, centerY = (height() - 1) / 2.0 + offsetY;

@@ -15,12 +15,6 @@ struct Position {
     float x, y;
 };
 
-void CheckForm(const KImage &image)
-{
-    if (!HasWorkingPixels(image))
-        KThrow(kInvalidBitmap);
-}
-
 // --- Sphere ---
 
 /// The image circle of a frame, and half its angle of view.
@@ -174,7 +168,7 @@ bool AllFinite(std::initializer_list<float> values)
 /// Blends a pixel's channels toward a color with components from 0 to 1; a gray pixel toward the color's luma.
 template <typename T> void PaintPixel(unsigned char *pixel, int channels, const float rgba[4], float share)
 {
-    const float luma = 0.299f * rgba[0] + 0.587f * rgba[1] + 0.114f * rgba[2];
+    const float luma = Luma(rgba, 4);
     for (int c = 0; c < channels; ++c) {
         unsigned char *at = pixel + size_t(c) * sizeof(T);
         const float old = LoadComponent<T>(at), full = kFullValue<T>;
@@ -188,7 +182,7 @@ template <typename T> void PaintPixel(unsigned char *pixel, int channels, const 
 
 void KImage::CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const
 {
-    CheckForm(*this);
+    CheckWorkingPixels(*this);
     if (width < 2 || !(degrees > 0 && degrees <= 360) || &target == this)
         KThrow(kInvalidParameter);
     FisheyeCircle circle;
@@ -201,7 +195,7 @@ void KImage::CircularFiskeyeToSpherical(int width, float degrees, KImage &target
 
 void KImage::CircularCateyeToSpherical(int width, double radius, double offsetX, double offsetY, KImage &target) const
 {
-    CheckForm(*this);
+    CheckWorkingPixels(*this);
     if (width < 2 || !(radius > 0) || !std::isfinite(radius) || !std::isfinite(offsetX) || !std::isfinite(offsetY)
         || &target == this)
         KThrow(kInvalidParameter);
@@ -210,7 +204,7 @@ void KImage::CircularCateyeToSpherical(int width, double radius, double offsetX,
 
 void KImage::PutPoint(float x, float y, float radius, int color)
 {
-    CheckForm(*this);
+    CheckWorkingPixels(*this);
     if (!AllFinite({x, y, radius}) || radius < 0)
         KThrow(kInvalidParameter);
     const QRgb paint = static_cast<QRgb>(color);
@@ -235,7 +229,7 @@ void KImage::PutPoint(float x, float y, float radius, int color)
 
 void KImage::Optical(float k1, float k2, float k3, float offsetX, float offsetY, int direction)
 {
-    CheckForm(*this);
+    CheckWorkingPixels(*this);
     if (!AllFinite({k1, k2, k3, offsetX, offsetY}))
         KThrow(kInvalidParameter);
     const RadialModel model(*this, {k1, k2, k3}, /*scale=*/1, {offsetX, offsetY}, direction != 0);
@@ -244,7 +238,7 @@ void KImage::Optical(float k1, float k2, float k3, float offsetX, float offsetY,
 
 void KImage::Optical2(float k1, float k2, float k3, char channel, float scale, int direction)
 {
-    CheckForm(*this);
+    CheckWorkingPixels(*this);
     constexpr char kNames[] = "RGBA";
     const char *name = channel ? std::strchr(kNames, channel) : nullptr;
     const int index = name ? static_cast<int>(name - kNames) : -1;

@@ -92,11 +92,6 @@ bool IsVisible(const float *pixel, const KImage &image)
     return image.type() != GFL_RGBA || pixel[3] != 0.0f;
 }
 
-float Luma(const float *pixel, int colors)
-{
-    return colors == 1 ? pixel[0] : 0.299f * pixel[0] + 0.587f * pixel[1] + 0.114f * pixel[2];
-}
-
 /// Start and length of an image's range.
 struct Range {
     float minimum;
@@ -140,8 +135,8 @@ double LogarithmicMean(KImage &image, Range range)
 
 void NormalizeWithShoulder(KImage &image, Range range)
 {
-    constexpr double kMiddleGrey = 0.18;
-    const auto scale = static_cast<float>(kMiddleGrey / LogarithmicMean(image, range));
+    constexpr double kMiddleGray = 0.18;
+    const auto scale = static_cast<float>(kMiddleGray / LogarithmicMean(image, range));
     const float white = scale * range.length;
     ForFloatPixels(image, [=](float *pixel, int colors) {
         for (int c = 0; c < colors; ++c)
@@ -267,8 +262,7 @@ void KImage::HDR_QuickToneMapper(int mode)
 
 void KImage::adjustColor(float brightness, float contrast, float saturation)
 {
-    if (!HasWorkingPixels(*this))
-        KThrow(kInvalidBitmap);
+    CheckWorkingPixels(*this);
     if (!std::isfinite(brightness) || !std::isfinite(contrast) || !std::isfinite(saturation))
         KThrow(kInvalidParameter);
     const Adjustment adjustment = {brightness, contrast, saturation};
@@ -290,8 +284,7 @@ void KImage::adjustColor(float brightness, float contrast, float saturation)
 
 void KImage::Colorize(KImage &target, QColor shadows, QColor lights)
 {
-    if (!HasWorkingPixels(*this))
-        KThrow(kInvalidBitmap);
+    CheckWorkingPixels(*this);
     if (&target == this || !shadows.isValid() || !lights.isValid())
         KThrow(kInvalidParameter);
     const auto tints = TintTable(shadows, lights);
@@ -309,21 +302,20 @@ void KImage::Colorize(KImage &target, QColor shadows, QColor lights)
     }
 }
 
-void KImage::GetGrey(ImageSt &grey)
+void KImage::GetGrey(ImageSt &gray)
 {
-    if (!HasWorkingPixels(*this))
-        KThrow(kInvalidBitmap);
+    CheckWorkingPixels(*this);
     if (qint64(width()) * qint64(sizeof(float)) > std::numeric_limits<quint32>::max())
         KThrow(kNotEnoughMemory); // the limit of a KImage row
     try {
-        grey.samples.resize(static_cast<size_t>(width()) * static_cast<size_t>(height()));
+        gray.samples.resize(static_cast<size_t>(width()) * static_cast<size_t>(height()));
     } catch (const std::bad_alloc &) {
         KThrow(kNotEnoughMemory);
     }
-    grey.width = width();
-    grey.height = height();
+    gray.width = width();
+    gray.height = height();
     const auto strideBytes = static_cast<quint32>(width()) * quint32(sizeof(float));
-    KImage plane(width(), height(), GFL_GREY, 32, /*clear=*/false, grey.samples.data(), static_cast<int>(strideBytes));
+    KImage plane(width(), height(), GFL_GREY, 32, /*clear=*/false, gray.samples.data(), static_cast<int>(strideBytes));
 #pragma omp parallel for schedule(static) num_threads(komp_num_threads)
     for (int y = 0; y < height(); ++y)
         CropCopyTo(0, y, width(), 1, plane, 0, y);

@@ -30,6 +30,19 @@ inline bool HasWorkingPixels(const KImage &image)
         && IsWorkingDepth(image.bitsPerComponent());
 }
 
+/// Throws unless an image has pixels in one of the nine working forms.
+inline void CheckWorkingPixels(const KImage &image, const char *file = __builtin_FILE(), int line = __builtin_LINE())
+{
+    if (!HasWorkingPixels(image))
+        KThrow(kInvalidBitmap, file, line);
+}
+
+/// Returns the luma of ITU-R BT.601 of a pixel with 1, 3 or 4 channels.
+inline float Luma(const float *pixel, int channels)
+{
+    return channels == 1 ? pixel[0] : 0.299f * pixel[0] + 0.587f * pixel[1] + 0.114f * pixel[2];
+}
+
 /// Returns whether AllocBitmap with these arguments would keep the record's block.
 inline bool HasShape(const GFL_BITMAP &bitmap, int width, int height, int type, int bitsPerComponent)
 {

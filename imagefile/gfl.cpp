@@ -124,7 +124,7 @@ Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
     made->Width = file.info.Width;
     made->Height = file.info.Height;
     made->BitsPerComponent = file.info.BitsPerComponent;
-    made->ComponentsPerPixel = static_cast<std::uint16_t>(ChannelsOfType(made->Type));
+    made->ComponentsPerPixel = static_cast<std::uint16_t>(gflChannelsOfType(made->Type));
     made->BytesPerPixel = static_cast<std::uint16_t>(made->ComponentsPerPixel * made->BitsPerComponent / 8);
     made->TransparentIndex = -1;
     made->Xdpi = file.info.Xdpi;

@@ -61,9 +61,6 @@ GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 
-/// Returns the name of the format at an index; indexes start at 0 and have no gaps. Null after the last one.
-GFL_API const char *gflGetFormatNameByIndex(std::int32_t index);
-
 /// Returns whether the layer reads files with this suffix, given with its dot; ignores case.
 GFL_API bool gflHasGoodExtension(const char *suffix);
 
@@ -180,7 +177,8 @@ GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, co
                                 std::uint32_t count);
 /// Replaces the profile of @p target with that of @p source, or with none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Replaces the block of @p target with a copy of @p data; null removes it.
+/// Replaces the block of @p target with a copy of @p data; null removes it. Leaves out IPTC entries whose Id is not a
+/// record and a data set, with a warning.
 GFL_API int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data);
 GFL_API int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data);
 

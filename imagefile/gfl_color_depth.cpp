@@ -73,7 +73,7 @@ Status ChooseChange(int channels, int mode, int parameters, Change *change)
 /// Converts the record's pixels to another form. Keeps everything else.
 Status ChangeForm(GFL_BITMAP *bitmap, int channels)
 {
-    const PixelForm from = {8, ChannelsOfType(bitmap->Type)}, to = {8, channels};
+    const PixelForm from = {8, gflChannelsOfType(bitmap->Type)}, to = {8, channels};
     Owned<GFL_BITMAP> made(nullptr, gflFreeBitmap);
     if (Status status = NewBitmap(bitmap->Width, bitmap->Height, to, &made); !status)
         return status;
@@ -94,7 +94,7 @@ Status ChangeForm(GFL_BITMAP *bitmap, int channels)
 
 void ChangeValues(const Table &table, GFL_BITMAP *bitmap)
 {
-    const int channels = ChannelsOfType(bitmap->Type), colors = channels == 4 ? 3 : channels;
+    const int channels = gflChannelsOfType(bitmap->Type), colors = channels == 4 ? 3 : channels;
     for (int y = 0; y < bitmap->Height; ++y) {
         std::uint8_t *pixel = bitmap->Data + static_cast<std::size_t>(y) * bitmap->BytesPerLine;
         for (int x = 0; x < bitmap->Width; ++x, pixel += channels)
@@ -115,7 +115,7 @@ int gflChangeColorDepth(GFL_BITMAP *bitmap, GFL_BITMAP **result, std::uint16_t m
         if (bitmap->BitsPerComponent != 8)
             return Status::Fail(GFL_ERROR_BAD_BITMAP,
                                 Text("%d bits per color; only 8 are supported", bitmap->BitsPerComponent));
-        const int channels = ChannelsOfType(bitmap->Type);
+        const int channels = gflChannelsOfType(bitmap->Type);
         Change change = {};
         if (Status status = ChooseChange(channels, mode, parameters, &change); !status)
             return status;

@@ -211,7 +211,7 @@ int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_
         const Metadata *metadata = MetadataOf(source);
         Metadata *edited = MakeMetadata(target);
         const PictureSize size = {target->Width, target->Height};
-        MakeExifTrue(size, &edited->exif);
+        UpdateExif(size, &edited->exif);
         edited->xmp = EditedXmp(metadata ? metadata->xmp : Bytes(), record, size, edited->exif);
         return Status::Ok();
     });

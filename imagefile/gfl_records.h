@@ -27,6 +27,13 @@ enum GflType : std::uint16_t {
     GFL_RGBA = 32,
 };
 
+/// Returns the number of channels of a pixel form: 1, 3 or 4; 0 if it is unknown. The masks include forms that only
+/// hosts use.
+constexpr int gflChannelsOfType(unsigned type)
+{
+    return (type & 0x0007) != 0 ? 1 : (type & 0x1050) != 0 ? 3 : (type & 0x27A0) != 0 ? 4 : 0;
+}
+
 /// One picture. BitsPerComponent is 8 or 16 (unsigned, native byte order) or 32 (IEEE float, nominally 0 to 1). Alpha
 /// is straight. The record owns Data, ColorMap, Comment, MetaData and Name; gflFreeBitmap releases all of them.
 struct GFL_BITMAP {
@@ -105,9 +112,10 @@ constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 ///   | tiff      | 0 none, 2 LZW, 4 deflate, 50000 Zstandard (libtiff's number);       |
 ///   |           | others are GFL_ERROR_BAD_PARAMETERS                                 |
 ///   | png       | zlib level, 0 to 9; higher numbers count as 9                       |
+///   | exr       | OpenEXR's: 0 none, 1 RLE, 2 ZIPS, 3 ZIP, 4 PIZ (default), 5 PXR24,  |
+///   |           | 6 B44, 7 B44A, 8 DWAA, 9 DWAB; others are GFL_ERROR_BAD_PARAMETERS  |
 ///   | hdri, psd | 0 none; others: run-length encoded rows                             |
-///   | exr       | OpenEXR's number, from 0 (none) to 9 (DWAB); default PIZ; others    |
-///   |           | are GFL_ERROR_BAD_PARAMETERS                                        |
+///   | jpeg      | has no effect; see Quality                                          |
 struct GFL_SAVE_PARAMS {
     std::uint32_t Flags;
     std::int32_t FormatIndex;  // from gflGetFormatIndexByName

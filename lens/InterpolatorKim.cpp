@@ -46,7 +46,7 @@ template <typename T> inline void Store(unsigned char *pixel, int channel, float
 }
 
 /// Returns whether rows and pixels of @p image are long enough for its channels of type T.
-template <typename T> bool IsWhole(const KImage &image)
+template <typename T> bool HasCompleteRows(const KImage &image)
 {
     const GFL_BITMAP &bitmap = *image.m_bitmap;
     return bitmap.Data && bitmap.ComponentsPerPixel <= kMaxChannels
@@ -196,7 +196,7 @@ bool InterpolatorKim<S, D>::InterpolateNc(float &out, int channel, float x, floa
 
 template <typename S, typename D> bool InterpolatorKim<S, D>::ImagesAreWhole() const
 {
-    return IsWhole<S>(*source) && IsWhole<D>(*destination)
+    return HasCompleteRows<S>(*source) && HasCompleteRows<D>(*destination)
         && destination->m_bitmap->ComponentsPerPixel >= source->m_bitmap->ComponentsPerPixel;
 }
 

@@ -152,16 +152,16 @@ bool HasCenter(const QDomElement &modelElement, const ModelInfo &info)
 }
 
 /// Returns whether the model's values allow finite positions or gains.
-bool HasWholeValues(const LensParam &model, ModelRole role)
+bool HasUsableValues(const LensParam &model, ModelRole role)
 {
-    bool whole = model.focalPixels > 0.0F && std::isfinite(model.focalPixels) && model.scaleFactor > 0.0F
+    bool isUsable = model.focalPixels > 0.0F && std::isfinite(model.focalPixels) && model.scaleFactor > 0.0F
         && std::isfinite(model.scaleFactor) && std::isfinite(model.tangential1) && std::isfinite(model.tangential2)
         && std::isfinite(model.centerX) && std::isfinite(model.centerY);
     if (role == ModelRole::Gain) // only this one uses the vertical focal length
-        whole = whole && model.focalLengthY > 0.0 && std::isfinite(model.focalLengthY);
+        isUsable = isUsable && model.focalLengthY > 0.0 && std::isfinite(model.focalLengthY);
     for (float coefficient : model.coefficients)
-        whole = whole && std::isfinite(coefficient);
-    return whole;
+        isUsable = isUsable && std::isfinite(coefficient);
+    return isUsable;
 }
 
 /// Returns why correcting with a model would ruin the picture; empty if it wouldn't.
@@ -170,7 +170,7 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelE
     const LensParam &model = lcp.*info.member;
     if (!model.found)
         return QString();
-    if (!HasWholeValues(model, info.role))
+    if (!HasUsableValues(model, info.role))
         return QStringLiteral(
             "a focal length is missing or a value is not a number; this correction would ruin the picture");
     if (!HasCenter(modelElement, info))

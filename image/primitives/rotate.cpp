@@ -21,8 +21,8 @@ struct Pixel {
 /// of a source cache line are used while the line is in the first-level cache.
 constexpr std::int64_t kBlockSide = 16;
 
-/// Targets of this size or more exceed the caches anyway, so writes bypass the caches.
-constexpr std::int64_t kStreamedBytes = std::int64_t(4) << 20;
+/// Targets of this size or more, 4 MiB, exceed the caches anyway, so writes bypass the caches.
+constexpr std::int64_t kStreamedPixels = (std::int64_t(4) << 20) / std::int64_t(sizeof(Pixel));
 
 void Store(Pixel *to, const Pixel &pixel)
 {
@@ -139,7 +139,7 @@ void RotateExactly(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *dst, S
     if (columns < 1 || rows < 1)
         return;
     const bool aligned = (reinterpret_cast<std::uintptr_t>(dst) | static_cast<std::uint64_t>(dstStep)) % 16 == 0;
-    if (aligned && columns * rows * std::int64_t(sizeof(Pixel)) >= kStreamedBytes) { // sides below 2^31
+    if (aligned && columns * rows >= kStreamedPixels) { // < 2^62, because sides are below 2^31
         MovePixels<StorePastCache>(src, srcStep, dst, dstStep, region, turn);
         FinishStoresPastCache();
     } else {
@@ -198,7 +198,7 @@ void InterpolatePixels(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *ds
     }
 }
 
-bool IsWhole(double shift)
+bool IsWholeNumber(double shift)
 {
     return std::floor(shift) == shift && std::fabs(shift) < 0x1p40; // far beyond any image, far below 2^63
 }
@@ -227,7 +227,7 @@ Status RotateFloat4(const Ipp32f *src, Size srcSize, Step srcStep, Rect srcRect,
 
     const double turnDegrees = std::fmod(std::fmod(angleDegrees, 360.0) + 360.0, 360.0);
     const double quarters = turnDegrees / 90.0;
-    if (std::floor(quarters) == quarters && IsWhole(shiftX) && IsWhole(shiftY)) {
+    if (std::floor(quarters) == quarters && IsWholeNumber(shiftX) && IsWholeNumber(shiftY)) {
         constexpr int kCosine[4] = {1, 0, -1, 0};
         const int quarter = static_cast<int>(quarters) % 4;
         RotateExactly(src, srcStep, readRect, dst, dstStep, dstRect,

@@ -64,12 +64,6 @@ int ChannelIndex(int channels)
 
 } // namespace
 
-int ChannelsOfType(unsigned type)
-{
-    // Bit masks of all type values that hosts use: index or gray, three colors, colors with alpha.
-    return (type & 0x0007) != 0 ? 1 : (type & 0x1050) != 0 ? 3 : (type & 0x27A0) != 0 ? 4 : 0;
-}
-
 std::uint16_t TypeOfChannels(int channels)
 {
     return channels == 1 ? GFL_GREY : channels == 3 ? GFL_RGB : GFL_RGBA;

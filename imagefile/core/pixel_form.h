@@ -19,9 +19,6 @@ struct PixelForm {
     bool operator==(const PixelForm &other) const { return bits == other.bits && channels == other.channels; }
 };
 
-/// Returns the number of channels of a bitmap type: 1, 3 or 4; 0 for an unknown type.
-int ChannelsOfType(unsigned type);
-
 /// Returns GFL_GREY, GFL_RGB or GFL_RGBA for 1, 3 or 4 channels.
 std::uint16_t TypeOfChannels(int channels);
 

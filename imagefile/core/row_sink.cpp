@@ -29,7 +29,7 @@ PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params)
     PixelForm form = stored;
     if ((params.Flags & GFL_LOAD_ORIGINAL_DEPTH) == 0)
         form.bits = 8;
-    const int channels = ChannelsOfType(params.ColorModel);
+    const int channels = gflChannelsOfType(params.ColorModel);
     if ((params.Flags & GFL_LOAD_FORCE_COLOR_MODEL) != 0 && channels != 0)
         form.channels = channels;
     return form;
@@ -60,8 +60,9 @@ Status NewBitmap(int width, int height, const PixelForm &form, Owned<GFL_BITMAP>
 
 Status CheckShape(const GFL_BITMAP &bitmap)
 {
-    const int channels =
-        bitmap.Type == GFL_GREY || bitmap.Type == GFL_RGB || bitmap.Type == GFL_RGBA ? ChannelsOfType(bitmap.Type) : 0;
+    const int channels = bitmap.Type == GFL_GREY || bitmap.Type == GFL_RGB || bitmap.Type == GFL_RGBA
+        ? gflChannelsOfType(bitmap.Type)
+        : 0;
     const int bits = bitmap.BitsPerComponent;
     const std::int64_t rowBytes = std::int64_t(bitmap.Width) * channels * (bits / 8); // <= 2^31 * 4 * 8191
     const bool good = channels != 0 && bitmap.Width > 0 && bitmap.Height > 0 && bitmap.Origin == 0

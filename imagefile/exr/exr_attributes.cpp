@@ -66,7 +66,7 @@ bool ReadName(ByteReader *in, char (&name)[kLongestName + 1])
 }
 
 /// Returns whether a channel list, a name and 16 bytes each, ends at @p end.
-bool IsWholeChannelList(ByteReader in, std::uint64_t end)
+bool IsCompleteChannelList(ByteReader in, std::uint64_t end)
 {
     constexpr int kChannelBytes = 16;
     char name[kLongestName + 1];
@@ -79,7 +79,7 @@ bool IsWholeChannelList(ByteReader in, std::uint64_t end)
 }
 
 /// Returns whether a list of texts, each preceded by its length, ends at @p end.
-bool IsWholeTextList(ByteReader in, std::uint64_t end)
+bool IsCompleteTextList(ByteReader in, std::uint64_t end)
 {
     while (!in.Failed() && in.Position() < end)
         in.Skip(Number(&in));
@@ -87,7 +87,7 @@ bool IsWholeTextList(ByteReader in, std::uint64_t end)
 }
 
 /// Returns whether a preview, width and height followed by 4 bytes per pixel, ends at @p end.
-bool IsWholePreview(ByteReader in, std::uint64_t end)
+bool IsCompletePreview(ByteReader in, std::uint64_t end)
 {
     const std::uint64_t width = Number(&in), height = Number(&in);
     return !in.Failed() && in.Position() <= end && width < (1U << 31) && height < (1U << 31)
@@ -95,7 +95,7 @@ bool IsWholePreview(ByteReader in, std::uint64_t end)
 }
 
 /// Returns whether the value from @p in's position to @p end has the length of its type.
-bool IsWhole(const ByteReader &in, const char *type, std::uint64_t end)
+bool HasValidLength(const ByteReader &in, const char *type, std::uint64_t end)
 {
     const auto fixed = std::find_if(std::begin(kFixedTypes), std::end(kFixedTypes),
                                     [&](const auto &row) { return std::strcmp(row.type, type) == 0; });
@@ -104,10 +104,10 @@ bool IsWhole(const ByteReader &in, const char *type, std::uint64_t end)
     if (std::strcmp(type, "floatvector") == 0)
         return (end - in.Position()) % 4 == 0;
     if (std::strcmp(type, "chlist") == 0)
-        return IsWholeChannelList(in, end);
+        return IsCompleteChannelList(in, end);
     if (std::strcmp(type, "stringvector") == 0)
-        return IsWholeTextList(in, end);
-    return std::strcmp(type, "preview") != 0 || IsWholePreview(in, end);
+        return IsCompleteTextList(in, end);
+    return std::strcmp(type, "preview") != 0 || IsCompletePreview(in, end);
 }
 
 Status Damaged(const char *why)
@@ -134,7 +134,7 @@ Status CheckExrAttributes(const Source &source, bool manyParts)
         const std::uint64_t size = hasType ? Number(&in) : 0;
         if (!hasType || in.Failed() || size > kLongestValue || size > in.Left())
             return Damaged("a header extends past the end of the file");
-        if (!IsWhole(in, type, in.Position() + size))
+        if (!HasValidLength(in, type, in.Position() + size))
             return Damaged("an attribute's length doesn't match its type");
         in.Skip(size);
     }

@@ -118,7 +118,10 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
         columns = header.tileDescription().xSize;
         rows = header.tileDescription().ySize;
         if (columns < 1 || rows < 1 || columns > kMaxSidePixels || rows > kMaxSidePixels)
-            return Damaged("tiles of size 0");
+            return Damaged(Text("tiles of %lld x %lld pixels; sides of 1 to %lld are supported",
+                                static_cast<long long>(columns), static_cast<long long>(rows),
+                                static_cast<long long>(kMaxSidePixels))
+                               .c_str());
         // Reduced versions add at most three times as many tiles.
         chunks = 4 * ((width + columns - 1) / columns) * ((height + rows - 1) / rows); // <= 2^42
     }
@@ -249,10 +252,10 @@ void RowReader::ReadByChannels()
     const auto channels = static_cast<std::size_t>(m_layout.form.channels);
     const std::size_t pixelBytes = channels * sizeof(float);
     char *base = BaseOf(reinterpret_cast<char *>(m_row.data()), m_data.min.x, pixelBytes);
-    const char *const grey[] = {"Y", nullptr, nullptr, "A"}, *const rgba[] = {"R", "G", "B", "A"};
+    const char *const gray[] = {"Y", nullptr, nullptr, "A"}, *const rgba[] = {"R", "G", "B", "A"};
     Imf::FrameBuffer buffer;
     for (std::size_t c = 0; c < channels; ++c)
-        if (const char *name = (m_layout.hasColor ? rgba : grey)[c])
+        if (const char *name = (m_layout.hasColor ? rgba : gray)[c])
             buffer.insert(m_layout.layer + name, Imf::Slice(Imf::FLOAT, base + c * sizeof(float), pixelBytes, 0));
     m_file->setFrameBuffer(buffer);
 }

@@ -59,16 +59,16 @@ void MultiplyByAlpha(float *row, std::size_t width)
 Status WriteRows(const GFL_BITMAP &bitmap, const SaveOptions &options, Imf::PixelType type, Imf::Header header,
                  Output *output)
 {
-    const int channels = ChannelsOfType(bitmap.Type);
+    const int channels = gflChannelsOfType(bitmap.Type);
     const auto width = static_cast<std::size_t>(bitmap.Width);
     std::vector<float> floats(width * static_cast<std::size_t>(channels));
     std::vector<half> halves(type == Imf::HALF ? floats.size() : 0);
     char *row = halves.empty() ? reinterpret_cast<char *>(floats.data()) : reinterpret_cast<char *>(halves.data());
     const std::size_t sampleBytes = type == Imf::HALF ? sizeof(half) : sizeof(float);
-    const char *const grey[] = {"Y"}, *const rgba[] = {"R", "G", "B", "A"};
+    const char *const gray[] = {"Y"}, *const rgba[] = {"R", "G", "B", "A"};
     Imf::FrameBuffer buffer; // every row uses the same memory
     for (int c = 0; c < channels; ++c) {
-        const char *name = (channels == 1 ? grey : rgba)[c];
+        const char *name = (channels == 1 ? gray : rgba)[c];
         header.channels().insert(name, Imf::Channel(type));
         buffer.insert(name,
                       Imf::Slice(type, row + static_cast<std::size_t>(c) * sampleBytes,

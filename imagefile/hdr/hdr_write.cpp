@@ -75,7 +75,7 @@ Status WriteHdr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink
         return status;
     const bool isPacked =
         options.compression != 0 && bitmap.Width >= kMinPackedWidth && bitmap.Width <= kMaxPackedWidth;
-    const RowConverter convert = ChooseConverter({bitmap.BitsPerComponent, ChannelsOfType(bitmap.Type)}, {32, 3});
+    const RowConverter convert = ChooseConverter({bitmap.BitsPerComponent, gflChannelsOfType(bitmap.Type)}, {32, 3});
     const auto width = static_cast<std::size_t>(bitmap.Width);
     std::vector<float> row(width * 3);
     std::vector<std::uint8_t> rgbe(width * kRgbeBytes), packed;

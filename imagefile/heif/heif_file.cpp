@@ -6,6 +6,24 @@
 
 namespace imagefile {
 
+namespace {
+
+/// Returns the ICC profile; empty if there is none, or, with a warning, if it can't be read.
+Bytes ProfileOf(const heif_image_handle *picture)
+{
+    const std::size_t size = heif_image_handle_get_raw_color_profile_size(picture);
+    if (size == 0)
+        return {};
+    Bytes profile(size <= kMaxMetadataBytes ? size : 0);
+    if (profile.empty() || heif_image_handle_get_raw_color_profile(picture, profile.data()).code != heif_error_Ok) {
+        Warn("damaged metadata is left out: the ICC profile is too large or can't be read");
+        return {};
+    }
+    return profile;
+}
+
+} // namespace
+
 Status HeifStatus(const heif_error &error)
 {
     if (error.code == heif_error_Ok)
@@ -108,15 +126,10 @@ void HeifFile::TakeBlock(heif_item_id id, Metadata *metadata) const
 // Stores the ICC profile. Without one, warns unless the file's color codes (ITU-T H.273) mean sRGB.
 void HeifFile::TakeColors(Metadata *metadata) const
 {
-    const std::size_t size = heif_image_handle_get_raw_color_profile_size(m_handle.get());
-    if (size > 0 && size <= kMaxMetadataBytes) {
-        metadata->icc.resize(size);
-        if (heif_image_handle_get_raw_color_profile(m_handle.get(), metadata->icc.data()).code != heif_error_Ok)
-            metadata->icc.clear();
-    }
-    heif_color_profile_nclx *found = nullptr;
+    metadata->icc = ProfileOf(m_handle.get());
     if (!metadata->icc.empty())
         return;
+    heif_color_profile_nclx *found = nullptr;
     const bool isKnown = heif_image_handle_get_nclx_color_profile(m_handle.get(), &found).code == heif_error_Ok;
     const HeifColors colors(found); // may be set even after an error
     if (!found)

@@ -1,14 +1,12 @@
+#include "core/bytes.h"
 #include "core/limits.h"
 #include "jpeg_codec.h"
 
 #include <cstring>
-#include <vector>
 
 namespace imagefile {
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 // The TIFF block in an APP1 segment, in either byte order. Bytes past the end read as 0.
 class ExifBlock {

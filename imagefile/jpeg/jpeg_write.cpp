@@ -213,11 +213,11 @@ bool Encoder::TryWrite()
 
 void Encoder::SetUp()
 {
-    const bool grey = m_bitmap.Type == GFL_GREY;
+    const bool gray = m_bitmap.Type == GFL_GREY;
     m_cinfo.image_width = static_cast<JDIMENSION>(m_bitmap.Width);
     m_cinfo.image_height = static_cast<JDIMENSION>(m_bitmap.Height);
-    m_cinfo.input_components = grey ? 1 : 3;
-    m_cinfo.in_color_space = grey ? JCS_GRAYSCALE : JCS_RGB;
+    m_cinfo.input_components = gray ? 1 : 3;
+    m_cinfo.in_color_space = gray ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_set_defaults(&m_cinfo);
     jpeg_set_quality(&m_cinfo, std::min<int>(m_options.quality, 100), /*force_baseline=*/TRUE);
     if (m_options.quality >= kFullChromaQuality)
@@ -248,7 +248,7 @@ void Encoder::WriteMetadata()
 
 void Encoder::WriteRows()
 {
-    const PixelForm from = {m_bitmap.BitsPerComponent, ChannelsOfType(m_bitmap.Type)};
+    const PixelForm from = {m_bitmap.BitsPerComponent, gflChannelsOfType(m_bitmap.Type)};
     const RowConverter convert = ChooseConverter(from, {8, m_cinfo.input_components});
     const std::uint8_t *src = nullptr;
     for (int y = 0; y < m_bitmap.Height; ++y) {

@@ -91,13 +91,12 @@ void JxlFile::TakeColors(Metadata *metadata) const
         && IsSrgb(colors))
         return;
     std::size_t size = 0;
-    if (JxlDecoderGetICCProfileSize(m_decoder.get(), nullptr, kPixels, &size) != JXL_DEC_SUCCESS || size == 0
-        || size > kMaxMetadataBytes)
+    const bool hasSize = JxlDecoderGetICCProfileSize(m_decoder.get(), nullptr, kPixels, &size) == JXL_DEC_SUCCESS;
+    Bytes profile(hasSize && size <= kMaxMetadataBytes ? size : 0);
+    if (profile.empty()
+        || JxlDecoderGetColorAsICCProfile(m_decoder.get(), nullptr, kPixels, profile.data(), size) != JXL_DEC_SUCCESS)
         return Warn("colors are treated as sRGB, but the file specifies others, for which libjxl can't make a profile");
-    metadata->icc.resize(size);
-    if (JxlDecoderGetColorAsICCProfile(m_decoder.get(), nullptr, kPixels, metadata->icc.data(), size)
-        != JXL_DEC_SUCCESS)
-        metadata->icc.clear();
+    metadata->icc = std::move(profile);
 }
 
 void JxlFile::ReadMetadata(Metadata *metadata)

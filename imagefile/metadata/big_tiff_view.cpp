@@ -14,6 +14,9 @@ constexpr std::size_t kHeadBytes = std::size_t(1) << 20; // copied unchanged; ou
 constexpr std::size_t kDirectoryBytes = 65536;           // room for 3,276 fields
 constexpr std::uint16_t kTypeLong = 4;
 
+// XMP, IPTC, Photoshop resources, ICC profile, maker note. Other fields over the limits describe how pixels are stored.
+constexpr std::uint16_t kMetadataTags[] = {700, 33723, 34377, 34675, 37500};
+
 Bytes ReadBytes(const Source &source, std::uint64_t offset, std::uint64_t length)
 {
     Bytes bytes(static_cast<std::size_t>(length));
@@ -99,6 +102,9 @@ std::uint32_t Narrowing::NarrowDirectory(std::uint64_t offset)
                 narrow.push_back(field);
         } else if (NarrowValue(&field)) {
             narrow.push_back(field);
+        } else if (std::find(std::begin(kMetadataTags), std::end(kMetadataTags), field.tag) != std::end(kMetadataTags)
+                   && TiffValueBytes(field) > 0) {
+            Warn(Text("damaged metadata is left out: TIFF field %u is too large or damaged", field.tag).c_str());
         }
     }
     return Append(EncodeDirectory(narrow, m_classic), &m_view);

@@ -54,14 +54,6 @@ bool IsReadable(const Exiv2::Exifdatum &datum)
     return datum.typeId() >= Exiv2::unsignedByte && datum.typeId() <= Exiv2::tiffIfd && datum.count() > 0;
 }
 
-Bytes ValueBytes(const Exiv2::Exifdatum &datum)
-{
-    Bytes bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
-    if (!bytes.empty())
-        datum.copy(bytes.data(), Exiv2::littleEndian);
-    return bytes;
-}
-
 bool IsSame(const Exiv2::Exifdatum &a, const Exiv2::Exifdatum &b)
 {
     return a.key() == b.key() && a.typeId() == b.typeId() && ValueBytes(a) == ValueBytes(b);

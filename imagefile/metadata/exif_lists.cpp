@@ -53,9 +53,7 @@ void FillEntry(std::uint32_t flag, std::uint32_t tag, const std::string &name, c
 
 void FillNode(const Exiv2::Exifdatum &datum, GFL_EXIF_ENTRYEX *node)
 {
-    Bytes bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
-    if (!bytes.empty())
-        datum.copy(bytes.data(), Exiv2::littleEndian);
+    const Bytes bytes = ValueBytes(datum);
     node->Tag = datum.tag();
     node->Format = static_cast<std::uint16_t>(datum.typeId());
     node->Block = BlockOf(datum);

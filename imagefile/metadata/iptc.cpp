@@ -1,6 +1,7 @@
 #include "iptc.h"
 
 #include "core/allocator.h"
+#include "core/hexadecimal.h"
 
 #include <algorithm>
 #include <cstring>
@@ -45,28 +46,11 @@ bool NextDataSet(const Bytes &iim, std::size_t *at, DataSet *set)
     return true;
 }
 
-std::string Hexadecimal(const std::uint8_t *data, std::size_t length)
-{
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(length * 2);
-    for (std::size_t i = 0; i < length; ++i) {
-        text += kDigits[data[i] >> 4];
-        text += kDigits[data[i] & 15];
-    }
-    return text;
-}
-
-int DigitValue(char digit)
-{
-    return digit >= '0' && digit <= '9' ? digit - '0' : digit >= 'a' && digit <= 'f' ? digit - 'a' + 10 : -1;
-}
-
 Bytes FromHexadecimal(const char *text)
 {
     Bytes bytes;
-    for (; DigitValue(text[0]) >= 0 && DigitValue(text[1]) >= 0; text += 2)
-        bytes.push_back(static_cast<std::uint8_t>(DigitValue(text[0]) * 16 + DigitValue(text[1])));
+    for (; HexDigit(text[0]) >= 0 && HexDigit(text[1]) >= 0; text += 2)
+        bytes.push_back(static_cast<std::uint8_t>(HexDigit(text[0]) * 16 + HexDigit(text[1])));
     return bytes;
 }
 
@@ -122,6 +106,11 @@ Bytes IptcBytes(const GFL_IPTC_DATA &data)
     Bytes iim;
     for (std::uint32_t i = 0; i < data.NumberOfItems; ++i) {
         const GFL_IPTC_ENTRY &entry = data.ItemsList[i];
+        if ((entry.Id & ~GFL_IPTC_HEXADECIMAL) > 0xFFFF) {
+            Warn(Text("metadata is left out: IPTC entry 0x%x, whose number is not a record and a data set", entry.Id)
+                     .c_str());
+            continue;
+        }
         const char *text = entry.Value ? entry.Value : "";
         const Bytes bytes =
             (entry.Id & GFL_IPTC_HEXADECIMAL) != 0 ? FromHexadecimal(text) : Bytes(text, text + std::strlen(text));

@@ -53,19 +53,11 @@ void TakeLog(int level, const char *text)
         WarnOfDamage(text);
 }
 
-Bytes RawBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order)
-{
-    Bytes bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
-    if (!bytes.empty())
-        datum.copy(bytes.data(), order);
-    return bytes;
-}
-
 Bytes RawTag(const Exiv2::Image &image, const char *key)
 {
     const Exiv2::ExifData &exif = image.exifData();
     const auto found = exif.findKey(Exiv2::ExifKey(key));
-    return found == exif.end() ? Bytes() : RawBytes(*found, image.byteOrder());
+    return found == exif.end() ? Bytes() : ValueBytes(*found, image.byteOrder());
 }
 
 // Returns a JPEG's Photoshop image resources, which may span several segments of at most 64 KiB. Exiv2 only provides
@@ -245,6 +237,14 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         TakeParts(source, *image, metadata);
     AddNotePlace(source, &metadata->exif);
     return source.Check();
+}
+
+Bytes ValueBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order)
+{
+    Bytes bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
+    if (!bytes.empty())
+        datum.copy(bytes.data(), order);
+    return bytes;
 }
 
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap)

@@ -58,6 +58,9 @@ template <class Lock> struct XmpUse {
 using XmpReading = XmpUse<std::shared_lock<std::shared_mutex>>;
 using XmpWriting = XmpUse<std::unique_lock<std::shared_mutex>>;
 
+/// Returns the bytes of a value, its numbers in the given order.
+Bytes ValueBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order = Exiv2::littleEndian);
+
 /// Returns the metadata of a bitmap; null if it has none.
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap);
 /// Returns the metadata of a bitmap, creating it if necessary.

@@ -92,13 +92,13 @@ public:
     {
         const std::size_t count = at + 2 <= note.size() ? Unsigned(at, 2) : 0;
         m_end = count <= kMaxNoteFields ? at + 2 + count * kClassic.FieldBytes() : SIZE_MAX;
-        for (std::size_t field = at + 2; IsWhole() && field < m_end; field += kClassic.FieldBytes())
+        for (std::size_t field = at + 2; IsComplete() && field < m_end; field += kClassic.FieldBytes())
             m_fields.push_back({static_cast<std::uint16_t>(Unsigned(field, 2)),
                                 static_cast<std::uint16_t>(Unsigned(field + 2, 2)), Unsigned(field + 4, 4),
                                 Unsigned(field + 8, 4)});
     }
 
-    bool IsWhole() const { return m_end <= m_note.size(); }
+    bool IsComplete() const { return m_end <= m_note.size(); }
     bool HasShiftedOffsets(std::int64_t place) const;
     bool HasNestedDirectories(std::int64_t place) const;
 
@@ -206,7 +206,7 @@ bool NeedsItsPlace(const Bytes &note, std::uint64_t place, bool isBigEndian)
     if (kind && kind->isMovable)
         return false;
     const NoteDirectory directory(note, kind ? kind->directoryAt : 0, isBigEndian);
-    return directory.IsWhole()
+    return directory.IsComplete()
         && (directory.HasShiftedOffsets(static_cast<std::int64_t>(place))
             || directory.HasNestedDirectories(static_cast<std::int64_t>(place)));
 }

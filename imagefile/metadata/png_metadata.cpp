@@ -1,6 +1,7 @@
 #include "png_metadata.h"
 
 #include "core/byte_reader.h"
+#include "core/hexadecimal.h"
 #include "core/image_limits.h"
 #include "photoshop_resources.h"
 
@@ -36,14 +37,6 @@ Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
     return result == Z_STREAM_END ? out : Bytes();
 }
 
-int HexDigit(std::uint8_t c)
-{
-    return c >= '0' && c <= '9' ? c - '0'
-        : c >= 'a' && c <= 'f'  ? c - 'a' + 10
-        : c >= 'A' && c <= 'F'  ? c - 'A' + 10
-                                : -1;
-}
-
 // Returns the block in a "Raw profile type" text: a line feed, a line each for the kind and the decimal length, and the
 // bytes in hexadecimal.
 Bytes RawProfile(const Bytes &text)
@@ -56,7 +49,7 @@ Bytes RawProfile(const Bytes &text)
     Bytes block;
     int high = -1;
     for (; at != text.end(); ++at) {
-        const int digit = HexDigit(*at);
+        const int digit = HexDigit(static_cast<char>(*at));
         if (digit < 0)
             continue;
         if (high >= 0)
@@ -172,9 +165,9 @@ Status ReadPngMetadata(const Source &source, Metadata *metadata)
         const std::string name(head + 4, head + 8);
         if (name == "IEND" || source.Size() - at < sizeof head + length)
             break;
-        if (IsMetadataChunk(name) && length <= kMaxMetadataBytes) {
-            Bytes chunk(length);
-            if (source.ReadAt(at + sizeof head, chunk.data(), length) == length)
+        if (IsMetadataChunk(name)) {
+            const Bytes chunk = ReadMetadataBlock(source, at + sizeof head, length);
+            if (chunk.size() == length)
                 reader.Take(name, chunk);
         }
         at += length + kChunkFrame;
@@ -185,14 +178,9 @@ Status ReadPngMetadata(const Source &source, Metadata *metadata)
 std::string RawProfileText(const char *kind, const Bytes &block)
 {
     constexpr std::size_t kBytesPerLine = 36;
-    static const char kDigits[] = "0123456789abcdef";
     std::string text = Text("\n%s\n%8zu", kind, block.size());
-    for (std::size_t i = 0; i < block.size(); ++i) {
-        if (i % kBytesPerLine == 0)
-            text += '\n';
-        text += kDigits[block[i] >> 4];
-        text += kDigits[block[i] & 15];
-    }
+    for (std::size_t at = 0; at < block.size(); at += kBytesPerLine)
+        text += '\n' + Hexadecimal(block.data() + at, std::min(kBytesPerLine, block.size() - at));
     return text + '\n';
 }
 

@@ -1,16 +1,12 @@
 #include "primaries.h"
 
+#include "core/color_engine.h"
+
 #include <cmath>
-#include <lcms2.h>
 
 namespace imagefile {
 
 namespace {
-
-struct CloseProfile {
-    void operator()(void *profile) const { cmsCloseProfile(profile); }
-};
-using ProfilePtr = std::unique_ptr<void, CloseProfile>;
 
 const cmsCIEXYZ *ColorTag(cmsHPROFILE profile, cmsTagSignature tag)
 {
@@ -59,7 +55,7 @@ bool Project(const cmsCIEXYZ &color, Chromaticity *result)
 
 std::optional<Primaries> PrimariesOf(const Bytes &icc)
 {
-    const ProfilePtr profile(cmsOpenProfileFromMem(icc.data(), static_cast<cmsUInt32Number>(icc.size())));
+    const ProfilePtr profile = OpenProfile(icc.data(), icc.size());
     if (!profile || cmsGetColorSpace(profile.get()) != cmsSigRgbData)
         return std::nullopt;
     const cmsCIEXYZ white = WhiteOf(profile.get());

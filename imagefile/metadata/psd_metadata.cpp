@@ -2,7 +2,6 @@
 #include "psd_metadata.h"
 
 #include "core/byte_reader.h"
-#include "core/image_limits.h"
 #include "photoshop_resources.h"
 
 namespace imagefile {
@@ -13,11 +12,7 @@ Bytes ReadPsdResources(const Source &source)
     ByteReader reader(source, kHeaderBytes);
     reader.Skip(reader.Number(4)); // color mode data
     const std::uint64_t length = reader.Number(4);
-    if (reader.Failed() || length > kMaxMetadataBytes)
-        return Bytes();
-    Bytes resources(static_cast<std::size_t>(length));
-    resources.resize(source.ReadAt(reader.Position(), resources.data(), resources.size()));
-    return resources;
+    return reader.Failed() ? Bytes() : ReadMetadataBlock(source, reader.Position(), length);
 }
 
 Status ReadPsdMetadata(const Source &source, Metadata *metadata)

@@ -71,7 +71,7 @@ void SetIfThere(const char *key, long value, Exiv2::XmpData *xmp)
         found->setValue(std::to_string(value));
 }
 
-void MakeTrue(PictureSize size, const Exiv2::ExifData &exif, Exiv2::XmpData *xmp)
+void UpdateXmp(PictureSize size, const Exiv2::ExifData &exif, Exiv2::XmpData *xmp)
 {
     if (std::any_of(xmp->begin(), xmp->end(), [](const Exiv2::Xmpdatum &one) { return IsNamed(one, kExtended); }))
         Warn("metadata is left out: the part of the XMP that does not fit into one segment of the JPEG");
@@ -136,7 +136,7 @@ bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 
 } // namespace
 
-void MakeExifTrue(PictureSize size, Exiv2::ExifData *exif)
+void UpdateExif(PictureSize size, Exiv2::ExifData *exif)
 {
     const auto orientation = exif->findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
     if (orientation != exif->end() && (orientation->toLong() < 1 || orientation->toLong() > 8))
@@ -157,7 +157,7 @@ Bytes EditedXmp(const Bytes &xmp, const Exiv2::XmpData &record, PictureSize size
     Exiv2::XmpData edited;
     if (!Decode(xmp, &edited))
         Warn("damaged metadata is left out: the XMP can't be read");
-    MakeTrue(size, exif, &edited);
+    UpdateXmp(size, exif, &edited);
     Set(record, &edited);
     Bytes packet = Encoded(edited);
     if (!packet.empty() || edited.empty())

@@ -11,7 +11,7 @@ struct PictureSize {
 
 /// Sets the picture dimensions in the EXIF, and removes an orientation outside 1 to 8, for which libtiff rejects the
 /// whole TIFF. Empty EXIF stays empty.
-void MakeExifTrue(PictureSize size, Exiv2::ExifData *exif);
+void UpdateExif(PictureSize size, Exiv2::ExifData *exif);
 
 /// Returns the packet @p xmp with the properties of @p record added, and without properties that are no longer true
 /// (see gflBitmapMarkEdited). @p exif is the edited picture's EXIF. Of a damaged packet, only the properties that Exiv2

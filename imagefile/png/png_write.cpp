@@ -65,7 +65,7 @@ private:
 Encoder::Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink)
     : m_bitmap(bitmap),
       m_rows(bitmap, options.rows),
-      m_from{bitmap.BitsPerComponent, ChannelsOfType(bitmap.Type)},
+      m_from{bitmap.BitsPerComponent, gflChannelsOfType(bitmap.Type)},
       m_form{bitmap.BitsPerComponent == 8 ? 8 : 16, m_from.channels},
       m_level(options.compression == GFL_COMPRESSION_DEFAULT ? kDefaultLevel
                                                              : std::min<int>(options.compression, kMaxLevel)),

@@ -11,8 +11,6 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::string_view kWideKeys[] = {"LMsk", "Lr16", "Lr32", "Layr", "Mt16", "Mt32", "Mtrn",
-                                          "Alph", "FMsk", "lnk2", "FEid", "FXid", "PxSD"}; // 64-bit lengths in a PSB
 constexpr std::int16_t kOpacityChannel = -1;
 
 std::string Key(ByteReader *reader)
@@ -25,6 +23,13 @@ std::string Key(ByteReader *reader)
 bool IsOneOf(const std::string &key, std::initializer_list<std::string_view> keys)
 {
     return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
+
+/// Returns whether the block has a 64-bit length in a PSB.
+bool IsWide(const std::string &key)
+{
+    return IsOneOf(
+        key, {"LMsk", "Lr16", "Lr32", "Layr", "Mt16", "Mt32", "Mtrn", "Alph", "FMsk", "lnk2", "FEid", "FXid", "PxSD"});
 }
 
 /// Record of a layer: its channels in the order of their data, and whether it shows its pixels unchanged.
@@ -100,9 +105,7 @@ void ReadBlocks(const Source &source, ByteReader *reader, std::uint64_t end, Psd
         const std::string signature = Key(reader), key = Key(reader);
         if (signature != "8BIM" && signature != "8B64")
             return;
-        const bool isWide =
-            layout->isLarge && std::find(std::begin(kWideKeys), std::end(kWideKeys), key) != std::end(kWideKeys);
-        const std::uint64_t bytes = reader->Number(isWide ? 8 : 4);
+        const std::uint64_t bytes = reader->Number(layout->isLarge && IsWide(key) ? 8 : 4);
         if (reader->Position() > end || bytes > end - reader->Position())
             return;
         if (IsOneOf(key, {"Lr16", "Lr32", "Layr"}) && bytes >= 2)

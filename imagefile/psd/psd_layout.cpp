@@ -20,7 +20,7 @@ struct Mode {
     int minBits, maxBits;
 };
 constexpr Mode kModes[] = {
-    {PsdMode::Bitmap, 1, 1, 1}, {PsdMode::Grey, 1, 8, 32},    {PsdMode::Indexed, 1, 8, 8}, {PsdMode::Rgb, 3, 8, 32},
+    {PsdMode::Bitmap, 1, 1, 1}, {PsdMode::Gray, 1, 8, 32},    {PsdMode::Indexed, 1, 8, 8}, {PsdMode::Rgb, 3, 8, 32},
     {PsdMode::Cmyk, 4, 8, 16},  {PsdMode::Duotone, 1, 8, 32}, {PsdMode::Lab, 3, 8, 16},
 };
 
@@ -92,7 +92,7 @@ void ChooseOpacity(PsdLayout *layout)
     layout->hasAlpha = !isFlat && layout->mergesOpacity && layout->channels > layout->colors;
     if (!layout->hasAlpha)
         layout->channelPlaces.clear();
-    layout->isOnPaper = layout->hasAlpha && layout->channelPlaces.empty();
+    layout->isBlendedWithWhite = layout->hasAlpha && layout->channelPlaces.empty();
 }
 
 // Finds the channels of the merged picture. The row sizes of all channels precede the first channel.
@@ -125,7 +125,7 @@ Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *l
 
 void ChooseForm(PsdLayout *layout)
 {
-    const bool isGray = layout->mode == PsdMode::Grey || layout->mode == PsdMode::Duotone;
+    const bool isGray = layout->mode == PsdMode::Gray || layout->mode == PsdMode::Duotone;
     layout->form = {std::max(layout->bits, 8), layout->hasAlpha ? 4 : isGray ? 1 : 3};
 }
 

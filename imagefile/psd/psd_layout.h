@@ -7,7 +7,7 @@
 namespace imagefile {
 
 /// Color modes, numbered as in the file header.
-enum class PsdMode : std::uint16_t { Bitmap = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Duotone = 8, Lab = 9 };
+enum class PsdMode : std::uint16_t { Bitmap = 0, Gray = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Duotone = 8, Lab = 9 };
 
 /// Location of a channel.
 struct PsdChannel {
@@ -37,7 +37,7 @@ struct PsdLayout {
     int colors = 3;                        // color channels
     bool hasAlpha = false;                 // an opacity channel follows the colors
     bool mergesOpacity = false;            // the merged picture includes the opacity of the layers
-    bool isOnPaper = false;                // partly transparent pixels are blended with white
+    bool isBlendedWithWhite = false;       // partly transparent pixels are
     Bytes palette;                         // indexed: 256 values each of red, green and blue
     std::vector<PsdChannel> channelPlaces; // of the used channels
     PixelForm form;                        // as delivered
@@ -57,7 +57,6 @@ struct PsdLayout {
 };
 
 constexpr int kPsdMaxSide = 30000; // pixels; a larger picture needs a PSB
-constexpr std::size_t kPsdHeaderBytes = 26;
 
 /// Reads and checks everything before the pixels.
 Status OpenPsd(const Source &source, PsdLayout *layout);

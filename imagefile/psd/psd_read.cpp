@@ -104,15 +104,15 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
 
 /// Removes the white that partly transparent pixels were blended with. Leaves pixels unchanged that are too dark to
 /// contain that white, because some programs store unblended colors.
-template <class T> void TakePaperOut(T *row, std::size_t width)
+template <class T> void UnblendFromWhite(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
     constexpr float kRounding = std::is_floating_point_v<T> ? 1e-5f : 0.0f; // integers: white minus opacity is exact
     for (std::size_t x = 0; x < width; ++x, row += 4) {
         const float opacity = static_cast<float>(row[3]) / kFull;
-        const float paper = kFull - static_cast<float>(row[3]) - kRounding * kFull;
+        const float white = kFull - static_cast<float>(row[3]) - kRounding * kFull;
         const bool isBlended =
-            std::all_of(row, row + 3, [paper](T value) { return static_cast<float>(value) >= paper; });
+            std::all_of(row, row + 3, [white](T value) { return static_cast<float>(value) >= white; });
         for (int c = 0; c < 3 && isBlended && opacity > 0.0f && opacity < 1.0f; ++c)
             row[c] = ToSample<T>(kFull - (kFull - static_cast<float>(row[c])) / opacity);
     }
@@ -202,8 +202,8 @@ template <class T> void Assembler::FinishAs(T *row)
                 pixel[3] = samples[1];
         }
     }
-    if (m_layout.isOnPaper)
-        TakePaperOut(row, m_width);
+    if (m_layout.isBlendedWithWhite)
+        UnblendFromWhite(row, m_width);
 }
 
 void Assembler::Finish(std::uint8_t *row)
@@ -224,7 +224,7 @@ struct ColorName {
     const char *suffix; // of the description; hosts use it to detect files that need special treatment
 };
 constexpr ColorName kColorNames[] = {
-    {PsdMode::Bitmap, GFL_CM_GREY, ""}, {PsdMode::Grey, GFL_CM_GREY, ""},      {PsdMode::Indexed, GFL_CM_PALETTE, ""},
+    {PsdMode::Bitmap, GFL_CM_GREY, ""}, {PsdMode::Gray, GFL_CM_GREY, ""},      {PsdMode::Indexed, GFL_CM_PALETTE, ""},
     {PsdMode::Rgb, GFL_CM_RGB, ""},     {PsdMode::Cmyk, GFL_CM_CMYK, " CMYK"}, {PsdMode::Duotone, GFL_CM_GREY, ""},
     {PsdMode::Lab, GFL_CM_LAB, " LAB"},
 };

@@ -96,7 +96,7 @@ private:
 
 Writer::Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink)
     : m_bitmap(bitmap),
-      m_channels(ChannelsOfType(bitmap.Type)),
+      m_channels(gflChannelsOfType(bitmap.Type)),
       m_sampleBytes(bitmap.BitsPerComponent / 8),
       m_isPacked(isPacked),
       m_sink(sink),
@@ -120,7 +120,7 @@ Bytes Writer::Head(const Bytes &resources) const
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Height), 4, &head);
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Width), 4, &head);
     AppendNumber(m_bitmap.BitsPerComponent, 2, &head);
-    AppendNumber(static_cast<std::uint64_t>(m_channels == 1 ? PsdMode::Grey : PsdMode::Rgb), 2, &head);
+    AppendNumber(static_cast<std::uint64_t>(m_channels == 1 ? PsdMode::Gray : PsdMode::Rgb), 2, &head);
     AppendNumber(0, 4, &head); // no color mode data
     AppendNumber(resources.size(), 4, &head);
     head.insert(head.end(), resources.begin(), resources.end());

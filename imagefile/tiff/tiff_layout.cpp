@@ -83,7 +83,7 @@ Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
     case PHOTOMETRIC_MINISBLACK:
     case PHOTOMETRIC_MASK:
         layout->minIsWhite = layout->photometric == PHOTOMETRIC_MINISWHITE;
-        layout->color = TiffColor::Grey;
+        layout->color = TiffColor::Gray;
         return Status::Ok();
     case PHOTOMETRIC_RGB:
         layout->color = TiffColor::Rgb;
@@ -175,7 +175,7 @@ int FindOpacity(const TiffHandle &handle, int colors, TiffLayout *layout)
             return colors + i;
         }
     }
-    const bool isOpacity = extras == 1 && (layout->color == TiffColor::Grey || layout->color == TiffColor::Rgb);
+    const bool isOpacity = extras == 1 && (layout->color == TiffColor::Gray || layout->color == TiffColor::Rgb);
     return isOpacity ? colors : -1;
 }
 
@@ -215,7 +215,7 @@ Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
     if (opacity >= 0)
         layout->used.push_back(opacity);
     layout->unpacked = {UnpackedBits(*layout), static_cast<int>(layout->used.size())};
-    const bool isGray = layout->color == TiffColor::Grey && layout->bits > 1;
+    const bool isGray = layout->color == TiffColor::Gray && layout->bits > 1;
     layout->form = {layout->color == TiffColor::Palette ? 8 : layout->unpacked.bits, opacity >= 0 ? 4 : isGray ? 1 : 3};
     return layout->color == TiffColor::Palette ? ReadPalette(handle, layout) : Status::Ok();
 }

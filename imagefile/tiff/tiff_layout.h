@@ -11,7 +11,7 @@
 namespace imagefile {
 
 enum class TiffColor {
-    Grey,
+    Gray,
     Rgb,
     Palette,
     Cmyk,
@@ -45,7 +45,7 @@ struct TiffLayout {
     bool premultiplied = false;
     std::uint16_t compression = 1;
     std::uint16_t photometric = 0;
-    TiffColor color = TiffColor::Grey;
+    TiffColor color = TiffColor::Gray;
     std::vector<int> used;                // indexes of the delivered samples: colors, then opacity
     const std::uint16_t *palette[3] = {}; // red, green, blue; owned by libtiff
     Chromaticity white = kD50;            // of CIE Lab

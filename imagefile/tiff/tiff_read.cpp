@@ -214,7 +214,7 @@ std::size_t UnpackedRowBytes(const TiffLayout &layout)
 class SharedReading {
 public:
     /// Returns whether bands can be decoded in any order, and are small and numerous enough to share.
-    static bool Pays(const BandReader &reader, const RowSink &rows);
+    static bool IsWorthwhile(const BandReader &reader, const RowSink &rows);
 
     /// @p reader belongs to the calling thread and has been started.
     SharedReading(const Source &source, BandReader *reader, RowSink *rows) : m_source(source), m_rows(rows)
@@ -243,7 +243,7 @@ private:
     Status m_failure = Status::Ok();
 };
 
-bool SharedReading::Pays(const BandReader &reader, const RowSink &rows)
+bool SharedReading::IsWorthwhile(const BandReader &reader, const RowSink &rows)
 {
     constexpr std::size_t kMaxBandBytes = std::size_t(8) << 20;
     constexpr std::int64_t kMinPixels = 1 << 20; // smaller pictures decode faster than threads start
@@ -341,7 +341,7 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
         return status;
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
         return status;
-    if (SharedReading::Pays(*reader, *rows))
+    if (SharedReading::IsWorthwhile(*reader, *rows))
         return SharedReading(source, reader, rows).Run();
     std::vector<std::uint8_t> scratch;
     if (!UnpacksInPlace(layout))
@@ -410,7 +410,7 @@ GflColorModel ColorModelOf(const TiffLayout &layout)
         break;
     }
     switch (layout.color) {
-    case TiffColor::Grey:
+    case TiffColor::Gray:
         return GFL_CM_GREY;
     case TiffColor::Rgb:
         return GFL_CM_RGB;

@@ -184,7 +184,7 @@ void UnpackSamples(const TiffLayout &layout, const std::uint8_t *src, std::size_
 
 bool UnpacksInPlace(const TiffLayout &layout)
 {
-    return (layout.color == TiffColor::Grey || layout.color == TiffColor::Rgb) && layout.unpacked == layout.form;
+    return (layout.color == TiffColor::Gray || layout.color == TiffColor::Rgb) && layout.unpacked == layout.form;
 }
 
 void FinishRow(const TiffLayout &layout, ColorTransform *transform, void *unpacked, void *row)

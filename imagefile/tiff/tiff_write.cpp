@@ -55,7 +55,7 @@ int FastRows(int value)
 Picture::Picture(const GFL_BITMAP &source, const RowMaker *rowMaker, bool isFast)
     : bitmap(source),
       maker(rowMaker),
-      form{source.BitsPerComponent, ChannelsOfType(source.Type)},
+      form{source.BitsPerComponent, gflChannelsOfType(source.Type)},
       rowBytes(static_cast<std::size_t>(source.Width) * static_cast<std::size_t>(form.BytesPerPixel()))
 {
     rowsPerStrip =

@@ -89,12 +89,12 @@ Status ReadAnimationFrame(const Source &source, const WebpRange &range, WebpLayo
     layout->top = 2 * LittleEndian24(head + 3);
     Chunks chunks(source, range.at + sizeof head, range.at + range.size);
     if (!chunks.Next())
-        return Damaged("a frame without a picture");
+        return Damaged("the first frame has no picture");
     if (Status status = ReadFrame(source, &chunks, layout); !status)
         return status;
     if (layout->frameWidth != LittleEndian24(head + 6) + 1 || layout->frameHeight != LittleEndian24(head + 9) + 1
         || layout->frameWidth > layout->width - layout->left || layout->frameHeight > layout->height - layout->top)
-        return Damaged("a frame of wrong size");
+        return Damaged("the first frame has a wrong size");
     layout->hasAlpha = layout->hasAlpha || !layout->CoversCanvas();
     return Status::Ok();
 }

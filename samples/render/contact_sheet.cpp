@@ -225,6 +225,9 @@ int main(int argc, char **argv)
     } catch (const KException &e) {
         std::fprintf(stderr, "contact-sheet: %s\n", qPrintable(e.what()));
         return 1;
+    } catch (const std::exception &e) {
+        std::fprintf(stderr, "contact-sheet: %s\n", e.what());
+        return 1;
     }
     KImage::exit();
     return 0;

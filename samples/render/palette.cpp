@@ -1,10 +1,10 @@
 #include "palette.h"
 
-#include <cstdio>
+#include "jpeg_error.h"
+
+#include <memory>
 
 #include <QBuffer>
-
-#include <jpeglib.h>
 
 QImage WithPalette(const QImage &sheet)
 {
@@ -14,8 +14,10 @@ QImage WithPalette(const QImage &sheet)
     sheet.save(&buffer, "JPEG", 100);
     jpeg_decompress_struct info = {};
     jpeg_error_mgr errors = {};
-    info.err = jpeg_std_error(&errors);
+    info.err = Samples::ThrowJpegErrors(&errors);
     jpeg_create_decompress(&info);
+    const std::unique_ptr<jpeg_decompress_struct, decltype(&jpeg_destroy_decompress)> guard(&info,
+                                                                                            &jpeg_destroy_decompress);
     jpeg_mem_src(&info, reinterpret_cast<const unsigned char *>(bytes.constData()),
                  static_cast<unsigned long>(bytes.size()));
     jpeg_read_header(&info, TRUE);
@@ -32,6 +34,5 @@ QImage WithPalette(const QImage &sheet)
         jpeg_read_scanlines(&info, &row, 1);
     }
     jpeg_finish_decompress(&info);
-    jpeg_destroy_decompress(&info);
     return result;
 }

@@ -1,11 +1,12 @@
 #include "photograph.h"
 
+#include "jpeg_error.h"
+
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
 
 #include <exiv2/exiv2.hpp>
-#include <jpeglib.h>
 #include <lcms2.h>
 
 namespace Samples {
@@ -114,19 +115,11 @@ std::vector<unsigned char> ColorProfile()
     return bytes;
 }
 
-[[noreturn]] void FailJpeg(j_common_ptr info)
-{
-    char text[JMSG_LENGTH_MAX];
-    info->err->format_message(info, text);
-    throw std::runtime_error(text);
-}
-
 void EncodeJpeg(FILE *file, const Picture &picture)
 {
     jpeg_compress_struct info = {};
     jpeg_error_mgr errors = {};
-    info.err = jpeg_std_error(&errors);
-    errors.error_exit = &FailJpeg;
+    info.err = ThrowJpegErrors(&errors);
     jpeg_create_compress(&info);
     const std::unique_ptr<jpeg_compress_struct, decltype(&jpeg_destroy_compress)> guard(&info, &jpeg_destroy_compress);
     jpeg_stdio_dest(&info, file);

@@ -225,6 +225,11 @@ void tst_Heif::metadata()
         QVERIFY(LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_METADATA)));
         QCOMPARE(QByteArray(gflLastWarningText()).contains("treated as sRGB"), row.isWarned);
     }
+    Blocks large;
+    large.icc = QByteArray((64 << 20) + 1, 'x');
+    gflClearWarningText();
+    QVERIFY(LoadFromMemory(Encode({}, large), nullptr, LoadParams(GFL_LOAD_METADATA)));
+    QVERIFY(QByteArray(gflLastWarningText()).contains("ICC profile"));
 }
 
 /// Reads a file as written by avifenc 0.11, whose opacity has no rotation; libheif 1.15 assumes a wrong size for it.

@@ -246,6 +246,7 @@ private Q_SLOTS:
     void metadataList();
     void resolution();
     void damagedMetadata();
+    void blocksThatAreTooLarge();
     void exifTooLargeForJpeg();
     void structureIsNotCopied();
 
@@ -343,6 +344,14 @@ void tst_Metadata::iptcEntries()
     };
     QCOMPARE(entry(1), QByteArray::number(GFL_IPTC_HEXADECIMAL | 0x200u, 16) + " 0004");
     QCOMPARE(entry(3).append(iptc->ItemsList[3].Name), QByteArray("219 twoKeywords"));
+    iptc->ItemsList[3].Id += 0x10000; // not a record and a data set
+    const BitmapPtr target = SmoothBitmap(4, 3, GFL_RGB, 8);
+    gflClearWarningText();
+    QCOMPARE(gflBitmapSetIPTC(target.get(), iptc), int(GFL_NO_ERROR));
+    QVERIFY(QByteArray(gflLastWarningText()).contains("0x10219"));
+    gflFreeIPTC(iptc);
+    iptc = gflBitmapGetIPTC(target.get());
+    QCOMPARE(iptc->NumberOfItems, 6u);
     gflFreeIPTC(iptc);
 }
 
@@ -539,6 +548,32 @@ void tst_Metadata::damagedMetadata()
         QVERIFY2(bitmap, gflLastErrorText());
         gflFreeEXIF(gflBitmapGetEXIF(bitmap.get(), 1));
         QVERIFY2(!SavedBytes(*bitmap, SaveParams("tiff")).isEmpty(), gflLastErrorText());
+    }
+}
+
+void tst_Metadata::blocksThatAreTooLarge()
+{
+    const QByteArray block((64 << 20) + 1, ' ');
+    QByteArray png = SavedBytes(*SmoothBitmap(8, 8, GFL_RGB, 8), SaveParams("png"));
+    png.insert(33, BigEndian(quint64(block.size()), 4) + "iCCP" + block + BigEndian(0, 4)); // after the header
+    QByteArray psd = SavedBytes(*SmoothBitmap(8, 8, GFL_RGB, 8), SaveParams("psd"));
+    const quint32 resources = qFromBigEndian<quint32>(psd.constData() + 30);
+    psd.replace(30, 4, BigEndian(resources + quint64(block.size()), 4)).insert(34, block);
+    TIFF *tiff = TIFFOpen(qPrintable(m_folder("big.tif")), "w8");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 1);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
+    TIFFSetField(tiff, TIFFTAG_XMLPACKET, uint32_t(block.size() / 2), block.constData());
+    TIFFWriteEncodedStrip(tiff, 0, const_cast<char *>("\1"), 1);
+    TIFFClose(tiff);
+    const struct {
+        const char *name;
+        QByteArray file;
+    } rows[] = {{"PNG", png}, {"Photoshop", psd}, {"BigTIFF", ReadBytes(m_folder("big.tif"))}};
+    for (const auto &row : rows) {
+        const Case named(row.name);
+        gflClearWarningText();
+        QVERIFY2(LoadFromMemory(row.file, nullptr, LoadParams(GFL_LOAD_METADATA)), gflLastErrorText());
+        QVERIFY(QByteArray(gflLastWarningText()).contains("metadata is left out"));
     }
 }
 

@@ -34,7 +34,7 @@ struct PictureFacts {
     Fact<QSize> original;           // full size as photographed, before cropping or scaling
     Fact<double> focalPlaneWidthMm; // long side of the original on the sensor
     Orientation orientation = 1;    // from the file
-    Orientation readerTurn = 1;     // already applied by the reader: raw, HEIF
+    Orientation readerTurn = 1;     // already applied by the reader; ours apply none and deliver pixels as stored
     bool raw = false;
     Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // fractions of the original's sides, angle 0

@@ -23,7 +23,7 @@ public:
     GuardedImage(const Pixels &pixels, int padding);
 
     Pixels Read() const;
-    bool GuardsAreWhole() const;
+    bool GuardsAreIntact() const;
 
     using TestImage::image;
 
@@ -38,7 +38,7 @@ struct WarpSwitches {
 };
 
 /// Changes @p destination as newLCP::Render must for matching images.
-void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination);
+void RenderReference(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination);
 
 /// Returns the first difference between two pictures, with both values; empty if there is none. NaNs compare equal.
 QString FirstDifference(const Pixels &got, const Pixels &want);

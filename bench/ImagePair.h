@@ -22,11 +22,12 @@ struct PixelForm {
 /// A source filled with noise and a target that share one block of memory.
 class ImagePair {
 public:
-    ImagePair(PixelForm from, PixelForm to, int targetWidth, int targetHeight)
+    /// @param turned  makes the source upright.
+    ImagePair(PixelForm from, PixelForm to, int targetWidth, int targetHeight, bool turned = false)
         : block(
             static_cast<std::size_t>(kPixels * from.BytesPerPixel() + to.BytesPerPixel() * targetWidth * targetHeight))
     {
-        Wrap(source, from, kWidth, kHeight, block.data());
+        Wrap(source, from, turned ? kHeight : kWidth, turned ? kWidth : kHeight, block.data());
         Wrap(target, to, targetWidth, targetHeight, block.data() + kPixels * from.BytesPerPixel());
         // Noise everywhere, so that branches cannot be predicted; floats are 0 to 1.
         std::mt19937 random(1);

@@ -172,12 +172,13 @@ void BM_DescribeJpeg(benchmark::State &state)
     for (auto _ : state) {
         const std::int64_t before = ProcessNumber("io", "rchar:");
         const double start = ThreadSeconds();
-        GFL_FILE_INFORMATION info;
+        GFL_FILE_INFORMATION info = {};
         gflGetFileInformationExUTF8(path.c_str(), -1, &info, 4);
         GFL_BITMAP *bitmap = nullptr;
         gflLoadMetadataUTF8(path.c_str(), &bitmap);
         gflFreeEXIF(gflBitmapGetEXIF(bitmap, 1));
         gflFreeBitmap(bitmap);
+        gflFreeFileInformation(&info);
         const double taken = ThreadSeconds() - start;
         bytes = ProcessNumber("io", "rchar:") - before;
         best = std::min(best, taken);

@@ -1,6 +1,7 @@
 // The warp of 24 megapixels of float RGBA on one thread: all paths, frames and instruction sets. The profile has
 // the distortion and vignetting of a wide-angle zoom.
 #include "CopyRatio.h"
+#include "ImagePair.h"
 
 #include "FittedWarp.h"
 #include "FloatWarp.h"
@@ -10,13 +11,7 @@
 
 #include <QDomElement>
 
-#include <random>
-
 namespace {
-
-constexpr int kLongSide = 6000;
-constexpr int kShortSide = 4000;
-constexpr std::int64_t kPixels = std::int64_t(kLongSide) * kShortSide;
 
 LensParam Model(double centerX, double centerY, float focalPixels, const QVector<float> &coefficients)
 {
@@ -24,7 +19,7 @@ LensParam Model(double centerX, double centerY, float focalPixels, const QVector
     model.centerX = centerX;
     model.centerY = centerY;
     model.focalPixels = focalPixels;
-    model.focalLengthX = model.focalLengthY = double(focalPixels) / kLongSide;
+    model.focalLengthX = model.focalLengthY = double(focalPixels) / kWidth;
     model.coefficients = coefficients;
     model.Found();
     return model;
@@ -46,22 +41,13 @@ newLCP Profile(int modelKind)
     return lcp;
 }
 
-/// A source filled with noise and a target that share one block of memory.
-struct ImagePair {
-    explicit ImagePair(FloatWarp::Frame frame) : block(static_cast<std::size_t>(kPixels) * 32)
-    {
-        const bool turned = frame == FloatWarp::Frame::Turned;
-        const int width = turned ? kShortSide : kLongSide, height = turned ? kLongSide : kShortSide;
-        source.AllocBitmap(width, height, GFL_RGBA, 32, /*clear=*/false, block.data(), width * 16);
-        target.AllocBitmap(width, height, GFL_RGBA, 32, /*clear=*/false, block.data() + block.size() / 2, width * 16);
-        std::mt19937 random(1);
-        float *samples = reinterpret_cast<float *>(block.data());
-        std::generate(samples, samples + block.size() / 4, [&] { return static_cast<float>(random()) * 0x1p-32f; });
-    }
-
-    std::vector<unsigned char> block;
-    KImage source, target;
-};
+/// Returns a source and a target of the same size, as float RGBA.
+ImagePair FloatImages(FloatWarp::Frame frame)
+{
+    constexpr PixelForm kFloats = {GFL_RGBA, 32};
+    const bool turned = frame == FloatWarp::Frame::Turned;
+    return ImagePair(kFloats, kFloats, turned ? kHeight : kWidth, turned ? kWidth : kHeight, turned);
+}
 
 constexpr Corrections kVignette = {false, false, true}, kDistortion = {true, false, true},
                       kColors = {false, true, true}, kAll = {true, true, true};
@@ -73,7 +59,7 @@ void BM_Warp(benchmark::State &state, int modelKind, Corrections corrections, Fl
     if (instructions > FloatWarp::BestInstructions())
         return state.SkipWithError("not on this processor");
     const newLCP lcp = Profile(modelKind);
-    ImagePair images(frame);
+    ImagePair images = FloatImages(frame);
     const FloatWarp warp(lcp, corrections, frame, images.source);
     MeasureAgainstCopy(state, kPixels, images.block,
                        [&] { warp.Render(images.target, 0, FloatWarp::Unwritten::Stays, instructions); });
@@ -119,8 +105,8 @@ RadialMap Map(double centerX, double centerY, double scale, double k1, double k2
 Correction FittedLens(Corrections switches)
 {
     Correction correction;
-    correction.width = kLongSide;
-    correction.height = kShortSide;
+    correction.width = kWidth;
+    correction.height = kHeight;
     if (switches.distortion)
         correction.geometry = Map(3011, 1988, 1.0, -0.11, 0.08, -0.02);
     if (switches.chromatic) {
@@ -137,13 +123,13 @@ void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, Correctio
 {
     if (instructions > FloatWarp::BestInstructions())
         return state.SkipWithError("not on this processor");
-    ImagePair images(FloatWarp::Frame::Landscape);
+    ImagePair images = FloatImages(FloatWarp::Frame::Landscape);
     const FittedWarp warp(FittedLens(switches), sampling, light, {});
     bool complete = true;
     MeasureAgainstCopy(state, kPixels, images.block, [&] {
         constexpr int kStrip = 64;
-        for (int y = 0; y < kShortSide; y += kStrip) {
-            KImage strip(kLongSide, std::min(kStrip, kShortSide - y), GFL_RGBA, 32, /*clear=*/false,
+        for (int y = 0; y < kHeight; y += kStrip) {
+            KImage strip(kWidth, std::min(kStrip, kHeight - y), GFL_RGBA, 32, /*clear=*/false,
                          images.target.getData(0, y), static_cast<int>(images.target.bytesPerLine()));
             complete &= warp.Render(images.source, 0, strip, y, instructions);
         }
@@ -175,7 +161,7 @@ FITTED(SharpAllSrgb, Sharp, kAll, TransferCurve::Srgb());
 void BM_WarpPlainly(benchmark::State &state)
 {
     newLCP lcp = Profile(kPerspective);
-    ImagePair images(FloatWarp::Frame::Landscape);
+    ImagePair images = FloatImages(FloatWarp::Frame::Landscape);
     InterpolatorKim<float, float> run;
     run.sample = &InterpolatorKim<float, float>::InterpolateN;
     run.sampleChannel = &InterpolatorKim<float, float>::InterpolateNc;

@@ -156,6 +156,12 @@ FloatWarp::FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, co
 {
 }
 
+FloatWarp::RowRange FloatWarp::RowRange::Widened(int height) const
+{
+    const int more = end - first;
+    return {std::max(0, first - more), std::min(height, end + more)};
+}
+
 FloatWarp::RowRange FloatWarp::RowsFor(int firstRow, int rows) const
 {
     const bool turned = m_frame == Frame::Turned;

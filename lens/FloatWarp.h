@@ -48,6 +48,9 @@ public:
     /// Rows [first, end).
     struct RowRange {
         int first, end;
+
+        /// Returns the range extended by its length on both sides, within a picture of @p height rows.
+        RowRange Widened(int height) const;
     };
     /// Estimates the source rows that a band of @p rows rows, starting at @p firstRow, needs, from 64 positions in its
     /// first and last row. The estimate is too small only if a model isn't smooth.

@@ -9,7 +9,7 @@
 
 namespace {
 
-const QString kExpected = QStringLiteral("an .lcp profile (XML) was expected");
+const QString kExpected = QStringLiteral("expected an .lcp profile (XML)");
 
 constexpr int kMaxTextLength = 200; // a text in a damaged file may be as long as the file
 
@@ -62,7 +62,7 @@ QString WhyNoDocument(const ProfileDocument &profile)
     const QString what = root.isNull() ? QStringLiteral("not XML") : QStringLiteral("damaged or cut short");
     return QStringLiteral("%1: %2 at line %3, column %4; %5")
         .arg(what, profile.why, QString::number(profile.line), QString::number(profile.column),
-             root.isNull() ? kExpected : QStringLiteral("complete XML was expected"));
+             root.isNull() ? kExpected : QStringLiteral("expected complete XML"));
 }
 
 /// Returns the problem of a document in which first child elements don't lead to an entry.
@@ -86,8 +86,8 @@ QString WhyNoModel(const QDomElement &entry)
                                   "(<rdf:li rdf:parseType=\"Resource\"> with an element for each value)");
         return QStringLiteral("the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is supported");
     }
-    return QStringLiteral("no model in the first <rdf:li>: a <stCamera:PerspectiveModel> or <stCamera:FisheyeModel> "
-                          "with rdf:parseType=\"Resource\" was expected");
+    return QStringLiteral("no model in the first <rdf:li>; expected a <stCamera:PerspectiveModel> or "
+                          "<stCamera:FisheyeModel> with rdf:parseType=\"Resource\"");
 }
 
 /// Returns what is wrong with one side of the calibrated picture; empty if it is valid.
@@ -101,7 +101,7 @@ QString WhyNoSize(const QDomElement &entry, const char *tag, double value)
         return QStringLiteral("no <%1>; all its values are fractions of that size").arg(name);
     if (value == 0.0 && element.text().toFloat() > 1.0F)
         return QStringLiteral("<%1> comes after the model, where it is ignored; it must come before").arg(name);
-    return QStringLiteral("\"%2\" as <%1>; a number of pixels above 1 was expected")
+    return QStringLiteral("\"%2\" as <%1>; expected a number of pixels above 1")
         .arg(name, element.text().simplified().left(40));
 }
 

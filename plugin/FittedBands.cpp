@@ -106,8 +106,7 @@ void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
     while (!m_warp.Render(source->Image(), source->FirstRow(), band, firstRow)) {
         if (range.first == 0 && range.end == all)
             throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // the whole picture is already in memory
-        const int more = range.end - range.first;
-        range = {qMax(0, range.first - more), qMin(all, range.end + more)};
+        range = range.Widened(all);
         ReadableRows(range.end);
         source->Hold(range.first, range.end);
     }

@@ -59,12 +59,13 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
     QStringList lost;
     if (bands.ResultBits() < sourceBits) {
         const QString from =
-            sourceBits == 32 ? QStringLiteral("floats, from 0 to 1") : QStringLiteral("%1").arg(sourceBits);
+            sourceBits == 32 ? QStringLiteral("floats (clipped to 0 to 1)") : QStringLiteral("%1").arg(sourceBits);
         lost << QStringLiteral("%1 bits per channel instead of %2").arg(bands.ResultBits()).arg(from)
                 + (plan.values.encodes ? QStringLiteral(", with the sRGB curve") : QString());
     }
     if (source.type() == GFL_GREY && bands.ResultType() != GFL_GREY)
-        lost << QStringLiteral("RGB with opacity for the empty pixels, without the gray color profile");
+        lost << QStringLiteral(
+            "RGB with opacity instead of gray, because some pixels are empty, and without the gray color profile");
     if (bands.Flattens())
         lost << QStringLiteral("no opacity: transparent pixels are black");
     return lost;

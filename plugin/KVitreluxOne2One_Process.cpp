@@ -64,8 +64,7 @@ private:
         FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
         m_source.Hold(range.first, range.end);
         while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
-            const int more = range.end - range.first; // ends with the whole picture, where no row is missing
-            range = {qMax(0, range.first - more), qMin(m_height, range.end + more)};
+            range = range.Widened(m_height); // ends with the whole picture, where no row is missing
             m_source.Hold(range.first, range.end);
         }
     }

@@ -26,7 +26,7 @@ struct FitOptions {
     double framingFactor = 1.0; // for Framing::Factor, 0.5 to 2
     Sampling sampling = Sampling::Sharp;
     Projection projection = Projection::Rectilinear; // for fisheyes
-    // Factors by which the profile's corrections are scaled, at most 2.
+    // Factors by which the profile's corrections are scaled, 0 to 2.
     double amountDistortion = 1.0, amountChromatic = 1.0, amountVignetting = 1.0;
     ProfileSource source = ProfileSource::Auto;
     bool again = false; // correct even if the picture was corrected before

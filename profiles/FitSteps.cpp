@@ -70,10 +70,10 @@ PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
     return {namesMaker ? first : facts.make.value, body};
 }
 
-/// Limits an amount to twice the profile's, which is enough for any use and keeps all values finite.
+/// Limits an amount to 0 to twice the profile's, which is enough for any use and keeps all values finite.
 static double Amount(double requested)
 {
-    return std::min(requested, 2.0);
+    return std::clamp(requested, 0.0, 2.0);
 }
 
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)
@@ -130,7 +130,7 @@ void NoteAgain(const FitTasks &tasks, FitResult *result)
     const bool made[] = {result->distortion, result->chromatic, result->vignetting};
     for (std::size_t i = 0; i < tasks.size(); ++i)
         if (made[i] && tasks[i].done.value)
-            result->assumed << QStringLiteral("%1 again, though corrected before (%2)")
+            result->assumed << QStringLiteral("%1 corrected again, although already corrected (%2)")
                                    .arg(QLatin1String(tasks[i].name), tasks[i].done.source);
 }
 

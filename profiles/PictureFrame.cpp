@@ -1,6 +1,7 @@
 #include "PictureFrame.h"
 
 #include "ImageDef.h"
+#include "ProfileMatch.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,19 +12,6 @@ constexpr double kSameAspect = 1.02;
 constexpr double kCropMode = 1.05;
 constexpr double kMinShare = 0.02;   // of the sensor's sides; no camera crops to less
 constexpr double kMiddleCrop = 0.01; // a crop this close to the center counts as centered
-
-QString Plain(const QString &name)
-{
-    return name.simplified().toCaseFolded();
-}
-
-/// Returns whether two names mean the same model: "Canon EOS 60D" and "EOS 60D" do if the maker is Canon.
-bool IsSameModel(const QString &a, const QString &b, const QString &make)
-{
-    const QString brand = make.section(QLatin1Char(' '), 0, 0) + QLatin1Char(' '); // "NIKON " of "NIKON CORPORATION"
-    const auto bare = [&brand](const QString &name) { return name.startsWith(brand) ? name.mid(brand.size()) : name; };
-    return !a.isEmpty() && bare(a) == bare(b);
-}
 
 double Aspect(const QSize &size)
 {
@@ -81,10 +69,9 @@ PictureVector Turned(Orientation turn, const PictureVector &vector)
 
 bool IsSameBody(const ProfileEntry &entry, const PictureBody &body)
 {
-    const QString model = Plain(body.model), make = Plain(body.make.isEmpty() ? entry.make : body.make);
     const QString names[] = {entry.model, entry.uniqueModel, entry.cameraName};
     return std::any_of(std::begin(names), std::end(names),
-                       [&](const QString &name) { return IsSameModel(model, Plain(name), make); });
+                       [&](const QString &name) { return IsSameModel(body.make, body.model, entry.make, name); });
 }
 
 PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
@@ -236,7 +223,7 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
     if (isWider)
         shape.shortPx = shape.longPx / aspect;
     if (shape.isCut)
-        shape.assumed << QStringLiteral("cut from the middle of a frame of %1 : 1").arg(aspect, 0, 'f', 2);
+        shape.assumed << QStringLiteral("cropped from the center of a %1:1 frame").arg(aspect, 0, 'f', 2);
     if (shape.liesAcross)
         shape.assumed << QStringLiteral(
             "rotated in an unknown direction: the lens's center is assumed to be in the middle");

@@ -47,7 +47,7 @@ struct EntryFrame {
 struct FrameShape {
     double longPx = 0.0, shortPx = 0.0; // sides, in pixels of the current picture
     double aspect = 1.0;                // of the frame, at least 1
-    bool isCut = false;                 // cut from the middle of a frame with other proportions
+    bool isCut = false;                 // cropped from the center of a frame with other proportions
     bool liesAcross = false;            // rotated by 90 degrees, in an unknown direction
     QStringList assumed;                // messages for the user
 };

@@ -141,7 +141,7 @@ void AddNote(LensProfile *profile, qint64 line, int entry, const QString &text, 
         return;
     if (profile->notes.size() == kMaxProfileNotes)
         profile->notes.append(
-            {line, -1, QStringLiteral("more than %1 notes; the rest is left out").arg(kMaxProfileNotes)});
+            {line, -1, QStringLiteral("more than %1 notes; the rest are left out").arg(kMaxProfileNotes)});
     else
         profile->notes.append({line, entry, text, unusable});
 }

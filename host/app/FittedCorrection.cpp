@@ -5,8 +5,6 @@
 #include "HostApplication.h"
 #include "KException.h"
 
-#include <QDomElement>
-
 namespace {
 
 struct CorrectionRow {
@@ -43,6 +41,17 @@ Corrections DoneBefore(const PictureFacts &facts, const FittedRequest &request)
     for (const CorrectionRow &row : kCorrections)
         done.*row.member = (facts.*row.doneBefore).value;
     return done;
+}
+
+/// Returns the options of a request, including the corrections and the profile of its parameters.
+FitOptions OptionsOf(const FittedRequest &request)
+{
+    const PictureParameters parameters = ReadParameters(request.parameters);
+    FitOptions options = request.fit;
+    options.profile = parameters.profile;
+    for (const CorrectionRow &row : kCorrections)
+        options.*row.wanted = parameters.corrections.*row.member;
+    return options;
 }
 
 /// Returns whether the required corrections were made: scripts must not mistake a picture without them for a success.
@@ -110,12 +119,7 @@ FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const P
 
 FittedCorrection::Result FittedCorrection::Plan(const PlannedPicture &planned, const FittedRequest &request)
 {
-    FitOptions options = request.fit;
-    const PictureParameters parameters = ReadParameters(request.parameters);
-    options.profile = parameters.profile;
-    for (const CorrectionRow &row : kCorrections)
-        options.*row.wanted = parameters.corrections.*row.member;
-    FitResult fit = m_fitter.Fit(ReadPictureFacts(planned.picture, nullptr), options);
+    FitResult fit = m_fitter.Fit(ReadPictureFacts(planned.picture, nullptr), OptionsOf(request));
     if (m_application->IsGray(planned.picture)) // as the plug-in does
         LeaveOutColor(&fit);
     const Report report = {true,        fit.profile,
@@ -158,15 +162,12 @@ FittedCorrection::Result FittedCorrection::NothingDone(const Report &report, con
                                                        const FittedRequest &request)
 {
     const PictureFacts facts = ReadPictureFacts(picture, nullptr);
-    const PictureParameters parameters = ReadParameters(request.parameters);
-    FitOptions fit = request.fit;
-    for (const CorrectionRow &row : kCorrections)
-        fit.*row.wanted = parameters.corrections.*row.member;
-    if (parameters.profile.isEmpty() && WasDoneBefore(facts, fit))
+    const FitOptions options = OptionsOf(request);
+    if (options.profile.isEmpty() && WasDoneBefore(facts, options))
         return {Outcome::DoneBefore, QString(), QString(), QString(), DoneBeforeText(facts), Corrections()};
     if (!report.profile.isEmpty())
         Fail(tr("profile \"%1\"").arg(report.profile) + QLatin1String(": ") + report.why);
-    if (!parameters.profile.isEmpty())
+    if (!options.profile.isEmpty())
         Fail(tr("profile %1", "its name and what is wrong with it").arg(report.why));
     return {Outcome::NoProfile, QString(), QString(), QString(), WhyNoProfile(report, facts, request.fit),
             Corrections()};

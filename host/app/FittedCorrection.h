@@ -6,6 +6,7 @@
 #include "PictureRun.h"
 
 #include <QCoreApplication>
+#include <QDomElement>
 
 #include <mutex>
 

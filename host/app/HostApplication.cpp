@@ -122,7 +122,7 @@ QtMessageHandler g_otherMessages;
 /// Filters Qt's messages. At each start Qt warns if the runtime folder is missing or belongs to another user, as under
 /// cron and sudo; nothing here uses that folder. Only the first messages are printed, because a damaged file may cause
 /// one per line.
-void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
+void FilterMessages(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     constexpr int kMaxMessages = 20;
     static std::atomic<int> count{0};
@@ -135,7 +135,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMaxMessages))
         return;
     if (++count == kMaxMessages)
-        g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages of this kind are omitted"));
+        g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages from Qt are omitted"));
     else
         g_otherMessages(type, context, text);
 }
@@ -144,7 +144,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
 void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     if (type != QtFatalMsg || !text.contains(QLatin1String("platform plugin")))
-        return LeaveOutIdleWarnings(type, context, text);
+        return FilterMessages(type, context, text);
     std::fputs("vitrelux: cannot show a window: the display cannot be reached\n", stderr);
     std::_Exit(1);
 }
@@ -153,7 +153,7 @@ void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const 
 
 void ChooseDisplayless()
 {
-    g_otherMessages = qInstallMessageHandler(LeaveOutIdleWarnings);
+    g_otherMessages = qInstallMessageHandler(FilterMessages);
     // Set even if the session names a platform: a desktop platform aborts the program if no display is reachable, as in
     // a remote shell.
     SetVariable("QT_QPA_PLATFORM", "offscreen");

@@ -2,7 +2,7 @@
 
 #include "KException.h"
 #include "KImage.h"
-#include "gfl.h"
+#include "PictureHeader.h"
 
 namespace {
 
@@ -60,13 +60,6 @@ std::shared_ptr<ImageDef> DescribeRefused(const QString &path, const RefusalReas
 {
     if (!IsAccepted(reason, accepted))
         return nullptr;
-    constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // all hosts pass this; it has no effect
-    GFL_FILE_INFORMATION information = {};
-    const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, &information, kFlags);
-    std::shared_ptr<ImageDef> picture;
-    if (error == GFL_NO_ERROR)
-        picture = std::make_shared<OwnPicture>(path, information);
-    gflFreeFileInformation(&information);
-    return picture;
+    const PictureHeader header(path);
+    return header.Problem().isEmpty() ? std::make_shared<OwnPicture>(path, header.Information()) : nullptr;
 }

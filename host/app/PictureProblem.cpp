@@ -1,7 +1,6 @@
 #include "PictureProblem.h"
 
 #include "ImageDef.h"
-#include "gfl.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -12,15 +11,6 @@ namespace {
 struct Text {
     Q_DECLARE_TR_FUNCTIONS(PictureProblem)
 };
-
-/// Reads the header of a picture. @return why it cannot be read; empty if it can.
-QString ReadHead(const QString &path, GFL_FILE_INFORMATION *information)
-{
-    constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // all hosts pass this; it has no effect
-    const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, information, kFlags);
-    return error == GFL_NO_ERROR ? QString() : WithoutFileName(QString::fromUtf8(gflLastErrorText()), path);
-}
 
 } // namespace
 
@@ -42,17 +32,6 @@ QString FileProblem(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return Text::tr("cannot be read: %1").arg(file.errorString());
     return QString();
-}
-
-QString ReadingProblem(const QString &path)
-{
-    const QString problem = FileProblem(path);
-    if (!problem.isEmpty())
-        return problem;
-    GFL_FILE_INFORMATION information = {};
-    const QString unread = ReadHead(path, &information);
-    gflFreeFileInformation(&information);
-    return unread;
 }
 
 QString TextOf(const RefusalReason &reason, const QString &path)

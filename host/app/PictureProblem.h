@@ -8,9 +8,6 @@ struct RefusalReason;
 /// Returns why the file cannot be a picture, judged without reading it; empty if no reason was found.
 QString FileProblem(const QString &path);
 
-/// Returns why the file cannot be read as a picture, judged by its header; empty if no reason was found.
-QString ReadingProblem(const QString &path);
-
 /// Returns the text for the image kernel's refusal of the file @p path; empty if it wasn't refused.
 QString TextOf(const RefusalReason &reason, const QString &path);
 

@@ -1,6 +1,7 @@
 #include "PictureSummary.h"
 
 #include "ImageDef.h"
+#include "PictureHeader.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -102,10 +103,8 @@ std::unique_ptr<ImageDef> Describe(const QString &path)
     return image;
 }
 
-void AddFile(const QString &path, PictureSummary *facts)
+void AddFile(const GFL_FILE_INFORMATION &info, PictureSummary *facts)
 {
-    GFL_FILE_INFORMATION info = {};
-    gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4);
     const QString format = QString::fromUtf8(info.Description);
     *facts << PictureFact{QStringLiteral("Size"), QStringLiteral("%1 x %2 pixels").arg(info.Width).arg(info.Height),
                           QStringLiteral("width"), info.Width};
@@ -118,7 +117,6 @@ void AddFile(const QString &path, PictureSummary *facts)
                           QStringLiteral("depth"), int(info.BitsPerComponent)};
     *facts << PictureFact{QString(), QString(), QStringLiteral("channels"), int(info.ComponentsPerPixel)};
     *facts << PictureFact{QStringLiteral("Format"), format, QStringLiteral("format"), format};
-    gflFreeFileInformation(&info);
 }
 
 void AddCamera(const ShootingInformation &shooting, PictureSummary *facts)
@@ -317,10 +315,10 @@ void AddMetadata(const ImageDef &image, PictureSummary *facts)
 
 } // namespace
 
-PictureSummary SummaryOfPicture(const QString &path)
+PictureSummary SummaryOfPicture(const QString &path, const PictureHeader &header)
 {
     PictureSummary facts;
-    AddFile(path, &facts);
+    AddFile(header.Information(), &facts);
     const std::unique_ptr<ImageDef> image = Describe(path);
     AddCamera(image->m_shooting, &facts);
     AddLens(*image, &facts);

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QVector>
 
-class ImageDef;
+class PictureHeader;
 
 /// One fact. It is omitted from lines if it has no label, and from records if it has no key.
 struct PictureFact {
@@ -18,8 +18,9 @@ struct PictureFact {
 using PictureSummary = QVector<PictureFact>;
 
 /// Returns size, depth, channels and format from the file's header, and facts from its metadata.
-/// @param path  absolute path of a readable picture.
-PictureSummary SummaryOfPicture(const QString &path);
+/// @param path  absolute path of the picture.
+/// @param header  of the picture, read without a problem.
+PictureSummary SummaryOfPicture(const QString &path, const PictureHeader &header);
 
 /// Returns all EXIF entries of the picture, one per line, or a line that says there are none.
 QString ExifTable(const QString &path);

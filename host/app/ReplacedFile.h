@@ -3,9 +3,6 @@
 
 #include <QString>
 
-#include <optional>
-#include <sys/types.h>
-
 /// The file that an output named @p path replaces: links are followed, so the file that they point to is replaced and
 /// the links stay. The file need not exist.
 class ReplacedFile {

@@ -132,7 +132,8 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
         const QString why = TextOfCurrentException();
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number, /*tookWork=*/true);
-        // A corrected picture is not reported as failed: only its report failed.
+        // The line doesn't name a corrected picture, because only its report failed. It still counts as a failure, so
+        // that the exit code tells scripts.
         const bool isCorrected = report.outcome == PictureReport::Outcome::Corrected;
         m_console->Failure(isCorrected ? QString() : planned.asNamed, why);
         ++m_counts[PictureReport::Outcome::Failed];

@@ -7,6 +7,8 @@
 #include <QMap>
 #include <QVector>
 
+#include <mutex>
+
 class Console;
 class PluginLoader;
 

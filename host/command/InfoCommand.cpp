@@ -6,7 +6,7 @@
 #include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
-#include "app/PictureProblem.h"
+#include "app/PictureHeader.h"
 #include "app/PictureSummary.h"
 #include "app/PluginLoader.h"
 #include "app/ProfileLookup.h"
@@ -89,11 +89,9 @@ PictureSummary FitFacts(const FitResult &fit)
     return facts;
 }
 
-/// Returns a picture's lines or its JSON object, including its profile.
-QString Describe(const InfoOptions &options, const QString &file, const QString &path, const ProfileFinder &find)
+/// Returns a picture's lines or its JSON object.
+QString Describe(const InfoOptions &options, const QString &file, const QString &path, PictureSummary facts)
 {
-    PictureSummary facts = SummaryOfPicture(path);
-    facts << find(path);
     if (!options.json)
         return AsText(file, facts) + (options.exif ? Indented(ExifTable(path)) : QString());
     if (options.exif)
@@ -107,13 +105,15 @@ ExitCode ShowAll(const InfoOptions &options, HostApplication *application, const
     QString gap; // an empty line between two pictures
     for (const QString &file : options.files) {
         const QString path = AbsolutePath(file);
-        const QString problem = ReadingProblem(path);
-        if (!problem.isEmpty()) {
-            console->Failure(file, problem);
+        const PictureHeader header(path);
+        if (!header.Problem().isEmpty()) {
+            console->Failure(file, header.Problem());
             result = kSomeFailed;
             continue;
         }
-        console->Print(gap + Describe(options, file, path, find));
+        PictureSummary facts = SummaryOfPicture(path, header);
+        facts << find(path);
+        console->Print(gap + Describe(options, file, path, facts));
         if (!options.json)
             gap = QStringLiteral("\n");
         application->ForgetImages();

@@ -189,7 +189,7 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
     ProfileIndex index;
     if (!index.Scan(folders.Folders()))
         console->Note(QString(),
-                      QStringLiteral("more than %1 profiles; the rest is left out").arg(kMaxIndexedProfiles));
+                      QStringLiteral("more than %1 profiles; the rest are left out").arg(kMaxIndexedProfiles));
     if (options.words.isEmpty()) {
         console->Print(options.json ? PlacesJson(folders.Folders(), index) : PlacesText(folders.Folders(), index));
         return kAllDone;

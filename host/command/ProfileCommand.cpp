@@ -10,7 +10,7 @@
 #include "ProfileReport.h"
 #include "app/FileNames.h"
 #include "app/HostApplication.h"
-#include "app/PictureProblem.h"
+#include "app/PictureHeader.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -30,7 +30,7 @@ public:
     bool ReadPicture()
     {
         const QString path = AbsolutePath(m_options.picture);
-        QString problem = ReadingProblem(path);
+        QString problem = PictureHeader(path).Problem();
         if (problem.isEmpty())
             m_facts = ReadPictureFacts(path, &problem);
         if (!problem.isEmpty())

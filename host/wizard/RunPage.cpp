@@ -131,6 +131,7 @@ void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
     m_progress->setRange(0, std::max(1, int(pictures.size())));
     m_progress->setValue(0);
     ShowProgress();
+    EnableButtons();
     m_job = std::make_unique<CorrectionJob>(m_correction, m_processes, std::move(pictures), existing);
     connect(m_job.get(), &CorrectionJob::Begins, this, &RunPage::PictureBegins);
     connect(m_job.get(), &CorrectionJob::Ended, this, &RunPage::PictureEnded);
@@ -262,7 +263,8 @@ const PlannedPicture *RunPage::Shown() const
 
 void RunPage::ShowInFolder()
 {
-    m_guard->StartProgram([this] { QDesktopServices::openUrl(QUrl::fromLocalFile(Shown()->outputFolder)); });
+    if (const PlannedPicture *planned = Shown())
+        m_guard->StartProgram([planned] { QDesktopServices::openUrl(QUrl::fromLocalFile(planned->outputFolder)); });
 }
 
 void RunPage::Compare()

@@ -133,17 +133,27 @@ QString LensMakerOf(const QString &make)
     return others.value(maker, maker);
 }
 
+bool IsSameModel(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
+{
+    const QString makers[] = {MakerOf(make), MakerOf(otherMake)};
+    const auto withoutMaker = [&makers](const QString &name) {
+        const QString folded = name.simplified().toCaseFolded();
+        for (const QString &maker : makers) {
+            const bool isPrefix = !maker.isEmpty() && folded.startsWith(maker) && folded.size() > maker.size()
+                && !folded.at(maker.size()).isLetterOrNumber(); // a whole word
+            if (isPrefix)
+                return Folded(folded.mid(maker.size()));
+        }
+        return Folded(folded);
+    };
+    const QString mine = withoutMaker(model);
+    return !mine.isEmpty() && mine == withoutMaker(otherModel);
+}
+
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
 {
-    const auto withoutMaker = [](const QString &maker, const QString &name) {
-        const QString folded = name.toCaseFolded(), prefix = MakerOf(maker);
-        const bool isPrefix = !prefix.isEmpty() && folded.startsWith(prefix) && folded.size() > prefix.size()
-            && !folded.at(prefix.size()).isLetterOrNumber(); // a whole word
-        return Folded(isPrefix ? folded.mid(prefix.size()) : folded);
-    };
-    const QString mine = withoutMaker(make, model), theirs = withoutMaker(otherMake, otherModel);
-    return !mine.isEmpty() && mine == theirs
-        && (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake));
+    return (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake))
+        && IsSameModel(make, model, otherMake, otherModel);
 }
 
 /// Returns whether a name from a less trusted source may be used: if it matches the trusted one or only adds details.

@@ -51,5 +51,9 @@ const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found
 /// Returns the maker of the lenses of a camera's brand, spelled as in LensName::maker.
 QString LensMakerOf(const QString &make);
 
-/// Returns whether two spellings mean the same camera, such as "NIKON D70" and "D70".
+/// Returns whether two names mean the same model, with or without one of the makers: "NIKON D70" and "D70". The makers
+/// may differ, because profiles may name the brand instead of the maker.
+bool IsSameModel(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);
+
+/// Returns whether the models are the same and the makers, if both are known, don't differ.
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

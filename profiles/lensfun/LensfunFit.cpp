@@ -133,20 +133,19 @@ private:
     void Check(const FitTask &task)
     {
         Correction &to = m_result.correction;
-        QVector<std::optional<RadialMap> *> maps;
+        QVector<std::pair<const char *, std::optional<RadialMap> *>> maps;
         if (task.quantity == Quantity::Geometry)
-            maps = {&to.geometry};
+            maps = {{"it", &to.geometry}};
         else if (task.quantity == Quantity::Color)
-            maps = {&to.red, &to.blue};
-        QString why;
-        for (const auto *map : qAsConst(maps))
-            if (*map && why.isEmpty())
-                why = WhyUseless(**map, m_facts.pixels);
-        if (why.isEmpty())
-            return;
-        m_leftOut.Add(task, QStringLiteral("lensfun's model for it ") + why);
-        for (auto *map : qAsConst(maps))
-            map->reset();
+            maps = {{"red", &to.red}, {"blue", &to.blue}};
+        for (const auto &[name, map] : qAsConst(maps)) {
+            const QString why = *map ? WhyUseless(**map, m_facts.pixels) : QString();
+            if (why.isEmpty())
+                continue;
+            m_leftOut.Add(task, QStringLiteral("lensfun's model for %1 %2").arg(QLatin1String(name), why));
+            for (const auto &each : qAsConst(maps))
+                each.second->reset();
+        }
     }
 
     RadialMap Map(const Curve &factor, double shrink, double end, double amount) const

@@ -114,7 +114,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("corrected before") << "--lens-path lenses again.jpg"_s << 0 << 0
                                       << QStringList{"note: skipped, corrected before: distortion"_s, "--again"_s};
     QTest::newRow("corrected again by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
-                                                << QStringList{kFound, "again, though corrected before"_s};
+                                                << QStringList{kFound, "corrected again, although already corrected"_s};
     QTest::newRow("lens not in the metadata")
         << "--lens-path lenses unnamed.jpg"_s << 1 << 0 << QStringList{"name it with --lens"_s};
     QTest::newRow("typed lens") << "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
@@ -270,8 +270,8 @@ void FittedRunTest::secondRun()
          "skipped, corrected before: distortion (XMP vitrelux:Corrections), vignetting (XMP"_s},
         {"--lens-path empty", 0, "skipped, corrected before: distortion"_s},
         {"--ca --lens-path lenses", 1, "an earlier run couldn't correct it"_s},
-        {"--again --lens-path lenses", 0, "distortion again, though corrected before"_s},
-        {"--profile lenses/0.lcp", 0, "distortion again, though corrected before"_s},
+        {"--again --lens-path lenses", 0, "distortion corrected again, although already corrected"_s},
+        {"--profile lenses/0.lcp", 0, "distortion corrected again, although already corrected"_s},
     };
     for (const auto &row : later) {
         const ProgramResult result = Run("correct --overwrite -o later %1 %2"_s.arg(QLatin1String(row.line), first));

@@ -2,8 +2,8 @@
 #include "Case.h"
 #include "FittedWarpTwin.h"
 
+#include "ReferenceWarp.h"
 #include "SamplingQuality.h"
-#include "WarpStatement.h"
 
 #include <QtTest>
 
@@ -82,7 +82,7 @@ template <typename Function> Pixels Made(int width, int height, Function at)
 Pixels Rendered(const FittedWarp &warp, const Pixels &source, Instructions instructions)
 {
     GuardedImage from(source, 3), to(Made(source.width, source.height, [](int, int) { return 9.0; }), 5);
-    if (!warp.Render(from.image, 0, to.image, 0, instructions) || !to.GuardsAreWhole())
+    if (!warp.Render(from.image, 0, to.image, 0, instructions) || !to.GuardsAreIntact())
         return {};
     return to.Read();
 }

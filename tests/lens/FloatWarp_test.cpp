@@ -4,7 +4,7 @@
 
 #include "FloatRows.h"
 #include "InterpolatorKim.h"
-#include "WarpStatement.h"
+#include "ReferenceWarp.h"
 
 #include <QtTest>
 
@@ -146,7 +146,7 @@ void tst_FloatWarp::Compare(newLCP lcp, QSize size, int round, quint32 seed)
                             .arg(round)
                             .arg(seed)
                         + difference));
-    QVERIFY(to.GuardsAreWhole());
+    QVERIFY(to.GuardsAreIntact());
 }
 
 #define SKIP_IF_UNSUPPORTED()                                                                                          \

@@ -2,7 +2,7 @@
 #include "InterpolatorKim.h"
 
 #include "Case.h"
-#include "WarpStatement.h"
+#include "ReferenceWarp.h"
 #include "newLCP.h"
 
 #include <QRandomGenerator>
@@ -84,12 +84,12 @@ void tst_InterpolatorKim::matchesTheReference()
             const Pixels source = RandomPixels(size.width(), size.height(), channels, sourceBits, seed);
             Pixels want = RandomPixels(size.width(), size.height(), channels, destinationBits, seed + 1000);
             GuardedImage from(source, int(seed % 5)), to(want, int(seed % 7)); // rows at odd addresses too
-            StateWarp(lcp, source, switches, want);
+            RenderReference(lcp, source, switches, want);
             QVERIFY(Render(lcp, from, to, switches));
             const QString difference = FirstDifference(to.Read(), want);
             QVERIFY2(difference.isEmpty(),
                      qPrintable(QStringLiteral("run %1, round %2: ").arg(i).arg(round) + difference));
-            QVERIFY(to.GuardsAreWhole());
+            QVERIFY(to.GuardsAreIntact());
         }
     }
 }
@@ -193,9 +193,9 @@ void tst_InterpolatorKim::shapes()
                 const bool serves = row.served.contains("ABCD"[path]);
                 QCOMPARE(Render(lcp, source, destination, switches), serves);
                 if (serves)
-                    StateWarp(lcp, pixels, switches, want);
+                    RenderReference(lcp, pixels, switches, want);
                 QCOMPARE(FirstDifference(destination.Read(), want), QString());
-                QVERIFY(destination.GuardsAreWhole());
+                QVERIFY(destination.GuardsAreIntact());
             }
         }
     }

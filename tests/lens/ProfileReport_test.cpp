@@ -120,12 +120,11 @@ void tst_ProfileReport::problems()
     const int cut = whole.indexOf("<stCamera:Lens>");
     const QByteArray cutLine = QByteArray::number(whole.left(cut).count('\n') + 1);
 
-    check("", "an empty file; an \\.lcp profile \\(XML\\) was expected");
-    check("Hello\n", "not XML: .* at line 1, column \\d+; an \\.lcp profile \\(XML\\) was expected");
+    check("", "an empty file; expected an \\.lcp profile \\(XML\\)");
+    check("Hello\n", "not XML: .* at line 1, column \\d+; expected an \\.lcp profile \\(XML\\)");
     check("\x89PNG\r\n\x1A\n", "not XML: .*");
     check(whole.left(cut),
-          "damaged or cut short: unexpected end of file at line " + cutLine
-              + ", column \\d+; complete XML was expected");
+          "damaged or cut short: unexpected end of file at line " + cutLine + ", column \\d+; expected complete XML");
     // newLCP would accept this file, but data may be missing.
     check(whole.left(whole.indexOf("</rdf:Seq>")), "damaged or cut short: .*");
     check(whole.left(cut) + "</a>", "damaged or cut short: .* at line .*");
@@ -137,14 +136,14 @@ void tst_ProfileReport::problems()
     check(Profile("<rdf:li>" + model + "</rdf:li>"),
           "the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is supported");
     check(Profile(Entry(Size("101", "51")) + FullEntry(0)),
-          "no model in the first <rdf:li>: a <stCamera:PerspectiveModel> or .* was expected");
+          "no model in the first <rdf:li>; expected a <stCamera:PerspectiveModel> or .*");
     check(Profile(Entry(model)), "no <stCamera:ImageWidth>; .*");
     check(Profile(Entry(Value("ImageWidth", "101") + model)), "no <stCamera:ImageLength>; .*");
     check(Profile(Entry(Value("ImageWidth", "101") + model + Value("ImageLength", "51"))),
           "<stCamera:ImageLength> comes after the model, where it is ignored; it must come before");
     for (const char *size : {"1", "-5", "nan", "inf", "wide", ""})
         check(Profile(Entry(Size(size, "51") + model)),
-              QByteArray("\"") + size + "\" as <stCamera:ImageWidth>; a number of pixels above 1 was expected");
+              QByteArray("\"") + size + "\" as <stCamera:ImageWidth>; expected a number of pixels above 1");
     check("<!DOCTYPE x [<!ENTITY e \"eeee\">]>" + whole,
           "not a profile: the document declares an entity \\(\"e\"\\).*");
     check(Profile(Entry(QByteArray("<a>").repeated(1000) + QByteArray("</a>").repeated(1000))),
@@ -156,11 +155,10 @@ void tst_ProfileReport::problemsOfTheFileItself()
 {
     QCOMPARE(ReadProfileReport(m_folder.filePath(QStringLiteral("missing.lcp"))).problem,
              QStringLiteral("can't be opened: No such file or directory"));
-    QCOMPARE(ReadProfileReport(m_folder.path()).problem,
-             QStringLiteral("a folder; an .lcp profile (XML) was expected"));
+    QCOMPARE(ReadProfileReport(m_folder.path()).problem, QStringLiteral("a folder; expected an .lcp profile (XML)"));
     const QString pipe = m_folder.filePath(QStringLiteral("pipe.lcp"));
     QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
-    QCOMPARE(ReadProfileReport(pipe).problem, QStringLiteral("not a regular file; an .lcp profile (XML) was expected"));
+    QCOMPARE(ReadProfileReport(pipe).problem, QStringLiteral("not a regular file; expected an .lcp profile (XML)"));
 }
 
 void tst_ProfileReport::notes()

@@ -23,11 +23,6 @@ namespace {
 
 using Params = KVitreluxOne2One::Params;
 
-FakeHost &Host()
-{
-    return *static_cast<FakeHost *>(QCoreApplication::instance());
-}
-
 // --- Profiles ---
 
 /// Returns an entry for a 600 x 400 frame.
@@ -440,7 +435,7 @@ void tst_FittedProcess::formats_data()
     QTest::newRow("jpeg, gray") << 8 << 1 << 0.0 << 8 << 0.4 << QString();
     QTest::newRow("png, alpha") << 16 << 4 << 0.0 << 16 << 0.4 << QString();
     QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4) << "sRGB curve"_s;
-    QTest::newRow("png, gray floats with profile") << 32 << 1 << 1.8 << 16 << 0.4 << "from 0 to 1"_s;
+    QTest::newRow("png, gray floats with profile") << 32 << 1 << 1.8 << 16 << 0.4 << "clipped to 0 to 1"_s;
     QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4) << "treated as sRGB"_s;
     QTest::newRow("exr, 16 bits with alpha and profile") << 16 << 4 << 1.8 << 32 << std::pow(0.4, 1.8) << QString();
     QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();

@@ -61,11 +61,6 @@ const float *Pixel(const KImage &image, int x, int y)
     return reinterpret_cast<const float *>(image.getData(x, y));
 }
 
-FakeHost &Host()
-{
-    return *static_cast<FakeHost *>(QCoreApplication::instance());
-}
-
 /// Image description that records the calls to its functions, in order.
 class NotingDef : public FakeImageDef {
 public:

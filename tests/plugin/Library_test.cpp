@@ -14,11 +14,6 @@
 
 namespace {
 
-FakeHost &Host()
-{
-    return *static_cast<FakeHost *>(QCoreApplication::instance());
-}
-
 template <typename Interface> Interface *Cast(QObject *object, const char *name)
 {
     return static_cast<Interface *>(object->qt_metacast(name));

@@ -246,7 +246,7 @@ void tst_FitChoices::leftOut()
     QCOMPARE(letters, done);
     QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
     QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
-    const QString again = QStringLiteral("distortion again, though corrected before (XMP)");
+    const QString again = QStringLiteral("distortion corrected again, although already corrected (XMP)");
     QCOMPARE(fit.assumed.contains(again), options.again);
     facts.make = Known(QStringLiteral("Canon"));
     facts.model = Known(QStringLiteral("Canon EOS 40D"));

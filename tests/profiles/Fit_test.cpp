@@ -182,7 +182,7 @@ void tst_Fit::frames_data()
     const auto both = [&](PictureFacts &facts) { zoomed(2.0)(facts), equivalent(72.0)(facts); };
     const auto crop = [](bool PictureFacts::*how) { return [how](PictureFacts &facts) { facts.*how = true; }; };
     row("the profile's own frame", {3000, 2000}, none, 3000, 1.0, true, "");
-    row("body in another spelling", {3000, 2000}, body("MAKER  Body"), 3000, 1.0, true, "");
+    row("body in another spelling", {3000, 2000}, body("MAKER-Body"), 3000, 1.0, true, "");
     row("a rounded 35 mm equivalent", {3000, 2000}, equivalent(36.4), 3000, 1.0, true, "");
     row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true,
         "67 % of its sides, according to the 35 mm");
@@ -190,9 +190,9 @@ void tst_Fit::frames_data()
     row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, according to the digital zoom");
     row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 is ignored");
     row("digital zoom included in the 35 mm equivalent", {3000, 2000}, both, 3000, 0.5, true, "50 %");
-    row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "middle of a frame of 1.50");
-    row("4 : 3", {2000, 1500}, none, 2250, 1.0, false, "middle of a frame of 1.50");
-    row("square", {2000, 2000}, none, 3000, 1.0, false, "middle of a frame of 1.50");
+    row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "center of a 1.50:1 frame");
+    row("4 : 3", {2000, 1500}, none, 2250, 1.0, false, "center of a 1.50:1 frame");
+    row("square", {2000, 2000}, none, 3000, 1.0, false, "center of a 1.50:1 frame");
     row("nearly 3 : 2", {3000, 1970}, none, 3000, 1.0, true, "");
     row("a smaller body", {3000, 2000}, body("SMALL"), 3000, 0.75, false, "another body, BODY");
     row("a smaller body, 4 : 3", {2000, 1500}, body("SMALL"), 2000,
@@ -318,7 +318,7 @@ void tst_Fit::lensfunFrames()
     for (const QSize &size : {QSize(6000, 3376), QSize(4000, 4000)}) {
         const Case named(size);
         const FitResult cut = fit(size);
-        QVERIFY2(cut.assumed.contains(QStringLiteral("cut from the middle of a frame of 1.50 : 1")),
+        QVERIFY2(cut.assumed.contains(QStringLiteral("cropped from the center of a 1.50:1 frame")),
                  qPrintable(cut.assumed.join(QLatin1Char('\n')) + cut.why));
         const double left = (6000 - size.width()) / 2.0, top = (4000 - size.height()) / 2.0;
         const SourcePlaces part = CorrectionTwin(cut.correction).At(100.0, 200.0);

@@ -126,3 +126,9 @@ public:
 private:
     std::map<QString, std::unique_ptr<FakeImageDef>> m_defs;
 };
+
+/// Returns the test's host, which must exist.
+inline FakeHost &Host()
+{
+    return *static_cast<FakeHost *>(QCoreApplication::instance());
+}

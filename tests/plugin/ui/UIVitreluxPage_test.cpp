@@ -18,11 +18,6 @@ namespace {
 
 const QString kA = QStringLiteral("/a.jpg"), kB = QStringLiteral("/b.jpg"), kC = QStringLiteral("/c.jpg");
 
-FakeHost &Host()
-{
-    return *static_cast<FakeHost *>(QCoreApplication::instance());
-}
-
 /// Makes an asymmetric picture: a gradient in each direction and a checkerboard pattern.
 FakeImageDef *MakePicture(const QString &file, int width, int height)
 {
@@ -44,9 +39,10 @@ void StoreSettings(bool corrections, const QString &profile)
 }
 
 /// A wizard with the page and an empty page after it.
-class Desk {
+class TestWizard {
 public:
-    explicit Desk(const QStringList &files = {}) : page(process.WizardPage()), worker(page->findChild<QThread *>())
+    explicit TestWizard(const QStringList &files = {})
+        : page(process.WizardPage()), worker(page->findChild<QThread *>())
     {
         wizard.addPage(page);
         wizard.addPage(new QWizardPage);
@@ -180,7 +176,7 @@ void tst_UIVitreluxPage::listWrapsAround()
 {
     for (const QString &file : {kA, kB, kC})
         MakePicture(file, 40, 30);
-    Desk desk({kA, kB, kC});
+    TestWizard desk({kA, kB, kC});
     auto *list = desk.Find<QComboBox>("comboBoxImageDef");
     QCOMPARE(list->count(), 3);
     const auto reduced = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };
@@ -212,7 +208,7 @@ void tst_UIVitreluxPage::reducedSize()
     QFETCH(QSize, whole);
     FakeImageDef *def = Host().Def(kA);
     def->pixels.AllocBitmap(whole.width(), whole.height(), GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    Desk desk({kA});
+    TestWizard desk({kA});
     QTRY_VERIFY(desk.IsUpToDate());
     QTEST(def->reducedSizes.value(0), "reduced");
     QCOMPARE(def->locks, 0);
@@ -221,7 +217,7 @@ void tst_UIVitreluxPage::reducedSize()
 void tst_UIVitreluxPage::states()
 {
     MakePicture(kA, 400, 300);
-    Desk desk;
+    TestWizard desk;
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
     QSignalSpy changes(desk.page, &QWizardPage::completeChanged);
     desk.process.SetFiles({kA});
@@ -266,7 +262,7 @@ void tst_UIVitreluxPage::picture()
     params.falloff = boxes[2] == QLatin1Char('1');
     params.lcpFilename =
         Profile({true, true, true}, qMax(size.width(), size.height()), qMin(size.width(), size.height()));
-    Desk desk({kA});
+    TestWizard desk({kA});
     desk.ChooseProfile(params.lcpFilename);
     const char *box = params.disto ? "m_cbDistortion" : params.ca ? "m_cbCA" : "m_cbVignetting";
     desk.Click(box);
@@ -320,7 +316,7 @@ void tst_UIVitreluxPage::profileChosen()
     StoreSettings(true, before);
     for (const QString &file : {kA, kB})
         MakePicture(file, 400, 300);
-    Desk desk({kA, kB});
+    TestWizard desk({kA, kB});
     const auto *list = desk.Find<QComboBox>("comboBoxImageDef");
     const QString file = QLatin1Char('/') + list->currentText(), other = file == kA ? kB : kA;
     QStringList windows = {QStringLiteral("Select lens camera profile|Profile (*.lcp)|16")}; // Qt's own dialog
@@ -353,7 +349,7 @@ void tst_UIVitreluxPage::profileChosen()
 void tst_UIVitreluxPage::quickToggles()
 {
     MakePicture(kA, 1000, 750);
-    Desk desk({kA});
+    TestWizard desk({kA});
     desk.ChooseProfile(m_whole);
     auto *box = desk.Find<QCheckBox>("m_cbDistortion");
     QImage pictures[2]; // without and with the correction, after single clicks
@@ -386,7 +382,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
 {
     for (const QString &file : {kA, kB})
         MakePicture(file, 400, 300);
-    Desk desk({kA, kB});
+    TestWizard desk({kA, kB});
     desk.ChooseProfile(m_whole);
     desk.Click("m_cbCA");
     desk.Click("pushButtonApplyAll");
@@ -429,7 +425,7 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
         exif["Exif.Photo.FNumber"] = "28/10";
         image->writeMetadata();
     }
-    Desk desk;
+    TestWizard desk;
     desk.process.SetLensPath(profiles.path());
     desk.process.setProperty("Correction", "fitted"_s);
     desk.process.SetFiles({photo});
@@ -499,7 +495,7 @@ void tst_UIVitreluxPage::unavailablePicture()
     QFETCH(QString, file);
     MakePicture(kA, 400, 300);
     MakePicture(kB, 40, 30)->gone = true;
-    Desk desk({kA});
+    TestWizard desk({kA});
     QTRY_VERIFY(desk.IsUpToDate());
     desk.process.SetFiles({file});
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
@@ -514,7 +510,7 @@ void tst_UIVitreluxPage::endsDuringARender()
 {
     MakePicture(kA, 1000, 1000);
     for (int i = 0; i < 20; ++i) {
-        Desk desk({kA});
+        TestWizard desk({kA});
         desk.Click("m_cbVignetting");
         QTest::qWait(i % 4);
         desk.Click("m_cbCA");

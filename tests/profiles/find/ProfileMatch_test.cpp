@@ -1,17 +1,13 @@
 // Tests of ProfileMatch.h: the right profile among decoys, and none if the right one is missing.
 #include "ProfileMatch.h"
 
+#include "MadeProfiles.h"
+
 #include <QTest>
 
-namespace {
+using made::Known;
 
-template <typename T> Fact<T> Known(const T &value)
-{
-    Fact<T> fact;
-    fact.value = value;
-    fact.source = QStringLiteral("test");
-    return fact;
-}
+namespace {
 
 QString Text(const char *text)
 {
@@ -291,6 +287,7 @@ void tst_ProfileMatch::sameCameras()
         {"", "EOS 60D", "Canon", "Canon EOS 60D", true}, // typed without the maker
         {"Canon", "Canonet", "Canon", "et", false},
         {"Canon", "Canon", "Canon", "", false},
+        {"Canon", "Canon EOS 60D", "", "EOS 60D", true},
         {"Nikon", "D70", "Pentax", "D70", false},
     };
     for (const auto &row : rows)

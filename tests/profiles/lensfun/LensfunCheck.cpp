@@ -2,6 +2,7 @@
 // `scripts/check lensfun`. Prints the worst differences; exits with 1 if they exceed the bounds.
 #include "CorrectionTwin.h"
 #include "LensfunFit.h"
+#include "MadeProfiles.h"
 
 #include <lensfun/lensfun.h>
 
@@ -13,6 +14,8 @@
 #include <memory>
 #include <random>
 
+using made::Known;
+
 namespace {
 
 constexpr int kWidth = 6000, kHeight = 4000;
@@ -23,14 +26,6 @@ struct Worst {
     double px = 0.0, ev = 0.0;
     int compared = 0, missed = 0;
 };
-
-template <typename T> Fact<T> Known(const T &value)
-{
-    Fact<T> fact;
-    fact.value = value;
-    fact.source = QStringLiteral("check");
-    return fact;
-}
 
 struct ModifierDeleter {
     void operator()(lfModifier *modifier) const { modifier->Destroy(); }

@@ -23,7 +23,7 @@ public:
     GuardedImage(const Pixels &pixels, int padding);
 
     Pixels Read() const;
-    bool GuardsAreWhole() const;
+    bool GuardsAreIntact() const;
 
     using TestImage::image;
 
@@ -37,8 +37,8 @@ struct WarpSwitches {
     int mode = 1;
 };
 
-/// Changes @p destination as newLCP::Render must, for images that it accepts.
-void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination);
+/// Changes @p destination as newLCP::Render must for images that it accepts.
+void RenderReference(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination);
 
 /// Returns the first difference between two pictures, with both values; empty if there is none. NaNs compare equal.
 QString FirstDifference(const Pixels &got, const Pixels &want);

@@ -1,4 +1,4 @@
-#include "WarpStatement.h"
+#include "ReferenceWarp.h"
 
 #include "newLCP.h"
 
@@ -36,7 +36,7 @@ float Smaller(float limit, float value)
 }
 
 /// Reference warp, computed one pixel at a time.
-struct Statement {
+struct ReferenceWarp {
     const newLCP &lcp;
     const Pixels &source;
     WarpSwitches switches;
@@ -195,19 +195,19 @@ Pixels GuardedImage::Read() const
     return pixels;
 }
 
-bool GuardedImage::GuardsAreWhole() const
+bool GuardedImage::GuardsAreIntact() const
 {
     return GuardedImage(Read(), m_padding).Bytes() == Bytes();
 }
 
-void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination)
+void RenderReference(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination)
 {
-    Statement statement{lcp, source, switches, destination};
-    if (!statement.Runs())
+    ReferenceWarp warp{lcp, source, switches, destination};
+    if (!warp.Runs())
         return;
     for (int x = 0; x < destination.width; ++x) {
         for (int y = 0; y < destination.height; ++y)
-            statement.Pixel(x, y);
+            warp.Pixel(x, y);
     }
 }
 

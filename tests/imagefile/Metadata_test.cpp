@@ -568,7 +568,7 @@ void tst_Metadata::blocksThatAreTooLarge()
     const struct {
         const char *name;
         QByteArray file;
-    } rows[] = {{"PNG", png}, {"Photoshop", psd}, {"BigTIFF", ReadBytes(m_folder("big.tif"))}};
+    } rows[] = {{"PNG", png}, {"Photoshop", psd}, {"BigTIFF", ReadFile(m_folder("big.tif"))}};
     for (const auto &row : rows) {
         const Case named(row.name);
         gflClearWarningText();

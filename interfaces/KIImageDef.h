@@ -30,7 +30,8 @@ public:
     virtual int Model() const = 0;
     /// Returns the shooting time in seconds since the epoch; 0 if unknown.
     virtual qint64 GetTimestamp() const = 0;
-    /// Returns the exposure value; 0 if unknown.
+    /// Returns ln(N^2 / t) for f-number N and exposure time t in seconds: the exposure value, but with the natural
+    /// logarithm instead of the binary one. 0 if unknown.
     virtual float GetEV() const = 0;
     /// Returns the pixels, width by height, at the file's depth or at 8 bits. The description owns the image, which is
     /// valid until Unlock is called with the same arguments, once for each Lock. Throws KException.

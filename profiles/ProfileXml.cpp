@@ -159,7 +159,7 @@ private:
     const std::function<void(const ProfileNode &)> &m_take;
     qint64 m_line = 1;
     int m_depth = 0;
-    int m_nodes = 0; // at most the file size in bytes
+    int m_nodes = 0; // can't overflow: each takes at least a byte of the file
 };
 
 } // namespace

@@ -30,7 +30,7 @@ public:
     ~PictureCorrector();
 
     /// Call it after the plug-in is loaded.
-    /// @param lookupProcess  looks up plain profiles: the process made last, as ProfileLookup requires.
+    /// @param lookupProcess  the process made last. ProfileLookup uses it to find profiles for plain correction.
     void Begin(KIPluginOne2One *lookupProcess);
 
     /// Corrects a picture and fills in outcome, reason, profile and notes. Throws KException with a text without the

@@ -1,4 +1,4 @@
-// Moves pixels and channels without changing their values.
+// Copies, fills and reorders pixels and channels.
 #pragma once
 
 #include "types.h"

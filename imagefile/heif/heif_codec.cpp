@@ -64,7 +64,7 @@ private:
 
 const Codec &HeifCodec()
 {
-    // ISO/IEC 23008-12, annex B: HEVC stills and sequences, then any coding
+    // ISO/IEC 23008-12: brands of HEVC stills and sequences (annex B), then those of any codec
     static const Heif codec("HEIF", {"heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1"});
     return codec;
 }

@@ -54,7 +54,7 @@ void tst_RunLists::namesInLists()
 void tst_RunLists::walks_data()
 {
     QTest::addColumn<PictureSources>("sources");
-    QTest::addColumn<QStringList>("found"); // NAME or NAME|SUBPATH
+    QTest::addColumn<QStringList>("found"); // NAME|SUBPATH
     const QStringList all = {"in/B.TIF|"_s,
                              "in/a.jpg|"_s,
                              "in/a_corrected.tiff|"_s,
@@ -106,7 +106,7 @@ void tst_RunLists::listThatCannotBeRead()
 
 void tst_RunLists::patterns_data()
 {
-    QTest::addColumn<QString>("output"); // of "in/a.b.jpg" with subpath "s"; "?": refused; the message has the rest
+    QTest::addColumn<QString>("output"); // for "in/a.b.jpg" with subpath "s"; or "?" and a part of the error
     QTest::newRow("{name}_corrected.tiff") << "out/s/a.b_corrected.tiff";
     QTest::newRow("{folder}-{name}.{ext}.TIF") << "out/s/in-a.b.jpg.TIF";
     QTest::newRow("{name}{name}.tif") << "out/s/a.ba.b.tif";
@@ -146,7 +146,7 @@ void tst_RunLists::lostPictures()
         {{"/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s}},
         {{"/in/a.jpg"_s}, {"/out"_s, "{name}.jpg"_s}, {""_s}},
         {{"/in/a.dng"_s, "/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s, "/in/a.jpg"_s}},
-        {{"/in/a.tif"_s, "/in/a_x.tif"_s}, {{}, "{name}_x.tif"_s}, {""_s, ""_s}}, // the second one is a result
+        {{"/in/a.tif"_s, "/in/a_x.tif"_s}, {{}, "{name}_x.tif"_s}, {""_s, ""_s}}, // the second is an earlier output
         {{picture}, {{}, "{name}-link.jpg"_s}, {picture}},
     };
     for (const auto &row : rows) {

@@ -149,7 +149,7 @@ void tst_Exif::fields()
         {"2=45\xc2\xb0 30' 15\"", ""},                                     // not in the GPS block
         {"g3=W|g4=11\xc2\xb0 30' 7,5\"", "longitudeRef=W longitude=11.5"}, // a decimal comma isn't parsed
         {"g4=11\xc2\xb0 30/0' 7\"", ""},
-        {"g6=123.4", "altitude=0"},
+        {"g6=123.4", "altitude=0"}, // only its presence is stored
         {"g16=True|g17=254.5", "directionRef=True direction=254.5"},
         {"g17=509/2", "direction=254.5"},
         {"g17=north", ""},
@@ -163,7 +163,7 @@ void tst_Exif::fields()
             texts.removeOne(field);
         QCOMPARE(texts.join(QLatin1Char(' ')), QString::fromUtf8(row[1]));
     }
-    const QByteArray digits(60000, '1'); // a search through all of them would take minutes
+    const QByteArray digits(60000, '1'); // searching them takes quadratic time: minutes, unless truncated
     QCOMPARE(TextOf(*Analyze("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
 }
 

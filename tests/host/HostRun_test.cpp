@@ -363,6 +363,8 @@ void HostRunTest::names()
     QVERIFY(Run("correct --plain --profile p.lcp "_s + tooLong).error.contains("File name too long"));
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path("-dash.jpg"_s)));
     QVERIFY(Run("correct --plain -dash.jpg"_s).error.contains("go after '--'"));
+    for (const char *line : {"correct --plain -none.jpg", "correct --plain --none=1 a.jpg"}) // no such file; no dash
+        QVERIFY2(!Run(QString::fromLatin1(line)).error.contains("go after '--'"), line);
     const QString gone = "mkdir gone; cd gone; rmdir ../gone; exec %1 correct --plain --profile %2 -o out %3"_s;
     const QString line = gone.arg(m_run->program, Path("p.lcp"_s), Path("a.jpg"_s));
     m_run->program = "sh"_s;

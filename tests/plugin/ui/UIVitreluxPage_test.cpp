@@ -180,7 +180,8 @@ void tst_UIVitreluxPage::listWrapsAround()
 {
     for (const QString &file : {kA, kB, kC})
         MakePicture(file, 40, 30);
-    Desk desk({kA, kB, kC});
+    Host().missing = QStringList{QStringLiteral("/none.jpg")};
+    Desk desk({kA, kB, kC, QStringLiteral("/none.jpg")});
     auto *list = desk.Find<QComboBox>("comboBoxImageDef");
     QCOMPARE(list->count(), 3);
     const auto reduced = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };

@@ -106,6 +106,15 @@ void HostRunTest::recordHasChosenCorrections()
         const QString record = "AllocParameters %1 %2"_s.arg(QLatin1String(row.flags), Path("p.lcp"_s));
         const bool good = result.exitCode == int(fails) && (!fails || result.errorLines.size() == 1);
         QVERIFY2(good && Notes().contains(record) != fails, record.toUtf8() + row.models + row.cut + result.error);
+        if (fails || *row.switches)
+            continue;
+        const char *const names[] = {"distortion", "chromatic aberration", "vignetting"};
+        QByteArrayList made;
+        for (int i = 0; i < 3; ++i)
+            if (row.flags[2 * i] == '1')
+                made << names[i];
+        const QByteArray report = Run("profile --plain p.lcp"_s).output;
+        QVERIFY2(report.contains("  Corrects              " + made.join(", ") + '\n'), report);
     }
 }
 

@@ -1,5 +1,8 @@
 // Operates the wizard like a user, with a process that replaces the plug-in's.
+#include "KImage.h"
 #include "WizardTest.h"
+#include "wizard/CompareDialog.h"
+#include "wizard/ComparedView.h"
 #include "wizard/RunPage.h"
 
 #include <QCheckBox>
@@ -26,6 +29,7 @@ public Q_SLOTS:
 
 private Q_SLOTS:
     void picturesByDialogAndDrop();
+    void comparesLight();
     void reportsTheResultOfEach();
     void replacesOnRequest();
     void savesAsChosen();
@@ -74,6 +78,18 @@ void tst_Wizard::picturesByDialogAndDrop()
     Click("remove");
     QVERIFY(!CanGoOn());
     m_wizard->close();
+}
+
+/// OpenEXR holds light, which is shown as sRGB (IEC 61966-2-1): 0.2 as 0.4845.
+void tst_Wizard::comparesLight()
+{
+    WriteJpeg(Path("a.jpg"), 4, 3);
+    KImage light(4, 3, GFL_RGB, 32, /*clear=*/true, nullptr, 0);
+    std::fill_n(reinterpret_cast<float *>(light.getData(0, 0)), light.bytesPerLine() * 3 / sizeof(float), 0.2F);
+    light.Write(Path("a.exr"), "exr"_s, 0, QString());
+    CompareDialog dialog(m_host, Path("a.jpg"), Path("a.exr"), nullptr);
+    QTRY_COMPARE(dialog.findChild<ComparedView *>("after"_s)->Image().size(), QSize(4, 3));
+    QCOMPARE(QColor(dialog.findChild<ComparedView *>("after"_s)->Image().pixel(1, 1)), QColor(124, 124, 124));
 }
 
 void tst_Wizard::reportsTheResultOfEach()

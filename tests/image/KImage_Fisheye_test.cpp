@@ -190,6 +190,10 @@ void tst_KImageFisheye::paintsAndBends()
         image.image.Optical2(0, 0, 0, 'G', 0.8f, 0); // from 0.8 of the radius
         QVERIFY2(std::abs(center() - (50 + 20 / 0.8)) < 0.3, qPrintable(QString::number(center())));
     }
+    TestImage broken(kForms[k32fRgb], 9, 9, 1);
+    broken.SetSample(4, 4, 0, std::nan(""));
+    broken.image.PutPoint(4, 4, 3, int(0xFFFF0000));
+    QCOMPARE(broken.Sample(4, 4, 0), 1.0); // overwrites even NaN
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
     image.image.Optical(-20, 0, 0, 0, 0, 1);

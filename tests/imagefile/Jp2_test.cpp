@@ -179,12 +179,16 @@ void tst_Jp2::damaged()
     parts.replace(size + 22, 8, BigEndian(1500, 4) + BigEndian(750, 4));
     const int second = parts.indexOf("\xFF\x90", parts.indexOf("\xFF\x90") + 2);
     parts.insert(second + 12, precincts.mid(style, precincts[style + 3] + 2));
+    QByteArray fewer = precincts; // 151,000 of each component, of which only one would be harmless
+    fewer.replace(size + 6, 8, BigEndian(400, 4) + BigEndian(300, 4));
+    fewer.replace(size + 22, 8, BigEndian(400, 4) + BigEndian(300, 4));
     QByteArray blocks = file;
     blocks[coding + 10] = 20; // code blocks 2^22 pixels wide
     // The library's own first message is reported.
     const std::pair<QByteArray, const char *> rows[] = {{tiles, "too short for its tiles"},
                                                         {precincts, "too short for its precincts"},
                                                         {parts, "too short for its precincts"},
+                                                        {fewer, "too short for its precincts"},
                                                         {blocks, "cblkw"}};
     for (const auto &[bad, text] : rows) {
         int error = 0;

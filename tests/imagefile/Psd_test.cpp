@@ -211,6 +211,8 @@ void tst_Psd::mergedPicture()
 
 void tst_Psd::damaged()
 {
+    for (const QSize &side : {QSize(300001, 1), QSize(1, 300001)}) // too large for the format
+        QVERIFY(SavedBytes(*SmoothBitmap(side.width(), side.height(), GFL_GREY, 8), SaveParams("psd")).isEmpty());
     const struct {
         const char *name;
         int at, bytes;

@@ -25,8 +25,7 @@ CommandLine PrintText(const QString &text)
 /// @param command  "vitrelux" or "vitrelux VERB": the command whose help is suggested.
 CommandLine Refuse(const QString &command, const QString &why)
 {
-    CommandLine line;
-    line.action = CommandLine::Action::RefuseUsage;
+    CommandLine line; // refuses
     line.text = QStringLiteral("%1: %2\nTry '%1 --help'.\n").arg(command, OneLine(why));
     return line;
 }

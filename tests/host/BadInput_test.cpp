@@ -72,7 +72,8 @@ void BadInputTest::refused_data()
     picture("text", "has an unknown format; known formats: ", Bytes("Dear diary, today I took no picture."));
     picture("gray", "gray pictures are not supported",
             [](const QString &path) { QImage(60, 40, QImage::Format_Grayscale8).save(path, "JPG"); });
-    picture("pipe", "not a regular file", [](const QString &path) { mkfifo(QFile::encodeName(path), 0600); });
+    picture("pipe", "is not a regular file, expected a picture",
+            [](const QString &path) { mkfifo(QFile::encodeName(path), 0600); });
     picture("unreadable", "cannot be read", Copy("a.jpg", kWhole, kNobody));
     picture("half a JPEG", "the file ends early", Copy("a.jpg", 2500));
     picture("head of a JPEG", "", Copy("a.jpg", 20));

@@ -87,6 +87,11 @@ void FittedRunTest::init()
     int number = 0;
     for (const char *lens : decoys)
         WriteFile(Path("lenses/%1.lcp"_s.arg(number++)), Profile(lens));
+    QVERIFY(QDir().mkpath(Path("alike"_s)) && QDir().mkpath(Path("unlike"_s)));
+    for (const char *folder : {"alike", "unlike"})
+        WriteFile(Path(QLatin1String(folder) + "/a.lcp"_s), Profile(kLens));
+    WriteFile(Path("alike/b.lcp"_s), Profile(kLens) + "<!-- other bytes -->");
+    WriteFile(Path("unlike/b.lcp"_s), Profile(kLens).replace("'-0.5'", "'-5'"));
     WriteFile(Path("light.lcp"_s), Profile(kLens, /*hasVignetting=*/false));
     for (const char *variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
         m_run->Set(variable, Path("empty"_s));
@@ -107,6 +112,10 @@ void FittedRunTest::correct_data()
     QTest::newRow("found among near misses")
         << "--lens-path lenses named.jpg"_s << 0 << 1
         << QStringList{kFound, "entries: 50 mm f/8 10 m 100 %"_s, "left out: lateral color: the profile has no"_s};
+    QTest::newRow("two that correct alike")
+        << "--lens-path alike named.jpg"_s << 0 << 1 << QStringList{"alike/a.lcp"_s};
+    QTest::newRow("two that don't") << "--source lcp --lens-path unlike named.jpg"_s << 1 << 0
+                                    << QStringList{"unlike/a.lcp"_s, "unlike/b.lcp"_s};
     QTest::newRow("lensfun") << "--lens-path empty known.jpg"_s << 0 << 1
                              << QStringList{"profile \"lensfun:Canon/Canon EF 135mm f/2L"_s, "at 135 mm"_s};
     QTest::newRow("lensfun excluded") << "--source lcp --lens-path empty known.jpg"_s << 1 << 0

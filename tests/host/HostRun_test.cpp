@@ -108,6 +108,15 @@ void HostRunTest::recordHasChosenCorrections()
         const QString record = "AllocParameters %1 %2"_s.arg(QLatin1String(row.flags), Path("p.lcp"_s));
         const bool good = result.exitCode == int(fails) && (!fails || result.errorLines.size() == 1);
         QVERIFY2(good && Notes().contains(record) != fails, record.toUtf8() + row.models + row.cut + result.error);
+        if (fails || *row.switches)
+            continue;
+        const char *const names[] = {"distortion", "chromatic aberration", "vignetting"};
+        QByteArrayList made;
+        for (int i = 0; i < 3; ++i)
+            if (row.flags[2 * i] == '1')
+                made << names[i];
+        const QByteArray report = Run("profile --plain p.lcp"_s).output;
+        QVERIFY2(report.contains("  Corrects              " + made.join(", ") + '\n'), report);
     }
 }
 
@@ -365,6 +374,8 @@ void HostRunTest::names()
     QVERIFY(Run("correct --plain --profile p.lcp "_s + tooLong).error.contains("File name too long"));
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path("-dash.jpg"_s)));
     QVERIFY(Run("correct --plain -dash.jpg"_s).error.contains("go after '--'"));
+    for (const char *line : {"correct --plain -none.jpg", "correct --plain --none=1 a.jpg"}) // no such file; no dash
+        QVERIFY2(!Run(QString::fromLatin1(line)).error.contains("go after '--'"), line);
     const QString gone = "mkdir gone; cd gone; rmdir ../gone; exec %1 correct --plain --profile %2 -o out %3"_s;
     const QString line = gone.arg(m_run->program, Path("p.lcp"_s), Path("a.jpg"_s));
     m_run->program = "sh"_s;

@@ -377,6 +377,7 @@ void tst_Profile::plot()
     const ReadPlot plot(ReadFile(Path("m.svg"_s)));
     QVERIFY(plot.Valid());
     QVERIFY(plot.Texts().contains("24 mm"_s));
+    QCOMPARE(ReadFile(Path("m.svg"_s)).count("font-weight=\"bold\""), 1); // the title
     double width = 0.0;
     const QVector<QPointF> points = plot.Curve(panel, "24 mm f/2.8 3 m"_s, curve, &width);
     QVERIFY(points.size() > 50);

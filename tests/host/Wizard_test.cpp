@@ -1,5 +1,8 @@
 // Tests of the wizard, which operate it as a user would, with a process object in place of the plug-in's.
+#include "KImage.h"
 #include "WizardTest.h"
+#include "wizard/CompareDialog.h"
+#include "wizard/ComparedView.h"
 #include "wizard/RunPage.h"
 
 #include <QCheckBox>
@@ -9,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QTreeWidget>
 
 #include <csignal>
 
@@ -25,6 +29,7 @@ public Q_SLOTS:
 
 private Q_SLOTS:
     void picturesByDialogAndDrop();
+    void comparesLight();
     void reportsEachResult();
     void replacesOnRequest();
     void savesAsChosen();
@@ -55,6 +60,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     Click("add");
     QCOMPARE(Rows("pictures", 1), QStringList("b.jpg"_s));
     QTRY_VERIFY(CanGoOn());
+    QCOMPARE(Rows("pictures"), QStringList("b.jpg|60 × 40"_s));
 
     Drop({QUrl::fromLocalFile(Path("c.jpg")), QUrl::fromLocalFile(m_dir->path()), QUrl("ftp://elsewhere/e.jpg"_s)});
     QCOMPARE(Rows("pictures", 1), QStringList({"b.jpg"_s, "c.jpg"_s, "a.jpg"_s, "d.jpg"_s}));
@@ -62,6 +68,9 @@ void tst_Wizard::picturesByDialogAndDrop()
     QTRY_COMPARE(Rows("pictures").at(2), "a.jpg|60 × 40"_s);
     QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // says why it is not a picture
     QVERIFY(Find<QLabel>("reading")->text().isEmpty());
+    const auto *list = Find<QTreeWidget>("pictures");
+    for (int i = 0; i < 4; ++i) // the reason has a warning sign
+        QVERIFY2(list->topLevelItem(i)->icon(1).isNull() == (i < 3), qPrintable(QString::number(i)));
     Drop({QUrl::fromLocalFile(m_dir->path())});
     QCOMPARE(Find<QLabel>("notice")->text(), "No new pictures were found."_s);
 
@@ -69,6 +78,18 @@ void tst_Wizard::picturesByDialogAndDrop()
     Click("remove");
     QVERIFY(!CanGoOn());
     m_wizard->close();
+}
+
+/// OpenEXR holds light, which is shown as sRGB (IEC 61966-2-1): 0.2 as 0.4845.
+void tst_Wizard::comparesLight()
+{
+    WriteJpeg(Path("a.jpg"), 4, 3);
+    KImage light(4, 3, GFL_RGB, 32, /*clear=*/true, nullptr, 0);
+    std::fill_n(reinterpret_cast<float *>(light.getData(0, 0)), light.bytesPerLine() * 3 / sizeof(float), 0.2F);
+    light.Write(Path("a.exr"), "exr"_s, 0, QString());
+    CompareDialog dialog(m_host, Path("a.jpg"), Path("a.exr"), nullptr);
+    QTRY_COMPARE(dialog.findChild<ComparedView *>("after"_s)->Image().size(), QSize(4, 3));
+    QCOMPARE(QColor(dialog.findChild<ComparedView *>("after"_s)->Image().pixel(1, 1)), QColor(124, 124, 124));
 }
 
 void tst_Wizard::reportsEachResult()

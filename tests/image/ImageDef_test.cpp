@@ -159,6 +159,7 @@ void tst_ImageDef::metadataBlocks()
             const KMetaData &data = image->m_metaData;
             QVERIFY2(image->HasICC() == has("ICC") && image->m_hasIptc == has("IPTC") && image->m_hasXmp == has("XMP"),
                      block);
+            QCOMPARE(ImageDef(*image).m_hasXmp, has("XMP"));
             QVERIFY2(!data.IccProfile() == !has("ICC") && !data.Iptc() == !has("IPTC") && !data.Xmp() == !has("XMP"),
                      block);
             if (block != all)

@@ -76,7 +76,7 @@ void tst_KImageFisheye::findsTheCircle()
         const double off =
             std::max({std::abs(radius - frame.radius), std::abs(x - frame.offsetX), std::abs(y - frame.offsetY)});
         found += off <= 0.005 * 320;
-        if (seed > 0)
+        if (seed % 10 > 0)
             continue;
         // A nominal radius may be off by up to 20 %.
         for (const auto &[share, isNear] : {std::pair(1.18, true), {1.22, false}, {0.82, true}, {0.78, false}}) {
@@ -190,6 +190,10 @@ void tst_KImageFisheye::paintsAndBends()
         image.image.Optical2(0, 0, 0, 'G', 0.8f, 0); // samples at 0.8 times the radius
         QVERIFY2(std::abs(center() - (50 + 20 / 0.8)) < 0.3, qPrintable(QString::number(center())));
     }
+    TestImage broken(kForms[k32fRgb], 9, 9, 1);
+    broken.SetSample(4, 4, 0, std::nan(""));
+    broken.image.PutPoint(4, 4, 3, int(0xFFFF0000));
+    QCOMPARE(broken.Sample(4, 4, 0), 1.0); // overwrites even NaN
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
     image.image.Optical(-20, 0, 0, 0, 0, 1);

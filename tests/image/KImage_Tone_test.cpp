@@ -111,6 +111,7 @@ void tst_KImageTone::guards()
         const Case named("call", i);
         QCOMPARE(thrown(k8uRgb, all[i]), QStringLiteral("Invalid Bitmap"));
     }
+    QCOMPARE(thrown(k8uRgb, [](KImage &i) { i.HDR_Normalize(0, 1, 0); }), QStringLiteral("Invalid Bitmap"));
     KImage narrow(0, 3, GFL_RGB, 8, true, nullptr, 0);
     QCOMPARE(Thrown([&] { narrow.GetGrey(s_gray); }), QStringLiteral("Invalid Bitmap"));
 

@@ -162,6 +162,10 @@ void tst_Exr::damagedFiles()
     const int channels = good.indexOf("chlist") + 11;
     QVERIFY(!LoadFromMemory(QByteArray(good).replace(channels, 1, QByteArray(1, '\0')), &error));
     QVERIFY2(QByteArray(gflLastErrorText()).contains("length doesn't match"), gflLastErrorText());
+    const QByteArray deep =
+        QByteArray(good).replace(5, 1, QByteArray(1, char(good[5] | 8))); // "non-image" in the version
+    QVERIFY(!LoadFromMemory(deep, &error) && error == GFL_ERROR_UNKNOWN_FORMAT);
+    QVERIFY2(QByteArray(gflLastErrorText()).contains("deep pixels"), gflLastErrorText());
     const int window = good.indexOf("dataWindow") + 22; // after name, "box2i" and size: left, top, right, bottom
     for (const char *box :
          {"\0\0\0\0\0\0\0\0\xFF\x3F\x0F\0\xFF\x3F\x0F\0", "\0\0\0\x80\0\0\0\x80\xFF\xFF\xFF\x7F\xFF\xFF\xFF\x7F",

@@ -174,7 +174,9 @@ void tst_Heif::readsWhatLibheifWrites()
         QCOMPARE(QSize(read->Width, read->Height), spec.size);
         QCOMPARE(int(info.BitsPerComponent), bits);
         QCOMPARE(int(info.ComponentsPerPixel), spec.channels);
-        QCOMPARE(QByteArray(info.FormatName), QByteArray(spec.coder == heif_compression_AV1 ? "avif" : "heif"));
+        const bool isAvif = spec.coder == heif_compression_AV1;
+        QCOMPARE(QByteArray(info.FormatName), QByteArray(isAvif ? "avif" : "heif"));
+        QVERIFY2(QByteArray(info.Description).startsWith(isAvif ? "AVIF" : "HEIF"), info.Description);
     }
 }
 
@@ -213,6 +215,13 @@ void tst_Heif::metadata()
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(BlocksOf(*read).Text(), SomeBlocks(1).Text());
     }
+    Blocks large;
+    large.xmp = QByteArray((64 << 20) + 1, ' '); // a byte more than is read
+    gflClearWarningText();
+    const BitmapPtr without =
+        LoadFromMemory(Encode({heif_compression_AV1}, large), nullptr, LoadParams(GFL_LOAD_METADATA));
+    QVERIFY(without && !gflBitmapHasXMP(without.get()));
+    QVERIFY2(QByteArray(gflLastWarningText()).contains("a block that can't be read"), gflLastWarningText());
     const struct {
         const char *name;
         int primaries, curve;
@@ -252,6 +261,9 @@ void tst_Heif::damaged()
         const Case named(NameOf(coder));
         const QByteArray file = Encode({coder});
         QCOMPARE(BadCut(file, file.size()), QString());
+        int code = 0;
+        QVERIFY(!LoadFromMemory(QByteArray(file).replace(file.indexOf("mdat") + 4, 60, QByteArray(60, '\xff')), &code));
+        QCOMPARE(code, int(GFL_ERROR_FILE_READ));
         const int size = file.indexOf("ispe") + 8;
         const struct {
             const char *name;

@@ -3,6 +3,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
+#include "core/byte_reader.h"
 #include "core/codec.h"
 #include "core/pending_rows.h"
 #include "core/source.h"
@@ -10,6 +11,8 @@
 #include "metadata/exif_lists.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
+#include "metadata/source_io.h"
+#include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
 
 #include <QFileInfo>
@@ -90,6 +93,7 @@ private Q_SLOTS:
     void metadataMap_data();
     void metadataMap();
     void freedWhilePending();
+    void readers();
 };
 
 void tst_Inside::texts()
@@ -377,6 +381,11 @@ void tst_Inside::foreignException()
     gflLibraryExit();
     QVERIFY(!read);
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+    gflLibraryInitEx([](unsigned long, void *) -> void * { return nullptr; },
+                     [](void *, unsigned long, void *) -> void * { return nullptr; }, [](void *, void *) {}, nullptr);
+    const Status grown = MemorySink().WriteAt(0, "a", 1);
+    gflLibraryExit();
+    QCOMPARE(int(grown.Error()), int(GFL_ERROR_NO_MEMORY));
 }
 
 void tst_Inside::metadataMap_data()
@@ -440,6 +449,30 @@ void tst_Inside::freedWhilePending()
     QVERIFY(bool(StartPending(params, decode, &bitmap)));
     QVERIFY(bool(WaitForRows(*bitmap, 16, &ready)));
     QCOMPARE(ready, 16);
+}
+
+/// The readers of bytes at the end of a file, and pieces larger than a buffer.
+void tst_Inside::readers()
+{
+    QByteArray bytes(300000, '\0');
+    for (int i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i % 251);
+    const Source source(bytes.constData(), std::size_t(bytes.size()));
+    ByteReader reader(source, 2);
+    char byte = 'x';
+    QVERIFY(!reader.Skip(300000) && !reader.Read(&byte, 1)); // after a failure nothing is read
+    QCOMPARE(byte, 'x');
+    SourceIo io(source);
+    QCOMPARE(io.seek(299990, Exiv2::BasicIo::beg), 0);
+    const Exiv2::DataBuf end = io.read(20);
+    QVERIFY(end.size_ == 10 && std::memcmp(end.pData_, bytes.constData() + 299990, 10) == 0 && io.eof());
+    RawStream stream(source);
+    QByteArray pieces(bytes.size(), '\0');
+    int done = 0;
+    for (const int size : {100, 200000, 70, 99830})
+        done += stream.read(pieces.data() + done, 1, std::size_t(size));
+    QCOMPARE(done, bytes.size());
+    QVERIFY(pieces == bytes);
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

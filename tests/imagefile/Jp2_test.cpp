@@ -16,6 +16,7 @@ struct Kind {
     bool isSigned = false;
     bool isBoxed = true;
     int precinct = 0; // side in pixels; 0: the maximum
+    int tileRows = 0; // height of tiles; 0: one tile
     int step = 1;     // sampling step of the first component
     OPJ_COLOR_SPACE space = OPJ_CLRSPC_SRGB;
 };
@@ -54,6 +55,11 @@ QByteArray Encode(const Kind &kind, QSize size, const std::vector<int> &stored)
         parameters.csty |= 1;
         parameters.res_spec = 1;
         parameters.prcw_init[0] = parameters.prch_init[0] = kind.precinct;
+    }
+    if (kind.tileRows > 0) {
+        parameters.tile_size_on = OPJ_TRUE;
+        parameters.cp_tdx = size.width();
+        parameters.cp_tdy = kind.tileRows;
     }
     opj_codec_t *encoder = opj_create_compress(kind.isBoxed ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K);
     opj_stream_t *stream = opj_stream_default_create(OPJ_FALSE);
@@ -115,6 +121,7 @@ void tst_Jp2::readsWhatOpenJpegWrites()
                           {"RGBA, 16 bits", 4, 16},
                           {"signed", 3, 10, true},
                           {"codestream", 3, 8, false, false},
+                          {"tiles", 3, 8, false, true, 0, 20},
                           {"1 bit", 1, 1, false, false}};
     for (const Kind &kind : kinds) {
         const Case named(kind.name);
@@ -138,8 +145,8 @@ void tst_Jp2::readsWhatOpenJpegWrites()
 
 void tst_Jp2::refuses()
 {
-    const Kind kinds[] = {{"subsampled", 3, 8, false, true, 0, 2},
-                          {"YCC", 3, 8, false, true, 0, 1, OPJ_CLRSPC_SYCC},
+    const Kind kinds[] = {{"subsampled", 3, 8, false, true, 0, 0, 2},
+                          {"YCC", 3, 8, false, true, 0, 0, 1, OPJ_CLRSPC_SYCC},
                           {"four components of unknown meaning", 4, 8, false, false}};
     for (const Kind &kind : kinds) {
         const Case named(kind.name);
@@ -166,11 +173,24 @@ void tst_Jp2::damaged()
     precincts[coding + 4] = 1;
     precincts.insert(coding + 14, QByteArray(2, '\0'));
     precincts[coding + 3] = char(precincts[coding + 3] + 2);
+    // The same precincts in the coding style of the second of two tiles.
+    const int style = precincts.indexOf("\xFF\x52");
+    QByteArray parts = Encode({"two tiles", 3, 8, false, true, 0, 15}, {40, 30}, Noise(kind, {40, 30}));
+    parts.replace(size + 6, 8, BigEndian(1500, 4) + BigEndian(1500, 4));
+    parts.replace(size + 22, 8, BigEndian(1500, 4) + BigEndian(750, 4));
+    const int second = parts.indexOf("\xFF\x90", parts.indexOf("\xFF\x90") + 2);
+    parts.insert(second + 12, precincts.mid(style, precincts[style + 3] + 2));
+    QByteArray fewer = precincts; // 151,000 of each component, of which only one would be harmless
+    fewer.replace(size + 6, 8, BigEndian(400, 4) + BigEndian(300, 4));
+    fewer.replace(size + 22, 8, BigEndian(400, 4) + BigEndian(300, 4));
     QByteArray blocks = file;
     blocks[coding + 10] = 20; // code blocks 2^22 pixels wide
     // For the last one, OpenJPEG's first message is reported.
-    const std::pair<QByteArray, const char *> rows[] = {
-        {tiles, "too short for its"}, {precincts, "too short for its"}, {blocks, "cblkw"}};
+    const std::pair<QByteArray, const char *> rows[] = {{tiles, "too short for its tiles"},
+                                                        {precincts, "too short for its precincts"},
+                                                        {parts, "too short for its precincts"},
+                                                        {fewer, "too short for its precincts"},
+                                                        {blocks, "cblkw"}};
     for (const auto &[bad, text] : rows) {
         int error = 0;
         QVERIFY(!LoadFromMemory(bad, &error));

@@ -146,12 +146,21 @@ void tst_Jpeg::bytesAfterEnd()
     LoadFromMemory(metric.replace(metric.indexOf("JFIF") + 7, 5, QByteArray("\2\0\x64\0\x32", 5)), nullptr,
                    LoadParams(), &info);
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127)); // from 100 and 50 per centimeter
+    const Folder folder;
+    GFL_BITMAP *record = nullptr;
+    QVERIFY(WriteBytes(folder("a.jpg"), metric));
+    QCOMPARE(gflLoadMetadataUTF8(folder("a.jpg").toUtf8().constData(), &record), int(GFL_NO_ERROR));
+    const BitmapPtr owner(record);
+    QCOMPARE(QSize(record->Xdpi, record->Ydpi), QSize(254, 127));
     const QByteArray file = Encode(Spec()), body = file.left(file.size() - 2), end = file.right(2);
+    const QByteArray comment = QByteArray("\xFF\xFE\xFF\xFF", 4) + QByteArray("\xFF\xD9").repeated(32766) + ' ';
     const BitmapPtr whole = LoadFromMemory(file);
-    const std::pair<const char *, QByteArray> rows[] = {{"bytes after the end", file + QByteArray(1000, 'x')},
-                                                        {"junk before the end", body + QByteArray(50, '\x11') + end},
-                                                        {"no end marker", body},
-                                                        {"twice", file + file}};
+    const std::pair<const char *, QByteArray> rows[] = {
+        {"bytes after the end", file + QByteArray(1000, 'x')},
+        {"junk before the end", body + QByteArray(50, '\x11') + end},
+        {"no end marker", body},
+        {"long comments", QByteArray(file).insert(2, comment + comment)},
+        {"twice", file + file}};
     for (const auto &[name, odd] : rows) {
         const Case named(name);
         const BitmapPtr bitmap = LoadFromMemory(odd);
@@ -187,6 +196,12 @@ void tst_Jpeg::damaged()
     }
     LoadFromMemory(QByteArray(restarts).replace(third, 2, "\xFF\xD7"), &error); // a marker with a different number
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+    const int frame = restarts.indexOf("\xFF\xC0"); // its precision follows marker and length
+    for (const bool isCut : {true, false}) {
+        const Case named("cut", isCut);
+        QVERIFY(!LoadFromMemory(isCut ? restarts.left(frame) : QByteArray(restarts).replace(frame + 4, 1, "\7")));
+        QCOMPARE(QByteArray(gflLastErrorText()).contains("(the file ends early)"), isCut);
+    }
 }
 
 /// If a load returns early, rows are final once they are reported as ready, and the last wait reports damage.

@@ -149,9 +149,9 @@ void tst_Loading::thumbnails()
         {"landscape", {600, 400}, {128, 128}, {128, 85}},   {"portrait", {400, 600}, {128, 128}, {85, 128}},
         {"box of 0 by 0", {1024, 512}, {0, 0}, {256, 128}}, {"smaller than the box", {60, 40}, {128, 128}, {60, 40}},
         {"one column", {1, 1000}, {10, 10}, {1, 10}},       {"flat box", {601, 401}, {300, 20}, {30, 20}}};
-    for (int i = 0; i < 12; ++i) {
-        const char *format = i % 2 ? "jpeg" : "tiff";
-        const auto &[name, size, box, expected] = rows[i / 2];
+    for (int i = 0; i < 18; ++i) {
+        const char *format = i % 3 == 0 ? "tiff" : i % 3 == 1 ? "jpeg" : "png";
+        const auto &[name, size, box, expected] = rows[i / 3];
         const Case named(name, format);
         const QString path = m_folder(format);
         const BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), GFL_RGB, 8);
@@ -295,9 +295,8 @@ void tst_Loading::absurdSizes()
     QVERIFY(frame > 0);
     jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4)); // 65,500 x 65,500
     const QByteArray png = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png"));
-    const auto pngOf = [&png](const char *sideAndChecksum) { // of a square, 8-bit gray
-        const QByteArray hex(sideAndChecksum), header = hex.left(8) + hex.left(8) + "0800000000" + hex.mid(8);
-        return QByteArray(png).replace(16, 17, QByteArray::fromHex(header));
+    const auto pngOf = [&png](const char *size, const char *checksum) { // 8-bit gray
+        return QByteArray(png).replace(16, 17, QByteArray::fromHex(QByteArray(size) + "0800000000" + checksum));
     };
     const QByteArray tiles = TiffOf(16, 16, 8, {{322, 1u << 15}, {323, 1u << 15}, {324, 8}, {325, 100}});
     const QPair<const char *, QByteArray> files[] = {
@@ -309,9 +308,10 @@ void tst_Loading::absurdSizes()
         {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},
         {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')},
         {"JPEG", jpeg},
-        {"PNG without pixels", pngOf("000000001EE023CE")},
-        {"largest PNG", pngOf("7FFFFFFF31A254BA")},
-        {"PNG bomb", pngOf("00009C40746751D9")}};
+        {"PNG without pixels", pngOf("0000000000000000", "1EE023CE")},
+        {"largest PNG", pngOf("7FFFFFFF7FFFFFFF", "31A254BA")},
+        {"PNG with one side beyond the limit", pngOf("0010000100000001", "366676A9")},
+        {"PNG bomb", pngOf("00009C4000009C40", "746751D9")}};
     for (const auto &[name, file] : files) {
         largestBlock = 0;
         gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
@@ -323,6 +323,9 @@ void tst_Loading::absurdSizes()
                  name);
         QVERIFY2(largestBlock < 1000000, name);
     }
+    const BitmapPtr longest = FilledBitmap(1 << 20, 1, GFL_GREY, 8, [](int x, int, int) { return x % 2; });
+    const BitmapPtr read = LoadFromMemory(SavedBytes(*longest, SaveParams("png")));
+    QVERIFY2(read && Difference(*read, *longest).isEmpty(), gflLastErrorText());
 }
 
 void tst_Loading::hugeFloatPicture()

@@ -189,6 +189,13 @@ void tst_Psd::mergedPicture()
             QByteArray file = SavedBytes(*bitmap, SaveParams("psd", compression));
             const int opacity = file.indexOf("8BIMnorm\xFF") + 8;
             const BitmapPtr exact = LoadFromMemory(file);
+            QByteArray renamed = file; // a name that is 8 bytes longer, and the lengths of what contains it
+            const int section = bits == 8 ? opacity - 60 : opacity - 76; // deeper samples have a block of their own
+            for (const int at : {section, opacity - 56, opacity + 4})
+                renamed.replace(at, 4, BigEndian(qFromBigEndian<quint32>(renamed.constData() + at) + 8, 4));
+            renamed[opacity + 16] = char(renamed[opacity + 16] + 8);
+            const BitmapPtr renamedPicture = LoadFromMemory(renamed.insert(opacity + 17, "abcdefgh"));
+            QVERIFY(renamedPicture && Difference(*renamedPicture, *bitmap).isEmpty());
             const BitmapPtr merged = LoadFromMemory(file.replace(opacity, 1, "\xFE"));
             const QByteArray name = QByteArray::number(bits) + (compression ? " bits, packed" : " bits");
             QVERIFY2(exact && Difference(*exact, *bitmap).isEmpty(), name.constData());
@@ -203,6 +210,8 @@ void tst_Psd::mergedPicture()
 
 void tst_Psd::damaged()
 {
+    for (const QSize &side : {QSize(300001, 1), QSize(1, 300001)}) // too large for the format
+        QVERIFY(SavedBytes(*SmoothBitmap(side.width(), side.height(), GFL_GREY, 8), SaveParams("psd")).isEmpty());
     const struct {
         const char *name;
         int at, bytes;

@@ -182,6 +182,7 @@ void tst_Webp::damaged()
                 {"frame far outside the canvas", frame, QByteArray(3, '\xff')},
                 {"frame wider than its picture", frame + 6, QByteArray("\x0d", 1)},
                 {"picture of unknown type", animation.indexOf("VP8L"), "JUNK"},
+                {"damage inside the bitstream", animation.indexOf("VP8L") + 8 + 5, QByteArray(30, '\xff')},
                 {"no bitstream", animation.indexOf("VP8L") + 8, "JUNK"}};
     for (const auto &row : rows) {
         int error = 0;

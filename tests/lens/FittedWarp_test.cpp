@@ -118,6 +118,7 @@ private Q_SLOTS:
     void flatFields_data();
     void flatFields();
     void badCurves();
+    void beyondTheTables();
     void rampsStayRamps();
     void sharpness_data();
     void sharpness();
@@ -455,6 +456,24 @@ void tst_FittedWarp::flatFields()
             QVERIFY2(std::round(most * 255) <= 1.0, qPrintable(QString::number(most * 255)));
         else
             QVERIFY2(most / gray <= 1e-3, qPrintable(QString::number(most)));
+    }
+}
+
+/// Floats beyond a table continue its outermost segments.
+void tst_FittedWarp::beyondTheTables()
+{
+    Correction bright;
+    bright.width = 3;
+    bright.height = 1;
+    bright.light = GainMap{0.0, 0.0, RadialCurve(1.0, std::vector<double>(65, 2.0))};
+    const Pixels source = Made(3, 1, [](int x, int) { return std::pow(10.0, x - 1); });
+    const TransferCurve curve = TransferCurve::Power(1.8);
+    const FittedWarp warp(bright, Sampling::Bilinear, curve, {/*isFloat=*/true, false});
+    const Pixels got = Rendered(warp, source, kBaseline);
+    for (int x = 0; x < 3; ++x) {
+        const double wanted = curve.StoredTable(0).At(2.0F * curve.LightTable(0).At(source.At(x, 0, 0)));
+        QVERIFY2(std::abs(double(got.At(x, 0, 0)) - wanted) <= 1e-5 * wanted,
+                 qPrintable(QStringLiteral("%1 is %2, not %3").arg(x).arg(double(got.At(x, 0, 0))).arg(wanted)));
     }
 }
 

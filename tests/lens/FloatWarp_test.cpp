@@ -235,7 +235,7 @@ void tst_FloatWarp::someRowsOfTheSource()
 {
     constexpr int kWidth = 150, kHeight = 120, kBandRows = 8;
     const Pixels source = RandomPixels(kWidth, kHeight, 4, 32, 5);
-    int missing = 0;
+    int missing[3] = {}, estimated = 0;
     for (int round = 0; round < 32; ++round) {
         const Case named("round", round);
         newLCP lcp = StrongModels(kWidth, kHeight, round / 16, quint32(round));
@@ -246,17 +246,20 @@ void tst_FloatWarp::someRowsOfTheSource()
         KImage band(kWidth, kBandRows, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
         for (int y = 0; y < kHeight; y += kBandRows) {
             const FloatWarp::RowRange tries[] = {{y, y + kBandRows}, warp.RowsFor(y, kBandRows), {0, kHeight}};
+            estimated += tries[1].end - tries[1].first;
             for (const FloatWarp::RowRange &rows : tries) {
                 FloatRows held(from.image);
                 held.Hold(rows.first, rows.end);
                 if (warp.RenderFrom(held.Image(), held.FirstRow(), band, y, Unwritten::FromSource))
                     QCOMPARE(std::memcmp(band.getData(0, 0), whole.image.getData(0, y), kBandRows * kWidth * 16), 0);
                 else
-                    QVERIFY(++missing && &rows != &tries[2]);
+                    ++missing[&rows - tries];
             }
         }
     }
-    QVERIFY(missing > 100);
+    // The rows at the same height are rarely enough, the estimated ones are.
+    QVERIFY2(missing[0] > 100 && missing[1] == 0 && missing[2] == 0, qPrintable(QString::number(missing[1])));
+    QVERIFY2(estimated < 32 * kHeight * 4, qPrintable(QString::number(estimated)));
 }
 
 QTEST_APPLESS_MAIN(tst_FloatWarp)

@@ -5,6 +5,7 @@
 #include "KImage.h"
 #include "LensfunFit.h"
 #include "MadeProfiles.h"
+#include "PictureLight.h"
 
 #include <QtTest>
 
@@ -191,6 +192,10 @@ void tst_FitChoices::oddities()
     profile.notes = {{7, 0, QStringLiteral("of a used entry")}, {9, 2, QStringLiteral("of another entry")}};
     const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
     QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
+    PictureFacts raw;
+    raw.raw = true;
+    for (const auto &[gamma, light] : {std::pair(0.5, 0.5), {2.0, 0.0625}, {0.0, 0.25}, {qQNaN(), 0.25}}) // of 0.25
+        QVERIFY(std::abs(LightOf(raw, false, gamma).curve.Light(0, 0.25) - light) < 1e-9);
 }
 
 void tst_FitChoices::leftOut_data()

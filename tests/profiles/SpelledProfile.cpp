@@ -82,8 +82,9 @@ private:
         if (m_spelling == Spelling::ReversedElements)
             std::reverse(elements.begin(), elements.end());
         if (m_spelling == Spelling::Decorated && node.name.isEmpty())
-            elements.prepend("<stCamera:AlternateLensNames><rdf:Bag><rdf:li>Other name</rdf:li></rdf:Bag>"
-                             "</stCamera:AlternateLensNames>");
+            elements.prepend(
+                "<stCamera:AlternateLensNames><rdf:Bag><rdf:li>Other name</rdf:li><rdf:li>Third</rdf:li></rdf:Bag>"
+                "</stCamera:AlternateLensNames>");
         const QByteArray content = elements.join();
         if (HasDescription())
             return '<' + tag + "><" + m_rdf + "Description" + attributes + ">\n" + content + "</" + m_rdf

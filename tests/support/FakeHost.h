@@ -85,7 +85,7 @@ public:
     KIImageDef *ImageDefOf(QString fileName) override
     {
         calls.append(QLatin1String("image ") + fileName);
-        return Def(fileName);
+        return missing.contains(fileName) ? nullptr : Def(fileName);
     }
     KImageInstances *ImageInstances() override
     {
@@ -120,6 +120,7 @@ public:
     }
 
     QMap<QString, QVariant> settings;
+    QStringList missing;                     // files without a description
     QStringList calls;                       // in order, for example "set Disto"; only from the GUI thread
     KUIInstances *interfaceKernel = nullptr; // shared with plug-ins
 

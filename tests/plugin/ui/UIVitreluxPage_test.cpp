@@ -176,7 +176,8 @@ void tst_UIVitreluxPage::listWrapsAround()
 {
     for (const QString &file : {kA, kB, kC})
         MakePicture(file, 40, 30);
-    TestWizard desk({kA, kB, kC});
+    Host().missing = QStringList{QStringLiteral("/none.jpg")};
+    TestWizard desk({kA, kB, kC, QStringLiteral("/none.jpg")});
     auto *list = desk.Find<QComboBox>("comboBoxImageDef");
     QCOMPARE(list->count(), 3);
     const auto reduced = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };

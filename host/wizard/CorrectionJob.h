@@ -16,7 +16,7 @@ class HostApplication;
 /// How the pictures of a job are written.
 struct JobOutput {
     QString folder; // as OutputNaming::folder
-    QString format; // one of OutputFormats()
+    QString format; // a value of a record's attribute "Format"
 };
 
 /// One picture of a job.

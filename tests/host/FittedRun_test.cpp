@@ -78,8 +78,11 @@ void FittedRunTest::init()
         WriteJpeg(Path(QLatin1String(name)), 60, 40);
         WriteMetadata(Path(QLatin1String(name)), metadata);
     }
-    QVERIFY(QDir().mkpath(Path("lenses/deep/down"_s)) && QDir().mkpath(Path("empty"_s)));
-    WriteFile(Path(kFound), Profile("Canon EF 24-105mm f/4L IS USM"));
+    for (const char *folder : {"lenses/deep/down", "empty", "alike", "unlike"})
+        QVERIFY(QDir().mkpath(Path(QLatin1String(folder))));
+    const char *const found = "Canon EF 24-105mm f/4L IS USM";
+    const QByteArray full = Profile(found);
+    WriteFile(Path(kFound), full);
     const char *const decoys[] = {"Canon EF 24-105mm f/4L IS II USM", "Canon EF 24-105mm f/3.5-5.6 IS STM",
                                   "Canon EF 24-70mm f/4L IS USM", "Sigma 24-105mm f/4 DG OS HSM",
                                   "Canon EF 28-105mm f/4-5.6 USM"};
@@ -87,6 +90,10 @@ void FittedRunTest::init()
     for (const char *lens : decoys)
         WriteFile(Path("lenses/%1.lcp"_s.arg(number++)), Profile(lens));
     WriteFile(Path("light.lcp"_s), Profile(kLens, /*hasVignetting=*/false));
+    for (const char *same : {"alike/0.lcp", "alike/copy.lcp", "unlike/0.lcp"})
+        WriteFile(Path(QLatin1String(same)), full);
+    WriteFile(Path("alike/other.lcp"_s), full + '\n');
+    WriteFile(Path("unlike/1.lcp"_s), QByteArray(full).replace("'-0.1'", "'-1.9'")); // 4.6 pixels at the corners
     for (const char *variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
         m_run->Set(variable, Path("empty"_s));
     m_run->Set("VITRELUX_PROBE_NOTES", Path("notes"_s));
@@ -106,6 +113,10 @@ void FittedRunTest::correct_data()
     QTest::newRow("found among near misses")
         << "--lens-path lenses named.jpg"_s << 0 << 1
         << QStringList{kFound, "entries: 50 mm f/8 10 m 100 %"_s, "left out: lateral color: the profile has no"_s};
+    QTest::newRow("equal matches that correct alike")
+        << "--lens-path alike named.jpg"_s << 0 << 1 << QStringList{"alike/"_s, "entries: 50 mm"_s};
+    QTest::newRow("equal matches that differ") << "--lens-path unlike named.jpg"_s << 1 << 0
+                                               << QStringList{"two profiles fit equally well: "_s, "--profile"_s};
     QTest::newRow("lensfun") << "--lens-path empty known.jpg"_s << 0 << 1
                              << QStringList{"profile \"lensfun:Canon/Canon EF 135mm f/2L"_s, "at 135 mm"_s};
     QTest::newRow("lensfun excluded") << "--source lcp --lens-path empty known.jpg"_s << 1 << 0

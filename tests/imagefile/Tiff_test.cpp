@@ -306,7 +306,11 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
     row("gray and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
     row("CMYK 16 in planes", With(Rgb(16, 4), planar, inks), GFL_RGB, 16);
-    row("CMYK with a profile", With(Rgb(16, 4), inks, [](Spec &s) { s.hasInkProfile = true; }), GFL_RGB, 16);
+    row("CMYK float", With(Rgb(32, 4), inks, isFloat), GFL_RGB, 32);
+    row("CMYK and opacity", With(Rgb(8, 5), inks, straight), GFL_RGBA, 8);
+    const auto withProfile = [](Spec &s) { s.hasInkProfile = true; };
+    row("CMYK with a profile", With(Rgb(16, 4), inks, withProfile), GFL_RGB, 16);
+    row("CMYK float with a profile", With(Rgb(32, 4), inks, isFloat, withProfile), GFL_RGB, 32);
     for (int bits : {8, 16})
         for (int lab : {PHOTOMETRIC_CIELAB, PHOTOMETRIC_ICCLAB})
             row(qPrintable(QStringLiteral("Lab %1, %2 bits").arg(lab).arg(bits)),

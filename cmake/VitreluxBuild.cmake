@@ -64,11 +64,12 @@ set(VITRELUX_TEST_ENVIRONMENT
 
 # vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks
 # programs to run under the thread sanitizer: those with several std::threads and no Qt locks, which it doesn't support.
+set(VITRELUX_TEST_TIMEOUT 300 CACHE STRING "Seconds until a test is ended; unoptimized kernels need more")
 add_custom_target(thread_tests)
 function(vitrelux_test name)
     cmake_parse_arguments(arg "THREADS" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
     if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 300)
+        set(arg_TIMEOUT ${VITRELUX_TEST_TIMEOUT})
     endif()
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_LINKS} Qt5::Test)

@@ -110,14 +110,6 @@ void FindLostPictures(QVector<PlannedPicture> *plan)
 
 } // namespace
 
-QStringList OutputFormats()
-{
-    QStringList names;
-    for (const FormatRow &row : kFormats)
-        names << row.name;
-    return names;
-}
-
 QStringList SuffixesOfFormat(const QString &format)
 {
     for (const FormatRow &row : kFormats) {

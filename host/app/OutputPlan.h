@@ -36,10 +36,8 @@ struct OutputNaming {
     QString ending{}; // appended unchanged, even with braces
 };
 
-/// Returns the output formats, as values of a record's attribute "Format"; the first one is the default.
-QStringList OutputFormats();
-
-/// Returns the file suffixes of a format without the dot, the default one first; empty if the format is unknown.
+/// Returns the file suffixes of a format, a value of a record's attribute "Format", without the dot, the default one
+/// first; empty if the format is unknown.
 QStringList SuffixesOfFormat(const QString &format);
 
 /// Returns the text appended to a picture's name: @p ending, by default the plug-in's, and the format's suffix.

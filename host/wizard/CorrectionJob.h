@@ -16,7 +16,7 @@ class HostApplication;
 /// Folder and format of a job's outputs.
 struct JobOutput {
     QString folder; // as OutputNaming::folder
-    QString format; // one of OutputFormats()
+    QString format; // a value of a record's attribute "Format"
 };
 
 /// One picture of a job.

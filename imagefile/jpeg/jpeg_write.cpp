@@ -75,8 +75,15 @@ Exiv2::ExifData WithoutMakerNote(const Exiv2::ExifData &exif)
     return rest;
 }
 
+long CountOf(const Exiv2::Blob &blob)
+{
+    Exiv2::ExifData fields;
+    Exiv2::ExifParser::decode(fields, blob.data(), static_cast<std::uint32_t>(blob.size()));
+    return fields.count();
+}
+
 // Adds EXIF, which must fit into one segment, and space for a thumbnail if that still fits. If the EXIF doesn't fit,
-// Exiv2 encodes it again without keeping the maker note's offset and without previews and large unknown
+// Exiv2 encodes it again without keeping the maker note's offset and, if necessary, without previews and large
 // values. If it still doesn't fit, the maker note is dropped: other formats allow notes larger than a segment.
 void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segment> *segments)
 {
@@ -84,8 +91,11 @@ void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segme
     constexpr std::size_t kMaxBlob = kMaxSegment - kSignature.size();
     Exiv2::Blob blob = EncodeExif(exif);
     if (blob.size() > kMaxBlob) {
+        const long count = CountOf(blob);
         blob.clear();
         Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, exif);
+        if (CountOf(blob) < count)
+            Warn("metadata is left out: the largest values of the EXIF, which is too long for a JPEG");
     }
     if (blob.size() > kMaxBlob) {
         blob.clear();

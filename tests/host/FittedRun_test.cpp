@@ -79,8 +79,11 @@ void FittedRunTest::init()
         WriteJpeg(Path(QLatin1String(name)), 60, 40);
         WriteMetadata(Path(QLatin1String(name)), metadata);
     }
-    QVERIFY(QDir().mkpath(Path("lenses/deep/down"_s)) && QDir().mkpath(Path("empty"_s)));
-    WriteFile(Path(kFound), Profile("Canon EF 24-105mm f/4L IS USM"));
+    for (const char *folder : {"lenses/deep/down", "empty", "alike", "unlike"})
+        QVERIFY(QDir().mkpath(Path(QLatin1String(folder))));
+    const char *const found = "Canon EF 24-105mm f/4L IS USM";
+    const QByteArray full = Profile(found);
+    WriteFile(Path(kFound), full);
     const char *const decoys[] = {"Canon EF 24-105mm f/4L IS II USM", "Canon EF 24-105mm f/3.5-5.6 IS STM",
                                   "Canon EF 24-70mm f/4L IS USM", "Sigma 24-105mm f/4 DG OS HSM",
                                   "Canon EF 28-105mm f/4-5.6 USM"};

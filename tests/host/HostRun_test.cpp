@@ -235,6 +235,9 @@ void HostRunTest::rivalsForOneOutput()
     QCOMPARE(result.errorLines.size(), 1);
     QVERIFY(result.errorLines.first().startsWith("vitrelux: other/a.jpg: "_s));
     QVERIFY(result.errorLines.first().contains("a.jpg"_s));
+    WriteJpeg(Path("c.tiff"_s), 12, 8);
+    const ProgramResult lost = RunProbe("", "--overwrite --output-name {name}.tiff c.tiff"_s);
+    QVERIFY2(lost.exitCode == 1 && lost.error.contains(" would replace the picture \"c.tiff\""), lost.error);
     QCOMPARE(Notes().filter("Process"_s).size(), 1);
     const ProgramResult plan = Run("correct -n -j 1 --plain --skip-existing --profile p.lcp -o out a.jpg b.jpg"_s);
     QCOMPARE(plan.errorLines.size(), 2);

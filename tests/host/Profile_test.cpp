@@ -1,5 +1,6 @@
 // Tests of `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
 #include "Case.h"
+#include "ProfileText.h"
 #include "ProgramTest.h"
 
 #include <QDomDocument>
@@ -173,6 +174,7 @@ class tst_Profile : public ProgramTest {
     Q_OBJECT
 private Q_SLOTS:
     void grid();
+    void plainText();
     void check_data();
     void check();
     void json();
@@ -207,6 +209,21 @@ void tst_Profile::grid()
                                 "  35 mm         infinity  f/4        distortion, light     1\n";
     QVERIFY2(result.output.endsWith(expected), result.output.constData());
     QVERIFY(result.output.contains("3888 x 2592 pixels, factor 1.6\n"));
+}
+
+void tst_Profile::plainText()
+{
+    WriteFile(Path("m.lcp"_s), profiletext::Profile(profiletext::FullEntry(0) + profiletext::FullEntry(1)));
+    const ProgramResult result = Run("profile --plain m.lcp"_s);
+    QCOMPARE(result.exitCode, 0);
+    const QByteArray text = result.output.simplified();
+    for (const char *part :
+         {"Camera Seven Lens Test lens 24mm Measured at 24 mm, f/4, 1.25 m Made for pictures of 4001 x 3001 pixels",
+          "Entries 2 Projection perspective Distortion focal length 0.8, 0.9;",
+          "coefficients -0.011, 0.012, -0.013; tangential 0.001, -0.002 Green focal length 0.81, 0.82;",
+          "scale 0.999; coefficients 0.031, 0.032 Blue ", "Vignette focal length 0.87, 0.88;",
+          "Corrects distortion, chromatic aberration, vignetting"})
+        QVERIFY2(text.contains(part), part + ('\n' + result.output));
 }
 
 void tst_Profile::check_data()

@@ -17,8 +17,8 @@ constexpr int kCapDacReadSearch = 2;
 ProgramRun::ProgramRun() : program(QStringLiteral(VITRELUX_PROGRAM))
 {
     const QProcessEnvironment system = QProcessEnvironment::systemEnvironment();
-    for (const char *kept :
-         {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"}) {
+    for (const char *kept : {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS",
+                             "GCOV_ERROR_FILE"}) {
         const QString name = QString::fromLatin1(kept);
         if (system.contains(name))
             m_environment.insert(name, system.value(name));

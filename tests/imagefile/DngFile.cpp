@@ -82,7 +82,7 @@ QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &previ
     file += pixels;
     const quint32 previewAt = quint32(file.size());
     file += preview + QByteArray(preview.size() % 2, '\0');
-    // Tag 262: 32803 means a color filter array, 6 YCbCr. Tag 50778: 21 means D65.
+    // Tag 259: 7 means JPEG. Tag 262: 32803 means a color filter array, 6 YCbCr, 2 RGB. Tag 50778: 21 means D65.
     quint32 w = quint32(size.width()), h = quint32(size.height()), bytes = quint32(pixels.size());
     const QMap<int, quint32> whole = {{254, 0},     {256, w},       {257, h},   {258, 16}, {259, 1},
                                       {262, 32803}, {273, 8},       {274, 1},   {277, 1},  {278, h},
@@ -90,8 +90,10 @@ QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &previ
     QVector<Field> fields = Plain(whole);
     if (!preview.isEmpty()) {
         w = quint32(previewSize.width()), h = quint32(previewSize.height()), bytes = quint32(preview.size());
-        const QMap<int, quint32> reduced = {{254, 1},         {256, w}, {257, h}, {259, 7},    {262, 6},
-                                            {273, previewAt}, {277, 3}, {278, h}, {279, bytes}};
+        const bool isJpeg = preview.startsWith("\xFF\xD8");
+        const QMap<int, quint32> reduced = {
+            {254, 1},         {256, w}, {257, h}, {259, isJpeg ? 7 : 1}, {262, isJpeg ? 6 : 2},
+            {273, previewAt}, {277, 3}, {278, h}, {279, bytes}};
         QVector<Field> small = Plain(reduced);
         small.insert(3, {258, kShort, Numbers<quint16>({8, 8, 8})});
         fields += Plain({{330, AddDirectory(small, &file)}});

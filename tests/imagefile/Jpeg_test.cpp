@@ -148,7 +148,7 @@ void tst_Jpeg::bytesAfterEnd()
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127)); // from 100 and 50 per centimeter
     const Folder folder;
     GFL_BITMAP *record = nullptr;
-    QVERIFY(WriteBytes(folder("a.jpg"), metric));
+    WriteFile(folder("a.jpg"), metric);
     QCOMPARE(gflLoadMetadataUTF8(folder("a.jpg").toUtf8().constData(), &record), int(GFL_NO_ERROR));
     const BitmapPtr owner(record);
     QCOMPARE(QSize(record->Xdpi, record->Ydpi), QSize(254, 127));

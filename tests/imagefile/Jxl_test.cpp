@@ -127,6 +127,8 @@ void tst_Jxl::metadata()
         Blocks blocks;
         int orientation; // 0: none
     } rows[] = {{"sRGB", {}, {}, 0},
+                {"a profile", {GFL_RGB, 8, 8, 1, true, false, false, SomeBlocks().icc}, {}, 0},
+                {"lossy with a profile", {GFL_RGB, 8, 8, 1, false, false, false, SomeBlocks().icc}, {}, 0},
                 {"orientation", {GFL_RGB, 8, 8, 5}, {}, 5},
                 {"EXIF with another orientation", {GFL_RGB, 8, 8, 3, true, true}, SomeBlocks(6), 3},
                 {"packed", {GFL_RGB, 8, 8, 1, true, true, true}, SomeBlocks(6), 1}};
@@ -137,7 +139,8 @@ void tst_Jxl::metadata()
             LoadFromMemory(Encode(*bitmap, row.spec, row.blocks), nullptr, LoadParams(GFL_LOAD_METADATA));
         QVERIFY2(read, gflLastErrorText());
         const Blocks got = BlocksOf(*read);
-        QVERIFY(got.icc.isEmpty() && got.xmp == row.blocks.xmp);
+        QVERIFY(got.xmp == row.blocks.xmp);
+        QCOMPARE(got.icc, row.spec.lossless ? row.spec.icc : QByteArray()); // lossy pictures are delivered as sRGB
         QCOMPARE(QByteArray(gflLastWarningText()), QByteArray());
         QCOMPARE(got.exif, row.orientation > 0 ? SomeBlocks(row.orientation).exif : QByteArray());
     }

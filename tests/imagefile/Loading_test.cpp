@@ -76,7 +76,7 @@ void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind)
     TIFFWriteDirectory(tiff);
 }
 
-enum Embedding { InRaw, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond };
+enum Embedding { InRaw, InRawAsPixels, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond };
 
 } // namespace
 
@@ -197,7 +197,8 @@ void tst_Loading::embeddedPreviews()
         bool isUsed; // for a box of 90 x 90 and a picture of 300 x 200
     };
     QVector<Row> rows = {{BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false}};
-    for (Embedding embedding : {InRaw, InExif, AsPage, BelowPage}) // larger than the box, too small, other proportions
+    // Larger than the box, too small, other proportions.
+    for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
     for (const auto &[embedding, preview, isUsed] : rows) {
         const Case named(int(embedding), preview);
@@ -205,6 +206,9 @@ void tst_Loading::embeddedPreviews()
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
         if (embedding == InRaw) {
             WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview));
+        } else if (embedding == InRawAsPixels) {
+            const QByteArray pixels(3 * preview.width() * preview.height(), '\xFF');
+            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, pixels, preview));
         } else if (embedding == InExif) {
             QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
             Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());

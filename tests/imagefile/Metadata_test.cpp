@@ -577,20 +577,40 @@ void tst_Metadata::blocksThatAreTooLarge()
     }
 }
 
+// Beyond a segment, Exiv2 drops values over 20,000 bytes. If that isn't enough, the maker note is left out.
 void tst_Metadata::exifTooLargeForJpeg()
 {
-    QByteArray note(70000, 'n'), maker("Acme", 5); // too large for a JPEG segment
-    GFL_EXIF_ENTRYEX second = {37500,  7, GFL_EXIF_CAMERA, 0, 0, 70000, reinterpret_cast<std::uint8_t *>(note.data()),
-                               nullptr};
-    GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 5, reinterpret_cast<std::uint8_t *>(maker.data()), &second};
-    const GFL_EXIF_DATAEX exif = {&first, 0};
-    for (const char *format : {"tiff", "jpeg"}) {
-        const Case named(format);
-        const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
-        QCOMPARE(gflBitmapSetEXIF2(bitmap.get(), &exif), int(GFL_NO_ERROR));
-        QVERIFY2(Save(m_folder(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR, gflLastErrorText());
-        QCOMPARE(ValueBytes(m_folder(format), "Exif.Image.Make"), maker);
-        QCOMPARE(ValueBytes(m_folder(format), "Exif.Photo.MakerNote"), format[0] == 't' ? note : QByteArray());
+    for (int noteBytes : {70000, 19000}) {
+        QByteArray maker("Acme", 5), note(noteBytes, 'n'), text(19000, 't');
+        const auto entry = [](std::uint16_t tag, std::uint16_t type, std::uint32_t directory, QByteArray *value,
+                              GFL_EXIF_ENTRYEX *next) {
+            return GFL_EXIF_ENTRYEX{tag,
+                                    type,
+                                    directory,
+                                    0,
+                                    0,
+                                    std::uint32_t(value->size()),
+                                    reinterpret_cast<std::uint8_t *>(value->data()),
+                                    next};
+        };
+        GFL_EXIF_ENTRYEX last = entry(37500, 7, GFL_EXIF_CAMERA, &note, nullptr),
+                         third = entry(305, 2, GFL_EXIF_MAIN, &text, &last),
+                         second = entry(270, 2, GFL_EXIF_MAIN, &text, &third),
+                         artist = entry(315, 2, GFL_EXIF_MAIN, &text, &second),
+                         first = entry(271, 2, GFL_EXIF_MAIN, &maker, &artist);
+        const GFL_EXIF_DATAEX exif = {&first, 0};
+        for (const char *format : {"tiff", "jpeg"}) {
+            const Case named(format, "note", noteBytes);
+            const bool isJpeg = format[0] == 'j';
+            const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
+            QCOMPARE(gflBitmapSetEXIF2(bitmap.get(), &exif), int(GFL_NO_ERROR));
+            gflClearWarningText();
+            QVERIFY2(Save(m_folder(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR, gflLastErrorText());
+            QCOMPARE(QByteArray(gflLastWarningText()).contains("too long for a JPEG"), isJpeg);
+            QCOMPARE(ValueBytes(m_folder(format), "Exif.Image.Make"), maker);
+            QVERIFY(ValueBytes(m_folder(format), "Exif.Image.Artist").startsWith(text));
+            QCOMPARE(ValueBytes(m_folder(format), "Exif.Photo.MakerNote"), isJpeg ? QByteArray() : note);
+        }
     }
 }
 

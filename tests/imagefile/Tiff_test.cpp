@@ -308,7 +308,11 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
     row("gray and opacity", With(Gray(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
     row("CMYK 16, planar", With(Rgb(16, 4), planar, cmyk), GFL_RGB, 16);
-    row("CMYK with a profile", With(Rgb(16, 4), cmyk, [](Spec &s) { s.hasInkProfile = true; }), GFL_RGB, 16);
+    row("CMYK float", With(Rgb(32, 4), cmyk, isFloat), GFL_RGB, 32);
+    row("CMYK and opacity", With(Rgb(8, 5), cmyk, straight), GFL_RGBA, 8);
+    const auto withProfile = [](Spec &s) { s.hasInkProfile = true; };
+    row("CMYK with a profile", With(Rgb(16, 4), cmyk, withProfile), GFL_RGB, 16);
+    row("CMYK float with a profile", With(Rgb(32, 4), cmyk, isFloat, withProfile), GFL_RGB, 32);
     for (int bits : {8, 16})
         for (int lab : {PHOTOMETRIC_CIELAB, PHOTOMETRIC_ICCLAB})
             row(qPrintable(QStringLiteral("Lab %1, %2 bits").arg(lab).arg(bits)),

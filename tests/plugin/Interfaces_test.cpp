@@ -34,10 +34,8 @@ public:
     QIcon Icon() const override { return Note<QIcon>("Icon"); }
     QString UID() const override { return Note<QString>("UID"); }
     QWizardPage *WizardPage() override { return Note<QWizardPage *>("WizardPage"); }
-    void OnValidatePage() override { Note("OnValidatePage"); }
     void *AllocParameters(QDomElement) override { return Note<void *>("AllocParameters"); }
     QDomElement GetXmlParameters(void *) override { return Note<QDomElement>("GetXmlParameters"); }
-    void CopyParameters(void *, void *) override { Note("CopyParameters"); }
     void FreeParameters(void *) override { Note("FreeParameters"); }
     QIcon BeforeAfter() const override { return Note<QIcon>("BeforeAfter"); }
     void Process(QString, void *, QString &) override { Note("Process"); }
@@ -72,15 +70,11 @@ public:
 class Application : public KIApplication {
 public:
     ~Application() override { Note("destructor"); }
-    void Reserved1() override { Note("Reserved1"); }
     QVariant GetPluginSetting(QString, QString, QVariant) override { return Note<QVariant>("GetPluginSetting"); }
     void SetPluginSetting(QString, QString, QVariant) override { Note("SetPluginSetting"); }
-    void Reserved2() override { Note("Reserved2"); }
     QLocale Locale() override { return Note<QLocale>("Locale"); }
-    void Reserved3() override { Note("Reserved3"); }
     void LoadTranslator(QString) override { Note("LoadTranslator"); }
     KIImageDef *ImageDefOf(QString) override { return Note<KIImageDef *>("ImageDefOf"); }
-    void Reserved4() override { Note("Reserved4"); }
     KImageInstances *ImageInstances() override { return Note<KImageInstances *>("ImageInstances"); }
     KUIInstances *UIInstances() override { return Note<KUIInstances *>("UIInstances"); }
 };
@@ -95,6 +89,8 @@ template <typename Result, typename... Arguments> Result CallSlot(void *object, 
     return function(object, arguments...);
 }
 
+/// @p name is empty for functions whose default, which does nothing, isn't overridden: their neighbors fix their
+/// places.
 void Expect(const char *name)
 {
     QCOMPARE(s_called, QString::fromLatin1(name));
@@ -122,11 +118,11 @@ void tst_Interfaces::processAndLibraryOrder()
     CallSlot<QIcon>(process, slot++), Expect("Icon");
     CallSlot<QString>(process, slot++), Expect("UID");
     CallSlot<QWizardPage *>(process, slot++), Expect("WizardPage");
-    CallSlot<void>(process, slot++), Expect("OnValidatePage");
+    CallSlot<void>(process, slot++), Expect("");
     QDomElement element;
     CallSlot<void *, QDomElement &>(process, slot++, element), Expect("AllocParameters");
     CallSlot<QDomElement, void *>(process, slot++, nullptr), Expect("GetXmlParameters");
-    CallSlot<void, void *, void *>(process, slot++, nullptr, nullptr), Expect("CopyParameters");
+    CallSlot<void, void *, void *>(process, slot++, nullptr, nullptr), Expect("");
     CallSlot<void, void *>(process, slot++, nullptr), Expect("FreeParameters");
     CallSlot<QIcon>(process, slot++), Expect("BeforeAfter");
     QString name, output;
@@ -174,17 +170,17 @@ void tst_Interfaces::applicationOrder()
     int slot = 2;
     QString uid, key;
     QVariant value;
-    CallSlot<void>(application, slot++), Expect("Reserved1");
+    CallSlot<void>(application, slot++), Expect("");
     CallSlot<QVariant, QString &, QString &, QVariant &>(application, slot++, uid, key, value);
     Expect("GetPluginSetting");
     CallSlot<void, QString &, QString &, QVariant &>(application, slot++, uid, key, value);
     Expect("SetPluginSetting");
-    CallSlot<void>(application, slot++), Expect("Reserved2");
+    CallSlot<void>(application, slot++), Expect("");
     CallSlot<QLocale>(application, slot++), Expect("Locale");
-    CallSlot<void>(application, slot++), Expect("Reserved3");
+    CallSlot<void>(application, slot++), Expect("");
     CallSlot<void, QString &>(application, slot++, uid), Expect("LoadTranslator");
     CallSlot<KIImageDef *, QString &>(application, slot++, uid), Expect("ImageDefOf");
-    CallSlot<void>(application, slot++), Expect("Reserved4");
+    CallSlot<void>(application, slot++), Expect("");
     CallSlot<KImageInstances *>(application, slot++), Expect("ImageInstances");
     CallSlot<KUIInstances *>(application, slot++), Expect("UIInstances");
     CallSlot<void>(application, 1), Expect("destructor");

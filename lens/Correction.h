@@ -19,8 +19,10 @@ struct RadialMap {
     double endRadius = std::numeric_limits<double>::infinity();
 };
 
-/// Gain in linear light, a factor from 1 to 16, as a function of the distance of green's sampling position from the
-/// center.
+constexpr double kMaxGain = 16.0; // 4 EV
+
+/// Gain in linear light, a factor from 1 to kMaxGain, as a function of the distance of green's sampling position from
+/// the center.
 struct GainMap {
     double centerX = 0.0, centerY = 0.0;
     RadialCurve gain;

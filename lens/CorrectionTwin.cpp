@@ -7,8 +7,6 @@ namespace {
 
 using Point = SourcePlaces::Point;
 
-constexpr double kMaxGain = 16.0;
-
 double EndOf(const std::optional<RadialMap> &map)
 {
     return map ? std::min(map->endRadius, std::sqrt(map->factor.EndSquared())) : 0.0;

@@ -4,7 +4,9 @@
 #include "KImage.h"
 #include "newLCP.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -227,7 +229,7 @@ bool FloatWarp::RenderFrom(const KImage &window, int windowRow, KImage &rows, in
                        rows.height(),
                        firstRow,
                        &missed};
-    kRows[static_cast<int>(instructions)](band);
+    kRows[std::min(static_cast<size_t>(instructions), std::size(kRows) - 1)](band);
     Q_ASSERT(!missed || window.height() < m_source.height());
     return !missed || window.height() >= m_source.height();
 }

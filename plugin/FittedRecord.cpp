@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr double kMinZoom = 0.5;
-constexpr double kMaxZoom = 2.0;
-constexpr double kMaxAmount = 2.0;
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
 // --- Texts of values ---

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <tuple>
 #include <unordered_map>
 
 namespace {
@@ -178,15 +179,16 @@ private:
         Correction &to = m_result.correction;
         const BlendParts &geometry = parts[0], &color = parts[1], &light = parts[2];
         if (!geometry.isEmpty())
-            MakeMap(m_tasks[0], geometry, &to.geometry, [&](const BlendParts &of) {
+            MakeMap(m_tasks[0], geometry, QString(), &to.geometry, [&](const BlendParts &of) {
                 return m_blend.Geometry(of, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
             });
-        for (auto [map, model] :
-             {std::pair(&to.red, &ProfileEntry::redGreen), std::pair(&to.blue, &ProfileEntry::blueGreen)}) {
+        for (auto [name, map, model] : {std::tuple("red", &to.red, &ProfileEntry::redGreen),
+                                        std::tuple("blue", &to.blue, &ProfileEntry::blueGreen)}) {
             if (Any(color, model) && !m_result.colorEntries.isEmpty())
-                MakeMap(m_tasks[1], color, map, [&, model = model](const BlendParts &of) {
-                    return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
-                });
+                MakeMap(m_tasks[1], color, QStringLiteral(": the model for %1").arg(QLatin1String(name)), map,
+                        [&, model = model](const BlendParts &of) {
+                            return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
+                        });
         }
         if (m_result.colorEntries.isEmpty()) { // correcting only one color would be worse than correcting none
             to.red.reset();
@@ -199,8 +201,9 @@ private:
         m_result.vignetting = to.light.has_value();
     }
 
-    /// Makes a map from these entries. If it can't be used, leaves it out with a reason that names the entry at fault.
-    void MakeMap(const FitTask &task, const BlendParts &parts, std::optional<RadialMap> *to,
+    /// Makes a map from these entries. If it can't be used, leaves it out with a reason that names the entry at fault
+    /// and, with @p detail, the model.
+    void MakeMap(const FitTask &task, const BlendParts &parts, const QString &detail, std::optional<RadialMap> *to,
                  const std::function<RadialMap(const BlendParts &)> &make)
     {
         *to = make(parts);
@@ -217,7 +220,8 @@ private:
             why = alone;
             break;
         }
-        m_leftOut.Add(task, QStringLiteral("%1 (line %2) %3").arg(EntryText(*entry)).arg(entry->line).arg(why));
+        m_leftOut.Add(task,
+                      QStringLiteral("%1 (line %2)%3 %4").arg(EntryText(*entry)).arg(entry->line).arg(detail, why));
         WeightsOf(task.quantity)->clear();
         to->reset();
     }

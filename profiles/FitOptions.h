@@ -19,14 +19,17 @@ struct TypedFacts {
     std::optional<double> distanceM; // > 0; may be infinite
 };
 
+constexpr double kMinZoom = 0.5, kMaxZoom = 2.0; // of the framing
+constexpr double kMaxAmount = 2.0;               // enough for any use, and keeps all values finite
+
 struct FitOptions {
     bool distortion = true, chromatic = true, vignetting = true;
     QString profile; // path chosen by the user; empty: found automatically
     Framing framing = Framing::Fill;
-    double framingFactor = 1.0; // for Framing::Factor, 0.5 to 2
+    double framingFactor = 1.0; // for Framing::Factor, kMinZoom to kMaxZoom
     Sampling sampling = Sampling::Sharp;
     Projection projection = Projection::Rectilinear; // for fisheyes
-    // Factors by which the profile's corrections are scaled, 0 to 2.
+    // Factors by which the profile's corrections are scaled, 0 to kMaxAmount.
     double amountDistortion = 1.0, amountChromatic = 1.0, amountVignetting = 1.0;
     ProfileSource source = ProfileSource::Auto;
     bool again = false; // correct even if the picture was corrected before

@@ -70,10 +70,10 @@ PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
     return {namesMaker ? first : facts.make.value, body};
 }
 
-/// Limits an amount to 0 to twice the profile's, which is enough for any use and keeps all values finite.
+/// Limits an amount to 0 to kMaxAmount.
 static double Amount(double requested)
 {
-    return std::clamp(requested, 0.0, 2.0);
+    return std::clamp(requested, 0.0, kMaxAmount);
 }
 
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)

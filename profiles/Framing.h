@@ -4,8 +4,6 @@
 #include "Correction.h"
 #include "FitOptions.h"
 
-constexpr double kMinZoom = 0.5, kMaxZoom = 2.0;
-
 struct FramingZoom {
     double zoom = 1.0;
     bool isBounded = false; // the requested framing would need a zoom beyond the bounds

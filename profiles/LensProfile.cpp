@@ -369,6 +369,8 @@ LensProfile ReadLensProfile(const QString &path, QString *error)
     if (!file.open(QIODevice::ReadOnly))
         return Refused(profile, file.errorString(), error);
     const QByteArray content = ReadXmlBytes(&file);
+    if (file.error() != QFileDevice::NoError)
+        return Refused(profile, file.errorString(), error);
     if (content.size() > kMaxXmlBytes)
         return Refused(profile, QStringLiteral("the file is larger than %1 MiB").arg(kMaxXmlBytes >> 20), error);
     return ParseLensProfile(content, path, error);

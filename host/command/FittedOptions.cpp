@@ -1,5 +1,7 @@
 #include "FittedOptions.h"
 
+#include "FitOptions.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -8,8 +10,7 @@
 
 namespace {
 
-constexpr double kMinZoom = 0.5, kMaxZoom = 2.0;
-constexpr double kMaxPercent = 200.0;
+constexpr double kMaxPercent = 100.0 * kMaxAmount;
 
 /// Returns whether a text is a finite number with a decimal point, within the range.
 bool IsNumber(const QString &text, double least, double most)

@@ -1,7 +1,7 @@
 #include "CompareDialog.h"
 
 #include "KImage.h"
-#include "TransferCurve.h"
+#include "PictureLight.h"
 #include "app/HostApplication.h"
 #include "app/PictureRun.h"
 #include "gfl.h"
@@ -36,19 +36,24 @@ constexpr KeyRow kKeys[] = {
     {Qt::Key_Up, 1.0, 0.0, kMoveShare},   {Qt::Key_Down, 1.0, 0.0, -kMoveShare},
 };
 
-/// Converts an OpenEXR picture, whose floats are proportional to light, to sRGB for display.
-QImage ShownLight(const KImage &light)
+/// Converts a float picture to sRGB for display. @param light  the picture's curve.
+QImage ShownFloats(const KImage &floats, const TransferCurve &light)
 {
     KImage pixels;
-    light.Convert(pixels, GFL_RGBA, 32);
+    floats.Convert(pixels, GFL_RGBA, 32);
     const TransferCurve curve = TransferCurve::Srgb();
     const GFL_BITMAP &bitmap = *pixels.m_bitmap;
     constexpr int kChannels = 4, kColors = 3;
     for (int y = 0; y < bitmap.Height; ++y) {
         auto *row = reinterpret_cast<float *>(bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine);
         for (int i = 0; i < bitmap.Width * kChannels; ++i) {
-            if (i % kChannels < kColors)
-                row[i] = row[i] > 0.0F ? curve.StoredTable(i % kChannels).At(std::min(row[i], 1.0F)) : 0.0F;
+            const int channel = i % kChannels;
+            if (channel == kColors) // alpha
+                continue;
+            float value = row[i] > 0.0F ? std::min(row[i], 1.0F) : 0.0F; // NaN becomes black
+            if (!light.IsLinear())
+                value = std::min(light.LightTable(channel).At(value), 1.0F);
+            row[i] = curve.StoredTable(channel).At(value);
         }
     }
     QImage shown;
@@ -121,7 +126,8 @@ QHBoxLayout *CompareDialog::Buttons()
     return buttons;
 }
 
-/// Reads the pixels at 8 bits; large pictures are reduced. Any thread.
+/// Reads the pixels; large pictures are reduced. Floats, which are linear light unless an ICC profile says otherwise,
+/// are converted for display; other pictures are shown as stored. Any thread.
 CompareDialog::Loaded CompareDialog::Load(HostApplication *application, const QString &path)
 {
     Loaded loaded;
@@ -134,11 +140,13 @@ CompareDialog::Loaded CompareDialog::Load(HostApplication *application, const QS
         if (size.width() > kMaxSide || size.height() > kMaxSide)
             size.scale(kMaxSide, kMaxSide, Qt::KeepAspectRatio);
         size = size.expandedTo(QSize(1, 1));
-        const bool isLight = path.endsWith(QLatin1String(".exr"), Qt::CaseInsensitive);
-        KImage *pixels = def->Lock(size.width(), size.height(), /*nativeDepth=*/isLight);
-        const auto unlock = qScopeGuard([&] { def->Unlock(size.width(), size.height(), /*nativeDepth=*/isLight); });
-        if (pixels && isLight)
-            loaded.image = ShownLight(*pixels);
+        const bool isFloat = def->nDepth() > 16;
+        KImage *pixels = def->Lock(size.width(), size.height(), /*nativeDepth=*/isFloat);
+        const auto unlock = qScopeGuard([&] { def->Unlock(size.width(), size.height(), /*nativeDepth=*/isFloat); });
+        PictureFacts facts;
+        facts.path = path;
+        if (pixels && isFloat)
+            loaded.image = ShownFloats(*pixels, LightOf(facts, isFloat, /*rawGamma=*/1.0).curve);
         else if (pixels)
             pixels->ToQImage(loaded.image);
     } catch (...) { // including std::bad_alloc

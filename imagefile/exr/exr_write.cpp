@@ -41,7 +41,8 @@ private:
     Status m_failure = Status::Ok();
 };
 
-// Returns the type of samples in the file; half for B44, which would store floats uncompressed, and for lossy DWA.
+// Returns the type of samples in the file; half for B44, which leaves floats uncompressed, and for DWA, which
+// rounds floats of colors to half precision.
 Imf::PixelType TypeFor(const GFL_BITMAP &bitmap, const SaveOptions &options, Imf::Compression method)
 {
     return bitmap.BitsPerComponent == 8 || options.halfFloats || method >= Imf::B44_COMPRESSION ? Imf::HALF

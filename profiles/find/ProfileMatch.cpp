@@ -152,7 +152,7 @@ bool IsSameModel(const QString &make, const QString &model, const QString &other
 
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
 {
-    return (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake))
+    return (make.isEmpty() || otherMake.isEmpty() || LensMakerOf(make) == LensMakerOf(otherMake))
         && IsSameModel(make, model, otherMake, otherModel);
 }
 
@@ -252,8 +252,8 @@ private:
     {
         if (IsSameCamera(m_facts.make.value, m_facts.model.value, head.make, head.model))
             return Body::Same;
-        return !head.make.isEmpty() && MakerOf(head.make) == MakerOf(m_facts.make.value) ? Body::SameMaker
-                                                                                         : Body::Other;
+        return !head.make.isEmpty() && LensMakerOf(head.make) == LensMakerOf(m_facts.make.value) ? Body::SameMaker
+                                                                                                 : Body::Other;
     }
 
     void Consider(const IndexedProfile &profile)

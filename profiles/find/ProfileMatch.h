@@ -48,12 +48,13 @@ QVector<LensName> WantedLenses(const PictureFacts &facts);
 /// for several lenses. Null if there is none.
 const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts);
 
-/// Returns the maker of the lenses of a camera's brand, spelled as in LensName::maker.
+/// Returns the maker of the lenses of a camera's maker, spelled as in LensName::maker: "pentax" for RICOH.
 QString LensMakerOf(const QString &make);
 
 /// Returns whether two names mean the same model, with or without one of the makers: "NIKON D70" and "D70". The makers
 /// may differ, because profiles may name the brand instead of the maker.
 bool IsSameModel(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);
 
-/// Returns whether the models are the same and the makers, if both are known, don't differ.
+/// Returns whether the models are the same and the makers, if both are known, don't differ. Ricoh
+/// and Pentax, for example, are one maker.
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

@@ -81,16 +81,13 @@ void FittedRunTest::init()
     }
     for (const char *folder : {"lenses/deep/down", "empty", "alike", "unlike"})
         QVERIFY(QDir().mkpath(Path(QLatin1String(folder))));
-    const char *const found = "Canon EF 24-105mm f/4L IS USM";
-    const QByteArray full = Profile(found);
-    WriteFile(Path(kFound), full);
+    WriteFile(Path(kFound), Profile("Canon EF 24-105mm f/4L IS USM"));
     const char *const decoys[] = {"Canon EF 24-105mm f/4L IS II USM", "Canon EF 24-105mm f/3.5-5.6 IS STM",
                                   "Canon EF 24-70mm f/4L IS USM", "Sigma 24-105mm f/4 DG OS HSM",
                                   "Canon EF 28-105mm f/4-5.6 USM"};
     int number = 0;
     for (const char *lens : decoys)
         WriteFile(Path("lenses/%1.lcp"_s.arg(number++)), Profile(lens));
-    QVERIFY(QDir().mkpath(Path("alike"_s)) && QDir().mkpath(Path("unlike"_s)));
     for (const char *folder : {"alike", "unlike"})
         WriteFile(Path(QLatin1String(folder) + "/a.lcp"_s), Profile(kLens));
     WriteFile(Path("alike/b.lcp"_s), Profile(kLens) + "<!-- other bytes -->");

@@ -1,4 +1,5 @@
 // Tests of the wizard with the real plug-in: choices for pictures, fitted profiles, languages, and the keyboard.
+#include "TiffRaster.h"
 #include "WizardTest.h"
 #include "app/PluginLoader.h"
 #include "wizard/CompareDialog.h"
@@ -14,6 +15,7 @@ class tst_WizardPlugin : public WizardTest {
 private Q_SLOTS:
     void choicesStayWithTheirPictures();
     void realPluginFits();
+    void comparesFloatsAsLight();
     void usesTheUsersLanguage_data();
     void usesTheUsersLanguage();
 
@@ -151,6 +153,23 @@ void tst_WizardPlugin::compareByKeyboard()
     results->setCurrentIndex(results->model()->index(1, 0));
     QVERIFY(!Find<QAbstractButton>("compare")->isEnabled()); // a failed picture
     m_wizard->close();
+}
+
+/// A float TIFF and a Radiance picture of the same linear light, 1/8, look the same: sRGB 0.3886.
+void tst_WizardPlugin::comparesFloatsAsLight()
+{
+    TiffRaster raster = BlankRaster(2, 1, 3, 32);
+    for (int i = 0; i < 6; ++i)
+        raster.At(i / 3, 0, i % 3) = 0.125F;
+    WriteTiff(Path("float.tif"), raster);
+    const QByteArray pixel("\x80\x80\x80\x7E"); // mantissas and exponent: 128/256 * 2^(126 - 128)
+    WriteFile(Path("light.hdr"), "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 2\n" + pixel + pixel);
+    CompareDialog dialog(m_host, Path("float.tif"), Path("light.hdr"), nullptr);
+    for (const char *side : {"before", "after"}) {
+        const auto *view = dialog.findChild<ComparedView *>(QLatin1String(side));
+        QTRY_COMPARE(view->Image().size(), QSize(2, 1));
+        QVERIFY2(view->Image().pixel(0, 0) == qRgb(99, 99, 99), side);
+    }
 }
 
 void tst_WizardPlugin::usesTheUsersLanguage_data()

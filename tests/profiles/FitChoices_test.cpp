@@ -280,8 +280,8 @@ void tst_FitChoices::useless_data()
         [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
     row("tangential terms move everything outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
         [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
-    row("both color models, reported once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %",
-        [](ProfileEntry &e) {
+    row("both color models, reported once", true, false,
+        "lateral color: 50 mm f/4 3 m (line 9): the model for red leaves 0 %", [](ProfileEntry &e) {
             e.redGreen->coefficients = {-1e12, 1e12, -1e12};
         });
     row("only one of two entries is a fisheye", true, true, "", [](ProfileEntry &e) {

@@ -289,6 +289,7 @@ void tst_ProfileMatch::sameCameras()
         {"Canon", "Canon", "Canon", "", false},
         {"Canon", "Canon EOS 60D", "", "EOS 60D", true},
         {"Nikon", "D70", "Pentax", "D70", false},
+        {"RICOH IMAGING COMPANY, LTD.", "PENTAX K-3 II", "Pentax", "K-3 II", true},
     };
     for (const auto &row : rows)
         QVERIFY2(IsSameCamera(Text(row.make), Text(row.model), Text(row.otherMake), Text(row.otherModel)) == row.same,

@@ -131,7 +131,9 @@ void InfoTest::incompleteExif()
     } rows[] = {
         {"Exif.Photo.ShutterSpeedValue", "740/100", "exposureTime", 0.00592}, // 2^-7.4 s
         {"Exif.Photo.FocalLength", "34/1", "focalLength", 34},                // the camera is unknown
-        {"Exif.Photo.FNumber", "4/1", "focalLength", qQNaN()},                // no default of 50 mm
+        {"Exif.Photo.ISOSpeedRatings", "1", "iso", 1},
+        {"Exif.Photo.ISOSpeedRatings", "0", "iso", qQNaN()},
+        {"Exif.Photo.FNumber", "4/1", "focalLength", qQNaN()}, // no default of 50 mm
         {"Exif.GPSInfo.GPSLatitude", "0/0 0/0 0/0", "latitude", qQNaN()},
         {"Exif.GPSInfo.GPSLatitude", "0/1 0/1 0/1", "latitude", 0},
         {"Exif.GPSInfo.GPSLatitude", "45/1 0/1 0/1", "latitude", 45},

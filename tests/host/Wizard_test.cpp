@@ -88,8 +88,11 @@ void tst_Wizard::comparesLight()
     std::fill_n(reinterpret_cast<float *>(light.getData(0, 0)), light.bytesPerLine() * 3 / sizeof(float), 0.2F);
     light.Write(Path("a.exr"), "exr"_s, 0, QString());
     CompareDialog dialog(m_host, Path("a.jpg"), Path("a.exr"), nullptr);
-    QTRY_COMPARE(dialog.findChild<ComparedView *>("after"_s)->Image().size(), QSize(4, 3));
-    QCOMPARE(QColor(dialog.findChild<ComparedView *>("after"_s)->Image().pixel(1, 1)), QColor(124, 124, 124));
+    auto *after = dialog.findChild<ComparedView *>("after"_s);
+    QTRY_COMPARE(after->Image().size(), QSize(4, 3));
+    QCOMPARE(QColor(after->Image().pixel(1, 1)), QColor(124, 124, 124));
+    after->setFixedSize(300, 90);
+    QCOMPARE(after->grab().toImage().pixel(2, 45), after->palette().color(QPalette::Dark).rgb()); // next to the picture
 }
 
 void tst_Wizard::reportsEachResult()

@@ -234,8 +234,8 @@ void tst_Heif::metadata()
         QVERIFY(LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_METADATA)));
         QCOMPARE(QByteArray(gflLastWarningText()).contains("treated as sRGB"), row.isWarned);
     }
-    Blocks large;
-    large.icc = QByteArray((64 << 20) + 1, 'x');
+    large.icc = large.xmp;
+    large.xmp.clear();
     gflClearWarningText();
     QVERIFY(LoadFromMemory(Encode({}, large), nullptr, LoadParams(GFL_LOAD_METADATA)));
     QVERIFY(QByteArray(gflLastWarningText()).contains("ICC profile"));

@@ -64,7 +64,7 @@ public:
         if (const QString why = WhyRefused(m_facts); !why.isEmpty())
             return Refuse(why);
         BlendParts parts[3];
-        for (int i = 0; i < 3; ++i)
+        for (std::size_t i = 0; i < 3; ++i)
             parts[i] = Chosen(m_tasks[i], WeightsOf(m_tasks[i].quantity));
         MakeMaps(parts);
         NoteAgain(m_tasks, &m_result);

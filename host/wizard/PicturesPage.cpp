@@ -53,8 +53,7 @@ enum Column { kName, kWhat, kFolder, kColumnCount };
 constexpr int kThumbnailSide = 48;
 constexpr int kRowHeight = kThumbnailSide + 4; // also for rows without a thumbnail
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
-constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
-constexpr int kSubpath = Qt::UserRole + 2;     // of a row: as in NamedPicture
+constexpr int kSubpath = Qt::UserRole + 1;     // of a row: as in NamedPicture
 
 } // namespace
 
@@ -240,28 +239,19 @@ void PicturesPage::Add(const QStringList &files)
     QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
 }
 
-/// Returns the first row that is not described; the number of rows if all are.
-int PicturesPage::NextToDescribe() const
-{
-    int row = 0;
-    while (row < m_list->topLevelItemCount() && m_list->topLevelItem(row)->data(kName, kDescribed).toBool())
-        ++row;
-    return row;
-}
-
 bool PicturesPage::isComplete() const
 {
     const int count = m_list->topLevelItemCount();
-    return count > 0 && NextToDescribe() == count && OutputFolderFault().isEmpty();
+    return count > 0 && m_described == count && OutputFolderFault().isEmpty();
 }
 
 /// Describes one file per pass of the event loop, so a thousand files don't block the window.
 void PicturesPage::DescribeNext()
 {
-    QTreeWidgetItem *row = m_list->topLevelItem(NextToDescribe());
+    QTreeWidgetItem *row = m_list->topLevelItem(m_described);
     if (!row)
         return;
-    row->setData(kName, kDescribed, true);
+    ++m_described;
     const QString path = row->data(kName, kPath).toString();
     const ImageDef &image = *m_application->ImageOf(path);
     const QString problem = m_application->ProblemOf(path);
@@ -281,8 +271,8 @@ void PicturesPage::DescribeNext()
 /// Shows why the next page is not available yet.
 void PicturesPage::ShowReading()
 {
-    const int described = NextToDescribe(), count = m_list->topLevelItemCount();
-    m_reading->setText(described < count ? tr("%1 of %2 pictures read").arg(described).arg(count) : QString());
+    const int count = m_list->topLevelItemCount();
+    m_reading->setText(m_described < count ? tr("%1 of %2 pictures read").arg(m_described).arg(count) : QString());
 }
 
 QVector<NamedPicture> PicturesPage::Pictures() const
@@ -350,7 +340,11 @@ void PicturesPage::ChooseOutputFolder()
 
 void PicturesPage::RemoveSelected()
 {
-    qDeleteAll(m_list->selectedItems());
+    for (QTreeWidgetItem *row : m_list->selectedItems()) {
+        if (m_list->indexOfTopLevelItem(row) < m_described)
+            --m_described;
+        delete row;
+    }
     ListChanged();
 }
 

@@ -54,13 +54,13 @@ private:
     void OutputFolderChanged();
     void ShowNotice(const QString &text);
     void RemoveSelected();
-    int NextToDescribe() const;
     void DescribeNext();
     void ShowReading();
     void ListChanged();
 
     HostApplication *m_application;
     QTreeWidget *m_list;
+    int m_described = 0; // rows whose files are described: the first ones
     QLabel *m_hint;
     QPushButton *m_remove;
     QLabel *m_reading; // how many files are described; empty if all are

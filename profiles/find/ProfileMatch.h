@@ -55,6 +55,6 @@ QString LensMakerOf(const QString &make);
 /// may differ, because profiles may name the brand instead of the maker.
 bool IsSameModel(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);
 
-/// Returns whether the models are the same and the makers, if both are known, don't differ. Ricoh
-/// and Pentax, for example, are one maker.
+/// Returns whether the models are the same and the makers, if both are known, don't differ. Ricoh and Pentax, for
+/// example, count as one maker.
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

@@ -21,6 +21,9 @@ public:
         std::memset(static_cast<void *>(memory), 0, count * sizeof(Value));
         return memory;
     }
+
+    /// Leaves the zeros as they are: writing them again would race with a concurrent reader.
+    template <typename Element> void construct(Element *) noexcept { }
 };
 
 /// Generator of temporary file names. The n-th name is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no folder has

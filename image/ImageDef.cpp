@@ -75,7 +75,7 @@ bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *inf
             == GFL_NO_ERROR;
     }
     constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // all hosts pass this; it has no effect
+    constexpr std::uint32_t kFlags = 4; // the customary value; it has no effect
     if (gflGetFileInformationExUTF8(name.constData(), kAnyFormat, information, kFlags) != GFL_NO_ERROR)
         return false;
     gflLoadMetadataUTF8(name.constData(), bitmap); // read once for all blocks

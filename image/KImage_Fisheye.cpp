@@ -24,7 +24,7 @@ constexpr int kMinSupport = kRays / 8; // edges needed to confirm a circle; abou
 constexpr double kMinRadius = 0.25;    // relative to the smaller side, like kLargestOffset
 constexpr double kLargestOffset = 0.2;
 constexpr double kSmallerSideSteps = 1000; // larger frames are sampled in steps of several pixels
-constexpr double kNominalTolerance = 0.2;
+constexpr double kNominalTolerance = 0.2;  // largest relative difference from the nominal radius
 /// Code for full brightness. Four times this, the edge filter's largest response, still fits in 16 bits.
 constexpr float kFullCode = 8191;
 constexpr Ipp16s kMinEdge = 650; // response to a step of 2 % of kFullCode

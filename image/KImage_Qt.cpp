@@ -36,7 +36,7 @@ void KImage::ToQImage(QImage &image)
         return;
     uchar *bits = image.bits();
     KImage wrapped(width(), height(), GFL_RGBA, 8, /*clear=*/false, bits, image.bytesPerLine());
-    Convert(wrapped, GFL_RGBA, 8); // into the block, which already has this shape
+    Convert(wrapped, GFL_RGBA, 8); // fills bits, because a target of this size and form keeps its block
     ippiSwapChannels_8u_C4IR(bits, image.bytesPerLine(), {width(), height()}, kSwapRedAndBlue);
 }
 

@@ -7,8 +7,8 @@
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-constexpr double kRectilinearEnd = 85.0 / 180.0 * kPi;
-constexpr int kFirstSteps = 32, kMaxSteps = 8192; // of a table
+constexpr double kRectilinearEnd = 85.0 / 180.0 * kPi; // the tangent is limited, because it is infinite at 90 degrees
+constexpr int kFirstSteps = 32, kMaxSteps = 8192;      // of a table
 
 /// Returns 1 + c0 x + c1 x^2 + c2 x^3; missing coefficients are 0.
 double Polynomial(const QVector<double> &coefficients, double x)

@@ -34,7 +34,7 @@ struct PictureFacts {
     Fact<QSize> original;           // full size as photographed, before cropping or scaling
     Fact<double> focalPlaneWidthMm; // long side of the original on the sensor
     Orientation orientation = 1;    // from the file
-    Orientation readerTurn = 1;     // already applied by the reader; 1 for all formats, which deliver pixels as stored
+    Orientation readerTurn = 1;     // applied by the reader: always 1, because all readers deliver pixels as stored
     bool raw = false;
     Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // fractions of the original's sides, angle 0
@@ -54,6 +54,6 @@ PictureFacts ReadPictureFacts(const QString &path, QString *error);
 
 struct FitOptions;
 
-/// Returns whether an automatic run has nothing to do: each requested correction was made before, or an earlier run
-/// that made another one could not make it. False if the options ask for corrections again.
+/// Returns whether an automatic run has nothing to do: every requested correction was made before, or at least one
+/// was and an earlier run could not make the others. False with FitOptions::again.
 bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options);

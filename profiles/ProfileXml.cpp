@@ -30,7 +30,7 @@ public:
     {
         // Other lists of the document, such as its authors, contain no entries; lists inside an entry are read as part
         // of it.
-        int profiles = kMaxXmlDepth + 1; // depth of the outermost CameraProfiles
+        int profiles = kMaxXmlDepth + 1; // depth of the outermost CameraProfiles; outside it, more than any depth
         while (Next()) {
             if (m_depth < profiles)
                 profiles = kMaxXmlDepth + 1;
@@ -89,7 +89,7 @@ private:
             m_take(entry);
     }
 
-    /// Reads an element to its end and adds its content to @p node. Next limits the depth of the recursion.
+    /// Reads an element to its end and adds its content to @p node. Next() limits the depth of the recursion.
     void ReadNode(ProfileNode &node)
     {
         for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {

@@ -56,7 +56,7 @@ public:
     /// that the command line prints.
     void LoadTranslator(QString fileName) override;
     /// Returns the description of a file, never null: a file that isn't a picture has a description of size 0. Files
-    /// are identified by absolute name.
+    /// are identified by absolute path.
     KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
     /// Returns null: this host has no UI kernel to share.
@@ -107,7 +107,7 @@ private:
     QSettings m_settings;
     std::mutex m_settingsMutex;                    // plug-ins read on any thread
     std::mutex m_mutex;                            // guards the next two
-    std::map<QString, Picture> m_pictures;         // by absolute name
+    std::map<QString, Picture> m_pictures;         // by absolute path
     std::map<QString, KIImageDef *> m_usedInstead; // not owned
     SettingAdapter m_adapt;
     AcceptedPictures m_accepted = AcceptedPictures::OfKernel;

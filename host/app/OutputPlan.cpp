@@ -18,8 +18,8 @@ QString CanonicalName(const QString &path)
     return canonical.isEmpty() ? path : canonical;
 }
 
-/// Returns an absolute name without "." and "..". Names in which ".." follows a link to a folder are resolved with the
-/// folder's canonical name, because removing both parts would name another folder.
+/// Returns an absolute path without "." and "..". Paths in which ".." follows a link to a folder are resolved with the
+/// folder's canonical path, because removing both parts would lead to another folder.
 QString AbsoluteName(const QString &file)
 {
     const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));

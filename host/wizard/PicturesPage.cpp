@@ -32,7 +32,7 @@ const QLatin1String kFormatSetting("Wizard/Format");
 const QLatin1String kFramingSetting("Wizard/Framing");
 
 struct ChoiceRow {
-    const char *value; // in a record
+    const char *value; // of the record's attribute "Format" or "Framing"
     const char *text;
 };
 
@@ -52,7 +52,7 @@ constexpr ChoiceRow kFramings[] = {
 enum Column { kName, kWhat, kFolder, kColumnCount };
 constexpr int kThumbnailSide = 48;
 constexpr int kRowHeight = kThumbnailSide + 4; // also for rows without a thumbnail
-constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
+constexpr int kPath = Qt::UserRole;            // of a row: the absolute path
 constexpr int kSubpath = Qt::UserRole + 1;     // of a row: as in NamedPicture
 
 } // namespace
@@ -214,7 +214,7 @@ void PicturesPage::Add(const QStringList &files)
     QStringList known = Files();
     const int before = known.size();
     const PictureFiles found = ListPictures({files, true, QString(), OutputEndings(), OutputFolder()});
-    const QVector<PlannedPicture> plan = PlanOutputs(found.pictures, {}); // for the absolute names
+    const QVector<PlannedPicture> plan = PlanOutputs(found.pictures, {}); // for the absolute paths
     for (int i = 0; i < plan.size(); ++i) {
         const QString &picture = plan[i].picture;
         if (known.contains(picture))

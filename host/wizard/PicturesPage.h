@@ -24,9 +24,9 @@ public:
 
     /// @param files  pictures and folders
     void Add(const QStringList &files);
-    /// Returns the pictures in the order of the list, with absolute names.
+    /// Returns the pictures in the order of the list, with absolute paths.
     QVector<NamedPicture> Pictures() const;
-    /// Returns their names.
+    /// Returns their paths.
     QStringList Files() const;
     JobOutput Output() const;
     /// Returns whether existing corrected pictures may be replaced.

@@ -23,7 +23,7 @@ QString WizardPlugin::Problem() const
     return m_folders.Problem().isEmpty() ? m_loader.Problem() : m_folders.Problem();
 }
 
-/// Enables the corrections for which no choice is stored. @return whether a setting was stored.
+/// Enables the corrections for which no choice is stored. @return whether there were any.
 bool WizardPlugin::SwitchOnUnchosen(HostApplication *application) const
 {
     bool isChanged = false;

@@ -28,7 +28,8 @@ template <typename V> constexpr V ScaleDown(V value, int scaleFactor)
     return scaleFactor > 0 ? static_cast<V>((value + (V(1) << (scaleFactor - 1))) >> scaleFactor) : value;
 }
 
-/// Returns whether a scale factor is in range: no shift to the left, and rounded 16-bit products fit in 63 bits.
+/// Returns whether a scale factor is in range. Within it, ScaleDown overflows neither 32 bits for products of 8-bit
+/// samples nor 64 bits for 16-bit samples.
 constexpr bool IsScaleFactor(int scaleFactor)
 {
     return scaleFactor >= 0 && scaleFactor <= 31;
@@ -48,7 +49,7 @@ template <typename Op, typename T, int C>
 Status CombineScaled(const T *first, Step firstStep, const T *second, Step secondStep, T *dst, Step dstStep, Size size,
                      int scaleFactor)
 {
-    // Rounded 8-bit products fit in 32 bits up to a shift of 30, so the loop vectorizes; 16-bit samples need 64.
+    // Rounded 8-bit products fit in 32 bits, for which the loop vectorizes; 16-bit products need 64.
     using Wide = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
     if (!IsScaleFactor(scaleFactor))
         return Status::BadArgument;

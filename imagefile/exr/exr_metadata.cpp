@@ -67,7 +67,8 @@ void AddPlace(const Exiv2::ExifData &exif, Imf::Header *header)
     Imf::addLongitude(*header, longitude);
 }
 
-/// Returns Adobe RGB (1998) if the interoperability index of DCF 2.0 names it, as with cameras that write no profile.
+/// Returns Adobe RGB (1998) if the interoperability index of DCF 2.0 names it. Cameras that embed no profile declare it
+/// this way.
 std::optional<Primaries> NamedPrimaries(const Exiv2::ExifData &exif)
 {
     const Exiv2::Exifdatum *index = Find(exif, "Exif.Iop.InteroperabilityIndex");

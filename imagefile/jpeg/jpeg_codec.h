@@ -15,7 +15,8 @@ Status ReadJpegInfo(const Source &source, GFL_FILE_INFORMATION *info);
 /// fitted into it.
 Status ReadJpegPixels(const Source &source, const Box *box, RowSink *rows);
 
-/// Reads the thumbnail in a JPEG's EXIF; fails if there is none or if it can't replace the picture in @p box.
+/// Reads the thumbnail in a JPEG's EXIF; fails if there is none, or if it is too small for @p box or has other
+/// proportions than the picture (CanReplace).
 Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows);
 
 Status WriteJpeg(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

@@ -10,9 +10,9 @@ namespace imagefile {
 bool IsBigTiff(const Source &source);
 
 /// Returns a small classic TIFF of the same byte order with the fields of the first directory, and of the EXIF, GPS and
-/// interoperability directories below it; empty if the file is damaged. Values near the beginning of the file keep
-/// their offsets, so that maker notes with offsets from the beginning of the file stay valid in files that this layer
-/// writes.
+/// interoperability directories below it; empty if the header or the first directory can't be read. Leaves out fields
+/// that are damaged, too large or of 64-bit types. Values in the first MiB, where this layer's writer puts the
+/// metadata, keep their offsets, so that maker notes with offsets from the beginning of the file stay valid.
 Bytes ClassicViewOfBigTiff(const Source &source);
 
 } // namespace imagefile

@@ -263,7 +263,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
                         ? QStringLiteral("lensfun doesn't know the lens of the camera \"%1\"").arg(facts.model.value)
                         : QStringLiteral("lensfun doesn't know the lens \"%1\"").arg(wanted.first().text));
     const NamedLens &best = lenses.first();
-    constexpr double kSlack = 1.0;
+    constexpr double kSlack = 1.0; // lenses whose scores differ by no more count as fitting equally well
     // If only the numbers are known, scores don't matter: they count other details, which the picture doesn't give.
     const bool byNumbers = !IsFixed(camera) && AreBare(wanted) && !best.name.IsBare();
     for (const NamedLens &other : qAsConst(lenses))

@@ -45,7 +45,7 @@ private Q_SLOTS:
     void errorTexts();
     void guards();
     void readsWhatItWrote();
-    void cacheFilesKeepTheForm();
+    void cacheFilesKeepTypeAndDepth();
     void dumps();
     void colorReduction();
     void readsAtRequestedDepth();
@@ -160,7 +160,7 @@ void tst_KImageFile::readsWhatItWrote()
     QVERIFY(!none.m_bitmap);
 }
 
-void tst_KImageFile::cacheFilesKeepTheForm()
+void tst_KImageFile::cacheFilesKeepTypeAndDepth()
 {
     for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
         for (int bits : {8, 16, 32}) {

@@ -20,7 +20,7 @@ struct Spec {
     bool inGrid = false; // in a grid of one tile, instead of a crop
 
     int Greatest() const { return (1 << bits) - 1; }
-    /// Returns an arbitrary function of the position; opacity takes all quarters; blended colors never exceed it.
+    /// Returns an arbitrary sample for the position; opacity takes all quarters; blended colors never exceed it.
     int Sample(int x, int y, int c) const
     {
         const int value = (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);

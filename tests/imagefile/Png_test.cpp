@@ -24,7 +24,7 @@ struct Spec {
         return (isColor ? 3 : 1) + ((color & PNG_COLOR_MASK_ALPHA) != 0 ? 1 : 0);
     }
     int Greatest() const { return (1 << bits) - 1; }
-    /// Returns an arbitrary function of the position; sometimes all samples of a pixel are the key.
+    /// Returns an arbitrary sample for the position; sometimes all samples of a pixel are the key.
     int Sample(int x, int y, int c) const
     {
         return (x + y) % 5 == 0 ? kKeySample : (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);

@@ -23,7 +23,7 @@ struct Spec {
     int layers = 0; // the file's count: negative if the fourth channel is opacity
     QByteArray profile;
 
-    /// Returns an arbitrary function of the position, except for known colors and CMYK with a profile.
+    /// Returns a stored sample as a fraction of the full range: arbitrary, except in Lab and in CMYK with a profile.
     double Share(int x, int y, int c) const
     {
         const double *lab = kLabColors[x % kLabCount].lab;
@@ -94,7 +94,7 @@ bool IsBlended(const Spec &spec, int x, int y)
     return std::min({level(0), level(1), level(2)}) + level(3) >= std::lround(levels);
 }
 
-/// Returns color @p c of a pixel by the plain formulas.
+/// Returns the expected value of channel @p c of a pixel, as a fraction of the full range.
 double Expected(const Spec &spec, int x, int y, int c)
 {
     const double share = spec.Share(x, y, c);
@@ -189,7 +189,7 @@ void tst_Psd::mergedPicture()
             QByteArray file = SavedBytes(*bitmap, SaveParams("psd", compression));
             const int opacity = file.indexOf("8BIMnorm\xFF") + 8;
             const BitmapPtr exact = LoadFromMemory(file);
-            QByteArray renamed = file; // a name that is 8 bytes longer, and the lengths of what contains it
+            QByteArray renamed = file; // a layer name 8 bytes longer, with the lengths of the sections around it
             const int section = bits == 8 ? opacity - 60 : opacity - 76; // deeper samples have a block of their own
             for (const int at : {section, opacity - 56, opacity + 4})
                 renamed.replace(at, 4, BigEndian(qFromBigEndian<quint32>(renamed.constData() + at) + 8, 4));

@@ -50,6 +50,7 @@ int CorrectRun::ShareProcessors() const
 
 ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
 {
+    RefuseConflicts(); // prints, so the interrupt handler must not do so yet
     if (m_plan.size() > 1) {
         KeepFreedMemory();
         m_guard->FinishOnInterrupt([this] {
@@ -58,7 +59,6 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
                                QStringLiteral("finishing the pictures in progress; interrupt again to end at once"));
         });
     }
-    RefuseConflicts();
     const ThreadProcesses processes(plugin, plugin.Process(), threads);
     m_corrector->Begin(processes.All().back());
     const int begun = CorrectInTurn(

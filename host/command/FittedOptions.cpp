@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kMaxPercent = 100.0 * kMaxAmount;
 
-/// Returns whether a text is a finite number with a decimal point, within the range.
+/// Returns whether a text is a number from @p least to @p most. The decimal separator is a point in every locale.
 bool IsNumber(const QString &text, double least, double most)
 {
     bool ok = false;

@@ -77,10 +77,10 @@ bool AreAmounts(const QString &text)
 
 struct Row {
     FittedOptionRow shown;
-    const char *attribute;
+    const char *attribute;                // of the record's XML element; null: those that Amounts() returns
     bool (*isValid)(const QString &text); // checks values other than the words; null: no others are valid
     const char *expected;                 // for the message
-    void (*decide)(const QString &text, FitOptions *options) = nullptr;
+    void (*decide)(const QString &text, FitOptions *options) = nullptr; // null: doesn't affect the fit
 };
 
 void TakeFraming(const QString &text, FitOptions *options)

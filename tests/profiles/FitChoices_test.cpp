@@ -185,7 +185,7 @@ void tst_FitChoices::choices()
     QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
 }
 
-/// Notes on the entries used reach the user; others do not.
+/// Notes on the entries used reach the user, notes on others don't; and an invalid gamma is ignored.
 void tst_FitChoices::oddities()
 {
     LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});

@@ -107,7 +107,7 @@ PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_g
             for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
             return m_path;
         });
-    } catch (...) { // no memory to protect the folder; destructors may not run if nothing catches the exception
+    } catch (...) { // no memory to protect the folder; this object's destructor doesn't run
         RemoveFolder(m_path);
         throw;
     }

@@ -12,15 +12,15 @@ class KIPluginOne2One;
 /// Lookup through the plug-in: if it runs with a record that names no profile, it looks one up, stores it in the record
 /// and leaves the pixels unchanged. This class runs it on a picture that provides a single pixel.
 ///
-/// Create it before the process that it runs, which reads the profile folder when it starts. Only one thread at a time
-/// may call Find.
+/// Create it before the process that it runs, because a process reads the profile folder when it is created. Only one
+/// thread at a time may call Find.
 class ProfileLookup {
 public:
     static const QLatin1String kLensPath; // the plug-in's setting for the profile folder
 
     /// Returns the folder for @p stored, a value of that setting. A path that isn't absolute, such as the plug-in's
-    /// default (a Windows path), becomes a path that doesn't exist. It must not be resolved against the current folder,
-    /// where pictures may come with other profiles.
+    /// default (a Windows path), is taken relative to the root folder, where it hardly ever exists. It must not be
+    /// resolved against the current folder, where pictures may come with other profiles.
     static QString UsableFolder(const QString &stored);
 
     struct Answer {
@@ -34,7 +34,7 @@ public:
     ProfileLookup(const ProfileLookup &) = delete;
     ProfileLookup &operator=(const ProfileLookup &) = delete;
 
-    /// @param process  the last process made while this object exists.
+    /// @param process  the last one created while this object exists: each new process gets a new profile folder.
     /// @param picture  absolute.
     Answer Find(KIPluginOne2One *process, const QString &picture);
 

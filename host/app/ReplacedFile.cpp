@@ -19,7 +19,7 @@ QString SystemError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
-/// Returns the end of a chain of links; the path unchanged if the chain is broken or circular.
+/// Returns the end of a chain of links, which need not exist; one of the links if the chain is circular.
 QByteArray FollowLinks(QByteArray path)
 {
     constexpr int kMaxLinks = 40; // Linux's limit

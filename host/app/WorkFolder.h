@@ -38,6 +38,6 @@ public:
 private:
     QString m_outputFolder;
     PrivateFolder m_folder;
-    QString m_picture; // as admitted
-    QString m_admitted;
+    QString m_picture;  // as passed to Admit
+    QString m_admitted; // its path in the private folder
 };

@@ -25,7 +25,7 @@ CommandLine PrintText(const QString &text)
 /// @param command  "vitrelux" or "vitrelux VERB": the command whose help is suggested.
 CommandLine Refuse(const QString &command, const QString &why)
 {
-    CommandLine line; // refuses
+    CommandLine line; // its default action is RefuseUsage
     line.text = QStringLiteral("%1: %2\nTry '%1 --help'.\n").arg(command, OneLine(why));
     return line;
 }

@@ -11,9 +11,9 @@
 /// Exit codes of the program.
 enum ExitCode { kAllDone = 0, kSomeFailed = 1, kUsageError = 2 };
 
-/// One of several equal parts of a sorted list.
+/// Part of a sorted list: every `count`-th element, beginning with element number `index`.
 struct Shard {
-    int index = 1, count = 1; // from 1
+    int index = 1, count = 1; // 1 <= index <= count
 };
 
 struct CorrectOptions {
@@ -38,7 +38,7 @@ struct CorrectOptions {
 
 struct InfoOptions {
     QStringList files;
-    QString lensPath; // as above
+    QString lensPath; // as in CorrectOptions
     QString plugin;
     bool json = false;  // one object per picture, one per line
     bool exif = false;  // print all entries
@@ -48,7 +48,7 @@ struct InfoOptions {
 
 struct LensesOptions {
     QStringList words; // none: list the folders that are searched
-    QString lensPath;  // as above
+    QString lensPath;  // as in CorrectOptions
     QString plugin;
     bool json = false; // one object per folder or lens, one per line
 };
@@ -69,7 +69,7 @@ struct ReportOptions {
 
 struct WizardOptions {
     QStringList files; // may be empty
-    QString lensPath;  // as above
+    QString lensPath;  // as in CorrectOptions
     QString plugin;    // empty: the installed one
 };
 

@@ -85,7 +85,7 @@ constexpr VerbRow kVerbs[] = {
      {"vitrelux help correct", "vitrelux help --man correct > vitrelux-correct.1"}},
 };
 
-// A row without names starts a group, with its title.
+// A row without names starts a group; its help is the group's title.
 constexpr OptionRow kOptions[] = {
     {Verb::Correct, {}, nullptr, "Pictures"},
     {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},

@@ -23,7 +23,7 @@ QString TimeLeft(double seconds, int done, int open);
 QString Indented(const QString &text);
 
 /// Writer of the program's output, unbuffered and in UTF-8. On a terminal, a progress line below the messages shows the
-/// pictures in progress. One thread at a time.
+/// pictures in progress. Only one thread at a time may use it.
 class Console {
 public:
     Console();

@@ -35,7 +35,7 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
     const PictureFiles files = ListPictures(options.pictures);
     ChooseDisplayless();
     const CommandApplication application;
-    if (!options.plain) // plain corrections don't support these pictures
+    if (!options.plain) // plain corrections support only the kernel's kinds of pictures
         application->Accept(options.convert ? AcceptedPictures::Converted : AcceptedPictures::GrayAndTiled);
     if (!application->SettingsProblem().isEmpty())
         console->Note(QString(), application->SettingsProblem());

@@ -133,7 +133,7 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number, /*tookWork=*/true);
         // The line doesn't name a corrected picture, because only its report failed. It still counts as a failure, so
-        // that the exit code tells scripts.
+        // that the exit code shows scripts that a report is missing.
         const bool isCorrected = report.outcome == PictureReport::Outcome::Corrected;
         m_console->Failure(isCorrected ? QString() : planned.asNamed, why);
         ++m_counts[PictureReport::Outcome::Failed];

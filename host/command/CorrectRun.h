@@ -12,10 +12,10 @@
 class Console;
 class PluginLoader;
 
-/// One run over all pictures. The process only receives one record per picture: SetFiles and OnValidatePage are for the
-/// wizard page, which isn't shown.
+/// One run over all pictures, several at a time (CorrectInTurn).
 ///
-/// CorrectInTurn corrects several pictures at a time.
+/// Processes get a parameter record for each picture. SetFiles and OnValidatePage are not called, because they are for
+/// the wizard page, which isn't shown.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kMaxPercent = 100.0 * kMaxAmount;
 
-/// Returns whether a text is a finite number with a decimal point, within the range.
+/// Returns whether a text is a number from @p least to @p most. The decimal separator is a point in every locale.
 bool IsNumber(const QString &text, double least, double most)
 {
     bool ok = false;
@@ -77,10 +77,10 @@ bool AreAmounts(const QString &text)
 
 struct Row {
     FittedOptionRow shown;
-    const char *attribute;
+    const char *attribute;                // of the record's XML element; null: those that Amounts() returns
     bool (*isValid)(const QString &text); // checks values other than the words; null: no others are valid
     const char *expected;                 // for the message
-    void (*decide)(const QString &text, FitOptions *options) = nullptr;
+    void (*decide)(const QString &text, FitOptions *options) = nullptr; // null: doesn't affect the fit
 };
 
 void TakeFraming(const QString &text, FitOptions *options)

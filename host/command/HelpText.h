@@ -7,8 +7,8 @@
 
 /// Returns the program's help, which lists its commands.
 QString ProgramHelp();
-/// Returns a command's help, in lines of at most 80 characters. To fit on one screen, some options are listed without
-/// a description, and only the first paragraph about the command is shown.
+/// Returns a command's help, in lines of at most 80 characters.
+/// @param onOneScreen  show only the first paragraph about the command, and list some options without a description.
 QString VerbHelp(const VerbRow &verb, bool onOneScreen);
 
 /// Returns a command's man page with the macros of man(7), or the program's if the command is null.

@@ -134,9 +134,9 @@ ExitCode ShowPlain(const InfoOptions &options, HostApplication *application, Int
 
 ExitCode ShowFitted(const InfoOptions &options, HostApplication *application, Console *console)
 {
-    application->Accept(AcceptedPictures::GrayAndTiled); // like "correct"
+    application->Accept(AcceptedPictures::GrayAndTiled); // as `vitrelux correct` does
     const SearchedFolders folders(application, options.lensPath);
-    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // reads the stored folder
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // gives `folders` the stored folder
     if (!plugin.Process())
         console->Note(QString(), plugin.Problem());
     PictureFitter fitter(folders.Folders());

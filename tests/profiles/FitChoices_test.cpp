@@ -185,7 +185,7 @@ void tst_FitChoices::choices()
     QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
 }
 
-/// Notes on the entries used reach the user; others do not.
+/// Notes on the entries used reach the user, notes on others don't; and an invalid gamma is ignored.
 void tst_FitChoices::oddities()
 {
     LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
@@ -194,7 +194,8 @@ void tst_FitChoices::oddities()
     QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
     PictureFacts raw;
     raw.raw = true;
-    for (const auto &[gamma, light] : {std::pair(0.5, 0.5), {2.0, 0.0625}, {0.0, 0.25}, {qQNaN(), 0.25}}) // of 0.25
+    // A light of 0.25 becomes 0.25^gamma; an invalid gamma has no effect.
+    for (const auto &[gamma, light] : {std::pair(0.5, 0.5), {2.0, 0.0625}, {0.0, 0.25}, {qQNaN(), 0.25}})
         QVERIFY(std::abs(LightOf(raw, false, gamma).curve.Light(0, 0.25) - light) < 1e-9);
 }
 

@@ -87,7 +87,7 @@ void tst_Framing::framings()
     QVERIFY(folded.leavesEmpty && folded.assumed.join(QLatin1Char(' ')).contains(QLatin1String("framing limited")));
     // r (1 - 9 r^2) grows up to r = 1 / sqrt(27).
     QVERIFY(std::abs(folded.correction.geometry->endRadius - 3000.0 / std::sqrt(27.0)) < 0.01);
-    // A circular fisheye: even at the smallest zoom, where the corner is 3606 px from the center, it fills the frame.
+    // A circular fisheye: even at the smallest zoom, where the corner is 3606 px from the center, no pixel is empty.
     entry.kind = ProfileEntry::Kind::Fisheye;
     entry.geometry = Model(0.25, 0.5, 0.5, {});
     const FitResult filled = fit(Framing::Fill);

@@ -221,7 +221,7 @@ void tst_LensProfile::oddities_data()
                     "<r:Seq><r:li>0.5, 1</r:li><r:li>0.1, 2</r:li></r:Seq>"
                     "</s:VignetteModelPiecewiseParam></s:VignetteModel>"),
         8, "points", true);
-    // With f = 50 / 36 of 6000 px, the corner is at x = 0.1872; 1 - 3 * 2 x = 0 at 94 % of the corner's radius.
+    // With f = 50 / 36 of 6000 px, the corner is at r^2 = 0.1872; 1 - 3 * 2 r^2 = 0 at 94 % of the corner's radius.
     row("a fold", Small("", Value("RadialDistortParam1", "-2")), 3, "folds back within the frame, at 94 %");
     row("no light", Small("", "<s:VignetteModel s:VignetteModelParam1='-8'/>" + kRadial), 3, "light falls to 0");
 }
@@ -303,7 +303,7 @@ void tst_LensProfile::files()
     QString error;
     QVERIFY(ReadLensProfile(path, &error).entries.isEmpty() && !error.isEmpty());
     QVERIFY(ReadLensProfile(folder.path(), &error).entries.isEmpty() && !error.isEmpty());
-    ReadLensProfile(QStringLiteral("/proc/self/mem"), &error); // can't be read at 0
+    ReadLensProfile(QStringLiteral("/proc/self/mem"), &error); // reading at offset 0 fails
     QVERIFY2(!error.contains(QLatin1String("XML")), qPrintable(error));
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly) && file.write(Small("", kRadial)) > 0);

@@ -95,7 +95,7 @@ void tst_PictureFacts::plainExif()
 
 void tst_PictureFacts::makerNotes()
 {
-    // Lens data of this version isn't scrambled.
+    // Version "0201": cameras scramble it with serial number and shutter count, which this file doesn't have.
     const PictureFacts nikon = Facts({{"Exif.Image.Make", "NIKON CORPORATION"},
                                       {"Exif.NikonLd2.Version", "48 50 48 49"},
                                       {"Exif.NikonLd2.LensIDNumber", "165"},

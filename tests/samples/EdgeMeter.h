@@ -14,7 +14,7 @@ struct EdgeFigures {
     double fringe[3] = {}; ///< largest mean distance of red, green and blue from green near a corner, in pixels
 };
 
-/// Follows an edge: every few pixels, finds the center of the change across it near its expected position.
+/// Measures an edge from the centers of the change across it, found every few pixels near its expected position.
 ///
 /// @p placement gives the expected positions. Points where the edge is interrupted are left out.
 EdgeFigures MeasureEdge(const TiffRaster &picture, const Samples::StraightEdge &edge, const Placement &placement);

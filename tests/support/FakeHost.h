@@ -12,7 +12,7 @@
 #include <map>
 #include <memory>
 
-/// Image description that returns `pixels` when locked, and counts the locks.
+/// Image description that returns `pixels` when locked at full size, otherwise a reduced copy, and counts the locks.
 class FakeImageDef : public KIImageDef {
 public:
     explicit FakeImageDef(const QString &fileName) : m_fileName(fileName) { }

@@ -135,7 +135,7 @@ QStringList NearNames(const QString &lens)
     for (int i = omitsStabilizer ? 1 : 0; i < kinds.size(); ++i)
         for (const Change &change : kinds[i]) {
             names << changed(lens, change);
-            const bool isCompact = lens.at(0).isDigit(); // one difference is enough: there are fewer lenses
+            const bool isCompact = lens.at(0).isDigit(); // few fixed lenses are similar: one difference is enough
             for (int j = i + 1; j < kinds.size() && !isCompact; ++j)
                 for (const Change &other : kinds[j])
                     names << changed(changed(lens, other), change);
@@ -145,7 +145,7 @@ QStringList NearNames(const QString &lens)
     return names;
 }
 
-/// Prints all faults, because they may not fit into a QVERIFY2 message.
+/// Fails if there are faults. Prints them one by one, because they may not fit into a QVERIFY2 message.
 void Verify(const QStringList &faults)
 {
     for (const QString &fault : faults)
@@ -297,7 +297,8 @@ void tst_FindLens::similarNamesInLensfun()
     facts.lensNames[0].value = QLatin1String(QTest::currentDataTag());
     for (QString *source : {&facts.make.source, &facts.model.source, &facts.focalMm.source, &facts.lensNames[0].source})
         *source = "test"_s;
-    const bool isBare = qstrcmp(QTest::currentDataTag(), "YN50mm f/1.8") == 0; // the others have words or no aperture
+    const bool isBare =
+        qstrcmp(QTest::currentDataTag(), "YN50mm f/1.8") == 0; // the other names have more words, or no aperture
     QCOMPARE(WithNameOfNumbers(facts).lensNames.size(), isBare ? 2 : 1);
     const LensfunMatch found = LensfunDatabase::Instance().Find(facts);
     QVERIFY2(found.title == title, qPrintable(found.title + QLatin1Char(' ') + found.reason));

@@ -55,7 +55,7 @@ void tst_LensName::comparison_data()
     const auto other = [](const char *a, const char *b) {
         QTest::addRow("%s, not %s", a, b) << QString::fromUtf8(a) << QString::fromUtf8(b) << false;
     };
-    // As written by the camera or exiftool, and by lensfun's database or the maker.
+    // First as written by the camera or exiftool, then as in lensfun's database or by the maker.
     same("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS");
     same("RF100-500mm F4.5-7.1 L IS USM", "Canon RF 100-500mm F4.5-7.1L IS USM");
     same("AF-S DX Zoom-Nikkor 18-70mm f/3.5-4.5G IF-ED", "Nikkor AF-S 18-70mm f/3.5-4.5G DX IF-ED");

@@ -181,7 +181,7 @@ QStringList KChronometer::FindRelatedCounter(QString name)
     QStringList keys;
     if (m_related.find(related, name))
         std::copy(related->second.begin(), related->second.end(),
-                  std::back_inserter(keys)); // not shared: another thread may append
+                  std::back_inserter(keys)); // a deep copy: another thread may append to the list
     return keys;
 }
 

@@ -100,7 +100,7 @@ void KChronometer::Start(QString name)
 
 qint64 KChronometer::Stop(QString name)
 {
-    const qint64 now = GetQTime(); // first, for the same reason
+    const qint64 now = GetQTime(); // first, so that the lookup isn't measured
     Map<Counter>::accessor counter;
     if (!m_counters.find(counter, KeyOf(name)))
         return 0;

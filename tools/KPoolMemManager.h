@@ -41,7 +41,7 @@ public:
     /// Returns the largest of 8, 4, 2 and 1 that gives at least ten blocks per thread and 150 in total, or 1 if none
     /// does. The counts are estimates: memoryMo / 8, rounded down, then doubled for each smaller size.
     int computeBlockSize(int memoryMo, int threads);
-    /// Allocates the blocks that init() computed; throws "Not enough memory".
+    /// Allocates the blocks that init() computed; throws a KException, "Not enough memory".
     void Alloc();
     void Free();
 

@@ -28,7 +28,8 @@ class KDbSession : public QObject {
 public:
     /// Creates a closed session. @p driver is the name of a Qt driver, such as "QSQLITE".
     KDbSession(QString connectionName, QString driver, QObject *parent);
-    /// Releases the connection without closing it: QSqlDatabase keeps it until the name is opened again.
+    /// Releases the connection without closing it: QSqlDatabase keeps it, and so the lock on the
+    /// file, until the name is opened again.
     ~KDbSession() override;
 
     QSqlDatabase database() { return m_db; }

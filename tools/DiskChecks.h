@@ -3,8 +3,8 @@
 
 #include <QString>
 
-/// Returns the free bytes on the file system of @p path, including those reserved for root; -1 if the path doesn't
-/// exist.
+/// Returns the free bytes on the file system of @p path, including those reserved for root; -1 if it can't be queried,
+/// for example because the path doesn't exist.
 qint64 getFreeDiskSpace(QString path);
 
 /// Returns whether the disk of @p fileName has room for @p size bytes. A folder that can't be queried counts as large

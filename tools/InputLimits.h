@@ -1,4 +1,4 @@
-// All limits on input files other than pictures, with their reasons. Those for pictures are in
+// Limits on input files other than pictures, with their reasons. Those for pictures are in
 // imagefile/core/limits.h, because that layer depends on no other.
 #pragma once
 
@@ -13,7 +13,8 @@ constexpr qint64 kMaxXmlBytes = qint64(16) << 20;
 constexpr int kMaxXmlDepth = 256;
 constexpr int kMaxXmlNodes = 500000;
 
-/// Notes about one profile; the last one reports that the limit was reached. A damaged file may yield one per value.
+/// Maximum number of notes about one profile; the last one reports that the limit was reached. A damaged file may yield
+/// one per value.
 constexpr int kMaxProfileNotes = 1000;
 
 // ---- Profile heads, which the index reads from each file in a folder. ----
@@ -32,8 +33,8 @@ constexpr qint64 kMaxIndexCacheBytes = qint64(256) << 20;
 
 constexpr qint64 kMaxSettingsBytes = qint64(1) << 20; // ours are a few kilobytes
 
-/// A picture list: a million names of 256 bytes. A device such as /dev/zero never ends.
+/// A picture list: room for a million names of 256 bytes. Without a limit, reading /dev/zero would never end.
 constexpr qint64 kMaxListBytes = qint64(256) << 20;
 
-/// One line of a report: a JSON object of a few kilobytes.
+/// One line of a report, which is a JSON object of a few kilobytes in practice.
 constexpr qint64 kMaxRecordBytes = qint64(16) << 20;

@@ -11,8 +11,8 @@
 namespace {
 
 constexpr int kFilesPerFolder = 1024;
-constexpr unsigned long long kPlenty = 0x40000000; // 1 GiB; sizes are only estimates
-constexpr unsigned long long kEnough = 0x6400000;  // 100 MiB
+constexpr unsigned long long kPlenty = 0x40000000; // 1 GiB: the preferred reserve, because sizes are only estimates
+constexpr unsigned long long kEnough = 0x6400000;  // 100 MiB: the smallest reserve
 
 QStringList FilesIn(const QString &folder)
 {

@@ -57,12 +57,12 @@ public:
     QString getTempFolder(unsigned long long size, unsigned long long reserve);
     /// Returns an unused name, in an existing folder, for a file of about @p size bytes. Empty if all disks are full.
     QString getTempFile(unsigned long long size);
-    /// Removes all subfolders with the prefix and the files in them, whichever process created them. Call it at
-    /// startup.
+    /// Removes the files in all subfolders whose names begin with the prefix, even those of other running processes,
+    /// then those subfolders if they are empty. Call it at startup.
     void cleanTempFiles();
     bool removeTempFile(QString name);
 
-    /// Returns the most recently created subfolder, or an empty string. Waits while another thread is adding it.
+    /// Returns the most recently created subfolder, or an empty string. Waits while another thread is adding one.
     QString getLastFolder();
     QString getUniqueFilename(QString folder, QString prefix);
 

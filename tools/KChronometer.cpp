@@ -100,7 +100,7 @@ void KChronometer::Start(QString name)
 
 qint64 KChronometer::Stop(QString name)
 {
-    const qint64 now = GetQTime(); // first, for the same reason
+    const qint64 now = GetQTime(); // first, so that the lookup isn't measured
     Map<Counter>::accessor counter;
     if (!m_counters.find(counter, KeyOf(name)))
         return 0;
@@ -181,7 +181,7 @@ QStringList KChronometer::FindRelatedCounter(QString name)
     QStringList keys;
     if (m_related.find(related, name))
         std::copy(related->second.begin(), related->second.end(),
-                  std::back_inserter(keys)); // not shared: another thread may append
+                  std::back_inserter(keys)); // a deep copy: another thread may append to the list
     return keys;
 }
 

@@ -6,9 +6,9 @@
 #include <tbb/concurrent_hash_map.h>
 #include <tbb/tbb_allocator.h>
 
-/// Named timers with one counter per name and thread, so threads never wait for each other. Timers with different names
-/// can nest; on one thread, a timer can't nest in itself. Ticks are milliseconds of the system clock. Any thread may
-/// use it at any time, but call Reset() without a name and Dump() only while no timer runs.
+/// Named timers with one counter per name and thread, so threads rarely wait for each other. Timers with different
+/// names can nest; on one thread, a timer can't nest in itself. Ticks are milliseconds of the system clock. Any thread
+/// may use it at any time, but call Reset() without a name and Dump() only while no timer runs.
 ///
 /// Use the single instance, gChrono.
 class KChronometer {
@@ -37,7 +37,7 @@ public:
     /// same start.
     qint64 Stop(QString name);
     double Stop(QString name, TimeUnits units);
-    /// Adds a time measured elsewhere. Statistics by name omit names that were never started.
+    /// Adds a time measured elsewhere. Statistics by name include only counters that Start() created.
     void AccumulateTiming(QString name, qint64 ticks);
 
     void Reset();
@@ -55,7 +55,7 @@ public:
     QStringList FindRelatedCounter(QString name);
 
     /// Formats a time like "1 h:1 min:1 s", "1.5 s" or "1000 ms": in the largest unit that gives a value above one,
-    /// truncated to three decimals.
+    /// otherwise in nanoseconds; truncated to three decimals.
     QString FormattedTime(qint64 ticks);
     double UnitConv(TimeUnits units, qint64 ticks);
     /// Returns one line per counter: " key : ticks, calls".

@@ -43,7 +43,7 @@ private:
 
     QMutex m_mutex;
     QFile m_file;
-    QTextStream m_stream; // declared after m_file: its destructor flushes into it
+    QTextStream m_stream; // declared after m_file, because the stream's destructor flushes into the file
     bool m_logToFile = false;
     int m_depth = 0; // number of " | " marks before each line
 };

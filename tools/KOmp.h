@@ -11,8 +11,8 @@ extern int komp_num_cores;
 /// Returns the calling thread's number in its parallel region, 0 outside one.
 int komp_get_thread_num();
 
-/// An OpenMP lock for code inside parallel regions and for the preview's running flag; everything else uses QMutex. Not
-/// recursive.
+/// A non-recursive OpenMP lock, for code inside parallel regions and for the preview's running flag. Other code uses
+/// QMutex or std::mutex.
 class KOmpMutex {
 public:
     KOmpMutex() { omp_init_lock(&m_lock); }

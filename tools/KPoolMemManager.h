@@ -39,9 +39,9 @@ public:
     /// computeBlockSize() chooses it. Throws a KException that gives the sizes if the memory is not available.
     void init(int memoryMo, int threads, int blockMo);
     /// Returns the largest of 8, 4, 2 and 1 that gives at least ten blocks per thread and 150 in total, or 1 if none
-    /// does.
+    /// does. The counts are estimates: memoryMo / 8, rounded down, then doubled for each smaller size.
     int computeBlockSize(int memoryMo, int threads);
-    /// Allocates the blocks that init() computed; throws "Not enough memory".
+    /// Allocates the blocks that init() computed; throws a KException, "Not enough memory".
     void Alloc();
     void Free();
 

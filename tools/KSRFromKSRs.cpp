@@ -4,7 +4,7 @@ namespace {
 
 template <typename T, typename Get> T Chained(const KSRFromKSRs &chain, const QString &key, T value, Get get)
 {
-    for (std::size_t i = 0; i < chain.m_readers.size(); ++i) { // a reader may append to the list
+    for (std::size_t i = 0; i < chain.m_readers.size(); ++i) { // by index, because a reader may append to the list
         if (KernelSettingsReader *reader = chain.m_readers[i])
             value = (reader->*get)(key, value);
     }

@@ -6,8 +6,8 @@
 #include <QHash>
 #include <QVariant>
 
-/// Reader of a hash. A value that isn't a valid number reads as the default number. Every value converts to bool and
-/// text; a text other than "", "0" and "false" is true.
+/// Reader of a hash. A value that isn't a valid number reads as the default number, but one that can't be converted to
+/// bool or text reads as false or "". A text is true unless it is "", "0" or, ignoring case, "false".
 class KSRFromQHash : public KernelSettingsReader {
 public:
     /// @param hash  borrowed; must outlive the reader. Every read detaches a shared hash.

@@ -13,7 +13,7 @@ public:
 
     /// Starts from zero; does nothing if already running.
     void Start();
-    /// Stops and returns the elapsed time, which stays until the next Start().
+    /// Stops and returns the elapsed time, which stays until the next Start() or Reset().
     qint64 Stop();
     /// Sets the time to zero; a running watch keeps running.
     void Reset();

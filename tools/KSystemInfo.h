@@ -33,7 +33,7 @@ public:
     static unsigned long long virtualMemory() { return 0; }
     static unsigned long long freeVirtualMemory() { return freePhysicalMemory(); }
     static unsigned long long freeAddressSpace() { return freePhysicalMemory(); }
-    /// Formats a size like "1.5 KB": at most four characters and a translated unit.
+    /// Formats a size like "1.5 KB": a number of at most four characters and a translated unit.
     static QString memText(unsigned long long bytes);
 
     // --- Disk and files ---
@@ -50,8 +50,8 @@ public:
 
     /// Returns system, release and network name, such as "Linux_6.1.0_workstation".
     static QString osDescription();
-    /// Returns "linux64deb" if dpkg can be run, otherwise "linux64tar". Side effect: dpkg prints its version to our
-    /// standard output.
+    /// Returns "linux64deb" if dpkg can be run, "linux64tar" if not, or an empty string if that is unknown. Side
+    /// effect: dpkg prints its version to our standard output.
     static QString osDownloadVersion();
     static void applicationVersion(int &major, int &minor, int &patch);
     /// Returns an empty list on Linux.

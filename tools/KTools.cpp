@@ -19,8 +19,8 @@ namespace {
 bool s_standsAlone = false; // this copy of the kernel created its own objects
 
 /// Counts the processors. Counting pins the calling thread permanently, and threads that it starts, including OpenMP's
-/// workers, inherit the affinity, so it runs on a short-lived thread. Later queries use its result. If no thread can
-/// start, OpenMP's counts are used.
+/// workers, inherit the affinity, so the counting runs on a short-lived thread. Later queries use its result. If no
+/// thread can start, OpenMP's counts are used.
 void CountProcessors()
 {
     try {
@@ -80,7 +80,7 @@ void KTools::init(KToolsInstances *instances)
         TakeShared(*instances);
     else
         MakeOwn();
-    KPoolMemManager::init(nullptr); // both create an object only if there is none
+    KPoolMemManager::init(nullptr); // these two calls create an object only if there is none
     KCacheDiskManager::init(nullptr);
     ms_instances.log = KLog::ms_instance;
     ms_instances.systemInfo = KSystemInfo::m_instance;

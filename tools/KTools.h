@@ -13,7 +13,7 @@ struct KToolsInstances {
     KSystemInfo *systemInfo;
     KPoolMemManager *poolMem;
     KCacheDiskManager *cacheDisk;
-    void **reserved; // passed on unchanged; a zeroed word in a standalone kernel
+    void **reserved; // passed on unchanged; in a standalone kernel, points to a null pointer
     int *numThreads;
     int *numCores;
     KAnalyticsManager *analytics;
@@ -21,9 +21,10 @@ struct KToolsInstances {
 
 class KTools {
 public:
-    /// Starts the kernel; main thread, once. With a host's @p instances, uses its objects, which the host still owns.
-    /// With null, creates the objects, sets up OpenMP for the process, and counts the processors; a second call does
-    /// nothing. The application object must exist and have its names set, because they determine the analytics folder.
+    /// Starts the kernel; main thread only. With a host's @p instances, uses its objects, which the host still owns.
+    /// With null, creates the objects, sets up OpenMP for the process, and counts the processors; later calls do
+    /// nothing until exit(). The application object must exist and have its names set, because they determine the
+    /// analytics folder.
     static void init(KToolsInstances *instances);
     /// Reverts init(nullptr); does nothing after init with a host's objects.
     static void exit();

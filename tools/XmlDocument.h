@@ -20,8 +20,9 @@ QByteArray ReadXmlBytes(QIODevice *device);
 
 /// Parses a text that the caller has limited to kMaxXmlBytes.
 ///
-/// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes and comments, and
-/// documents that declare entities, a few lines of which can expand to gigabytes. Bytes are decoded by their byte order
-/// mark or declaration, otherwise as UTF-8. If std::bad_alloc is thrown, the memory of the parse leaks.
+/// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes, comments, CDATA
+/// sections and processing instructions, and documents that declare entities, a few lines of which can expand to
+/// gigabytes. Bytes are decoded by their byte order mark or declaration, otherwise as UTF-8. If std::bad_alloc is
+/// thrown, the memory of the parse leaks.
 XmlDocument ReadXml(const QByteArray &text);
 XmlDocument ReadXml(const QString &text);

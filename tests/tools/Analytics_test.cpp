@@ -295,7 +295,7 @@ void tst_Analytics::storeAndIdentifier()
     KAnalyticsManager::killInstance();
     QCOMPARE(KAnalyticsManager::instance()->userId(), id);
     KAnalyticsManager::killInstance();
-    QSqlDatabase::removeDatabase(QStringLiteral("analytics")); // a session leaves it open
+    QSqlDatabase::removeDatabase(QStringLiteral("analytics")); // a deleted session leaves its connection open
     KAnalyticsDb other(QStringLiteral("other"), kSqlite, nullptr);
     other.setFilePath(m_folders->Store(kApplication));
     KAnalyticsManager keptOut(/*useSettingsUserId=*/false, nullptr, /*useDb=*/true);

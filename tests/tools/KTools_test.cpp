@@ -136,14 +136,14 @@ void tst_KTools::withHostInstances()
     auto *analytics = new KAnalyticsManager(/*useSettingsUserId=*/false, nullptr, /*useDb=*/false);
     KToolsInstances host = {&log, new KSystemInfo, &pool, /*cacheDisk=*/nullptr, &word, &threads, &cores, analytics};
     KTools::init(&host);
-    KTools::exit(); // the host owns them
+    KTools::exit(); // does nothing: the host owns the objects
     const KToolsInstances &ours = KTools::ms_instances;
     QVERIFY(ours.log == &log && ours.systemInfo == host.systemInfo && ours.poolMem == &pool && ours.reserved == &word
             && ours.analytics == analytics && KLog::ms_instance == &log);
     QVERIFY(ours.cacheDisk); // missing in the host, created here
     QCOMPARE(komp_num_threads * 10 + komp_num_cores, 75);
     threads = 3;
-    KTools::init(&host); // starts again
+    KTools::init(&host); // reads the host's values again
     QCOMPARE(komp_num_threads, 3);
 
     KAnalyticsManager::killInstance();

@@ -1,4 +1,4 @@
-// Separate data and settings folders for a test, so that it doesn't touch the user's.
+// Separate data and settings folders for a test, so that it doesn't touch those of the user.
 #pragma once
 
 #include <QTemporaryDir>

@@ -84,7 +84,7 @@ void tst_SettingsManager::defaultsOnlySkipsTheStore()
     QCOMPARE(manager.GetInt(a), 0);
     manager.SetDefault(a, 5, /*overwrite=*/true);
     QCOMPARE(manager.GetInt(a), 5);
-    QCOMPARE(StoredManager().GetInt(a), 1); // it was written anyway
+    QCOMPARE(StoredManager().GetInt(a), 1); // Set() wrote to the store anyway
 }
 
 void tst_SettingsManager::firstDefaultWins()

@@ -100,7 +100,7 @@ void tst_SettingsReaders::xmlKeys()
                 {"<r><m><!-- five --><![CDATA[5]]></m></r>", "m", true},
                 {"\xef\xbb\xbf<?xml version='1.0'?>\r\n<r>\r\n<m>5</m>\r\n</r>", "m", true},
                 {"<?xml version='1.0' encoding='UTF-16'?><r><m>5</m></r>", "m", true}, // wrong encoding
-                {"<r><m>5</m><x =></r>", "m", true},                                   // the error comes after it
+                {"<r><m>5</m><x =></r>", "m", true},                                   // the error follows the setting
                 {"<p:r q:a='1'><p:m>5</p:m></p:r>", "p:m", true}};
     for (const auto &row : rows) {
         KSRFromXMLFile reader(FileOf(row.content));

@@ -179,7 +179,7 @@ void tst_CpuTopo::recorded()
             QVERIFY2(cache == expected.caches[i], name);
         }
         InitCpuTopology();
-        QCOMPARE(machine.bindings, int(expected.threads)); // read once, however often it is queried
+        QCOMPARE(machine.bindings, int(expected.threads)); // each processor is read only once
         cleanup();
         init();
     }
@@ -222,7 +222,7 @@ void tst_CpuTopo::failures()
         QCOMPARE(counts, Ids(4, 0u));
         QCOMPARE(GetHWMTConfig(0), -1);
         QCOMPARE(getEnumerateAPICID(0), 0xFFFFFFFFu);
-        QCOMPARE(machine.bindings, failure.bindings); // read once, however often it is queried
+        QCOMPARE(machine.bindings, failure.bindings); // a failed read is not repeated
         cleanup();
         init();
     }

@@ -123,7 +123,7 @@ void KAnalyticsDb::setFilePath(QString filePath)
         return;
     QLockFile lock(filePath + QStringLiteral(".lock"));
     if (!lock.tryLock(0))
-        return; // another process is creating it
+        return; // another process is replacing the file
     KDbSession::setFilePath(filePath);
     if (!IsDamaged())
         return; // another process has already replaced the file that this session had opened

@@ -26,7 +26,7 @@ public:
     /// Inserts the event and takes ownership.
     void insertEvent(KAnalyticsEvent *event);
     /// Returns all events and empties the store, even if sending fails later. The caller owns the events. Those that
-    /// waited for another process's lock come last, with the id 0.
+    /// still wait for another process's lock come last, with the id 0.
     QList<KAnalyticsRawEvent *> allEvents();
     /// Returns the user identifier; empty if there is none and @p create is false, or while another process has the
     /// file locked. A newly created identifier has no braces; in later sessions it has, because the stored text does.

@@ -17,7 +17,7 @@ Q_DECLARE_LOGGING_CATEGORY(kanalyticsproviderfile)
 
 /// Event store that does nothing until it has a path. Because saveJSonRoot() leaves the file unchanged, nothing is ever
 /// written, so the store is only useful for files that another program creates. A file that can't be read or has
-/// another format counts as empty, and nothing is added to it either.
+/// another format counts as empty.
 ///
 /// A lock file next to the file guards each read and each write separately. A lock left by a process that has ended is
 /// taken over at once, a lock without a readable owner after two seconds.
@@ -27,19 +27,20 @@ public:
     explicit KAnalyticsFile(QObject *parent);
     ~KAnalyticsFile() override;
 
-    /// Inserts a copy; the caller keeps the event.
+    /// Does not store the event, because saveJSonRoot() has no effect; the caller keeps it.
     void insertEvent(KAnalyticsEvent *event);
     /// Returns the events, numbered by position and owned by the caller. They remain in the file.
     QList<KAnalyticsRawEvent *> allEvents();
     QString userId();
     /// Does nothing.
     void setUserId(QString userId);
-    /// Adds a provider's entries.
+    /// Does not store the entries either.
     void addProviderArray(QString name, QJsonArray array);
     QJsonArray getProviderArray(QString name);
 
     /// Returns the whole content, or an empty event list if the file doesn't exist.
     QJsonObject currentJSonRoot();
+    /// Writes a temporary file and discards it: the target keeps its content.
     void saveJSonRoot(QJsonObject &root);
 
 public Q_SLOTS:

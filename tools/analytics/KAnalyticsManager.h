@@ -41,7 +41,7 @@ public:
 
     /// Returns the process's manager; if there is none, creates one with the shared identifier and a database.
     static KAnalyticsManager *instance();
-    /// Makes @p instance the process's manager unless it is null. Doesn't delete the previous one.
+    /// Makes @p instance the process's manager, without deleting the previous one; null keeps that or creates one.
     static KAnalyticsManager *init(KAnalyticsManager *instance);
     static void killInstance();
 
@@ -60,7 +60,7 @@ Q_SIGNALS:
     void flushEventsAsked();
 
 public Q_SLOTS:
-    // --- All of these do nothing while analytics is off ---
+    // --- Events, timers and counters. While analytics is off, these slots record nothing. ---
     void sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value);
     void sendEventAction(QString category, QString name, QVariant value);
     /// Takes ownership of the event. With @p flush, each event requests a flush once there have been
@@ -74,8 +74,9 @@ public Q_SLOTS:
     void increaseCounterEvent(QString category, QString name);
     void decreaseCounterEvent(QString category, QString name);
 
+    // --- Settings and flushing, which work even while analytics is off ---
     void setMaxEventsBufferised(int maxEventsBufferised);
-    /// Flushes at once or, if @p delayed, when the event loop next runs; even while analytics is off.
+    /// Flushes at once or, if @p delayed, when the event loop next runs.
     void flushEvents(bool delayed);
     /// Flushes at once and waits for the providers.
     void waitBeforeExit();

@@ -41,7 +41,7 @@ void KAnalyticsProvider::setAnFile(KAnalyticsFile *file)
 bool KAnalyticsProvider::eventTimeCheck(KAnalyticsEvent &event)
 {
     return event.timestamp()
-        >= QDateTime::currentMSecsSinceEpoch() - kOldestMs; // timestamps come from files and may be any number
+        >= QDateTime::currentMSecsSinceEpoch() - kOldestMs; // subtracting a timestamp read from a file could overflow
 }
 
 void KAnalyticsProvider::waitBeforeExit() { }

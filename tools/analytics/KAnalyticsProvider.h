@@ -22,7 +22,7 @@ public:
     /// Sets the store, which the manager still owns. Calls storageChanged() unless the store is null.
     void setDb(KAnalyticsDb *db);
     void setAnFile(KAnalyticsFile *file);
-    /// Returns whether an event is at most ten days old; older ones aren't sent.
+    /// Returns whether an event is at most ten days old. For providers that don't send older ones; not called here.
     bool eventTimeCheck(KAnalyticsEvent &event);
 
 public Q_SLOTS:

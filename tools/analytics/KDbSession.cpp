@@ -50,7 +50,7 @@ void Forget(QSqlDatabase *db)
     QSqlDatabase::removeDatabase(name);
 }
 
-/// Returns @p value as copyDbTo() stores it.
+/// Returns @p value as copyDbTo() stores it: texts in double quotes.
 QVariant Copied(const QVariant &value)
 {
     if (value.type() != QVariant::String)
@@ -134,7 +134,7 @@ void KDbSession::CatchUp()
             return;
         Run(query, QStringLiteral("COMMIT"));
     }
-    m_tuned = true; // so that statements of buildTables() don't start this again
+    m_tuned = true; // so that statements of buildTables() don't run CatchUp() again
     const bool tuned = Tune(m_db);
     buildTables(m_db);
     m_tuned = tuned;
@@ -154,9 +154,9 @@ bool KDbSession::Tune(QSqlDatabase &db)
                                   "PRAGMA journal_mode = OFF"})
         Run(query, QString::fromLatin1(statement));
     const bool locked = TakeLock(query);
-    if (locked) { // otherwise this mode would also keep read locks, which block waiting processes
+    if (locked) { // without the lock, exclusive mode would keep read locks, which block others
         Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
-        Run(query, QStringLiteral("COMMIT")); // this mode keeps the lock
+        Run(query, QStringLiteral("COMMIT")); // exclusive mode keeps the lock
     }
     Run(query, QStringLiteral("PRAGMA synchronous = OFF"));
     if (m_useRollBack) {

@@ -14,8 +14,9 @@ Q_DECLARE_LOGGING_CATEGORY(dbsessionquery)
 Q_DECLARE_LOGGING_CATEGORY(dbquery)
 
 /// A session that owns its database. It starts closed; setFilePath() opens it and creates the subclass's tables. SQLite
-/// runs without a journal and without waiting for the disk, and locks out other processes while it is open: fast, but
-/// not safe against a system crash. While another process has the database locked, every statement fails at once.
+/// runs without a journal on disk and without waiting for the disk, and locks out other processes while it is open:
+/// fast, but not safe against a system crash. While another process has the database locked, every statement fails at
+/// once.
 ///
 /// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps the changes made since the
 /// last one, cancelAll() and close() undo them. There is no savepoint while another process has the file locked.
@@ -27,13 +28,14 @@ class KDbSession : public QObject {
 public:
     /// Creates a closed session. @p driver is the name of a Qt driver, such as "QSQLITE".
     KDbSession(QString connectionName, QString driver, QObject *parent);
-    /// Releases the connection without closing it: QSqlDatabase keeps it until the name is opened again.
+    /// Releases the connection without closing it: QSqlDatabase keeps it, and so the lock on the
+    /// file, until the name is opened again.
     ~KDbSession() override;
 
     QSqlDatabase database() { return m_db; }
     QSqlDatabase fileDb(bool open);
-    /// Switches savepoints on or off. Call it on a closed session; on an open one, it takes effect at the next commit
-    /// or cancel.
+    /// Switches savepoints on or off. Call it only on a closed session: an open one keeps its journal mode and any
+    /// savepoint.
     void setUseRollBack(bool use) { m_useRollBack = use; }
     bool checkDb();
 

@@ -11,7 +11,7 @@ constexpr unsigned kLeafBLevelsMax = 16; // more than any processor has; ends th
 constexpr unsigned kSmtLevel = 1;
 constexpr unsigned kCoreLevel = 2;
 constexpr unsigned kAmdCacheLeaf = 0x8000001Du;
-constexpr unsigned kAmdSmtFamily = 0x17; // in earlier families the field counts the cores of a compute unit
+constexpr unsigned kAmdSmtFamily = 0x17; // in earlier families, leaf 0x8000001E counts cores of a compute unit
 
 bool HasExtendedLeaf(CpuMachine &machine, unsigned leaf)
 {

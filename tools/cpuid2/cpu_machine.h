@@ -29,7 +29,7 @@ public:
     virtual CpuidRegisters Cpuid(unsigned leaf, unsigned subleaf) = 0;
 };
 
-/// Returns the machine that cpu_topo.h reads: this one, unless SetCpuMachine() replaced it.
+/// Returns the machine that cpu_topo.h reads: the one we run on, unless SetCpuMachine() replaced it.
 CpuMachine &CurrentCpuMachine();
-/// Replaces the machine; null restores this one. The caller keeps ownership. Don't call it while a query runs.
+/// Replaces the machine; null restores the one we run on. The caller keeps ownership. Don't call it while a query runs.
 void SetCpuMachine(CpuMachine *machine);

@@ -15,10 +15,10 @@ constexpr unsigned MAX_CACHE_SUBLEAFS = 6;
 constexpr unsigned MAX_LEAFS = 30;
 constexpr unsigned MAX_CORES = 512; // per package
 
-// Bits of CpuTopology::error. With any of them set, all queries return 0.
+// Bits of CpuTopology::error. With any of them set, queries return their error value.
 constexpr unsigned kTopologyGeneralError = 0x80000000u;
-constexpr unsigned kTopologyLegacyError = 0x88000000u;   // a processor without leaf 4, with a different numbering
-constexpr unsigned kTopologyAnalysisError = 0xC0800000u; // identifiers that can't be numbered
+constexpr unsigned kTopologyLegacyError = 0x88000000u;   // AMD, several cores, no leaf 4: unknown identifier layout
+constexpr unsigned kTopologyAnalysisError = 0xC0800000u; // no identifier to number
 constexpr unsigned kTopologyAffinityError = 0xC1000000u; // the process may not run on every processor
 constexpr unsigned kTopologyBindError = 0xC2000000u;
 
@@ -98,7 +98,7 @@ void CPUIDExit();
 /// CpuTopology::error.
 void InitCpuTopology();
 
-// --- Queries: read the topology first if needed; return 0 after an error ---
+// --- Queries: read the topology first if needed; return 0 after an error unless documented otherwise ---
 
 unsigned GetSysLogicalProcessorCount();
 unsigned GetSysProcessorCoreCount();
@@ -120,7 +120,7 @@ unsigned SlectOrdfromPkg(int package, int core, int thread);
 /// Reads the number of threads per core and per package from a processor of @p package into the record. Returns 0, or
 /// -1 if the package doesn't exist or the thread can't be pinned to it. Leaves the thread pinned to that processor.
 int GetHWMTConfig(unsigned package);
-/// Returns the size of a cache in bytes; 0 if @p maxCPUID is below 4.
+/// Returns the size of a cache in bytes; 0 if @p maxCPUID is below 4. Needs no topology and pins no thread.
 unsigned long long GetCacheTotalLize(unsigned maxCPUID, unsigned subleaf);
 /// Returns the processor's name; some names have leading spaces. Needs no topology and pins no thread.
 const char *GetCpuDescription();
@@ -154,5 +154,5 @@ unsigned countBits(unsigned long long word);
 std::string CompressHexMask(const std::string &digits);
 /// Formats the mask in hexadecimal, highest processor first, without leading zeros, compressed.
 std::string FormatHexMask(const GenericAffinityMask *mask);
-/// Formats the mask of one processor: its digit and up to two zeros, or "z" and the number of zeros that follow.
+/// Formats the mask of one processor in hexadecimal: a digit, then up to two zeros or "z" and the number of zeros.
 std::string FormatSingleBitMask(unsigned cpu);

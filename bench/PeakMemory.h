@@ -22,8 +22,8 @@ inline std::int64_t ProcessNumber(const char *name, const char *label)
 /// Returns the peak resident memory during @p step, in bytes, minus that before it.
 template <typename Step> std::int64_t PeakBytes(Step step)
 {
-    malloc_trim(0); // freed blocks would hide the step's memory
-    std::ofstream("/proc/self/clear_refs") << "5";
+    malloc_trim(0);                                // freed blocks would hide the step's memory
+    std::ofstream("/proc/self/clear_refs") << "5"; // resets VmHWM, the peak
     const std::int64_t before = ProcessNumber("status", "VmRSS:");
     step();
     return (ProcessNumber("status", "VmHWM:") - before) * 1024;

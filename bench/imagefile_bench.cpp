@@ -216,7 +216,8 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
 
 /// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: the same for
 /// CPU time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size divided by that
-/// of libtiff's file. extra: additional memory as a multiple of the picture; read_extra_MiB: the same for reading it.
+/// of libtiff's file. extra: additional memory for writing, divided by the size of the picture; read_extra_MiB: memory
+/// for reading the file in addition to the picture.
 void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGBA, bits);

@@ -221,7 +221,7 @@ std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
     return stream.total_out;
 }
 
-/// Same with libdeflate, as for plain pictures.
+/// Does the same as PackByIsaL with libdeflate, as for plain pictures.
 std::size_t PackByLibdeflate(const Bytes &strip, std::size_t bytes, Bytes *packed)
 {
     constexpr int kLevel = 1;
@@ -239,7 +239,8 @@ template <typename Sample> void Differences(const unsigned char *from, unsigned 
         dst[i] = static_cast<Sample>(src[i] - src[i - channels]);
 }
 
-/// Compresses every other strip from number @p first on, after horizontal prediction, and appends it to @p packed.
+/// Compresses every other strip from number @p first on, after horizontal prediction, and appends the result to
+/// @p packed.
 void DeflateStrips(const KImage &image, bool plain, int first, Bytes *packed)
 {
     constexpr int kThreads = 2, kStripRows = 16;

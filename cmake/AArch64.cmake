@@ -1,4 +1,4 @@
-# Toolchain: Debian's cross compiler, libraries from scripts/arm-root's folder; programs run under qemu-user.
+# Toolchain: Debian's cross compiler with the libraries that scripts/arm-root unpacks; programs run under qemu-user.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)

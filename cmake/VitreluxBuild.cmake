@@ -62,8 +62,8 @@ endfunction()
 set(VITRELUX_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1;LC_ALL=C.UTF-8;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/tests/home/data;XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/tests/home/config")
 
-# vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks
-# programs to run under the thread sanitizer: those with several std::threads and no Qt locks, which it doesn't support.
+# vitrelux_test(name SOURCES ... LINKS ... [TIMEOUT SECONDS] [THREADS]): one QtTest program, run without a display. THREADS
+# marks programs to run under the thread sanitizer: those with several std::threads and no Qt locks, which it doesn't support.
 set(VITRELUX_TEST_TIMEOUT 300 CACHE STRING "Seconds until a test is ended; unoptimized kernels need more")
 add_custom_target(thread_tests)
 function(vitrelux_test name)

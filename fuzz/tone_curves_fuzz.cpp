@@ -32,8 +32,8 @@ FUZZ_TARGET(tone_curves)
 {
     constexpr int kPoints[] = {2, 3, 256, 4096};
     Input input(data, size);
-    // The last byte, which is also part of the profile's last tag, selects the number, so seeds can be ordinary
-    // profiles.
+    // The last byte, which is also part of the profile's last tag, selects the number of points, so seeds can be
+    // ordinary profiles.
     const int points = size ? kPoints[data[size - 1] & 3] : 2;
     const QByteArray profile = input.Rest();
     std::vector<double> light(std::size_t(3) * points);

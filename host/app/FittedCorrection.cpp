@@ -54,7 +54,8 @@ FitOptions OptionsOf(const FittedRequest &request)
     return options;
 }
 
-/// Returns whether the required corrections were made: scripts must not mistake a picture without them for a success.
+/// Returns whether the required corrections were made, now or before: scripts must not mistake a picture without them
+/// for a success.
 bool AreMade(const FittedRequest &request, const Corrections &done, const QString &picture)
 {
     if (Covers(done, request.required))
@@ -131,7 +132,7 @@ FittedCorrection::Result FittedCorrection::Plan(const PlannedPicture &planned, c
     return {Outcome::Planned, report.profile, report.entries, report.assumed, report.why, report.done};
 }
 
-/// Throws if a required correction is missing.
+/// Throws if the plug-in has not reported a fit, or if a required correction is missing.
 void FittedCorrection::RequireMade(const Report &report, const QString &picture, const FittedRequest &request)
 {
     if (!report.isThere)

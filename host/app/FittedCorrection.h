@@ -52,7 +52,7 @@ public:
     Result Run(KIPluginOne2One *process, const PlannedPicture &planned, const FittedRequest &request,
                const OutputRules &rules);
 
-    /// Returns what Run would do, and throws if Run would fail. Writes nothing.
+    /// Returns what Run would do, and throws if the fit would make Run fail. Decodes no pixels and writes nothing.
     Result Plan(const PlannedPicture &planned, const FittedRequest &request);
 
 private:

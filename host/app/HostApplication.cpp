@@ -75,7 +75,7 @@ void StartKernels()
 }
 
 /// The description of a file that isn't a picture: it has size 0 and provides no pixels. The kernel's Lock would add it
-/// to the image cache, which would own it too.
+/// to the image cache, and cache and HostApplication would both delete it.
 class StandIn : public ImageDef {
 public:
     StandIn(const QString &path, const QString &problem) : m_problem(problem)
@@ -159,8 +159,8 @@ void ChooseDisplayless()
     SetVariable("QT_QPA_PLATFORM", "offscreen");
     // GLib aborts the program if memory runs out; Qt's own event loop works without it.
     SetVariable("QT_NO_GLIB", "1");
-    // Otherwise Qt names this folder after the user, and the C library crashes if memory runs out while it looks up the
-    // user's name.
+    // Without this variable, Qt uses a folder named after the user, and the C library crashes if memory runs out while
+    // it looks up the user's name.
     if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
         SetVariable("XDG_RUNTIME_DIR",
                     QFile::encodeName(QStringLiteral("%1/runtime-%2").arg(QDir::tempPath()).arg(geteuid())));

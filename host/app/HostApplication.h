@@ -56,7 +56,7 @@ public:
     /// that the command line prints.
     void LoadTranslator(QString fileName) override;
     /// Returns the description of a file, never null: a file that isn't a picture has a description of size 0. Files
-    /// are identified by absolute path.
+    /// are identified by absolute path. Any thread.
     KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
     /// Returns null: this host has no UI kernel to share.
@@ -71,7 +71,7 @@ public:
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
     /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
-    /// Uses @p image as the description of @p fileName (absolute) until called again with null.
+    /// Uses @p image as the description of @p fileName (absolute) until called again with null. Any thread.
     void UseInstead(const QString &fileName, KIImageDef *image);
     using SettingAdapter = std::function<QVariant(const QString &key, const QVariant &value)>;
     /// Sets the function that adapts all settings read by plug-ins, stored or default; null: none. Returns the previous

@@ -138,6 +138,6 @@ void InterruptGuard::Watch()
         RemoveAll();
         std::signal(number, SIG_DFL);
         pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
-        std::raise(number); // sent to this thread, which handles it; ends the program
+        std::raise(number); // goes to this thread, which no longer blocks it: ends the program
     }
 }

@@ -35,7 +35,7 @@ public:
     /// progress can finish. The second SIGINT ends the program. Call it before other threads start.
     void FinishOnInterrupt(std::function<void()> onInterrupt);
     bool IsAskedToStop() const { return m_askedToStop; }
-    /// Ends the program with SIGINT, as if FinishOnInterrupt() had not been called, so that a shell's loop ends too.
+    /// Ends the program by SIGINT, so that a shell's loop ends too. Doesn't remove the protected folders.
     void EndAsInterrupted();
     /// Removes the protected folders of the existing guard, for a program that ends immediately. Does nothing while
     /// another thread creates or releases one.

@@ -46,9 +46,9 @@ QString OutputEnding(const QString &format, const QString &ending = QStringLiter
 /// Returns the output endings of all formats, to recognize results of earlier runs.
 QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 
-/// Returns what is wrong with a pattern and ending typed by the user; empty if they are valid. They must give each
-/// picture in a folder a unique file name, without a slash, that ends in one of the format's @p suffixes, ignoring
-/// case.
+/// Returns what is wrong with a pattern and ending typed by the user; empty if they are valid. The pattern
+/// must contain {name} and no unknown field; the file name must have no slash and end in one of the format's
+/// @p suffixes, ignoring case.
 QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffixes);
 
 /// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png in one folder, or two files named

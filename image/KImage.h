@@ -218,21 +218,21 @@ public:
 
     // --- Tone (KImage_Tone.cpp): colors only, alpha stays ---
 
-    /// Stretches the common range of R, G and B to 0 to 255, truncated, into @p target, at 8 bits; a flat picture
+    /// Stretches the common range of R, G and B to [0, 255], truncated, into @p target, at 8 bits; a flat picture
     /// becomes black. Equalization maps each value v to 255 (n(v) - n(lowest)) / (n(all) - n(lowest)), where n(v)
     /// counts the samples up to v: the cumulative histogram of Gonzalez and Woods, Digital Image Processing, stretched
     /// to start at 0. Forms other than 8-bit RGB and RGBA are only converted.
     void HistogramAuto(KImage &target);
     void HistogramEqualization(KImage &target);
 
-    /// Curves that map t = (v - minimum) / (maximum - minimum) to 0 to 1. Logarithmic: log(1 + v') / log(1 + max'), v'
+    /// Curves that map t = (v - minimum) / (maximum - minimum) to [0, 1]. Logarithmic: log(1 + v') / log(1 + max'), v'
     /// and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to a
     /// logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
     /// Finds the least and greatest finite color sample of a float image, everywhere or only where alpha isn't 0; both
     /// 0 if there is none.
     void HDR_GetMinMax(float &minimum, float &maximum, bool onlyVisible) const;
-    /// Tone-maps a float image to 0 to 1 by an HdrMode; clamps values outside the range, NaN becomes 0.
+    /// Tone-maps a float image to [0, 1] by an HdrMode; clamps values outside the range, NaN becomes 0.
     void HDR_Normalize(float minimum, float maximum, int mode);
     /// Calls HDR_Normalize with the range of the visible pixels.
     void HDR_QuickToneMapper(int mode);

@@ -1,4 +1,4 @@
-// Bilinear sampling of blocks whose neighbors are all in memory, one or four pixels at a time.
+// Bilinear sampling of blocks whose source pixels are all in memory, one or four pixels at a time.
 #pragma once
 
 #include "FittedWarpSampling_p.h"
@@ -98,7 +98,7 @@ struct FourByAvx512 {
         return _mm512_mask_mov_ps(Mix(square, x, y), kAlphas, _mm512_set1_ps(1.0F));
     }
 
-    /// Not inlined: compilers refuse to inline it into its callers, templates that are not declared for this target.
+    /// Not inlined: its callers are templates that are not compiled for this target, so compilers refuse to inline it.
     template <bool kAlpha, bool kSplit>
     [[gnu::target("avx512f,avx512dq")]] static void Sample(const FittedWarp::Band &band, const ColorNeighbors &at,
                                                            int first, int count, Float4 *samples)

@@ -153,7 +153,7 @@ struct CodesByAvx2 {
     {
         const int middle = run.ToMiddle();
         for (int i = 0; i < run.count; i += 2) {
-            __m256 products[3]; // of both pixels, with columns 4 to 7 added to 0 to 3
+            __m256 products[3]; // of both pixels; columns 4 to 7 are added to columns 0 to 3
             std::int32_t offset[2][3];
             for (int channel = 0; channel < 3; ++channel) {
                 __m256 whole[2];

@@ -70,7 +70,7 @@ PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
     return {namesMaker ? first : facts.make.value, body};
 }
 
-/// Limits an amount to 0 to kMaxAmount.
+/// Clamps an amount to the range from 0 to kMaxAmount.
 static double Amount(double requested)
 {
     return std::clamp(requested, 0.0, kMaxAmount);

@@ -75,8 +75,8 @@ public:
     std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;
     /// Returns the position of the model's center in pixels of the current picture.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
-    /// Returns the share of the sensor's sides that the picture shows, according to its 35 mm equivalent or digital
-    /// zoom.
+    /// Returns the width of the sensor area that the picture shows, divided by the sensor's width, according to the
+    /// 35 mm equivalent focal length or the digital zoom.
     /// @param factor  crop factor of the camera, as returned by CameraFactor.
     double FrameShare(double factor, QStringList *assumed) const;
     const PicturePlace &Place() const { return m_place; }

@@ -1,4 +1,4 @@
-// Shows the wizard, steps through it like a user, and saves screenshots for the documentation in the current folder.
+// Steps through the wizard as a user would, and saves screenshots for the documentation in the current folder.
 // Usage: wizard-pictures PROFILE_FOLDER PICTURE... ENDING. LC_ALL and QT_SCALE_FACTOR set language and scale.
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"

@@ -57,7 +57,8 @@ void CopyTime(const QString &picture, const QString &result)
     throw KException(WorkFolder::tr("cannot set the file time: %1").arg(qt_error_string(errno)), KPlace());
 }
 
-/// Runs the process in @p folder. @return the output's path. Error messages contain the user's file names.
+/// Runs the plug-in's process on files in @p folder. @return the output's path. Error messages contain the user's file
+/// names.
 QString Process(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
                 const WorkFolder &folder, const QString &admitted)
 {

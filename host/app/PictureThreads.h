@@ -25,8 +25,8 @@ private:
 };
 
 /// Calls @p correct, which must not throw, for pictures 0 to @p count - 1 in this order: each thread takes the next
-/// one when it is free. There is one thread per process; the calling thread uses the first one. If the system can't
-/// start some threads, continues without them. Returns when all calls have ended.
+/// one when it is free. There is one thread per process object; the calling thread uses the first one. If the system
+/// can't start some threads, continues without them. Returns when all calls have ended.
 /// @param isStopped  called by any thread; once it returns true, no more pictures are started.
 /// @return the number of pictures started.
 int CorrectInTurn(const std::vector<KIPluginOne2One *> &processes, int count, const std::function<bool()> &isStopped,

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-/// The kind of correction that processes apply: fitted ones have the dynamic property "Correction" with the value
+/// The kind of correction that process objects apply: fitted ones have the dynamic property "Correction" with the value
 /// "fitted".
 enum class CorrectionMode { Plain, Fitted };
 

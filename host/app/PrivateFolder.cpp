@@ -65,7 +65,8 @@ void RemoveIfAbandoned(const QString &path)
     close(lock);
 }
 
-/// Removes folders of ended processes, only once per parent and process, because folders of pictures may be large.
+/// Removes the private folders of ended processes from @p parent, but only at the first call for that folder, because
+/// listing a folder of pictures may take long.
 void RemoveAbandoned(const QString &parent)
 {
     static std::mutex mutex;

@@ -14,8 +14,8 @@ class PluginLoader;
 
 /// One run over all pictures, several at a time (CorrectInTurn).
 ///
-/// Processes get a parameter record for each picture. SetFiles and OnValidatePage are not called, because they are for
-/// the wizard page, which isn't shown.
+/// The plug-in's process objects get a parameter record for each picture. SetFiles and OnValidatePage are not called,
+/// because they are for the wizard page, which isn't shown.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,

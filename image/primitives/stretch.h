@@ -28,7 +28,7 @@ private:
 /// Maps the colors of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
 void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
 
-/// Mapping from colors v to 255 (v - low) / (high - low), truncated and limited to 0 to 255. If low equals high,
+/// Mapping from colors v to 255 (v - low) / (high - low), truncated and limited to [0, 255]. If low equals high,
 /// that value maps to 0.
 class Stretch {
 public:

@@ -53,7 +53,7 @@ template <typename T, int S> void CopyOpaque(const T *src, T *dst, std::int64_t 
     }
 }
 
-/// Converts RGB to RGBA with alpha 1, scaling the full range to 0 to 1.
+/// Converts RGB to RGBA with alpha 1, scaling the full range to [0, 1].
 template <typename T> void OpaqueFloats(const T *src, Ipp32f *dst, std::int64_t pixels)
 {
     constexpr float kFactor = 1.0f / static_cast<float>(std::numeric_limits<T>::max());

@@ -12,7 +12,7 @@ namespace imagefile {
 
 namespace {
 
-/// Thrown by Done to end a decoding whose bitmap is being freed. Never leaves this file.
+/// Thrown by Done to stop the decoder when the bitmap is being freed; caught by Run.
 struct Unwanted { };
 
 // Rows between two announcements: few enough that nobody waits long, but enough that locking costs little.

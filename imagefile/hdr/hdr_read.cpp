@@ -137,8 +137,8 @@ Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std
     return Status::Ok();
 }
 
-/// Reads one of the four channels of a packed row: a code above 128 starts a run of code - 128 equal bytes; others are
-/// followed by as many literal bytes.
+/// Reads one of the four channels of a packed row. A code n above 128 stands for n - 128 copies of the next byte; any
+/// other code n is followed by n literal bytes.
 Status ReadPackedChannel(ByteReader *reader, std::uint8_t *channel, std::size_t length)
 {
     for (std::size_t x = 0; x < length;) {

@@ -15,8 +15,8 @@ public:
     Status Start(int width, int height, int channels);
     /// Adds the next row, without padding.
     void AddRow(const std::uint8_t *row);
-    /// Encodes the thumbnail, after the last row, with the best quality that fits into @p most bytes. Returns an empty
-    /// block if none does.
+    /// Encodes the thumbnail, after the last row, with the best quality that fits into @p most bytes. Leaves @p jpeg
+    /// unchanged if none does.
     Status Encode(std::size_t most, Bytes *jpeg);
 
 private:

@@ -94,7 +94,8 @@ const Exiv2::Exifdatum *Find(const Exiv2::ExifData &exif, const char *key)
     return found != exif.end() && found->count() > 0 ? &*found : nullptr;
 }
 
-// Returns the offset of the maker note; 0 if it is unknown, or too large for formats that limit the EXIF, such as JPEG.
+// Returns the offset of the maker note; 0 if it is unknown, within the first bytes of the EXIF, or too large for
+// formats that limit the size of the EXIF, such as JPEG.
 std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
 {
     constexpr std::int64_t kFirst = 16, kLast = 32768;

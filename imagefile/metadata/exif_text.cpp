@@ -21,8 +21,8 @@ double Quotient(const Exiv2::Rational &rational)
     return rational.second != 0 ? static_cast<double>(rational.first) / rational.second : 0.0;
 }
 
-// Avoids Exiv2's toLong for rationals, which traps on -2^31 / -1, and its toRational for unsigned ones, which truncates
-// numbers to 31 bits.
+// Avoids Exiv2's toLong for rationals, which traps on -2^31 / -1, and its toRational for unsigned ones, which makes
+// numbers from 2^31 negative.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
     if (const auto *rationals = dynamic_cast<const Exiv2::URationalValue *>(&value)) {
@@ -181,7 +181,7 @@ std::string CanonLens(const Exiv2::ExifData &exif)
         + Decimal(static_cast<double>(Integer(*focal, 0)) / unit) + ' ' + std::to_string(Integer(*type));
 }
 
-// Nikon stores focal lengths and f-numbers as logarithms, in steps of 1/24 of a factor of two.
+// Nikon stores focal lengths and f-numbers as base-2 logarithms, in units of 1/24.
 double NikonFocalMm(long raw)
 {
     return 5.0 * std::exp2(static_cast<double>(raw) / 24.0);

@@ -57,7 +57,7 @@ public:
         return hasByteOrder && name.isOwnSuffix;
     }
 
-    // Recognizes raw files that begin like a TIFF by suffix or, if that is ".dng", unknown or missing, by content.
+    // Files with a plain TIFF header are raw if they have a raw suffix other than ".dng" or contain sensor values.
     bool Recognizes(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};

@@ -1,4 +1,4 @@
-// Operates the plug-in's wizard page like a user, and compares it with runs of the process.
+// Operates the plug-in's wizard page as a user would, and compares its preview with the results of Process.
 #include "UIVitreluxPage.h"
 
 #include "ComputePreview.h"
@@ -222,7 +222,7 @@ void tst_UIVitreluxPage::states()
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
     QSignalSpy changes(desk.page, &QWizardPage::completeChanged);
     desk.process.SetFiles({kA});
-    QCOMPARE(changes.count(), 2); // the end of the old job and one render, although the boxes change
+    QCOMPARE(changes.count(), 2); // one for the old job, one for the render; setting the boxes adds none
     QCOMPARE(desk.State(), QStringLiteral("false waiting"));
     QCOMPARE(desk.Boxes(&QWidget::isEnabled), QStringLiteral("111"));
     desk.wizard.resize(900, 700);

@@ -17,7 +17,7 @@ extern "C" {
 
 // ---- The library ----
 
-/// Allocator of bitmaps and blocks, with the contracts of malloc, realloc and free. Called on any thread.
+/// Allocator of bitmaps and blocks, with the contracts of malloc, realloc and free. May be called on any thread.
 typedef void *(*GFL_ALLOC_CALLBACK)(unsigned long size, void *userData);
 typedef void *(*GFL_REALLOC_CALLBACK)(void *pointer, unsigned long size, void *userData);
 typedef void (*GFL_FREE_CALLBACK)(void *pointer, void *userData);
@@ -28,11 +28,11 @@ GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK real
                              void *userData);
 GFL_API void gflLibraryExit();
 
-/// Allows (nonzero) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
+/// Allows (nonzero) or forbids (0, the default) saving with LZW, which gives GFL_ERROR_BAD_PARAMETERS while forbidden.
 GFL_API void gflEnableLZW(int enable);
 
-/// Sets how many threads one save or load may use; 0 (the default) means one per processor. File and pixels are
-/// the same for any number.
+/// Sets how many threads one save or load may use; 0 (the default) means one per processor. The number doesn't affect
+/// the resulting file or pixels.
 GFL_API void gflSetThreads(int threads);
 
 /// Sets the maximum number of pixels in a picture that is read; 0 (the default) means that only the limits on
@@ -57,7 +57,7 @@ GFL_API void *gflMemoryAlloc(std::uint32_t size);
 /// loaded.
 GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
 
-/// Returns the index of a format by its lowercase name ("tiff", "jpeg"), or -1, for which a save returns
+/// Returns the index of a format by its lowercase name ("tiff", "jpeg"), or -1, which a save rejects with
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 
@@ -115,8 +115,8 @@ GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 /// stored early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
-/// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
-/// GFL_SAVE_ICC_PROFILE, unless the profile is for a color space other than that of the pixels. Radiance files are
+/// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP. GFL_SAVE_ICC_PROFILE adds its ICC
+/// profile, unless the profile is for a color space other than that of the pixels. Radiance files are
 /// written without metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left
 /// out with a warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is
 /// written next to the target and renamed when complete: a failed save leaves an existing file unchanged. Follows
@@ -177,8 +177,8 @@ GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, co
                                 std::uint32_t count);
 /// Replaces the profile of @p target with that of @p source, or with none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Replaces the block of @p target with a copy of @p data; null removes it. Leaves out IPTC entries whose Id is not a
-/// record and a data set, with a warning.
+/// Replaces the block of @p target with a copy of @p data; null removes it. IPTC entries whose Id doesn't give a record
+/// and a data set are left out with a warning.
 GFL_API int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data);
 GFL_API int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data);
 

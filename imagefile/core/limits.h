@@ -78,7 +78,7 @@ constexpr std::size_t kMaxChunks = 100000;
 /// Boxes in one box of HEIF, JPEG XL or JPEG 2000. HEIF has one per property and tile.
 constexpr std::size_t kMaxIsoBoxes = 10000;
 
-/// Parts of an OpenEXR file. Each is a view, layer or depth.
+/// Parts of an OpenEXR file. Each holds a view, a layer or the depth.
 constexpr int kMaxExrParts = 1000;
 
 /// Channels of a PSD's picture or layer, from the format specification.

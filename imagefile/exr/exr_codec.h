@@ -29,8 +29,8 @@ Bytes ReadExrXmp(const Source &source);
 ///   |--------|-----------------|--------------------------------------------------------|
 ///   | 0 to 4 | none, RLE, ZIPS, ZIP, PIZ | half for 8-bit pictures or SaveOptions::halfFloats, else float |
 ///   | 5      | PXR24           | as above, floats truncated to 24 bits: errors below 2^-16 of a value |
-///   | 6, 7   | B44, B44A       | half: errors below 2^-11 of a value, and blocks of 4 x 4 pixels in 6-bit steps |
-///   | 8, 9   | DWAA, DWAB      | half, lossy (DCT)                                      |
+///   | 6, 7   | B44, B44A       | half: errors below 2^-11 of a value; 6-bit differences within blocks of 4 x 4 pixels
+///   | | 8, 9   | DWAA, DWAB      | half, lossy (DCT)                                      |
 ///
 /// Colors are multiplied by their alpha, as the format requires; where alpha is 0 they are lost.
 Status WriteExr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

@@ -58,7 +58,7 @@ template <class Lock> struct XmpUse {
 using XmpReading = XmpUse<std::shared_lock<std::shared_mutex>>;
 using XmpWriting = XmpUse<std::unique_lock<std::shared_mutex>>;
 
-/// Returns the bytes of a value, its numbers in the given order.
+/// Returns the bytes of a value, with its numbers in the given byte order.
 Bytes ValueBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order = Exiv2::littleEndian);
 
 /// Returns the metadata of a bitmap; null if it has none.

@@ -9,8 +9,8 @@ namespace imagefile {
 
 class RawStream;
 
-/// Returns whether a file that begins like a TIFF contains sensor values, as DNGs and other raw files do. Ignores its
-/// name.
+/// Returns whether a file that begins like a TIFF contains sensor values, as DNGs and other raw files do. Ignores the
+/// file's name.
 bool HoldsSensorValues(const Source &source);
 
 /// Camera raw file opened by LibRaw for one purpose: its size, its preview, or its pixels. Pictures are sRGB, in sensor

@@ -2,8 +2,8 @@
 //
 // libtiff doesn't support maker notes and rounds rationals; adding them with Exiv2 would rewrite the whole file.
 // So Exiv2 makes a small TIFF with only metadata, whose bytes go to the head of the file, where all its offsets
-// stay valid. The picture follows. Finally the first directory is written again, with the fields of both: libtiff's for
-// the picture, Exiv2's for everything else, including the EXIF and GPS directories.
+// stay valid. The picture follows. Finally the first directory is written again, with libtiff's fields for the picture
+// and Exiv2's for everything else, including the EXIF and GPS directories.
 #pragma once
 
 #include "core/sink.h"

@@ -5,7 +5,7 @@
 
 namespace imagefile {
 
-/// Returns the description of the format at @p index, or its codec; null after the last one.
+/// Return the description or the codec of the format at @p index; null after the last one.
 const GFL_FORMAT *FormatAt(std::int32_t index);
 const Codec *CodecAt(std::int32_t index);
 

@@ -211,7 +211,7 @@ struct GFL_EXIF_ENTRY {
     char *Value; // "50", "1/250", "Top-left (1)", "45° 30' 7.5\"" ...; never localized
 };
 
-/// EXIF as a flat list of texts, in the order of blocks and tags, without maker notes and thumbnails.
+/// EXIF as a flat list of texts, in the order of blocks and tags, without thumbnails and the values of maker notes.
 struct GFL_EXIF_DATA {
     std::uint32_t NumberOfItems;
     GFL_EXIF_ENTRY *ItemsList;

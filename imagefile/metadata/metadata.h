@@ -49,8 +49,8 @@ void StartExiv2();
 std::shared_mutex &XmpNamespaces();
 
 /// Guard that must exist while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied
-/// because memory is short, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy
-/// succeed.
+/// because memory is short, the toolkit's lock is never released, and the next call to it hangs. The reserve lets the
+/// copy succeed.
 template <class Lock> struct XmpUse {
     const MemoryReserve reserve;
     const Lock lock{XmpNamespaces()};

@@ -25,8 +25,8 @@ public:
 
     /// Writes Exiv2's small TIFF, except for its header, after the file's header. Must precede all other bytes.
     Status WriteHead(Sink *sink) const;
-    /// Merges the fields into the first directory, which has been written. Fields already in the directory take
-    /// precedence.
+    /// Merges Exiv2's fields into the file's first directory, which must have been written. Fields already in the
+    /// directory take precedence.
     Status JoinFirstDirectory(Sink *sink) const;
 
 private:

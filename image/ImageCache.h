@@ -12,8 +12,9 @@
 /// When the total exceeds the limit, the images whose newest version was used least recently lose all their unlocked
 /// versions; each unlock checks the limit.
 ///
-/// KImage::init creates the process's cache or adopts a host's; earlier users create it on demand. KImage::exit deletes
-/// it. Any thread may lock and unlock. The cache's mutex guards the items and is never held during a load.
+/// KImage::init creates the process's cache or adopts a host's; a use before that creates it. KImage::exit deletes it
+/// unless it is a host's. Any thread may lock and unlock. The cache's mutex guards the items and is never held during a
+/// load.
 template <typename Image, typename Loader> class ImageCache {
 public:
     using Item = ImageCacheItem<Image, Loader>;
@@ -34,7 +35,7 @@ public:
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
-        Item::pImageDefCache = cache; // also stamps the items that another kernel copy made
+        Item::pImageDefCache = cache; // its clock also stamps items that another copy of the kernel made
     }
 
     // Call these with the mutex held.

@@ -241,7 +241,7 @@ template <typename Image, typename Loader> QString ImageCacheItem<Image, Loader>
     version->m_cacheName = KCacheDiskManager::ms_instance->getTempFile(static_cast<quint64>(bytes));
     if (version->m_cacheName.isEmpty())
         throw KException(QCoreApplication::translate("KException", "No more space in temporary folder"), KPlace());
-    QDir().mkpath(QFileInfo(version->m_cacheName).path()); // it may have been cleaned up since it was created
+    QDir().mkpath(QFileInfo(version->m_cacheName).path()); // another program may have removed the folder
     return version->m_cacheName;
 }
 

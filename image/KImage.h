@@ -92,7 +92,7 @@ public:
     /// for NaN; 0 if there is none. The bytes of other depths are read as floats.
     int IntegrityValidation();
 
-    /// Sets a callback for the module's log lines, once at startup; Log does nothing without one.
+    /// Sets a callback for the module's log lines; call it once, at startup. Log does nothing without a callback.
     static void SetLog(void (*log)(const std::string &, void *), void *data);
     static void Log(const std::string &text);
 
@@ -112,7 +112,7 @@ public:
     void ReadFromMemory(unsigned char *data, unsigned int size);
     /// Writes the image. @p format is a case-insensitive name such as "tiff" or its short form "tif"; @p compression as
     /// in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless it is empty. A
-    /// failed write leaves an existing file unchanged and creates no other.
+    /// failed write leaves an existing file unchanged and creates no new one.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
     /// A picture that is generated from the top down while it is written, so that it is never completely in memory.
     struct RowsToWrite {
@@ -129,8 +129,8 @@ public:
         int compression = -1, quality = -1; // as in TranscodeCompression; JPEG quality, 1 to 100
         bool halfFloats = false;            // OpenEXR: 16-bit floats
     };
-    /// Writes the file that Write would. A @p record adds the XMP of @p metadataSource with these properties, metadata
-    /// for the edited picture (gflBitmapMarkEdited) and, in a JPEG, a new thumbnail.
+    /// Writes the file that Write would. With a @p record, also copies the XMP of @p metadataSource, adds the record's
+    /// properties, adapts the metadata to the edited picture (gflBitmapMarkEdited), and gives a JPEG a new thumbnail.
     static void WriteRows(const RowsToWrite &rows, const QString &fileName, const FileForm &form,
                           const QString &metadataSource, const EditRecord &record = {});
     /// Like Write, into a block that the caller owns and releases with free.
@@ -218,16 +218,16 @@ public:
 
     // --- Tone (KImage_Tone.cpp): colors only, alpha stays ---
 
-    /// Stretches the common range of R, G and B to [0, 255], truncated, into @p target, at 8 bits; a flat picture
-    /// becomes black. Equalization maps each value v to 255 (n(v) - n(lowest)) / (n(all) - n(lowest)), where n(v)
-    /// counts the samples up to v: the cumulative histogram of Gonzalez and Woods, Digital Image Processing, stretched
-    /// to start at 0. Forms other than 8-bit RGB and RGBA are only converted.
+    /// Fills @p target at 8 bits. HistogramAuto stretches the common range of R, G and B to [0, 255] and truncates; a
+    /// flat picture becomes black. Equalization maps each value v to 255 (n(v) - n(lowest)) / (n(all) - n(lowest)),
+    /// where n(v) counts the samples up to v: the cumulative histogram of Gonzalez and Woods, Digital Image Processing,
+    /// stretched to start at 0. Forms other than 8-bit RGB and RGBA are only converted.
     void HistogramAuto(KImage &target);
     void HistogramEqualization(KImage &target);
 
-    /// Curves that map t = (v - minimum) / (maximum - minimum) to [0, 1]. Logarithmic: log(1 + v') / log(1 + max'), v'
-    /// and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to a
-    /// logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
+    /// Curves that map t = (v - minimum) / (maximum - minimum) to [0, 1]. Logarithmic: log(1 + v') / log(1 + max'),
+    /// with v' and max' measured from the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to
+    /// a logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
     /// Finds the least and greatest finite color sample of a float image, everywhere or only where alpha isn't 0; both
     /// 0 if there is none.
@@ -240,10 +240,10 @@ public:
     /// Scales distances from black, from middle gray and from the pixel's luma, in this order (Haeberli and Voorhies
     /// 1994); a factor of 1 changes nothing. Integers saturate, floats stay at 0 or above.
     void adjustColor(float brightness, float contrast, float saturation);
-    /// Colors @p target in two tones, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie on
-    /// the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
+    /// Makes @p target a two-tone version of this image, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and
+    /// saturation lie on the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
     void Colorize(KImage &target, QColor shadows, QColor lights);
-    /// Computes the luma of each pixel, 0.299 R + 0.587 G + 0.114 B, as 0 to 1.
+    /// Computes the luma of each pixel, 0.299 R + 0.587 G + 0.114 B, with 1 for white.
     void GetGrey(ImageSt &gray);
 
     // --- Filters (KImage_Filter.cpp) ---
@@ -274,12 +274,12 @@ public:
     void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;
     void CircularCateyeToSpherical(int width, double radius, double offsetX, double offsetY, KImage &target) const;
 
-    /// Paints a disc with a smooth edge centered on pixel position (x, y); @p color is a QRgb with alpha.
+    /// Paints a disc, centered on pixel position (x, y), with a smooth edge; @p color is a QRgb with alpha.
     void PutPoint(float x, float y, float radius, int color);
-    /// Applies Brown's radial model (1971): samples the pixel at radius r bilinearly at r (1 + k1 r^2 + k2 r^4 + k3
-    /// r^6), r in half diagonals from the center, which is @p offsetX, @p offsetY pixels from the middle; a nonzero @p
-    /// direction applies the inverse. Positions outside give 0. Optical2 corrects lateral color: it samples one channel
-    /// ('R', 'G', 'B', 'A') at @p scale times that radius, about the middle, and repeats its edges.
+    /// Applies Brown's radial model (1971): the pixel at radius r gets the bilinear sample at r (1 + k1 r^2 + k2 r^4 +
+    /// k3 r^6), where r is in half diagonals from the center, which is @p offsetX, @p offsetY pixels from the middle; a
+    /// nonzero @p direction applies the inverse. Positions outside give 0. Optical2 corrects lateral color: it samples
+    /// one channel ('R', 'G', 'B', 'A') at @p scale times that radius, about the middle, and repeats the edges.
     void Optical(float k1, float k2, float k3, float offsetX, float offsetY, int direction);
     void Optical2(float k1, float k2, float k3, char channel, float scale, int direction);
 

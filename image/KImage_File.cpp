@@ -61,7 +61,7 @@ QString FormatName(const QString &format)
 }
 
 /// Throws if a save failed because of the disk; call it right after the failure. Returns if the disk is not the cause.
-/// If there was no file, the check creates an empty one and removes it again.
+/// If there was no file, the check creates an empty one, which is removed again.
 void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString &where)
 {
     const QString reason = QString::fromUtf8(gflLastErrorText());

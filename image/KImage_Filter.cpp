@@ -207,8 +207,8 @@ void ConvertColors(KImage &image, const RunStep (&table)[3][2])
             [=](const void *src, void *dst, int pixels) { step(src, dst, pixels); });
 }
 
-/// Restores the pixels that sharpening must not change, hidden ones and those whose result isn't finite: the conversion
-/// to another color model rounds them.
+/// Restores the pixels that sharpening must not change (hidden ones and those whose result isn't finite), because the
+/// conversion to another color model rounds them.
 void RestorePixels(const KImage &image, KImage &sharpened)
 {
     const int channels = image.m_bitmap->ComponentsPerPixel;

@@ -87,7 +87,7 @@ void ProjectToSphere(const KImage &frame, const FisheyeCircle &circle, int width
 
 // --- Radial model ---
 
-/// Mapping from radius r to scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, or its inverse.
+/// Mapping from radius r to scale * r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, or its inverse.
 class RadialModel {
 public:
     RadialModel(const KImage &image, const float (&k)[3], float scale, Position offset, bool isInverse)

@@ -17,22 +17,23 @@ extern "C" {
 
 // ---- The library ----
 
-/// Allocator of bitmaps and blocks, with the contracts of malloc, realloc and free. Called on any thread.
+/// Allocator of bitmaps and blocks, with the contracts of malloc, realloc and free. May be called on any thread.
 typedef void *(*GFL_ALLOC_CALLBACK)(unsigned long size, void *userData);
 typedef void *(*GFL_REALLOC_CALLBACK)(void *pointer, unsigned long size, void *userData);
 typedef void (*GFL_FREE_CALLBACK)(void *pointer, void *userData);
 
 /// Starts the layer. Without this call, or with null callbacks, it uses malloc, realloc and free. Calls nest: the first
-/// allocator stays until the last gflLibraryExit. Don't call it while bitmaps or blocks of another allocator exist.
+/// allocator stays in use until the last gflLibraryExit. Don't call it while bitmaps or blocks of another allocator
+/// exist.
 GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK realloc, GFL_FREE_CALLBACK free,
                              void *userData);
 GFL_API void gflLibraryExit();
 
-/// Allows (nonzero) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
+/// Allows (nonzero) or forbids (0, the default) saving with LZW, which gives GFL_ERROR_BAD_PARAMETERS while forbidden.
 GFL_API void gflEnableLZW(int enable);
 
-/// Sets how many threads one save or load may use; 0 (the default) means one per processor. File and pixels are
-/// the same for any number.
+/// Sets how many threads one save or load may use; 0 (the default) means one per processor. The number doesn't affect
+/// the resulting file or pixels.
 GFL_API void gflSetThreads(int threads);
 
 /// Sets the maximum number of pixels in a picture that is read; 0 (the default) means that only the limits on
@@ -57,7 +58,7 @@ GFL_API void *gflMemoryAlloc(std::uint32_t size);
 /// loaded.
 GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
 
-/// Returns the index of a format by its lowercase name ("tiff", "jpeg"), or -1, for which a save returns
+/// Returns the index of a format by its lowercase name ("tiff", "jpeg"), or -1, which a save rejects with
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 
@@ -89,7 +90,7 @@ GFL_API void gflAcceptPendingRows(int accept);
 GFL_API bool gflAcceptsPendingRows();
 
 /// Waits until the first @p rows rows of a bitmap are decoded. @p ready, which may be null, is set to the number of
-/// rows decoded so far, from the top. Returns the error of the load; errors may come at any time until all rows have
+/// rows decoded so far, from the top. Returns the error of the load, which may come with any call until all rows have
 /// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
 GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 
@@ -110,17 +111,16 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
-/// Sets whether the caller will sync the files that this thread saves to disk (nonzero) or not (0, the default). If so,
-/// the system starts storing a file while it is being written, so that the sync is short. Files that replace others are
-/// stored early in any case, because the save itself syncs them.
+/// Sets whether the caller will sync (nonzero) or not sync (0, the default) the files that this thread saves. If it
+/// will, the system starts storing a file on disk while it is being written, so that the sync is short. Files that
+/// replace others are stored early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
-/// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
-/// GFL_SAVE_ICC_PROFILE, unless the profile is for a color space other than that of the pixels. Radiance files are
-/// written without metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left
-/// out with a warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is
-/// written next to the target and renamed when complete: a failed save leaves an existing file unchanged. Follows
-/// symbolic links.
+/// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP. GFL_SAVE_ICC_PROFILE adds its ICC
+/// profile, unless the profile is for a color space other than that of the pixels. Radiance files are written without
+/// metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left out with a
+/// warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is written next to
+/// the target and renamed when complete: a failed save leaves an existing file unchanged. Follows symbolic links.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
 /// Fills @p data with rows @p firstRow to @p firstRow + @p rows - 1 of a picture, each @p bytesPerLine bytes after the
@@ -164,8 +164,9 @@ GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 /// Copies ICC profile, IPTC and EXIF if @p source has them; other blocks of @p target stay. XMP is not copied:
 /// see gflBitmapMarkEdited.
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Copies all XMP of @p source to @p target, a picture edited from @p source, sets @p items there, and updates the
-/// target's metadata to match its pixels. Call it after gflBitmapCopyMetadata, which copies the EXIF.
+/// Completes the metadata of @p target, which was edited from @p source: copies all XMP of @p source, sets @p items in
+/// it, and updates EXIF and XMP to match the target's pixels. Call it after gflBitmapCopyMetadata, which copies the
+/// EXIF.
 ///  - Sizes in EXIF and XMP are set to the target's, and the orientation in XMP to that in EXIF. An invalid orientation
 ///    in EXIF is removed.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
@@ -177,8 +178,8 @@ GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, co
                                 std::uint32_t count);
 /// Replaces the profile of @p target with that of @p source, or with none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Replaces the block of @p target with a copy of @p data; null removes it. Leaves out IPTC entries whose Id is not a
-/// record and a data set, with a warning.
+/// Replaces the block of @p target with a copy of @p data; null removes it. IPTC entries whose Id doesn't give a record
+/// and a data set are left out with a warning.
 GFL_API int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data);
 GFL_API int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data);
 

@@ -18,7 +18,8 @@ enum GflError : std::uint16_t {
     GFL_ERROR_BAD_PARAMETERS = 50,
 };
 
-/// Pixel forms: values of GFL_BITMAP::Type. The layer delivers and accepts the last three; channels are interleaved.
+/// Pixel forms: values of GFL_BITMAP::Type. The layer delivers and accepts only GFL_GREY, GFL_RGB and GFL_RGBA, with
+/// interleaved channels.
 enum GflType : std::uint16_t {
     GFL_BINARY = 1,
     GFL_GREY = 2,
@@ -130,8 +131,8 @@ enum GflColorDepth : std::uint16_t {
     GFL_DEPTH_GREY = 1,            // GFL_GREY: luma of ITU-R BT.601
     GFL_DEPTH_RGB = 2,             // GFL_RGB: drops opacity
     GFL_DEPTH_RGBA = 3,            // GFL_RGBA: new opacity is full
-    GFL_DEPTH_BLACK_AND_WHITE = 4, // GFL_GREY of 0 and 255; white from this luma on, 1 to 255; 0: 128
-    GFL_DEPTH_LEVELS = 5,          // keeps the form; number of values per color, 2 to 256, evenly spread
+    GFL_DEPTH_BLACK_AND_WHITE = 4, // GFL_GREY of 0 and 255; argument: lowest luma that becomes white, 0 means 128
+    GFL_DEPTH_LEVELS = 5,          // keeps the form; argument: number of evenly spaced values per color, 2 to 256
 };
 
 /// How a file stores color: values of GFL_FILE_INFORMATION::ColorModel. Hosts rely on the numbers of CMYK and Lab.
@@ -199,7 +200,7 @@ enum GflExifBlock : std::uint32_t {
     GFL_EXIF_INTEROPERABILITY = 4,
     GFL_EXIF_GPS = 16,
     GFL_EXIF_OWN = 32,    // added by this layer, such as "LensID"
-    GFL_EXIF_OTHER = 256, // and above, GFL_EXIF_DATAEX only: values of decoded maker notes
+    GFL_EXIF_OTHER = 256, // this and higher numbers, in GFL_EXIF_DATAEX only: values of decoded maker notes
 };
 
 /// One EXIF value as text.
@@ -210,7 +211,7 @@ struct GFL_EXIF_ENTRY {
     char *Value; // "50", "1/250", "Top-left (1)", "45° 30' 7.5\"" ...; never localized
 };
 
-/// EXIF as a flat list of texts, in the order of blocks and tags, without maker notes and thumbnails.
+/// EXIF as a flat list of texts, in the order of blocks and tags, without thumbnails and the values of maker notes.
 struct GFL_EXIF_DATA {
     std::uint32_t NumberOfItems;
     GFL_EXIF_ENTRY *ItemsList;

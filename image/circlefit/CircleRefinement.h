@@ -5,7 +5,7 @@
 
 struct RefinedCircle {
     RansacFisheye::Model model;
-    int support; // edges within 0.5 % of the image's smaller side
+    int support; // number of edges closer to the circle than 0.5 % of the image's smaller side
 };
 
 /// Refines the best model of a finished fit by least squares over the distances of its edges (Gauss-Newton). Needed if

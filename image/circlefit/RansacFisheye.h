@@ -39,10 +39,11 @@ public:
     /// determine it or there are fewer than three edges. If the center would be too far out, returns the circle about
     /// the origin through the first edge.
     Model computeOneModel();
-    /// Scores a model: the number of edges within 0.5 % of the image's smaller side, plus points inside, minus missed
-    /// edges in whose direction the circle lies more than the image's width to the right of the origin or more than its
-    /// height below it, divided by the number of measurements. Keeps the model if it is the best so far and the edges
-    /// alone give more than 5 %; returns true if the score is above 0.6.
+    /// Scores a model: (edges on the circle + points inside it - edges counted against it) / measurements. An edge is
+    /// on the circle if it is closer to it than 0.5 % of the image's smaller side. Any other edge counts against the
+    /// model if the circle, in the edge's direction, lies at least the image's width to the right of the origin or at
+    /// least its height below it. Keeps the model if it is the best so far and the edges alone give more than 5 %;
+    /// returns true if the score is above 0.6.
     bool evaluateModel(Model model);
 
 private:

@@ -17,8 +17,8 @@ template <typename T, int C> Status RgbToGray(const T *src, Step srcStep, T *dst
     });
 }
 
-/// Calls convert(r, g, b) on each pixel's first three channels, which it changes in place; a fourth is not written. The
-/// target may be the source.
+/// Writes each pixel's first three channels as changed by convert(r, g, b), which takes references; a fourth channel is
+/// not written. The target may be the source.
 template <typename T, int C, typename Convert>
 Status ConvertColors(const T *src, Step srcStep, T *dst, Step dstStep, Size size, Convert convert)
 {

@@ -7,7 +7,7 @@
 
 namespace primitives {
 
-/// Header of the block that holds the weights, which follow from the center outward.
+/// Header of a block in which the weights come next, from the center outward.
 struct GaussianSpec {
     int radius;
     int padding; // keeps the weights aligned to 8 bytes
@@ -23,7 +23,7 @@ bool IsKernelSize(int kernelSize)
     return kernelSize >= 1 && kernelSize % 2 == 1;
 }
 
-/// Returns the size in bytes of a specification, aligned so that a row of floats can follow.
+/// Returns the size in bytes of a GaussianSpec with its weights, aligned so that a row of floats can follow.
 std::int64_t SpecBytes(int kernelSize)
 {
     return std::int64_t(sizeof(GaussianSpec)) + (kernelSize / 2 + 1) * std::int64_t(sizeof(float));

@@ -12,8 +12,8 @@ struct GaussianSpec;
 /// Returns the sizes in bytes of the weights and of the work block of a blur. @p kernelSize is odd.
 Status FilterGaussianGetBufferSize(Size size, int kernelSize, std::int64_t *specBytes, std::int64_t *bufferBytes);
 
-/// Computes the weights exp(-d^2 / (2 sigma^2)) at the distances d from 0 to kernelSize / 2, normalized to the sum 1.
-/// @p sigma is above 0.
+/// Computes the weights exp(-d^2 / (2 sigma^2)) at the distances d from 0 to kernelSize / 2, normalized so that the
+/// kernel's weights add up to 1. @p sigma is above 0.
 Status FilterGaussianInit(int kernelSize, float sigma, BorderMode border, GaussianSpec *spec);
 
 /// Blurs a plane; pixels beyond its edge repeat the edge. The target must not overlap the source.

@@ -56,7 +56,8 @@ double BSpline(double t)
     return 2.0 / 3 - distance * distance * (1 - distance / 2);
 }
 
-/// Weights of pixels in a node, starting with pixel @p first. That of an edge pixel includes those repeated beyond it.
+/// Weights of pixels in a node, starting with pixel @c first. The weight of an edge pixel includes the weights of the
+/// pixels beyond the edge, which repeat it.
 struct NodeWeights {
     NodeWeights(const Grid &grid, int node)
     {

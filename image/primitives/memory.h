@@ -5,9 +5,9 @@
 
 namespace primitives {
 
-/// Allocates @p bytes, or @p height rows of at least @p rowBytes, and sets @p step to the bytes from one row to the
-/// next. Blocks and rows are aligned to 64 bytes. Returns null if a size is below 1 or the memory is not available.
-/// Release the block with Free.
+/// Allocate @p bytes bytes, or @p height rows of at least @p rowBytes bytes; @p step receives the number of bytes from
+/// one row to the next. Blocks and rows are aligned to 64 bytes. Return null if a size is below 1 or the memory is not
+/// available. Release the block with Free.
 void *Allocate(std::int64_t bytes);
 void *AllocateRows(std::int64_t rowBytes, int height, Step *step);
 /// Frees a block; accepts null.

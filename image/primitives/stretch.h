@@ -15,7 +15,7 @@ public:
     Ipp8u High() const;
 
 private:
-    static constexpr int kLanes = 48; // a whole number of pixels of either kind, and of vectors
+    static constexpr int kLanes = 48; // a whole number of 3- and of 4-channel pixels, and of vectors
 
     /// Adds whole groups of kLanes samples; returns the number of samples added, 0 without vector code.
     std::int64_t AddVectors(const Ipp8u *pixels, std::int64_t samples);

@@ -1,4 +1,4 @@
-// Loops limited by arithmetic, also compiled for wider vectors.
+// Compiles a function for wider vectors, too; meant for loops that are limited by arithmetic.
 #pragma once
 
 #include "vectors.h"

@@ -12,10 +12,10 @@ struct CloseProfile {
 using ProfilePtr = std::unique_ptr<void, CloseProfile>;
 
 /// Returns the context for all profiles and transforms. It has no mutexes, because lcms2 2.14 crashes if it can't
-/// allocate one, so only one thread may use a profile. Throws std::bad_alloc.
+/// allocate one, so only one thread at a time may use a profile. Throws std::bad_alloc.
 cmsContext ColorContext();
 
-/// Opens a profile, which must outlive the result. Returns null if it is damaged. Throws std::bad_alloc.
+/// Opens a profile, whose bytes must outlive the result. Returns null if it is damaged. Throws std::bad_alloc.
 ProfilePtr OpenProfile(const void *profile, std::size_t bytes);
 
 } // namespace imagefile

@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-constexpr double kSameWhite = 0.0005; // for chromaticities: D50 is written with three or four digits
+constexpr double kSameWhite = 0.0005; // tolerance for chromaticities: files give D50 with three or four digits
 
 // Returns null unless the bytes are a CMYK profile.
 ProfilePtr InkProfile(const Bytes &bytes)

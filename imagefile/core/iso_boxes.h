@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// A box. In the file it has a length, which includes the header, a name of four letters, and contents.
+/// A box. In the file it consists of its length (header included), a name of four letters, and its contents.
 struct IsoBox {
     std::uint64_t begin = 0, end = 0; // of the contents present in the file
     char name[5] = "";

@@ -29,7 +29,7 @@ constexpr std::int64_t kMaxCodecAllocation = std::int64_t(1) << 30;
 /// Maximum for Huffman-coded JPEG, 512 pixels per byte: one bit per 8 x 8 block.
 constexpr std::int64_t kJpegPixelsPerByte = 512;
 
-/// Deflate encodes at most 258 bytes in 2 bits, plus headers.
+/// Deflate encodes at most 258 bytes in 2 bits, 1,032 to 1; rounded up.
 constexpr std::int64_t kDeflateRatio = 1040;
 
 /// PackBits encodes 128 bytes in 2.
@@ -78,7 +78,7 @@ constexpr std::size_t kMaxChunks = 100000;
 /// Boxes in one box of HEIF, JPEG XL or JPEG 2000. HEIF has one per property and tile.
 constexpr std::size_t kMaxIsoBoxes = 10000;
 
-/// Parts of an OpenEXR file. Each is a view, layer or depth.
+/// Parts of an OpenEXR file. Each holds a view, a layer or the depth.
 constexpr int kMaxExrParts = 1000;
 
 /// Channels of a PSD's picture or layer, from the format specification.

@@ -93,7 +93,7 @@ private:
     int m_targetRow = 0;
     int m_rowsAdded = 0; // to the target row
     std::vector<std::uint8_t> m_row;
-    std::vector<double> m_sums; // exact for integers: of fewer than 2^37 samples of 16 bits each
+    std::vector<double> m_sums; // exact for integers: fewer than 2^37 samples of 16 bits each
 };
 
 } // namespace imagefile

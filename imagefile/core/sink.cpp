@@ -77,7 +77,7 @@ Status FileSink::CheckTarget()
     struct stat existing = {};
     m_replaces = ::stat(m_target.c_str(), &existing) == 0;
     m_storesEarly = m_replaces || isSyncedByCaller;
-    if (!m_replaces) // errors other than a missing file, such as circular links, also prevent creating one
+    if (!m_replaces) // a missing file can be created; other errors, such as circular links, would prevent that
         return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
     if (!S_ISREG(existing.st_mode))

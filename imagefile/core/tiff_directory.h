@@ -56,8 +56,8 @@ bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, 
 /// Encodes a directory with no successor. @p fields are sorted by tag.
 std::vector<std::uint8_t> EncodeDirectory(const TiffFields &fields, TiffVariant variant);
 
-/// Converts a classic field to BigTIFF, both little-endian. Moves values of 5 to 8 bytes from @p classic, the file,
-/// into the field. Returns false if they extend past its end.
+/// Converts a field of the classic TIFF @p classic to BigTIFF, both little-endian. Copies values of 5 to 8 bytes from
+/// the file into the field. Returns false if they extend past the end of the file.
 bool WidenField(const std::vector<std::uint8_t> &classic, TiffField *field);
 
 } // namespace imagefile

@@ -54,7 +54,7 @@ std::uint64_t Number(ByteReader *in)
     return number;
 }
 
-/// Reads a zero-terminated text. Returns false if it exceeds the limit for names.
+/// Reads a zero-terminated text. Returns false if it is incomplete or exceeds the limit for names.
 bool ReadName(ByteReader *in, char (&name)[kLongestName + 1])
 {
     for (char &letter : name) {
@@ -65,7 +65,7 @@ bool ReadName(ByteReader *in, char (&name)[kLongestName + 1])
     return false;
 }
 
-/// Returns whether a channel list, a name and 16 bytes each, ends at @p end.
+/// Returns whether a channel list ends at @p end. A channel is a name and 16 bytes; an empty name ends the list.
 bool IsCompleteChannelList(ByteReader in, std::uint64_t end)
 {
     constexpr int kChannelBytes = 16;
@@ -86,7 +86,7 @@ bool IsCompleteTextList(ByteReader in, std::uint64_t end)
     return !in.Failed() && in.Position() == end;
 }
 
-/// Returns whether a preview, width and height followed by 4 bytes per pixel, ends at @p end.
+/// Returns whether a preview ends at @p end. It consists of width, height and 4 bytes per pixel.
 bool IsCompletePreview(ByteReader in, std::uint64_t end)
 {
     const std::uint64_t width = Number(&in), height = Number(&in);
@@ -120,7 +120,7 @@ Status Damaged(const char *why)
 Status CheckExrAttributes(const Source &source, bool manyParts)
 {
     char name[kLongestName + 1], type[kLongestName + 1];
-    bool afterEnd = false; // after a header's end: the next end mark ends the list
+    bool afterEnd = false; // a header has just ended; a second end mark would end the list of headers
     for (ByteReader in(source, kHeadersAt);;) {
         const bool isNamed = ReadName(&in, name);
         if (isNamed && name[0] == '\0') {

@@ -16,7 +16,8 @@ namespace imagefile {
 ///   | Y, RY, BY                     | RGB                                 |
 ///   | any of these with A           | RGBA, colors divided by their alpha |
 ///
-/// If the file has none of these, the first layer that has any is used. Values are linear and delivered as stored.
+/// If the file has none of these, the first layer that has any is used. Values are linear and otherwise delivered as
+/// stored.
 Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadExrPixels(const Source &source, RowSink *rows);
 /// Reads the XMP packet that WriteExr stores; empty if there is none or the header is damaged.
@@ -29,7 +30,7 @@ Bytes ReadExrXmp(const Source &source);
 ///   |--------|-----------------|--------------------------------------------------------|
 ///   | 0 to 4 | none, RLE, ZIPS, ZIP, PIZ | half for 8-bit pictures or SaveOptions::halfFloats, else float |
 ///   | 5      | PXR24           | as above, floats truncated to 24 bits: errors below 2^-16 of a value |
-///   | 6, 7   | B44, B44A       | half: errors below 2^-11 of a value, and blocks of 4 x 4 pixels in 6-bit steps |
+///   | 6, 7   | B44, B44A       | half: errors below 2^-11 of a value; differences within 4 x 4 pixels in 6 bits |
 ///   | 8, 9   | DWAA, DWAB      | half, lossy (DCT)                                      |
 ///
 /// Colors are multiplied by their alpha, as the format requires; where alpha is 0 they are lost.

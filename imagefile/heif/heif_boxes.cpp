@@ -1,5 +1,4 @@
-// Based on ISO/IEC 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3). A box consists of its length, which includes the
-// header, a name of four letters, and contents.
+// Based on ISO/IEC 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3).
 #include "heif_boxes.h"
 
 #include "core/byte_reader.h"
@@ -108,7 +107,7 @@ bool HasHeifBrand(const Source &source, const char *brand)
     if (boxes.empty() || !boxes[0].Is("ftyp"))
         return false;
     ByteReader reader(source, boxes[0].begin);
-    char name[4]; // the second entry is a version
+    char name[4]; // the second entry is a version number, which equals no brand
     while (reader.Position() < boxes[0].end && reader.Read(name, sizeof name))
         if (std::memcmp(name, brand, sizeof name) == 0)
             return true;

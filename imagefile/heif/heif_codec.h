@@ -42,8 +42,8 @@ private:
     Status CheckSize();
     Status Decode(HeifImage *image);
     /// Returns whether libheif should crop and rotate: it can do only both or neither. If it does neither, pixels are
-    /// exact at any depth (libheif mirrors only 8 bits), but opacity that is rotated or cropped from another size can't
-    /// be decoded.
+    /// exact at any depth (libheif mirrors only 8 bits), but opacity can't be decoded if its size matches that of the
+    /// colors only after cropping or rotation.
     bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
     /// Returns the rotation of the decoded picture relative to the stored one.
     HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }

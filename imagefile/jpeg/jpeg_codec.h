@@ -15,8 +15,8 @@ Status ReadJpegInfo(const Source &source, GFL_FILE_INFORMATION *info);
 /// fitted into it.
 Status ReadJpegPixels(const Source &source, const Box *box, RowSink *rows);
 
-/// Reads the thumbnail in a JPEG's EXIF; fails if there is none, or if it is too small for @p box or has other
-/// proportions than the picture (CanReplace).
+/// Reads the thumbnail in a JPEG's EXIF; fails if there is none, if it is too small for @p box, or if its proportions
+/// differ from the picture's (CanReplace).
 Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows);
 
 Status WriteJpeg(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

@@ -52,8 +52,8 @@ struct DecoderError : JpegError {
     bool damaged = false; // picture data is missing or wrong
 };
 
-// Returns whether a warning means that part of the picture is wrong. Other warnings, such as junk between the end of
-// the data and the end marker, are harmless.
+// Returns whether a warning means that part of the picture is wrong. Other warnings, such as those about junk between
+// the end of the data and the end marker, are harmless.
 bool IsDamage(int code)
 {
     return code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE || code == JWRN_ARITH_BAD_CODE
@@ -212,8 +212,8 @@ void Decoder::ChooseScale(const Box &box)
 
 Status Decoder::CheckComplete()
 {
-    // A file with a single scan may be complete without its end marker. Otherwise it counts as damaged, because missing
-    // later scans and missing arithmetic codes can't be detected.
+    // A Huffman-coded file with a single scan may be complete without its end marker. Without one, a file with several
+    // scans or arithmetic codes counts as damaged, because missing scans or codes can't be detected.
     const bool mayMiss = m_error.damaged || m_manyScans || m_cinfo.arith_code;
     if (m_input->ended && mayMiss)
         return Status::Fail(GFL_ERROR_FILE_READ, "JPEG: the file ends early");

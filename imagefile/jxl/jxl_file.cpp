@@ -103,7 +103,7 @@ JxlPixelFormat JxlFile::Format() const
             JXL_LITTLE_ENDIAN, 0};
 }
 
-// Buffers the whole picture, because libjxl delivers its groups in any order.
+// Buffers the whole picture, because libjxl delivers groups of pixels in any order.
 Status JxlFile::ReadPixels(RowSink *rows)
 {
     JxlDecoderStatus status = Next();

@@ -22,7 +22,7 @@ double Quotient(const Exiv2::Rational &rational)
 }
 
 // Avoids Exiv2's toLong for rationals, which traps on -2^31 / -1, and its toRational for unsigned ones, which makes
-// numbers from 2^31 negative.
+// numbers of 2^31 or more negative.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
     if (const auto *rationals = dynamic_cast<const Exiv2::URationalValue *>(&value)) {

@@ -12,7 +12,8 @@ GFL_IPTC_DATA *IptcEntries(const Bytes &iim);
 /// Returns whether IptcEntries would return any entries.
 bool HasIptcEntries(const Bytes &iim);
 
-/// Returns the bytes of a list of entries. Leaves out entries whose ID is not a record and a data set, with a warning.
+/// Returns the bytes of a list of entries. Entries whose ID doesn't give a record and a data set are left out with a
+/// warning.
 Bytes IptcBytes(const GFL_IPTC_DATA &data);
 
 } // namespace imagefile

@@ -49,8 +49,8 @@ void StartExiv2();
 std::shared_mutex &XmpNamespaces();
 
 /// Guard that must exist while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied
-/// because memory is short, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy
-/// succeed.
+/// because memory is short, the toolkit's lock is never released, and the next call to it hangs. The reserve lets the
+/// copy succeed.
 template <class Lock> struct XmpUse {
     const MemoryReserve reserve;
     const Lock lock{XmpNamespaces()};
@@ -58,7 +58,7 @@ template <class Lock> struct XmpUse {
 using XmpReading = XmpUse<std::shared_lock<std::shared_mutex>>;
 using XmpWriting = XmpUse<std::unique_lock<std::shared_mutex>>;
 
-/// Returns the bytes of a value, its numbers in the given order.
+/// Returns the bytes of a value, with its numbers in the given byte order.
 Bytes ValueBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order = Exiv2::littleEndian);
 
 /// Returns the metadata of a bitmap; null if it has none.

@@ -1,4 +1,5 @@
-// Metadata of a TIFF file in memory at its original offsets, for Exiv2, which expects such files to be mapped.
+// Copies a TIFF's metadata into memory at the offsets that it has in the file, because Exiv2 expects TIFFs to be
+// mapped.
 #pragma once
 
 #include "core/source.h"
@@ -6,8 +7,8 @@
 
 namespace imagefile {
 
-/// Address space of the file's length into which the parts that can contain metadata are read; the rest is zero and
-/// uses no memory. If the file itself were mapped, the process would crash when another program truncates it.
+/// Address space as long as the file, into which the parts that can contain metadata are read; the rest is zero and
+/// uses no memory. If the file itself were mapped, the process would crash if another program truncated it.
 ///
 /// Reads the beginning of the file, and the directories, values and maker notes reachable from its first directory. In
 /// the copy, the first directory has no successor, because Exiv2 would mistake a second page for a thumbnail and copy

@@ -73,7 +73,7 @@ bool CollectFields(const Bytes &block, std::uint64_t offset, int depth, std::vec
     return true;
 }
 
-// Returns the block with @p bytes inserted after its header.
+// Returns the block with @p bytes zeros inserted after its header, and its offsets adjusted.
 Bytes WithRoom(const Bytes &block, const std::vector<PlacedField> &placed, std::uint64_t bytes)
 {
     Bytes moved = block;

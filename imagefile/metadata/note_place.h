@@ -16,8 +16,8 @@ void AddNotePlace(const Source &source, Exiv2::ExifData *exif);
 /// Returns whether a maker note reads the same anywhere in a file, according to its header.
 bool IsMovableNote(const Bytes &note);
 
-/// Returns whether a note at offset @p place in the EXIF block can't be rebuilt from its decoded values:
-///  - its offsets point into the note only if all are shifted by the same distance, so they have another origin;
+/// Returns whether a note at offset @p place in the EXIF block can't be rebuilt from its decoded values, because
+///  - its offsets point into the note only if all are shifted by the same distance, so they have another origin; or
 ///  - its values include directories stored as bytes, which contain offsets (Olympus E-1, E-300).
 bool NeedsItsPlace(const Bytes &note, std::uint64_t place, bool isBigEndian);
 

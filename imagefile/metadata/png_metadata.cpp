@@ -37,8 +37,8 @@ Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
     return result == Z_STREAM_END ? out : Bytes();
 }
 
-// Returns the block in a "Raw profile type" text: a line feed, a line each for the kind and the decimal length, and the
-// bytes in hexadecimal.
+// Returns the block in a "Raw profile type" text, which consists of a line feed, a line each for the kind and the
+// decimal length, and the block's bytes in hexadecimal.
 Bytes RawProfile(const Bytes &text)
 {
     auto at = std::find_if(text.begin(), text.end(), [](std::uint8_t c) { return c != '\n'; });

@@ -8,8 +8,8 @@ namespace imagefile {
 /// Reads all four parts from the image resources. Otherwise like ReadExiv2Metadata.
 Status ReadPsdMetadata(const Source &source, Metadata *metadata);
 
-/// Returns the image resources of a Photoshop file: those before its end if it is truncated; empty if they are larger
-/// than kMaxMetadataBytes.
+/// Returns the image resources of a Photoshop file; empty if the file ends early or if they are larger than
+/// kMaxMetadataBytes.
 Bytes ReadPsdResources(const Source &source);
 
 } // namespace imagefile

@@ -125,7 +125,7 @@ void Encoder::SetUp()
                      static_cast<png_uint_32>(std::lround(m_bitmap.Ydpi / 0.0254)), PNG_RESOLUTION_METER);
 }
 
-// Errors in blocks become warnings. A profile that libpng rejects is left out: any reader that uses libpng would too.
+// Errors in blocks become warnings. A profile that libpng rejects is left out: readers that use libpng would reject it.
 void Encoder::SetBlocks(const Blocks &blocks)
 {
     png_set_benign_errors(m_png, 1);

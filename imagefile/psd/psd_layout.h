@@ -37,7 +37,7 @@ struct PsdLayout {
     int colors = 3;                        // color channels
     bool hasAlpha = false;                 // an opacity channel follows the colors
     bool mergesOpacity = false;            // the merged picture includes the opacity of the layers
-    bool isBlendedWithWhite = false;       // partly transparent pixels are
+    bool isBlendedWithWhite = false;       // colors of partly transparent pixels
     Bytes palette;                         // indexed: 256 values each of red, green and blue
     std::vector<PsdChannel> channelPlaces; // of the used channels
     PixelForm form;                        // as delivered

@@ -9,8 +9,8 @@ namespace imagefile {
 
 class RawStream;
 
-/// Returns whether a file that begins like a TIFF contains sensor values, as DNGs and other raw files do. Ignores its
-/// name.
+/// Returns whether a file that begins like a TIFF contains sensor values, as DNGs and other raw files do. Ignores the
+/// file's name.
 bool HoldsSensorValues(const Source &source);
 
 /// Camera raw file opened by LibRaw for one purpose: its size, its preview, or its pixels. Pictures are sRGB, in sensor
@@ -20,7 +20,7 @@ bool HoldsSensorValues(const Source &source);
 ///   |-------------------|-------------------------------------------------------------------------------------|
 ///   | automatic balance | makes the mean of the picture gray; overrides the camera's balance                  |
 ///   | camera balance    | uses the camera's measurement; if both balances are off, daylight is used           |
-///   | highlight         | 0 clips, 1 doesn't, 2 blends, 3 to 9 reconstruct: low favors white, high color      |
+///   | highlight         | 0 clips, 1 doesn't, 2 blends, 3 to 9 reconstruct: 3 favors white most, 9 color      |
 ///   | auto brightness   | brightens until 1 % of the pixels are white                                         |
 ///   | gamma             | raises values to the power of 1 / gamma; 1 is linear                                |
 ///   | brightness        | factor, applied before gamma                                                        |

@@ -20,7 +20,7 @@ bool IsKnown(double value)
     return std::isfinite(value) && value > 0.0 && value < kMaxRational;
 }
 
-// Returns the text of a field without trailing spaces. A zero ends the text unless it fills the field.
+// Returns the text of a field without trailing spaces. A zero ends the text unless the text fills the field.
 template <std::size_t N> std::string TextOf(const char (&field)[N])
 {
     std::string text(field, std::find(field, field + N, '\0'));

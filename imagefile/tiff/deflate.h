@@ -9,7 +9,7 @@ namespace imagefile {
 
 enum class DeflateBy {
     LibDeflate, // level 1
-    IsaL,       // level 1: takes a third of the time for files about as large
+    IsaL,       // level 1: takes a third of the time, and files are about as large
 };
 
 /// Compressor for use by one thread at a time.

@@ -16,9 +16,9 @@ struct StripJob {
     DeflateBy compressor = DeflateBy::LibDeflate;
 
     /// Generates @p count strips, starting with @p first, in @p rows (count * maxStripBytes bytes). Optional: without
-    /// it, @c fill gets null rows. If @c stripsAtOnce is 0, it is called once per strip in order, on the calling
-    /// thread, while others pack. Otherwise it is called for that many strips at once, fewer only at the end, on the
-    /// thread that then packs them.
+    /// it, @c fill gets null rows. If @c stripsAtOnce is 0, @c make is called once per strip in order, on the calling
+    /// thread, while others pack. Otherwise it is called for @c stripsAtOnce strips at a time, fewer only at the end,
+    /// on the thread that then packs them.
     std::function<Status(int first, int count, std::uint8_t *rows)> make;
     int stripsAtOnce = 0;
     /// Fills @p buffer (maxStripBytes bytes) with strip @p strip and returns its size in bytes. Called on several

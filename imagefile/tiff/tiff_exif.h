@@ -2,8 +2,8 @@
 //
 // libtiff doesn't support maker notes and rounds rationals; adding them with Exiv2 would rewrite the whole file.
 // So Exiv2 makes a small TIFF with only metadata, whose bytes go to the head of the file, where all its offsets
-// stay valid. The picture follows. Finally the first directory is written again, with the fields of both: libtiff's for
-// the picture, Exiv2's for everything else, including the EXIF and GPS directories.
+// stay valid. The picture follows. Finally the first directory is written again, with libtiff's fields for the picture
+// and Exiv2's for everything else, including the EXIF and GPS directories.
 #pragma once
 
 #include "core/sink.h"
@@ -25,8 +25,8 @@ public:
 
     /// Writes Exiv2's small TIFF, except for its header, after the file's header. Must precede all other bytes.
     Status WriteHead(Sink *sink) const;
-    /// Merges the fields into the first directory, which has been written. Fields already in the directory take
-    /// precedence.
+    /// Merges Exiv2's fields into the file's first directory, which must have been written. Fields already in the
+    /// directory take precedence.
     Status JoinFirstDirectory(Sink *sink) const;
 
 private:

@@ -146,7 +146,7 @@ Status CheckPalette(const Source &source, const TiffHandle &handle, const TiffLa
         : Status::Ok();
 }
 
-// Reads the white point, the chromaticities x and y (TIFF 6.0, section 20).
+// Reads the white point, stored as its chromaticities x and y (TIFF 6.0, section 20).
 void ReadWhite(const TiffHandle &handle, TiffLayout *layout)
 {
     const float *white = nullptr;

@@ -16,7 +16,7 @@ enum class TiffColor {
     Palette,
     Cmyk,
     Lab,   // 8 or 16 bits
-    Other, // YCbCr except in JPEG compression, LogLuv and ITU Lab, which libtiff converts to 8-bit RGB
+    Other, // LogLuv, ITU Lab, and YCbCr other than interleaved JPEG; libtiff converts them to 8-bit RGB
 };
 
 /// Layout of the pixels, as stored and as delivered:
@@ -56,8 +56,8 @@ struct TiffLayout {
 /// Opens and checks the picture of a TIFF: its first directory that isn't marked as a reduced version.
 Status OpenTiffPicture(const Source &source, TiffHandle *handle, TiffLayout *layout);
 
-/// Opens the smallest reduced version, in a main directory or a sub-directory of the picture's, that can replace the
-/// picture in @p box. Fails if there is none.
+/// Opens the smallest reduced version that can replace the picture in @p box, from a main directory or from a
+/// sub-directory of the picture's directory. Fails if there is none.
 Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle, TiffLayout *layout);
 
 } // namespace imagefile

@@ -48,7 +48,7 @@ public:
     /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterward.
     void Stop();
 
-    /// Any thread.
+    /// Any thread may call this and SetPluginSetting.
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
     void SetPluginSetting(QString uid, QString key, QVariant value) override;
     QLocale Locale() override;

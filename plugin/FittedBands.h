@@ -18,7 +18,7 @@ struct FittedPlan {
     TransferCurve light; // of the picture's values; used only for the gain
     PictureFacts facts;
     ResultFile file;
-    ResultValues values; // of the file
+    ResultValues values; // conversions to the values in the file
 };
 
 /// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they

@@ -11,8 +11,8 @@ struct KImageInstances;
 struct KUIInstances;
 
 /// Implemented by the host's application object, which lists it in Q_INTERFACES. Each time the plug-in needs the host,
-/// it calls qt_metacast("KIApplication") on QCoreApplication::instance(). Called on the GUI thread, except ImageDefOf:
-/// Process calls it on the thread that runs Process.
+/// it calls qt_metacast("KIApplication") on QCoreApplication::instance(). Called on the GUI thread, except that Process
+/// calls ImageDefOf, and AllocParameters calls GetPluginSetting, on the thread on which the host called them.
 ///
 /// The order of the virtual functions is a binary contract: don't add or move any. The reserved functions belong to
 /// hosts; the plug-in never calls them.

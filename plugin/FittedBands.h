@@ -18,7 +18,7 @@ struct FittedPlan {
     TransferCurve light; // of the picture's values; used only for the gain
     PictureFacts facts;
     ResultFile file;
-    ResultValues values; // of the file
+    ResultValues values; // conversions to the values in the file
 };
 
 /// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they
@@ -36,7 +36,7 @@ public:
     /// Returns the type of the result: the source's channels, plus alpha if some pixels stay empty; gray pictures then
     /// become RGBA. There is no alpha if the file format can't store it.
     unsigned short ResultType() const;
-    /// Returns the source's depth in the file: 8, 16, or 32 for float.
+    /// Returns the bits per channel of the result, which depend on source and file format: 8, 16, or 32 for float.
     int ResultBits() const;
     /// Returns whether pixels are blended onto black, because the file has no alpha.
     bool Flattens() const { return m_values.flattens; }

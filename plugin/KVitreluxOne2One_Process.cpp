@@ -25,8 +25,8 @@ QString CorrectedFileName(const QString &fileName, const QString &suffix)
 }
 
 /// Returns the frame in which a picture is corrected. A profile describes a landscape frame; upright and square
-/// pictures are corrected as if they were rotated into it and back. Pixels that no model writes are black, as after a
-/// rotation into a cleared image.
+/// pictures are corrected as if they were rotated into it and back. In these, pixels that no model writes are black, as
+/// after a rotation into a cleared image.
 FloatWarp::Frame FrameOf(const KImage &image)
 {
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;

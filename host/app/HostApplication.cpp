@@ -220,8 +220,8 @@ CommandApplication::CommandApplication() : m_application(MakeApplication()) { }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // Workers create records too, so access is locked. Separate objects would read the file every time, and Qt crashes
-    // if memory runs out while it creates one.
+    // Workers create records too, so access is locked. Separate QSettings objects would read the file every time, and
+    // Qt crashes if memory runs out while it creates one.
     const QVariant value = [&] {
         const std::lock_guard<std::mutex> lock(m_settingsMutex);
         return m_settings.value(SettingPath(uid, key), defaultValue);

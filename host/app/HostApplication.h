@@ -48,7 +48,7 @@ public:
     /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterward.
     void Stop();
 
-    /// Any thread.
+    /// Any thread may call this and SetPluginSetting.
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
     void SetPluginSetting(QString uid, QString key, QVariant value) override;
     QLocale Locale() override;
@@ -105,7 +105,7 @@ private:
     bool m_isStopped = false;
     QString m_settingsProblem;
     QSettings m_settings;
-    std::mutex m_settingsMutex;                    // plug-ins read on any thread
+    std::mutex m_settingsMutex;                    // guards m_settings: plug-ins read it on any thread
     std::mutex m_mutex;                            // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute path
     std::map<QString, KIImageDef *> m_usedInstead; // not owned

@@ -118,7 +118,7 @@ void InterruptGuard::RemoveAll()
 void InterruptGuard::RemoveFolders() noexcept
 {
     InterruptGuard *const guard = g_guard;
-    if (!guard || !guard->m_mutex.try_lock()) // never unlocked
+    if (!guard || !guard->m_mutex.try_lock()) // never unlocked: no new folder from here on
         return;
     try {
         guard->RemoveAll();

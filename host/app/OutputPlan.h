@@ -36,8 +36,8 @@ struct OutputNaming {
     QString ending{}; // appended unchanged, even with braces
 };
 
-/// Returns the file suffixes of a format, a value of a record's attribute "Format", without the dot, the default one
-/// first; empty if the format is unknown.
+/// Returns the suffixes, without dots, of the files of @p format, named as in a record's attribute "Format". The
+/// default suffix is the first one. Empty if the format is unknown.
 QStringList SuffixesOfFormat(const QString &format);
 
 /// Returns the text appended to a picture's name: @p ending, by default the plug-in's, and the format's suffix.

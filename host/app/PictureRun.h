@@ -26,7 +26,7 @@ struct PictureParameters {
 /// attribute later would write to the freed document.
 QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters,
                                const QVector<QPair<QString, QString>> &options = {});
-/// Reads such an XML form; missing attributes count as false.
+/// Reads such an XML form; missing attributes count as false or empty.
 PictureParameters ReadParameters(const QDomElement &element);
 
 /// A parameter record of a process, freed at the end of the object's scope.

@@ -34,6 +34,6 @@ private:
     CorrectionMode m_mode;
     QPluginLoader m_loader;
     KIPluginOne2One *m_process = nullptr;
-    QPointer<QObject> m_object; // m_process as an object
+    QPointer<QObject> m_object; // m_process as a QObject
     QString m_problem;
 };

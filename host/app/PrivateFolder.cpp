@@ -21,7 +21,7 @@ namespace {
 
 const QLatin1String kPrefix(".vitrelux-");
 const QLatin1String kRandomPart("XXXXXX");
-const QLatin1String kLockName("/.vitrelux-lock"); // not the name of a picture
+const QLatin1String kLockName("/.vitrelux-lock"); // differs from any picture's name
 
 enum class Lock { Taken, HeldByOther, NotSupported };
 
@@ -135,7 +135,7 @@ bool PrivateFolder::TryToMake(const QString &parent)
         fail();
         return true;
     }
-    auto undo = qScopeGuard([&] { // even if there is no memory for the path
+    auto undo = qScopeGuard([&] { // also if memory runs out while the path is stored
         std::error_code error;
         std::filesystem::remove_all(name.constData(), error);
     });

@@ -16,7 +16,7 @@ class ReplacedFile;
 class WorkFolder {
     Q_DECLARE_TR_FUNCTIONS(WorkFolder)
 public:
-    /// Creates the folder @p path (absolute) and its parents if it doesn't exist.
+    /// Creates the folder @p path (absolute) and its parents unless they exist.
     static void MakeOutputFolder(const QString &path);
 
     /// Creates the private folder in @p outputFolder (absolute), which must exist.
@@ -26,7 +26,7 @@ public:
     /// folder.
     QString Admit(const QString &picture);
 
-    /// Moves @p result, a file in this folder, to @p target, a file in the output folder that should not exist. @return
+    /// Moves @p result, a file in this folder, to @p target in the output folder, which should not exist yet. @return
     /// false, with @p target kept, if it was created in the meantime.
     [[nodiscard]] bool Publish(const QString &result, const QString &target) const;
     /// Moves @p result to @p target, replacing an existing file.

@@ -42,7 +42,7 @@ struct InfoOptions {
     QString plugin;
     bool json = false;  // one object per picture, one per line
     bool exif = false;  // print all entries
-    bool plain = false; // look the profile up for plain corrections
+    bool plain = false; // look up the profile that plain corrections would use
     FitOptions fit;     // unless plain: facts typed by the user
 };
 

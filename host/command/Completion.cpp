@@ -1,4 +1,4 @@
-// Shell completion: commands, options and their values; everything else completes to file names.
+// Shell completion of commands, options, their values, and file names.
 #include "HelpText.h"
 
 #include <QStringList>

@@ -10,7 +10,7 @@
 
 struct FittedOptions {
     QVector<QPair<QString, QString>> attributes; // for the record's XML element, read by the plug-in
-    FitOptions fit;                              // those that affect the fit, for fits by the host, as in dry runs
+    FitOptions fit;                              // options that affect the fit, for fits by the host, as in dry runs
 };
 
 struct FittedOptionRow {

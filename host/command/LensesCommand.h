@@ -1,4 +1,4 @@
-// `vitrelux lenses`: the lenses that can be corrected without naming a profile.
+// `vitrelux lenses`: the lenses for which `correct` finds a profile without --profile.
 #pragma once
 
 #include "CommandLine.h"

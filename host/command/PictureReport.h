@@ -19,7 +19,7 @@ struct PictureReport {
     QString entries;         // of the profile, with weights
     QStringList assumed;     // one line each
     QStringList corrections; // made, or planned: "distortion", "lateral color", "vignetting"
-    QStringList notes;       // other lines of this picture
+    QStringList notes;       // lines printed about this picture, except failures
     QString facts;           // for --verbose, several lines; not in the record
     double seconds = 0.0;
 };

@@ -39,7 +39,7 @@ QString Shooting(const ProfileReport &report)
     return parts.join(QStringLiteral(", "));
 }
 
-/// Returns one line of values: focal lengths as in the file, as fractions of the picture's width, and the center in
+/// Returns one line of values. Focal lengths are fractions of the picture's width, as in the file; the center is in
 /// pixels.
 QString Values(const LensParam &model)
 {

@@ -118,7 +118,7 @@ void AppendRows(const LensProfile &profile, QVector<int> setting, QVector<Row> *
         if (rows->size() == begin || rows->last().models != row.models)
             rows->append(row);
         const QString one = ApertureOf(profile.entries[i]);
-        if (!rows->last().apertures.endsWith(one)) // they are sorted
+        if (!rows->last().apertures.endsWith(one)) // sorted, so equal ones are adjacent
             rows->last().apertures << one;
         rows->last().entries << i + 1;
     }

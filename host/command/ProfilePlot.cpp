@@ -15,7 +15,7 @@ const QColor kInk(0x22, 0x22, 0x22), kGrid(0xdd, 0xdd, 0xdd), kBlend(0, 0, 0);
 
 struct PanelRow {
     const char *title;
-    double leastSpan; // smaller spans get the ticks of this one, so that tiny differences look small
+    double leastSpan; // a smaller span gets this one's tick spacing, so that tiny differences look small
     ProfileCurve ProfileCurves::*solid;
     ProfileCurve ProfileCurves::*dashed; // may be null
 };

@@ -9,8 +9,8 @@
 class Console;
 
 /// Reads the records of one file, one JSON object per line; empty lines are ignored.
-/// @param problems  receives a text per line that isn't a record (after 20 of them, only the number of the others), and
-///                  one if the file can't be read or a line is too long, which ends the reading.
+/// @param problems  receives a text for each line that isn't a record (beyond 20, only their number), and one if the
+///                  file can't be read or a line is too long; reading stops at that line.
 QVector<PictureReport> ReadReports(const QString &file, QStringList *problems);
 
 /// Returns the summary of several runs over the same pictures. Each picture counts once, by its last record, but a

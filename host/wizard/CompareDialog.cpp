@@ -20,7 +20,7 @@ namespace {
 const QLatin1String kGeometrySetting("Wizard/CompareGeometry");
 
 constexpr double kZoomStep = 1.5;
-constexpr double kMoveShare = 0.1; // of a view
+constexpr double kMoveShare = 0.1; // of a view, per key press
 constexpr int kMaxSide = 4096;     // of a shown picture, in pixels: about the size of a large screen
 
 struct KeyRow {

@@ -108,7 +108,7 @@ void CorrectionJob::Cancel()
 
 void CorrectionJob::run()
 {
-    // The processors are divided among the pictures. Previews, which need all, are not rendered meanwhile.
+    // The processors are divided among the pictures. Previews, which use all of them, are not rendered meanwhile.
     gflSetThreads(std::max(1, komp_num_threads / int(m_processes.size())));
     const auto restore = qScopeGuard([] { gflSetThreads(komp_num_threads); });
     const int count = int(m_pictures.size());

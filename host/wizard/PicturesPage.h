@@ -14,9 +14,9 @@ class QLineEdit;
 class QPushButton;
 class QTreeWidget;
 
-/// Page to which pictures are added by dialogs, by drag and drop, or by Add(). A folder adds the pictures in it and its
-/// subfolders, except results of earlier runs. Each picture is listed once, with facts from its file or the reason why
-/// it can't be used. The options are stored, except the permission to replace files. GUI thread.
+/// Page to which pictures are added by dialogs, by drag and drop, or by Add(). Adding a folder adds the pictures in it
+/// and its subfolders, except results of earlier runs. Each picture is listed once, with facts from its file or the
+/// reason why it can't be used. The options are stored, except the permission to replace files. GUI thread.
 class PicturesPage : public QWizardPage {
     Q_OBJECT
 public:
@@ -26,7 +26,7 @@ public:
     void Add(const QStringList &files);
     /// Returns the pictures in the order of the list, with absolute paths.
     QVector<NamedPicture> Pictures() const;
-    /// Returns their paths.
+    /// Returns the paths of the pictures.
     QStringList Files() const;
     JobOutput Output() const;
     /// Returns whether existing corrected pictures may be replaced.
@@ -34,8 +34,8 @@ public:
     /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;
 
-    /// Returns whether the output folder is valid, and the list has files, which are all described, because the next
-    /// page needs all descriptions at once.
+    /// Returns whether the output folder is valid and the list has files, all of them described: the next page needs
+    /// all descriptions at once.
     bool isComplete() const override;
 
 protected:
@@ -60,7 +60,7 @@ private:
 
     HostApplication *m_application;
     QTreeWidget *m_list;
-    int m_described = 0; // rows whose files are described: the first ones
+    int m_described = 0; // how many rows, counted from the first, have described files
     QLabel *m_hint;
     QPushButton *m_remove;
     QLabel *m_reading; // how many files are described; empty if all are

@@ -214,7 +214,7 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
     return std::filesystem::file_size(path);
 }
 
-/// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: the same for
+/// ratio: time on two threads divided by time on one (needs two idle processors); processor_ratio: the same for
 /// CPU time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size divided by that
 /// of libtiff's file. extra: additional memory for writing, divided by the size of the picture; read_extra_MiB: memory
 /// for reading the file in addition to the picture.

@@ -46,7 +46,7 @@ public:
     ///
     /// @param window  Rows of the source, starting at @p windowRow, as wide as the correction; float RGBA
     ///                (FloatWarp::Serves), or as stored if ReadsStored.
-    /// @param rows    Float RGBA, at most as wide; must not be the window.
+    /// @param rows    Float RGBA, at most as wide as the correction; must not be the window.
     /// @return false if other rows of the source are needed; @p rows then has undefined content.
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,
                               Instructions instructions = FloatWarp::BestInstructions()) const;

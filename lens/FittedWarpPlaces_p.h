@@ -189,8 +189,8 @@ struct Neighbors {
     alignas(64) std::int64_t corner[kBlockPixels]; // byte offset from the picture's first pixel, set by FindCorners
 };
 
-/// Rounds down; |value| <= 2^30. All instruction sets but the baseline, which @p Floats identifies by its width, have
-/// an instruction for it.
+/// Rounds down; |value| <= 2^30. All instruction sets except the baseline have an instruction for it; the width of
+/// @p Floats identifies the set.
 template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
     if constexpr (sizeof(Floats) > sizeof(Float4))

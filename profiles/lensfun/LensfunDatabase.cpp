@@ -149,7 +149,7 @@ Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
     return {facts.make.value, facts.model.value, QString(), CameraFactor(facts.make.value, facts.model.value)};
 }
 
-/// Returns the camera's mount and those of other lenses that fit it.
+/// Returns the camera's mount and the other mounts whose lenses fit it.
 QStringList LensfunDatabase::Tables::MountsOf(const Camera &camera) const
 {
     QStringList mounts{camera.mount};

@@ -125,7 +125,7 @@ Starter::Starter()
     if (pipe(m_requests) != 0 || pipe(m_answers) != 0)
         Die(QStringLiteral("no pipes"));
     if (fork() == 0) {
-        close(m_requests[1]); // so that the starter sees end of file when this process ends
+        close(m_requests[1]); // so that the starter sees end of file when its parent ends
         Serve(program, m_requests[0], m_answers[1]);
     }
 }

@@ -108,7 +108,7 @@ VITRELUX_INLINE void FillVector(Floats left, Floats slope, float *out, std::inte
     std::memcpy(out + kFirst, &values, sizeof values);
 }
 
-/// Writes the pixel values of as many cells as a vector has lanes, or of a whole block.
+/// Writes the pixel values of as many cells as a vector has lanes, or of all cells of the block if it has fewer.
 template <int kSide, typename Floats, int... kVector>
 VITRELUX_INLINE void FillCells(Floats left, Floats slope, float *out, std::integer_sequence<int, kVector...>)
 {

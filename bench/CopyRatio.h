@@ -1,4 +1,4 @@
-// Times a pixel operation against a plain copy of the same number of bytes, alternating in one run.
+// Times a pixel operation and a plain copy of the same number of bytes alternately in one run.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -10,7 +10,7 @@
 
 #include <time.h>
 
-/// Returns the CPU time of the calling thread in seconds, which excludes time spent waiting for a processor.
+/// Returns the CPU time of the calling thread, in seconds. Time spent waiting for a processor doesn't count.
 inline double ThreadSeconds()
 {
     timespec time = {};

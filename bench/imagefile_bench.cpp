@@ -131,8 +131,8 @@ double WallSeconds()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Times @p operation and @p other alternately with @p clock; "ratio" is the shortest time of the
-/// first divided by that of the second.
+/// Times @p operation and @p other alternately with @p clock; "ratio" is the shortest time of @p operation divided by
+/// that of @p other.
 template <typename Operation, typename Other>
 void Compare(benchmark::State &state, double (*clock)(), Operation operation, Other other)
 {

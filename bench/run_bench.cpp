@@ -1,7 +1,7 @@
 // Whole runs of the program, from process start to end, writing deflate TIFF with all three corrections.
 //
 // "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float picture,
-// compressing on two threads with the same library, writing and syncing the compressed bytes. Each step is timed
+// compressing on two threads with the program's library, writing and syncing the compressed bytes. Each step is timed
 // alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"

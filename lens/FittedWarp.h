@@ -31,7 +31,7 @@ public:
     /// @param light  Converts stored values to light, which the gain multiplies.
     FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source);
 
-    /// Returns whether any pixel of the result is empty, so that the result needs alpha.
+    /// Returns whether any pixel of the result is empty. If so, the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
     /// Estimates the source rows that a band of @p rows rows, starting at @p firstRow, needs, from the positions in its

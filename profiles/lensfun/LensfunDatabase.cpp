@@ -52,7 +52,7 @@ QString TitleOf(const lfLens *lens)
     return NameOf(lens->Maker) + QLatin1Char('/') + NameOf(lens->Model);
 }
 
-/// Returns the names of a lens, each with its maker, which most of them omit.
+/// Returns the names of a lens. The maker is added to those that omit it, as most do.
 QVector<LensName> ParsedNames(const lfLens *lens)
 {
     QVector<LensName> names;

@@ -1,4 +1,4 @@
-// Times a pixel operation against a plain copy of the same number of bytes, alternating in one run.
+// Times a pixel operation and a plain copy of the same number of bytes alternately in one run.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -10,7 +10,7 @@
 
 #include <time.h>
 
-/// Returns the CPU time of the calling thread in seconds, which excludes time spent waiting for a processor.
+/// Returns the CPU time of the calling thread, in seconds. Time spent waiting for a processor doesn't count.
 inline double ThreadSeconds()
 {
     timespec time = {};
@@ -26,9 +26,10 @@ inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t b
         std::memcpy(dst + i, src + i, std::min(kRowBytes, bytes - i));
 }
 
-/// Runs @p operation, which reads one part of @p block and writes the rest on the calling thread, alternating with a
-/// copy of the block's first half to its second, which moves the same number of bytes. Both use the same memory,
-/// because its address affects times by up to 15 %. The operation's source must remain valid after the copy.
+/// Times @p operation and a copy alternately, on the calling thread. The operation reads one part of @p block and
+/// writes the rest; the copy, of the block's first half to its second, moves the same number of bytes. Both use the
+/// same memory, because its address affects times by up to 15 %. The operation's source must remain valid after the
+/// copy.
 ///
 /// Reports megapixels per second over all runs and, as "ratio", the shortest time of the operation divided by that of
 /// the copy, because other load on the machine affects the shortest times least.

@@ -19,7 +19,7 @@ struct PixelForm {
     std::int64_t BytesPerPixel() const { return (type == GFL_GREY ? 1 : type == GFL_RGB ? 3 : 4) * bits / 8; }
 };
 
-/// A source filled with noise and a target that share one block of memory.
+/// A source, filled with noise, and a target; both are in one block of memory.
 class ImagePair {
 public:
     /// @param turned  makes the source upright.

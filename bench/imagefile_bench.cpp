@@ -131,8 +131,8 @@ double WallSeconds()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Times @p operation and @p other alternately with @p clock; "ratio" is the shortest time of the
-/// first divided by that of the second.
+/// Times @p operation and @p other alternately with @p clock; "ratio" is the shortest time of @p operation divided by
+/// that of @p other.
 template <typename Operation, typename Other>
 void Compare(benchmark::State &state, double (*clock)(), Operation operation, Other other)
 {
@@ -214,7 +214,7 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
     return std::filesystem::file_size(path);
 }
 
-/// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: the same for
+/// ratio: time on two threads divided by time on one (needs two idle processors); processor_ratio: the same for
 /// CPU time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size divided by that
 /// of libtiff's file. extra: additional memory for writing, divided by the size of the picture; read_extra_MiB: memory
 /// for reading the file in addition to the picture.

@@ -58,7 +58,7 @@ void BM_ReadProfile(benchmark::State &state)
     state.counters["entries"] = 72;
 }
 
-/// Fits between eight entries, for a picture taken with the profile's body or another one.
+/// Fits a picture whose setting lies between eight entries, taken with the profile's body or another one.
 void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
 {
     const QString source = QStringLiteral("made");

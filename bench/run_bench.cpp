@@ -1,7 +1,7 @@
 // Whole runs of the program, from process start to end, writing deflate TIFF with all three corrections.
 //
 // "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float picture,
-// compressing on two threads with the same library, writing and syncing the compressed bytes. Each step is timed
+// compressing on two threads with the program's library, writing and syncing the compressed bytes. Each step is timed
 // alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"
@@ -125,7 +125,7 @@ Starter::Starter()
     if (pipe(m_requests) != 0 || pipe(m_answers) != 0)
         Die(QStringLiteral("no pipes"));
     if (fork() == 0) {
-        close(m_requests[1]); // so that the starter sees end of file when this process ends
+        close(m_requests[1]); // so that the starter sees end of file when its parent ends
         Serve(program, m_requests[0], m_answers[1]);
     }
 }

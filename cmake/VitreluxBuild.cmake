@@ -35,7 +35,8 @@ if(VITRELUX_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link) # coverage feedback from the kernels for the fuzzers
 endif()
 
-# Sets warnings, and Qt defines that forbid implicit string conversions and the keywords "signals" and "slots".
+# Turns on warnings, and defines the macros of Qt that forbid implicit string conversions and the keywords "signals" and
+# "slots".
 function(vitrelux_compile_rules target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wconversion
         -Wno-deprecated-declarations)  # deprecated parts of Qt, such as qrand, are used on purpose

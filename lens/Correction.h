@@ -15,7 +15,7 @@
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
     RadialCurve factor;                          // for lateral color, includes the model's ScaleFactor
-    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficients / the model's unit, scaled like `factor`
+    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficients per unit of the model, scaled like `factor`
     double endRadius = std::numeric_limits<double>::infinity();
 };
 

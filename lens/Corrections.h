@@ -2,7 +2,7 @@
 #pragma once
 
 /// Corrections requested, supported by a profile, or to be applied to one picture. All internal code uses this set. The
-/// process's record and its XML have older names for the same corrections (see KVitreluxOne2One::Params).
+/// process's parameter record and its XML have older names for the same corrections (see KVitreluxOne2One::Params).
 struct Corrections {
     bool distortion = false;
     bool chromatic = false;

@@ -20,7 +20,7 @@ public:
 
     /// Maximum distance of a position from its pixel along each axis, in pixels.
     static constexpr float kFar = 1048576.0F;
-    /// Clamps a relative position to kFar; NaN becomes negative.
+    /// Clamps a relative position to -kFar..kFar; NaN becomes -kFar.
     static float Near(double relative)
     {
         const double limited = relative > -double(kFar) ? relative : -double(kFar);

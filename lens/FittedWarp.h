@@ -31,7 +31,7 @@ public:
     /// @param light  Converts stored values to light, which the gain multiplies.
     FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source);
 
-    /// Returns whether any pixel of the result is empty, so that the result needs alpha.
+    /// Returns whether any pixel of the result is empty. If so, the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
     /// Estimates the source rows that a band of @p rows rows, starting at @p firstRow, needs, from the positions in its
@@ -46,7 +46,7 @@ public:
     ///
     /// @param window  Rows of the source, starting at @p windowRow, as wide as the correction; float RGBA
     ///                (FloatWarp::Serves), or as stored if ReadsStored.
-    /// @param rows    Float RGBA, at most as wide; must not be the window.
+    /// @param rows    Float RGBA, at most as wide as the correction; must not be the window.
     /// @return false if other rows of the source are needed; @p rows then has undefined content.
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,
                               Instructions instructions = FloatWarp::BestInstructions()) const;

@@ -18,7 +18,7 @@ template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 }
 
 #if VITRELUX_FITTED_VECTORS
-/// Version of the above with two instructions, which compilers don't choose for it.
+/// Same as above in two instructions, which compilers don't generate for the general version.
 template <> VITRELUX_INLINE Float4 Limited(Float4 value)
 {
     return _mm_min_ps(_mm_max_ps(value, _mm_setzero_ps()), _mm_set1_ps(1.0F));

@@ -108,7 +108,7 @@ VITRELUX_INLINE void FillVector(Floats left, Floats slope, float *out, std::inte
     std::memcpy(out + kFirst, &values, sizeof values);
 }
 
-/// Writes the pixel values of as many cells as a vector has lanes, or of a whole block.
+/// Writes the pixel values of as many cells as a vector has lanes, or of all cells of the block if it has fewer.
 template <int kSide, typename Floats, int... kVector>
 VITRELUX_INLINE void FillCells(Floats left, Floats slope, float *out, std::integer_sequence<int, kVector...>)
 {
@@ -189,8 +189,8 @@ struct Neighbors {
     alignas(64) std::int64_t corner[kBlockPixels]; // byte offset from the picture's first pixel, set by FindCorners
 };
 
-/// Rounds down; |value| <= 2^30. All instruction sets but the baseline, which @p Floats identifies by its width, have
-/// an instruction for it.
+/// Rounds down; |value| <= 2^30. All instruction sets except the baseline have an instruction for it; the width of
+/// @p Floats identifies the set.
 template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
     if constexpr (sizeof(Floats) > sizeof(Float4))

@@ -196,7 +196,7 @@ FloatWarp::RowRange FloatWarp::RowsFor(int firstRow, int rows) const
             include(moved);
         }
     }
-    constexpr int kBelow = 2; // the second of two neighbors, and the end
+    constexpr int kBelow = 2; // one for the lower neighbor, and one because the range is half-open
     const int margin = 2 + static_cast<int>(greatest - least) / 32;
     return {std::max(0, static_cast<int>(least) - margin),
             std::min(m_source.height(), static_cast<int>(greatest) + kBelow + margin)};

@@ -40,9 +40,9 @@ public:
 
     /// Fills @p rows with rows of the corrected picture, starting at @p firstRow.
     ///
-    /// @param rows  Must satisfy Serves and not be the source. Without distortion, in the turned frame and with
+    /// @param rows  Must satisfy Serves and not be the source. Without distortion, in the turned frame or with
     ///              FromSource, pixels are read at their own position, so the corrected picture must not be larger than
-    ///              the source. In the turned frame it must have the same width.
+    ///              the source. In the turned frame it must be as wide as the source.
     void Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions = BestInstructions()) const;
 
     /// Rows [first, end).

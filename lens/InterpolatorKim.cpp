@@ -202,7 +202,7 @@ template <typename S, typename D> bool InterpolatorKim<S, D>::ImagesAreWhole() c
 
 template <typename S, typename D> bool InterpolatorKim<S, D>::HaveThreeChannels() const
 {
-    return channels >= 3; // the destination has at least as many
+    return channels >= 3; // the destination has at least as many channels
 }
 
 template <typename S, typename D> bool InterpolatorKim<S, D>::SourceCoversDestination() const

@@ -39,8 +39,9 @@ public:
     /// Returns 1 + c0 r^2 + c1 r^4 + c2 r^6 for one to three coefficients, at the squared radius @p r2 in focal
     /// lengths; 1 for any other number.
     float ComputeRadialDistortion(float r2) const;
-    /// Returns the gain at the squared radius @p r2 = x, where the share 1 + c0 x + c1 x^2 + c2 x^3 of the light
-    /// remains: the reciprocal of that share, as a power series truncated after x^4. Missing coefficients count as 0.
+    /// Returns the gain at the squared radius x = @p r2. The share of the light that remains there is
+    /// 1 + c0 x + c1 x^2 + c2 x^3; the gain is its reciprocal, as a power series truncated after x^4. Missing
+    /// coefficients count as 0.
     float ComputeFalloff(float r2) const;
 
     // Keep this order; hosts that share kernels rely on it.

@@ -108,7 +108,7 @@ template <typename Shorts> struct StorePairs {
     }
 };
 
-/// Computes the pairs of all rows, and the limits of rows with one row before and two after them.
+/// Computes the pairs of all rows except the last, and the limits of rows with one row before and two after them.
 template <typename Shorts, int kStep>
 VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t, kStep> *rows)
 {

@@ -44,7 +44,7 @@ constexpr int kAnyCode = 0x3fffc000;                            // a pair of lim
 
 #if VITRELUX_FITTED_VECTORS
 
-/// Returns the sums of the lanes of four vectors.
+/// Returns the sum of the lanes of each of four vectors.
 VITRELUX_INLINE __m128 SumsOf(__m128 a, __m128 b, __m128 c, __m128 d)
 {
     const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(a, b), _mm_unpackhi_ps(a, b));

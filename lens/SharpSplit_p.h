@@ -48,7 +48,7 @@ VITRELUX_INLINE void StoreEight(std::int16_t *to, __m128i codes)
     _mm_storeu_si128(reinterpret_cast<__m128i *>(to), codes);
 }
 
-/// Stores the codes of eight pixels by color.
+/// Stores the codes of eight pixels in one row per color.
 VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
 {
     __m128i redGreen[2], blueAlpha[2]; // of four pixels each
@@ -115,7 +115,7 @@ template <typename Sample> VITRELUX_INLINE std::int16_t CodeOfStored(Sample stor
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(stored * kScale - kHalf));
 }
 
-/// Stores the codes of @p count integer RGB pixels by color.
+/// Stores the codes of @p count integer RGB pixels in one row per color.
 template <typename Sample>
 VITRELUX_INLINE void SplitStored(const unsigned char *pixels, int count, std::int16_t *__restrict red,
                                  std::int16_t *__restrict green, std::int16_t *__restrict blue)
@@ -128,7 +128,7 @@ VITRELUX_INLINE void SplitStored(const unsigned char *pixels, int count, std::in
     }
 }
 
-/// Stores the codes of @p count integer RGB pixels together.
+/// Stores the codes of @p count integer RGB pixels, the colors of each together.
 template <typename Sample>
 VITRELUX_INLINE void PackStored(const unsigned char *pixels, int count, std::int16_t *__restrict to)
 {
@@ -146,7 +146,8 @@ VITRELUX_INLINE void PrefetchBelow(const unsigned char *pixels, std::int64_t str
     __builtin_prefetch(pixels + kRowsAhead * stride + kLineBytes);
 }
 
-/// Stores the codes of @p count pixels of float RGBA by color. Prefetches the next rows, @p stride bytes apart.
+/// Stores the codes of @p count pixels of float RGBA in one row per color. Prefetches the next rows, @p stride bytes
+/// apart.
 VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *red,
                               std::int16_t *green, std::int16_t *blue)
 {
@@ -162,7 +163,8 @@ VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, 
     }
 }
 
-/// Like SplitRow, but stores the colors of each pixel together, and one meaningless code after the last pixel.
+/// Like SplitRow, but stores the colors of each pixel together. May also write one meaningless code after the last
+/// pixel.
 VITRELUX_INLINE void PackRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *to)
 {
     int i = 0;

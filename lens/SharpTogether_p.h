@@ -10,7 +10,7 @@
 namespace {
 
 /// Returns the sums of the products of six columns, given r0 g0 b0 r1, g1 b1 r2 g2, b2 r3 g3 b3, r4 g4 b4 r5 and g5 b5;
-/// the last value is meaningless.
+/// the last value is meaningless. Below, r04 stands for r0 + r4.
 VITRELUX_INLINE __m128 SumsOfColumns(__m128 a, __m128 b, __m128 c, __m128 d, __m128 e)
 {
     const __m128 start = _mm_add_ps(a, d), second = _mm_add_ps(b, e); // r04 g04 b04 r15, g15 b15 r2 g2

@@ -62,7 +62,7 @@ public:
     };
     const Table &LightTable(int channel) const { return m_data->channels[Index(channel)].lightTable; }
     const Table &StoredTable(int channel) const { return m_data->channels[Index(channel)].storedTable; }
-    /// Returns the table that raises gains from 1/16 to 16 to the power of 1 / gamma; null without a formula.
+    /// Returns the table of gain^(1 / gamma), for gains from 1/16 to kMaxGain; null without a formula.
     const Table *RootTable() const { return ByFormula() ? &m_data->rootTable : nullptr; }
 
 private:

@@ -22,7 +22,7 @@ public:
     /// limits of ReadProfileDocument. Unchanged if the file cannot be opened or read to its end, so callers must
     /// initialize it. Throws nothing. Truncated XML is used up to its end.
     newLCP(const QString &fileName, bool &ok);
-    /// Same as above; also sets @p whyNotRead if the file exists but can't be opened or read to its end.
+    /// Same as above; also sets @p whyNotRead if a regular file can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);
     /// Reads a parsed profile from its root element, and sets @p ok as above.
     newLCP(const QDomElement &root, bool &ok);
@@ -37,8 +37,8 @@ public:
 
     /// Warps @p source into @p destination, on the calling thread.
     ///
-    /// Without @p distortion and @p chromatic, only the vignetting gain is applied. If the profile lacks the models of
-    /// a run, @p destination stays unchanged (see InterpolatorKim).
+    /// Without @p distortion and @p chromatic, only the vignetting gain is applied. If the profile lacks the model that
+    /// this requires, @p destination stays unchanged (see InterpolatorKim).
     ///
     /// @param source       8 to 32 bits per channel; 9 to 15 are stored in 16-bit words, 17 to 32 are float. Not the
     ///                     same image as @p destination.

@@ -8,7 +8,7 @@ namespace {
 
 using Done = Fact<bool> PictureFacts::*;
 
-/// A switch in the maker notes: on if number `index` of the value is above 0 and below `end`.
+/// A switch in the maker notes: on if the value's number at `index` is above 0 and below `end`.
 struct SwitchRule {
     const char *key;
     int index;
@@ -89,7 +89,7 @@ void FindDeveloped(const MetadataLookup &metadata, PictureFacts *facts)
         Set(&facts->chromaticDone, QStringLiteral("XMP crs:AutoLateralCA"));
 }
 
-/// A correction in the record that our runs write, named as in FitTask.
+/// A correction and its name in the record that our runs write, the same as in FitTask.
 struct RecordRow {
     QLatin1String name;
     Done done;

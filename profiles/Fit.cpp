@@ -15,7 +15,7 @@
 
 namespace {
 
-/// The picture's frame for an entry, shared by all entries with the same frame.
+/// The picture's frame for an entry, shared by all entries with the same camera and frame size.
 struct KnownFrame {
     std::optional<EntryFrame> frame;
     QString why; // why there is none

@@ -18,7 +18,7 @@ struct FitResult {
     QStringList assumed;      // for display: one line per assumption
     QString why;              // one line: why something was left out; empty if nothing was left out
     QString reason;           // "chosen" by the user, or why this profile was found
-    QStringList nearest;      // if none was found: up to three near matches each from profiles and from lensfun
+    QStringList nearest;      // if no profile was found: up to three near matches from profiles and three from lensfun
     bool isAmbiguous = false; // several profiles fit equally well, so none was used
     double zoom = 1.0;
     double fieldShare = 1.0;  // share of the photographed field that is kept

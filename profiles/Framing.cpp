@@ -45,8 +45,8 @@ public:
     {
         m_points = EdgePoints(m_width, m_height, kFirstSamples);
         double zoom = Bisect(kMinZoom);
-        // Add the edge pixels between the samples that are still empty: first from every 16th pixel, then from all, in
-        // at most three rounds.
+        // Add the pixels on the edges that are still empty: first test every 16th pixel, then all pixels, in at most
+        // three rounds.
         for (int step : {16, 1, 1, 1}) {
             if (zoom > kMaxZoom)
                 break;
@@ -167,7 +167,7 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     else if (correction.geometry && framing == Framing::All)
         found.zoom = ZoomForAll(correction);
     const double bounded = std::clamp(found.zoom, kMinZoom, kMaxZoom);
-    // A picture that is full at the smallest zoom would also be full at smaller ones, so the bound limits it.
+    // A picture without empty pixels at kMinZoom might have none at smaller zooms either, so the bound limits it.
     found.isBounded = bounded != found.zoom || (found.isFull && bounded == kMinZoom);
     found.zoom = bounded;
     return found;

@@ -22,7 +22,7 @@ struct FramingZoom {
 /// Without a geometric map, only Factor has an effect, because lateral color moves edges by just a pixel or two.
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor);
 
-/// Returns whether some pixels of the result have no source, so that it needs alpha.
+/// Returns whether some pixels of the result have no source. If so, the result needs alpha.
 bool LeavesEmpty(const Correction &correction);
 
 /// Returns the share of the photographed field that the result shows, 0 to 1.

@@ -36,7 +36,7 @@ constexpr TextRule kTextRules[] = {
     {"ProfileName", &ProfileEntry::profileName},
 };
 
-/// A number of the setting or the frame. Within the bounds, quotients are finite and no polynomial overflows.
+/// A numeric field of an entry's setting or frame. Within the bounds, quotients are finite and no polynomial overflows.
 struct SizeRule {
     const char *name;
     double ProfileEntry::*value;

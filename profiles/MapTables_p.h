@@ -6,7 +6,7 @@
 
 #include <functional>
 
-constexpr double kMinLight = 1.0 / kMaxGain; // darker light is not fully corrected
+constexpr double kMinLight = 1.0 / kMaxGain; // light below this share is not fully corrected
 
 /// Center and tangential terms of a map, both along the picture's axes.
 struct MapMiddle {

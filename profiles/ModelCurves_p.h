@@ -24,7 +24,7 @@ double RadiusOf(Projection projection, double angle);
 /// lengths.
 double FisheyeFactor(const ProfileModel &model, Projection projection, double radius);
 /// Returns the radius up to which the factor is valid, in focal lengths; may be infinite. That is where the polynomial
-/// folds back, for rectilinear pictures at most 85 degrees.
+/// folds back or, in rectilinear pictures, 85 degrees from the axis if that is nearer.
 double FisheyeEnd(const ProfileModel &model, Projection projection);
 
 /// Returns the first radius, up to @p endRadius, where radius times @p factor stops increasing; @p endRadius if it

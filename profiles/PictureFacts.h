@@ -16,7 +16,7 @@ template <typename T> struct Fact {
     bool Known() const { return !source.isEmpty(); }
 };
 
-/// One of the eight orientations of EXIF; 1 is upright as stored.
+/// One of the eight orientations of EXIF; 1: upright as stored.
 using Orientation = int;
 
 /// The color space of stored values according to EXIF, for pictures without an ICC profile.

@@ -71,7 +71,8 @@ public:
 
     /// Returns the shape of the frame; nullopt, with the reason in @p why, if the picture's position in it is unknown.
     /// @param reference  sides of a picture as the camera stores it; empty: landscape.
-    /// @param aspect     aspect ratio of the frame, at least 1; 0: that of the original size, if known, or the picture.
+    /// @param aspect     aspect ratio of the frame, at least 1; 0: that of the original size or, if unknown, of the
+    ///                   picture.
     std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;
     /// Returns the position of the model's center in pixels of the current picture.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;

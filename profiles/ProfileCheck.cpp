@@ -115,7 +115,7 @@ private:
     const ProfileEntry &m_entry;
 };
 
-/// Notes each pair of duplicate entries, only once even if they are duplicates in several corrections.
+/// Notes each pair of duplicate entries once, even if they are duplicates for several corrections.
 void NoteReplaced(LensProfile *profile)
 {
     QSet<QPair<int, int>> pairs;

@@ -4,7 +4,7 @@
 #include "InputLimits.h"
 #include "LensProfile.h"
 
-/// Adds a note. After kMaxProfileNotes, adds one that says that the rest is left out, then drops all others.
+/// Adds a note. Once there are kMaxProfileNotes, adds one that says that the rest are left out, and then no more.
 void AddNote(LensProfile *profile, qint64 line, int entry, const QString &text, bool unusable = false);
 
 /// Adds notes about the entries' values: missing frames, folds within the frame, light at or below 0, duplicate

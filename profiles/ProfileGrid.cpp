@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr double kBeyond = 1.02; // settings farther outside the profile's range get a note
+constexpr double kBeyond = 1.02; // a setting outside the profile's range by more than this factor gets a note
 
 /// Returns the f-number.
 double Aperture(const ProfileEntry &entry)

@@ -57,8 +57,8 @@ public:
     QString getTempFolder(unsigned long long size, unsigned long long reserve);
     /// Returns an unused name, in an existing folder, for a file of about @p size bytes. Empty if all disks are full.
     QString getTempFile(unsigned long long size);
-    /// Removes the files in all subfolders whose names begin with the prefix, even those of other running processes,
-    /// then those subfolders if they are empty. Call it at startup.
+    /// Removes the files in each subfolder whose name begins with the prefix, even if it belongs to another running
+    /// process, then the subfolder if it is empty. Call it at startup.
     void cleanTempFiles();
     bool removeTempFile(QString name);
 

@@ -41,7 +41,7 @@ public:
     void AccumulateTiming(QString name, qint64 ticks);
 
     void Reset();
-    /// Resets the name in all threads.
+    /// Resets the timer in all threads.
     void Reset(QString name);
 
     // The index is -1 for all threads, otherwise a position in the order in which threads first started the name. The

@@ -35,7 +35,7 @@ public:
     static void exit();
     static KPoolMemManager *ms_instance;
 
-    /// Allocates memoryMo / blockMo blocks of @p blockMo, replacing earlier ones. If @p blockMo is 0,
+    /// Allocates memoryMo / blockMo blocks of @p blockMo megabytes, replacing earlier ones. If @p blockMo is 0,
     /// computeBlockSize() chooses it. Throws a KException that gives the sizes if the memory is not available.
     void init(int memoryMo, int threads, int blockMo);
     /// Returns the largest of 8, 4, 2 and 1 that gives at least ten blocks per thread and 150 in total, or 1 if none

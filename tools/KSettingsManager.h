@@ -25,7 +25,7 @@
 /// table. Never delete it through a KernelSettingsWriter, which has no virtual destructor.
 class KSettingsManager : public KernelSettingsWriter {
 public:
-    /// Uses the application's default store, but the getters with one argument only read the table of defaults, even
+    /// Uses the application's default store, but the getters with one argument read only the table of defaults, even
     /// after Set has written to the store.
     KSettingsManager();
     /// Uses the store of that scope, organization and application.

@@ -188,7 +188,8 @@ QSet<QString> DistinctiveWords(const LensName &name)
     return words;
 }
 
-/// Returns whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
+/// Returns whether @p name has all distinctive words of @p unnamed, which has no known maker: a word that @p name lacks
+/// could be an unknown maker.
 bool HasWordsOf(const LensName &name, const LensName &unnamed)
 {
     return name.words.contains(DistinctiveWords(unnamed));

@@ -91,8 +91,8 @@ QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group);
 
 /// Returns the maker identified by a word: its name, or a lens family that only it makes. Empty if there is none.
 QString FindMaker(const QString &word);
-/// Returns whether other makers also use this family name for its mount. It identifies the maker only if nothing else
-/// does.
+/// Returns whether other makers also use this family name for the mount. The name identifies the maker only if nothing
+/// else does.
 bool IsMountFamily(const QString &word);
 /// Returns the maker of the mount among @p marks if other makers' lens names use it too ("E", "Z"); empty otherwise.
 QString MakerOfMount(const QSet<QString> &marks);

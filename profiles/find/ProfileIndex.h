@@ -38,7 +38,7 @@ public:
     static QString DefaultCacheFile();
 
     /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.
-    /// @return false if there are more than kMaxIndexedProfiles files; the others are ignored.
+    /// @return false if there are more than kMaxIndexedProfiles files; those beyond the limit are ignored.
     bool Scan(const QStringList &folders);
 
     /// Returns the profiles in the order of their paths. Valid until the next Scan.

@@ -288,9 +288,9 @@ private:
                 if (candidate->name.text.isEmpty() || name.HasFocal())
                     candidate->name = name;
             }
-        // The profile must show that it is for a fixed lens: the lens is named after the camera or zooms, or the sensor
-        // is too small for most cameras with interchangeable lenses. A bare name such as "50mm f/1.4" could mean any
-        // prime; users can still choose such a profile.
+        // The profile must show that it is for a fixed lens: the lens has the camera's name, or it is a zoom, or the
+        // sensor is too small for most cameras with interchangeable lenses. A bare name such as "50mm f/1.4" could mean
+        // any prime; users can still choose such a profile.
         const bool isNamedByCamera = Folded(candidate->name.text).contains(Folded(head.model));
         const bool zooms = head.maxFocalMm > head.minFocalMm || candidate->name.maxFocalMm > candidate->name.minFocalMm;
         return isNamedByCamera || zooms || head.sensorFormatFactor > 2.0;
@@ -378,7 +378,7 @@ private:
         std::stable_sort(m_candidates.begin(), m_candidates.end(), better);
         const Candidate top = m_candidates.first();
         QVector<Candidate> same, rivals;
-        constexpr double kSlack = 1.0; // as much as two marks or words that only one of the names has
+        constexpr double kSlack = 1.0; // the penalty of two marks or words that only one of the names has
         for (const Candidate &candidate : qAsConst(m_candidates)) {
             if (candidate.profile != top.profile && candidate.score < top.score - kSlack)
                 continue; // the spelling differs so much that it may be another lens

@@ -48,7 +48,8 @@ QVector<LensName> WantedLenses(const PictureFacts &facts);
 /// for several lenses. Null if there is none.
 const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts);
 
-/// Returns the maker of the lenses of a camera's maker, spelled as in LensName::maker: "pentax" for RICOH.
+/// Returns the maker under whose name a camera maker's lenses are sold, spelled as in LensName::maker: "pentax" for
+/// RICOH.
 QString LensMakerOf(const QString &make);
 
 /// Returns whether two names mean the same model, with or without one of the makers: "NIKON D70" and "D70". The makers

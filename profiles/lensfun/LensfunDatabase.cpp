@@ -52,7 +52,7 @@ QString TitleOf(const lfLens *lens)
     return NameOf(lens->Maker) + QLatin1Char('/') + NameOf(lens->Model);
 }
 
-/// Returns the names of a lens, each with its maker, which most of them omit.
+/// Returns the names of a lens. The maker is added to those that omit it, as most do.
 QVector<LensName> ParsedNames(const lfLens *lens)
 {
     QVector<LensName> names;
@@ -149,7 +149,7 @@ Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
     return {facts.make.value, facts.model.value, QString(), CameraFactor(facts.make.value, facts.model.value)};
 }
 
-/// Returns the camera's mount and those of other lenses that fit it.
+/// Returns the camera's mount and the other mounts whose lenses fit it.
 QStringList LensfunDatabase::Tables::MountsOf(const Camera &camera) const
 {
     QStringList mounts{camera.mount};

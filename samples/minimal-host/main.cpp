@@ -94,7 +94,7 @@ public:
 
     KIImageDef *ImageDefOf(QString file) override
     try {
-        return &m_pictures.try_emplace(file, file).first->second; // described once and kept
+        return &m_pictures.try_emplace(file, file).first->second; // read once and kept
     } catch (const KException &error) {
         std::cerr << qPrintable(error.what()) << std::endl;
         return nullptr;

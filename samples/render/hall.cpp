@@ -106,7 +106,7 @@ Rgb CeilingColor(const Spot &at)
 }
 
 /// Returns the color of a wall: tiles up to the frieze, plaster above; t runs from the ceiling down to the floor.
-/// It darkens toward other faces; @p length is the distance to the corner with the next wall.
+/// The color darkens toward other faces; @p length is the distance to the corner with the next wall.
 Rgb WallBase(const Spot &at, double length)
 {
     Rgb color = Rgb{0.88, 0.80, 0.64} * (1 + 0.05 * Cloud(at.s, at.t, 3, 341));

@@ -31,7 +31,7 @@ void PaintShutter(Brush &brush, const Panel &panel, const Window &window, double
     brush.Shade(board - panel(left, window.top, right - 3, window.bottom - 3), 0.75);
 }
 
-/// Paints sky in the upper panes, a dark room in the lower ones, and curtains or a lamp behind some.
+/// Paints sky in the upper panes, a dark room in the lower ones, and curtains or a lamp in some windows.
 void PaintGlass(Brush &brush, const Window &window, double share)
 {
     const double t = Clamp01((brush.cell.at.y - window.top) / (window.bottom - window.top));

@@ -43,7 +43,7 @@ private:
     }
 
     /// Counts the bytes that elements use. Valid elements share none; damaged ones may overlap or contain each other,
-    /// so that reading them could take forever.
+    /// and reading them could take forever.
     void Use(qint64 bytes)
     {
         m_bytesLeft -= bytes;

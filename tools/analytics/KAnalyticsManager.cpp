@@ -184,7 +184,7 @@ void KAnalyticsManager::sendEvent(KAnalyticsEvent *event, bool flush)
     } else {
         m_file->insertEvent(event);
         if (event)
-            event->deleteLater(); // the file store made a copy
+            event->deleteLater(); // the file store doesn't take ownership
     }
     ++m_nbEvents;
     if (m_nbEvents >= m_maxEventsBufferised && flush)

@@ -41,7 +41,8 @@ public:
 
     /// Returns the process's manager; if there is none, creates one with the shared identifier and a database.
     static KAnalyticsManager *instance();
-    /// Makes @p instance the process's manager, without deleting the previous one; null keeps that or creates one.
+    /// Makes @p instance the process's manager, without deleting the previous one. With null, keeps the
+    /// current manager, or creates one if there is none.
     static KAnalyticsManager *init(KAnalyticsManager *instance);
     static void killInstance();
 

@@ -19,8 +19,8 @@ Q_DECLARE_LOGGING_CATEGORY(dbquery)
 /// once.
 ///
 /// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps the changes made since the
-/// last one, cancelAll() and close() undo them. There is no savepoint while another process has the file locked.
-/// Without setUseRollBack(), each statement takes effect immediately.
+/// previous commitAll(); cancelAll() and close() undo them. There is no savepoint while another process has the file
+/// locked. Without setUseRollBack(), each statement takes effect immediately.
 ///
 /// Use it only on the thread that opened it. The returned queries show failures; only a failure to open is logged.
 class KDbSession : public QObject {
@@ -28,8 +28,8 @@ class KDbSession : public QObject {
 public:
     /// Creates a closed session. @p driver is the name of a Qt driver, such as "QSQLITE".
     KDbSession(QString connectionName, QString driver, QObject *parent);
-    /// Releases the connection without closing it: QSqlDatabase keeps it, and so the lock on the
-    /// file, until the name is opened again.
+    /// Releases the connection without closing it: QSqlDatabase keeps it, and with it the lock on the file, until a
+    /// connection of that name is opened again.
     ~KDbSession() override;
 
     QSqlDatabase database() { return m_db; }

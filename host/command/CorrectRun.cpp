@@ -172,8 +172,9 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
 {
     if (!report.facts.isEmpty())
         m_console->PrintError(OneLine(planned.asNamed) + QLatin1String(":\n") + Indented(report.facts));
-    if (m_firstProblem.isEmpty() && !report.why.isEmpty())
-        m_firstProblem = QFileInfo(planned.asNamed).fileName() + QLatin1String(": ") + report.why;
+    QString *const first = report.outcome == PictureReport::Outcome::Failed ? &m_firstFailure : &m_firstOtherReason;
+    if (first->isEmpty() && !report.why.isEmpty())
+        *first = QFileInfo(planned.asNamed).fileName() + QLatin1String(": ") + report.why;
     if (!m_options.quiet)
         PrintNotes(planned.asNamed, report);
     if (report.outcome == PictureReport::Outcome::Failed)
@@ -192,7 +193,8 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
 void CorrectRun::Notify() const
 {
     const QString title = m_counts.isEmpty() ? QStringLiteral("no pictures") : TextOf(m_counts);
-    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notification texts may contain markup
+    const QString reason = m_firstFailure.isEmpty() ? m_firstOtherReason : m_firstFailure;
+    const QString body = OneLine(reason).toHtmlEscaped(); // notification texts may contain markup
     QProcess::startDetached(QStringLiteral("notify-send"),
                             {QStringLiteral("--icon=vitrelux"), QStringLiteral("--app-name=Vitrelux"),
                              QStringLiteral("--"), QStringLiteral("Vitrelux: ") + title, body});

@@ -43,5 +43,6 @@ private:
     Console *m_console;
     std::mutex m_mutex; // guards the console and all members below
     QMap<PictureReport::Outcome, int> m_counts;
-    QString m_firstProblem; // first reason reported: a failure, a skip, or corrections left out
+    QString m_firstFailure;
+    QString m_firstOtherReason; // a skip, or corrections left out
 };

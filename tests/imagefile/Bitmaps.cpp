@@ -234,6 +234,23 @@ QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
     return bytes;
 }
 
+QByteArray InfoText(const char *format, const QByteArray &description, QSize size, int components, int bits, int model,
+                    QSize dpi)
+{
+    return QByteArray(format) + " (" + description + ')'
+        + QString::asprintf(" %d x %d, %d x %d bits, model %d, %d x %d dpi", size.width(), size.height(), components,
+                            bits, model, dpi.width(), dpi.height())
+              .toUtf8();
+}
+
+QByteArray InfoText(const GFL_FILE_INFORMATION &info)
+{
+    const GFL_FORMAT *format = gflGetFormat(info.FormatIndex);
+    return InfoText(format && qstrcmp(format->Name, info.FormatName) == 0 ? info.FormatName : "names don't match",
+                    info.Description, {info.Width, info.Height}, info.ComponentsPerPixel, info.BitsPerComponent,
+                    info.ColorModel, {info.Xdpi, info.Ydpi});
+}
+
 QString BadCut(const QByteArray &file, int end, int begin)
 {
     for (int size = begin; size < end; ++size) {

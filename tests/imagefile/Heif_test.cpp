@@ -170,13 +170,24 @@ void tst_Heif::readsWhatLibheifWrites()
         const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
         QCOMPARE(Difference(*read, expected, 0.501 / (bits == 16 ? 65535 : 255)), QString());
         QCOMPARE(ChannelsOf(read->Type), spec.channels);
-        QCOMPARE(QSize(info.Width, info.Height), spec.size);
         QCOMPARE(QSize(read->Width, read->Height), spec.size);
-        QCOMPARE(int(info.BitsPerComponent), bits);
-        QCOMPARE(int(info.ComponentsPerPixel), spec.channels);
         const bool isAvif = spec.coder == heif_compression_AV1;
-        QCOMPARE(QByteArray(info.FormatName), QByteArray(isAvif ? "avif" : "heif"));
-        QVERIFY2(QByteArray(info.Description).startsWith(isAvif ? "AVIF" : "HEIF"), info.Description);
+        QCOMPARE(InfoText(info),
+                 InfoText(isAvif ? "avif" : "heif", isAvif ? "AVIF" : "HEIF", spec.size, spec.channels, bits,
+                          spec.channels == 1 ? GFL_CM_GREY : GFL_CM_YCBCR));
+    }
+    // One brand of either format, at the end of the list that follows the main brand and its version.
+    const QByteArray file = Encode({});
+    const int end = file.indexOf("meta") - 4;
+    for (const char *brand : {"avif", "avis", "heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1", "miaf"}) {
+        const Case named(brand);
+        GFL_FILE_INFORMATION info;
+        int error = 0;
+        QByteArray branded = file.left(8) + "qt  " + QByteArray("none").repeated((end - 12) / 4) + file.mid(end);
+        LoadFromMemory(branded.replace(end - 4, 4, brand), &error, LoadParams(), &info);
+        const bool isAvif = qstrcmp(brand, "avif") == 0, isHeif = QByteArray("heic heix mif1").contains(brand);
+        QCOMPARE(QByteArray(info.FormatName), QByteArray(isAvif ? "avif" : isHeif ? "heif" : "")); // libheif's
+        QCOMPARE(error == GFL_ERROR_UNKNOWN_FORMAT, qstrcmp(brand, "miaf") == 0);
     }
 }
 

@@ -127,11 +127,15 @@ void tst_Jpeg::readsWhatLibjpegDecodes()
     QVERIFY2(bitmap, gflLastErrorText());
     const bool isInk = spec.in == JCS_CMYK, isGray = spec.in == JCS_GRAYSCALE;
     QCOMPARE(int(bitmap->Type), int(isGray ? GFL_GREY : GFL_RGB));
-    QCOMPARE(QByteArray(info.Description).startsWith("JPEG progressive"), spec.progressive);
-    QCOMPARE(QSize(info.Width, info.Height), QSize(spec.width, spec.height));
-    QCOMPARE(int(info.ColorModel), int(isInk ? GFL_CM_CMYK : isGray ? GFL_CM_GREY : GFL_CM_RGB));
-    QCOMPARE(int(info.ComponentsPerPixel), ComponentsOf(spec.in));
-    QCOMPARE(int(info.BitsPerComponent), 8);
+    QCOMPARE(InfoText(info),
+             InfoText("jpeg",
+                      spec.progressive ? "JPEG progressive"
+                          : isInk      ? "JPEG CMYK"
+                                       : "JPEG",
+                      {spec.width, spec.height}, ComponentsOf(spec.in), 8,
+                      isInk        ? GFL_CM_CMYK
+                          : isGray ? GFL_CM_GREY
+                                   : GFL_CM_RGB));
     const auto expected = [&](int x, int y, int c) {
         const double light = isInk ? Sample(spec, x, y, 3) / 255.0 : 1.0;
         return spec.hasInkProfile ? GrayOfCyan(kCyan / 255.0) : Sample(spec, x, y, c) / 255.0 * light;
@@ -143,15 +147,15 @@ void tst_Jpeg::bytesAfterEnd()
 {
     QByteArray metric = Encode(Spec()); // JFIF: unit and densities follow the version
     GFL_FILE_INFORMATION info;
-    LoadFromMemory(metric.replace(metric.indexOf("JFIF") + 7, 5, QByteArray("\2\0\x64\0\x32", 5)), nullptr,
+    LoadFromMemory(metric.replace(metric.indexOf("JFIF") + 7, 5, QByteArray("\2\0\3\xFF\xFF", 5)), nullptr,
                    LoadParams(), &info);
-    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127)); // from 100 and 50 per centimeter
+    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(8, 65535)); // from 3 and 65,535 per centimeter; 16 bits
     const Folder folder;
     GFL_BITMAP *record = nullptr;
     WriteFile(folder("a.jpg"), metric);
     QCOMPARE(gflLoadMetadataUTF8(folder("a.jpg").toUtf8().constData(), &record), int(GFL_NO_ERROR));
     const BitmapPtr owner(record);
-    QCOMPARE(QSize(record->Xdpi, record->Ydpi), QSize(254, 127));
+    QCOMPARE(QSize(record->Xdpi, record->Ydpi), QSize(8, 65535));
     const QByteArray file = Encode(Spec()), body = file.left(file.size() - 2), end = file.right(2);
     const QByteArray comment = QByteArray("\xFF\xFE\xFF\xFF", 4) + QByteArray("\xFF\xD9").repeated(32766) + ' ';
     const BitmapPtr whole = LoadFromMemory(file);
@@ -196,11 +200,26 @@ void tst_Jpeg::damaged()
     }
     LoadFromMemory(QByteArray(restarts).replace(third, 2, "\xFF\xD7"), &error); // a marker with a different number
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
-    const int frame = restarts.indexOf("\xFF\xC0"); // its precision follows marker and length
-    for (const bool isCut : {true, false}) {
-        const Case named("cut", isCut);
-        QVERIFY(!LoadFromMemory(isCut ? restarts.left(frame) : QByteArray(restarts).replace(frame + 4, 1, "\7")));
-        QCOMPARE(QByteArray(gflLastErrorText()).contains("(the file ends early)"), isCut);
+    // The frame: marker, length, precision, height, width, number of components; number, sampling and table of each.
+    const int frame = restarts.indexOf("\xFF\xC0"), scan = restarts.indexOf("\xFF\xDA");
+    const QByteArray scans = Encode(With([](Spec &s) { s.progressive = true; })),
+                     last = scans.mid(scans.lastIndexOf("\xFF\xDA"));
+    const struct {
+        QByteArray file;
+        int error;
+        const char *why;
+    } faults[] = {
+        {restarts.left(frame), GFL_ERROR_FILE_READ, "(the file ends early)"},
+        {QByteArray(restarts).replace(frame + 4, 1, "\7"), GFL_ERROR_UNKNOWN_FORMAT, "data precision 7"},
+        {QByteArray(restarts).replace(frame + 1, 1, "\xC3"), GFL_ERROR_UNKNOWN_FORMAT, "SOF type 0xc3"},
+        {QByteArray(restarts).replace(frame + 12, 1, "\3"), GFL_ERROR_FILE_READ, "table 0x03 was not defined"},
+        {restarts.left(scan), GFL_ERROR_FILE_READ, "(the file ends early)"},
+        {scans.chopped(2) + last.chopped(2).repeated(99), GFL_ERROR_FILE_READ, "more than 100 scans"}};
+    for (const auto &fault : faults) {
+        const Case named(fault.why);
+        QVERIFY(!LoadFromMemory(fault.file, &error));
+        QVERIFY2(QByteArray(gflLastErrorText()).contains(fault.why), gflLastErrorText());
+        QCOMPARE(error, fault.error);
     }
 }
 
@@ -229,8 +248,11 @@ void tst_Jpeg::pendingRows()
         WriteFile(path, file);
         const BitmapPtr pending = Load(path, nullptr, params);
         QVERIFY2(whole && pending, gflLastErrorText());
+        int ready = 0;
+        const BitmapPtr direct = LoadFromMemory(file, nullptr, params); // the caller may free the file
+        QCOMPARE(gflWaitForRows(direct.get(), 0, &ready), int(GFL_NO_ERROR));
+        QCOMPARE(ready, how.height);
         for (const int wanted : {1, how.height / 2, how.height}) {
-            int ready = 0;
             QCOMPARE(gflWaitForRows(pending.get(), wanted, &ready), int(GFL_NO_ERROR));
             QVERIFY(ready >= wanted
                     && std::memcmp(pending->Data, whole->Data, std::size_t(ready) * whole->BytesPerLine) == 0);

@@ -3,6 +3,7 @@
 #include "Case.h"
 #include "DngFile.h"
 #include "Files.h"
+#include "MetadataFiles.h"
 
 #include <QDir>
 #include <QtTest>
@@ -91,6 +92,7 @@ private Q_SLOTS:
     void embeddedPreviews();
     void missingFiles();
     void unknownFiles();
+    void signatures();
     void truncatedTiff();
     void absurdSizes();
     void hugeFloatPicture();
@@ -194,14 +196,18 @@ void tst_Loading::embeddedPreviews()
     struct Row {
         Embedding embedding;
         QSize preview;
-        bool isUsed; // for a box of 90 x 90 and a picture of 300 x 200
+        bool isUsed;      // for a box of 90 x 90 and a picture of 300 x 200
+        int segments = 0; // more before the JPEG's EXIF, which may be the fourth
     };
-    QVector<Row> rows = {{BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false}};
+    QVector<Row> rows = {{BeforePage, {60, 40}, false},
+                         {AsPageOfTheSecond, {120, 80}, false},
+                         {InExif, {120, 80}, true, 2},
+                         {InExif, {120, 80}, false, 3}};
     // Larger than the box, too small, other proportions.
     for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
-    for (const auto &[embedding, preview, isUsed] : rows) {
-        const Case named(int(embedding), preview);
+    for (const auto &[embedding, preview, isUsed, segments] : rows) {
+        const Case named(int(embedding), preview, segments);
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
         if (embedding == InRaw) {
@@ -215,6 +221,8 @@ void tst_Loading::embeddedPreviews()
             Exiv2::ExifThumb(image->exifData())
                 .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
             image->writeMetadata();
+            image.reset();
+            WriteFile(path, ReadFile(path).insert(2, QByteArray("\xFF\xFE\0\4ab", 6).repeated(segments)));
         } else {
             TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
             const std::uint64_t none = 0; // filled in by libtiff
@@ -237,19 +245,34 @@ void tst_Loading::embeddedPreviews()
 
 void tst_Loading::missingFiles()
 {
+    GFL_BITMAP former = {}, *bitmap = nullptr;
+    const GFL_LOAD_PARAMS params = LoadParams();
+    GFL_FILE_INFORMATION info;
+    GFL_METADATA_LIST *list = nullptr;
+    using Path = const char *;
+    const std::function<int(Path, bool hasAll)> functions[] = {
+        [&](Path path, bool hasAll) { return gflLoadBitmapUTF8(path, hasAll ? &bitmap : nullptr, &params, nullptr); },
+        [&](Path path, bool hasAll) { return gflLoadThumbnailUTF8(path, 9, 9, &bitmap, hasAll ? &params : 0, &info); },
+        [&](Path path, bool hasAll) { return gflLoadMetadataUTF8(path, hasAll ? &bitmap : nullptr); },
+        [&](Path path, bool hasAll) { return gflGetFileInformationExUTF8(path, -1, hasAll ? &info : nullptr, 4); },
+        [&](Path path, bool hasAll) { return gflLoadMetadataListUTF8(path, hasAll ? &list : nullptr); }};
     QVERIFY(::mkfifo(m_folder("pipe.jpg").toUtf8().constData(), 0600) == 0);
     for (const QString &path :
          {m_folder("none.jpg"), m_folder.path(), m_folder("pipe.jpg"), QStringLiteral("/dev/zero")}) {
-        const Case named(path);
-        int error = 0;
-        QVERIFY(!Load(path, &error));
-        QCOMPARE(error, int(GFL_ERROR_FILE_OPEN));
-        QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()));
+        for (const auto &read : functions) {
+            const Case named(path, "function", &read - functions);
+            bitmap = &former;
+            QCOMPARE(read(path.toUtf8().constData(), true), int(GFL_ERROR_FILE_OPEN));
+            QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()) && !(bitmap && &read - functions < 3));
+            QCOMPARE(read(nullptr, true), int(GFL_ERROR_BAD_PARAMETERS));
+            QCOMPARE(read(path.toUtf8().constData(), false), int(GFL_ERROR_BAD_PARAMETERS));
+        }
     }
-    GFL_BITMAP *bitmap = nullptr;
-    const GFL_LOAD_PARAMS params = LoadParams();
-    QCOMPARE(gflLoadBitmapUTF8(nullptr, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
-    QCOMPARE(gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
+    for (const QSize &box : {QSize(-1, 5), QSize(5, -1), QSize(0, 5), QSize(5, 0)}) {
+        const Case named(box);
+        QCOMPARE(gflLoadThumbnailUTF8("a", box.width(), box.height(), &bitmap, &params, nullptr),
+                 int(GFL_ERROR_BAD_PARAMETERS));
+    }
 }
 
 void tst_Loading::unknownFiles()
@@ -280,6 +303,48 @@ void tst_Loading::unknownFiles()
         GFL_BITMAP *bitmap = nullptr;
         QVERIFY2(gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap) == row.error && !bitmap, row.name);
     }
+}
+
+/// A file is recognized by its first bytes, all of which matter.
+void tst_Loading::signatures()
+{
+    const QByteArray end(1, '\0'),
+        signatures[] = {// dots may be any bytes
+                        "FUJIFILMCCD-RAW",
+                        "......HEAPCCDR",
+                        "....ftypcrx ",
+                        "IIRO",
+                        "IIRS",
+                        "MMOR",
+                        "FOVb",
+                        end + "MRM",
+                        "IIU" + end,
+                        "II*" + end,
+                        "MM" + end + '*',
+                        "\xFF\xD8\xFF",
+                        "\x89PNG\r\n\x1A\n",
+                        "#?RADIANCE",
+                        "#?RGBE",
+                        "8BPS",
+                        "\x76\x2F\x31\1",
+                        "RIFF....WEBP",
+                        "\xFF\x0A",
+                        end.repeated(3) + "\x0CJXL \r\n\x87\n",
+                        "\xFF\x4F\xFF\x51",
+                        end.repeated(3) + "\x0CjP  \r\n\x87\n"};
+    QByteArrayList names;
+    for (std::int32_t index = 0; const GFL_FORMAT *format = gflGetFormat(index); ++index)
+        names += format->Name;
+    const QByteArray unknown = " has an unknown format; known formats: " + names.join(", ");
+    for (const QByteArray &signature : signatures)
+        for (int at = -1; at < signature.size(); ++at) {
+            const Case named(signature, "changed at", at);
+            QByteArray head = signature.leftJustified(64, '\x55');
+            if (at >= 0)
+                head[at] = char(head[at] ^ 0x80);
+            QVERIFY(!LoadFromMemory(head));
+            QCOMPARE(gflLastErrorText() == unknown, at >= 0 && signature[at] != '.');
+        }
 }
 
 void tst_Loading::truncatedTiff()
@@ -350,15 +415,31 @@ void tst_Loading::hugeFloatPicture()
 
 void tst_Loading::allocator()
 {
-    const QByteArray file = SavedBytes(*RandomBitmap(100, 100, GFL_RGB, 8), SaveParams("tiff"));
+    const QByteArray plain = SavedBytes(*RandomBitmap(100, 100, GFL_RGB, 8), SaveParams("tiff"));
+    const auto image = OpenImage(plain);
+    image->exifData()["Exif.Image.Make"] = "Acme";
+    image->xmpData()["Xmp.xmp.Rating"] = "4";
+    image->iptcData()["Iptc.Application2.City"] = "Sydney";
+    const QByteArray file = WrittenBy(*image);
     blocksAlive = 0;
     gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
     {
         const BitmapPtr bitmap = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA));
         QVERIFY(bitmap);
         QCOMPARE(blocksAlive.load(), 2L); // the bitmap and its pixels
-        gflFreeEXIF(gflBitmapGetEXIF(bitmap.get(), 1));
-        gflFreeEXIF2(gflBitmapGetEXIF2(bitmap.get()));
+        WriteFile(m_folder("a"), file);
+        GFL_METADATA_LIST *list = nullptr;
+        QCOMPARE(gflLoadMetadataListUTF8(m_folder("a").toUtf8().constData(), &list), int(GFL_NO_ERROR));
+        GFL_EXIF_DATA *texts = gflBitmapGetEXIF(bitmap.get(), 1);
+        GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(bitmap.get());
+        GFL_IPTC_DATA *iptc = gflBitmapGetIPTC(bitmap.get());
+        GFL_XMP_DATA *xmp = gflBitmapGetXMPEx(bitmap.get());
+        QVERIFY(list && texts && exif && iptc && xmp);
+        gflFreeMetadataList(list);
+        gflFreeEXIF(texts);
+        gflFreeEXIF2(exif);
+        gflFreeIPTC(iptc);
+        gflFreeXMP(xmp);
         QVERIFY(!LoadFromMemory(file.left(file.size() - 100)));
     }
     QCOMPARE(blocksAlive.load(), 0L);

@@ -189,7 +189,7 @@ GFL_LOAD_PARAMS LoadParams(unsigned flags, int type)
 
 BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params, GFL_FILE_INFORMATION *info)
 {
-    GFL_BITMAP *bitmap = nullptr;
+    GFL_BITMAP former = {}, *bitmap = &former; // replaced even after a failure
     const int result = gflLoadBitmapUTF8(path.toUtf8().constData(), &bitmap, &params, info);
     if (error)
         *error = result;
@@ -198,7 +198,7 @@ BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params, G
 
 BitmapPtr LoadFromMemory(const QByteArray &file, int *error, const GFL_LOAD_PARAMS &params, GFL_FILE_INFORMATION *info)
 {
-    GFL_BITMAP *bitmap = nullptr;
+    GFL_BITMAP former = {}, *bitmap = &former; // replaced even after a failure
     const int result = gflLoadBitmapFromMemory(reinterpret_cast<const std::uint8_t *>(file.constData()),
                                                static_cast<std::uint32_t>(file.size()), &bitmap, &params, info);
     if (error)

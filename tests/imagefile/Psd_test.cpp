@@ -129,6 +129,7 @@ class tst_Psd : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void reads();
+    void writes();
     void mergedPicture();
     void damaged();
 
@@ -163,12 +164,11 @@ void tst_Psd::Read(const Spec &spec, int type)
     QVERIFY2(read, gflLastErrorText());
     QCOMPARE(int(read->Type), type);
     const QByteArray model = spec.mode == Cmyk ? " CMYK" : spec.mode == Lab ? " LAB" : "";
-    QCOMPARE(QByteArray(info.Description), (spec.isLarge ? "PSB" : "PSD") + model);
-    QCOMPARE(int(info.BitsPerComponent), std::max(8, spec.bits));
-    QCOMPARE(int(info.ComponentsPerPixel), spec.mode == Indexed ? 3 : spec.channels);
     const int models[] = {GFL_CM_GREY, GFL_CM_GREY, GFL_CM_PALETTE, GFL_CM_RGB, GFL_CM_CMYK, -1,
                           -1,          -1,          GFL_CM_GREY,    GFL_CM_LAB};
-    QCOMPARE(int(info.ColorModel), models[spec.mode]);
+    QCOMPARE(InfoText(info),
+             InfoText("psd", (spec.isLarge ? "PSB" : "PSD") + model, {kWidth, kHeight},
+                      spec.mode == Indexed ? 3 : spec.channels, std::max(8, spec.bits), models[spec.mode]));
     const double levels = spec.bits < 16 ? 255 : spec.bits == 16 ? 65535 : 1e6;
     // Removing white magnifies the rounding errors of both stored numbers by up to a factor of 100.
     const double tolerance = spec.mode == Lab ? (spec.bits == 8 ? 0.02 : 0.004)
@@ -177,6 +177,22 @@ void tst_Psd::Read(const Spec &spec, int type)
     const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
     const QString form = QStringLiteral("mode %1, %2 bits: ").arg(spec.mode).arg(spec.bits);
     QCOMPARE(form + Difference(*read, expected, tolerance), form);
+}
+
+/// Compares whole files with what the format's description specifies.
+void tst_Psd::writes()
+{
+    const BitmapPtr bitmap = NewBitmap(4, 1, GFL_GREY, 16);
+    bitmap->Xdpi = 300;
+    bitmap->Ydpi = 150;
+    const quint16 samples[] = {0x0101, 0x0101, 0x0101, 0x0203};
+    std::copy(std::begin(samples), std::end(samples), reinterpret_cast<quint16 *>(bitmap->Data));
+    // Gray without color data; the resource of the resolution; no layers.
+    const QByteArray head = "384250530001000000000000000100000001000000040010000100000000"
+                            "0000001C3842494D03ED000000000010012C000000010001009600000001000100000000",
+                     bytes = head + "00000101010101010203", packed = head + "00010005FB01010203";
+    QCOMPARE(SavedBytes(*bitmap, SaveParams("psd", 0)).toHex().toUpper(), bytes);
+    QCOMPARE(SavedBytes(*bitmap, SaveParams("psd", 1)).toHex().toUpper(), packed);
 }
 
 /// Pictures with alpha are written as a layer, and blended with white for other programs. Reading either gives the same
@@ -214,29 +230,38 @@ void tst_Psd::damaged()
         QVERIFY(SavedBytes(*SmoothBitmap(side.width(), side.height(), GFL_GREY, 8), SaveParams("psd")).isEmpty());
     const struct {
         const char *name;
-        int at, bytes;
-        quint64 number;
+        int at;
+        const char *bytes; // in hexadecimal
         int error;
+        const char *why;
     } faults[] = {
-        {"version", 4, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
-        {"two channels of RGB", 12, 2, 2, GFL_ERROR_FILE_READ},
-        {"no rows", 14, 4, 0, GFL_ERROR_FILE_READ},
-        {"gigapixels", 14, 8, (quint64(100000) << 32) + 100000, GFL_ERROR_FILE_READ},
-        {"12 bits", 22, 2, 12, GFL_ERROR_UNKNOWN_FORMAT},
-        {"CMYK of 3 channels", 24, 2, 4, GFL_ERROR_FILE_READ},
-        {"channels of unknown meaning", 24, 2, 7, GFL_ERROR_UNKNOWN_FORMAT},
-        {"no palette", 24, 2, 2, GFL_ERROR_FILE_READ},
-        {"color data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
-        {"resources", 30, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
-        {"compression", 38, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
-        {"wrong row size", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},
-        {"a run that is too long", 40 + 2 * 3 * kHeight, 1, 0x81, GFL_ERROR_FILE_READ},
+        {"version", 4, "0003", GFL_ERROR_UNKNOWN_FORMAT, "version 3 is not supported"},
+        {"no channels", 12, "0000", GFL_ERROR_FILE_READ, "0 channels; 1 to 56 are allowed"},
+        {"two channels of RGB", 12, "0002", GFL_ERROR_FILE_READ, "2 channels; 3 are needed"},
+        {"57 channels", 12, "0039", GFL_ERROR_FILE_READ, "57 channels; 1 to 56 are allowed"},
+        {"no rows", 14, "00000000", GFL_ERROR_FILE_READ, "claims 7 x 0 pixels"},
+        {"gigapixels", 14, "000186A0000186A0000800030000000000000000000000000000", GFL_ERROR_FILE_READ,
+         "claims 30000000000 bytes"},
+        {"12 bits", 22, "000C", GFL_ERROR_UNKNOWN_FORMAT, "color mode 3 with 12 bits is not supported"},
+        {"CMYK of 3 channels", 24, "0004", GFL_ERROR_FILE_READ, "3 channels; 4 are needed"},
+        {"channels of unknown meaning", 24, "0007", GFL_ERROR_UNKNOWN_FORMAT, "color mode 7 with 8 bits"},
+        {"no palette", 24, "0002", GFL_ERROR_FILE_READ, "the palette is missing"},
+        {"color data", 26, "FFFFFFFF", GFL_ERROR_FILE_READ, "the file ends early"},
+        {"resources", 30, "FFFFFFFF", GFL_ERROR_FILE_READ, "the file ends early"},
+        {"layers", 34, "FFFFFFFF", GFL_ERROR_FILE_READ, "the file ends early"},
+        {"compression", 38, "0002", GFL_ERROR_UNKNOWN_FORMAT, "compression 2; 0 (none) and 1 (PackBits)"},
+        {"wrong row size", 40, "FFFF", GFL_ERROR_FILE_READ, "a packed row of 65535 bytes is too long"},
+        {"a run that is too long", 40 + 2 * 3 * kHeight, "81", GFL_ERROR_FILE_READ, "packed pixels are damaged"},
     };
     const QByteArray good = Encode({Rgb, 3, 8, true, false, 0, {}});
     int error = 0;
     for (const auto &fault : faults) {
-        LoadFromMemory(QByteArray(good).replace(fault.at, fault.bytes, BigEndian(fault.number, fault.bytes)), &error);
-        QVERIFY2(error == fault.error, fault.name);
+        LoadFromMemory(
+            QByteArray(good).replace(fault.at, int(qstrlen(fault.bytes)) / 2, QByteArray::fromHex(fault.bytes)),
+            &error);
+        const Case named(fault.name);
+        QCOMPARE(error, fault.error);
+        QVERIFY2(QByteArray(gflLastErrorText()).contains(fault.why), gflLastErrorText());
     }
     for (bool isPacked : {false, true}) {
         const Case named("packed", isPacked);

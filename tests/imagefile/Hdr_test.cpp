@@ -1,6 +1,7 @@
 // Tests of Radiance HDR, with files built byte by byte.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Faults.h"
 
 #include <QtTest>
 
@@ -111,44 +112,7 @@ void tst_Hdr::rotatedAxes()
 
 void tst_Hdr::damaged()
 {
-    const QByteArray head = QByteArray("\2\2\0\x09", 4), pixel = Rgbe(9, 9, 9);
-    const struct {
-        const char *name;
-        QByteArray file;
-        const char *why;
-    } faults[] = {
-        {"no size", File("", "", ""), "no line with the size of the picture"},
-        {"the same axis twice", File("", "-Y 1 +Y 1", pixel), "invalid axes: -Y 1 +Y 1"},
-        {"another axis", File("", "-Y 1 +Z 1", pixel), "invalid axes: -Y 1 +Z 1"},
-        {"no first sign", File("", "*Y 1 +X 1", pixel), "invalid axes: *Y 1 +X 1"},
-        {"no second sign", File("", "-Y 1 *X 1", pixel), "invalid axes: -Y 1 *X 1"},
-        {"no rows", File("", "-Y 0 +X 1", pixel), "claims 1 x 0 pixels"},
-        {"gigapixels of runs", File("", "-Y 40000 +X 40000", pixel), "claims 6400000000 bytes"},
-        {"negative", File("", "-Y -1 +X 1", pixel), "claims 1 x -1 pixels"},
-        {"sides of a billion", File("", "-Y 999999999 +X 999999999", pixel), "claims 999999999 x 999999999 pixels"},
-        {"an endless header", kHead + QByteArray(2000000, 'x'), "the header doesn't end"},
-        {"no line of the size", QByteArray(kHead) + '\n', "the header doesn't end"},
-        {"a run without a previous pixel", File("", "-Y 1 +X 2", QByteArray("\1\1\1\2", 4)), "longer than its row"},
-        {"empty runs", File("", "-Y 1 +X 2", pixel + QByteArray("\1\1\1\0", 4).repeated(9)), "longer than its row"},
-        {"an old run that is too long", File("", "-Y 1 +X 3", pixel + QByteArray("\1\1\1\3", 4)), "than its row"},
-        {"a run that is too long", File("", "-Y 1 +X 9", head + QByteArray("\x8A\1", 2).repeated(4)), "than its row"},
-        {"a count of 0", File("", "-Y 1 +X 9", head + QByteArray(60, '\0')), "a run is longer than its row"},
-        {"a row of the wrong length", File("", "-Y 1 +X 10", PackedRow()), "a row has the wrong length"},
-        {"a cut channel", File("", "-Y 1 +X 9", PackedRow().chopped(1)), "the file ends early"},
-        {"a cut run", File("", "-Y 1 +X 9", PackedRow().chopped(2)), "the file ends early"},
-        {"a cut mark", File("", "-Y 1 +X 9", head.left(3)), "the file ends early"},
-        {"a cut pixel", File("", "-Y 1 +X 1", pixel.left(3)), "the file ends early"},
-    };
-    int error = 0;
-    for (const auto &fault : faults) {
-        const Case named(fault.name);
-        QVERIFY(!LoadFromMemory(fault.file, &error) && error == GFL_ERROR_FILE_READ);
-        QVERIFY2(QByteArray(gflLastErrorText()).contains(fault.why), gflLastErrorText());
-    }
-    LoadFromMemory(QByteArray(kHead).replace("rgbe", "xyze") + "\n-Y 1 +X 1\n" + pixel, &error);
-    QCOMPARE(error, int(GFL_ERROR_UNKNOWN_FORMAT));
-    QVERIFY(QByteArray(gflLastErrorText())
-                .endsWith("pixels of FORMAT=32-bit_rle_xyze; only FORMAT=32-bit_rle_rgbe is supported"));
+    QCOMPARE(BadFault("hdr", kHead), QString());
     const QByteArray packed = File("", "-Y 2 +X 9", PackedRow() + PackedRow());
     QCOMPARE(BadCut(packed, packed.size()), QString());
     const QByteArray plain = File("", "-Y 2 +X 2", Rgbe(1, 2, 3).repeated(4));

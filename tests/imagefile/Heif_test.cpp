@@ -2,9 +2,11 @@
 #include "Bitmaps.h"
 #include "Blocks.h"
 #include "Case.h"
+#include "Faults.h"
 
 #include <QtTest>
 
+#include <QtEndian>
 #include <libheif/heif.h>
 
 namespace {
@@ -113,6 +115,25 @@ QByteArray SizeBeforeRotation(QByteArray file)
     return order > 0 ? file.replace(order, 5, "\x81\x82\4\3\x85") : QByteArray();
 }
 
+/// Changes an AVIF of one item to the long forms of its boxes (ISO/IEC 23008-12, 9.3): 32 bits for the item in pitm and
+/// ipma, 16 bits for its properties.
+QByteArray WithLongNumbers(QByteArray file)
+{
+    const int before = file.indexOf("mdat") + 4, list = file.indexOf("ipma") + 4, count = file[list + 10];
+    QByteArray properties = BigEndian(0x01000001, 4) + BigEndian(1, 4) + BigEndian(0, 2) + file.mid(list + 8, 3);
+    for (int i = list + 11; i < list + 11 + count; ++i)
+        properties += BigEndian(quint64((file[i] & 0x80) << 8 | (file[i] & 0x7F)), 2);
+    file.replace(list, 11 + count, properties);
+    file.replace(file.indexOf("pitm") + 4, 4, BigEndian(0x01000000, 4) + BigEndian(0, 2));
+    for (const auto &[box, bytes] :
+         {std::pair("ipma", 2 + count), {"iprp", 2 + count}, {"pitm", 2}, {"meta", 4 + count}}) {
+        const int size = file.indexOf(box) - 4;
+        file.replace(size, 4, BigEndian(qFromBigEndian<quint32>(file.constData() + size) + quint32(bytes), 4));
+    }
+    const int offset = file.indexOf(BigEndian(quint64(before), 4), file.indexOf("iloc"));
+    return file.replace(offset, 4, BigEndian(quint64(file.indexOf("mdat") + 4), 4));
+}
+
 /// Returns channel @p c of a pixel as a fraction of the full range.
 double Expected(const Spec &spec, int x, int y, int c)
 {
@@ -206,6 +227,8 @@ void tst_Heif::orientations()
                 QByteArray file = Encode(spec, {{}, {}, hasExif ? SomeBlocks(5).exif : QByteArray()});
                 if (hasExif && spec.channels == 3 && (orientation == 6 || orientation == 8))
                     file = SizeBeforeRotation(file);
+                if (!hasExif && spec.channels == 3)
+                    file = WithLongNumbers(file);
                 const BitmapPtr read =
                     LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA | GFL_LOAD_ORIGINAL_DEPTH));
                 QVERIFY2(read, gflLastErrorText());
@@ -275,19 +298,7 @@ void tst_Heif::damaged()
         int code = 0;
         QVERIFY(!LoadFromMemory(QByteArray(file).replace(file.indexOf("mdat") + 4, 60, QByteArray(60, '\xff')), &code));
         QCOMPARE(code, int(GFL_ERROR_FILE_READ));
-        const int size = file.indexOf("ispe") + 8;
-        const struct {
-            const char *name;
-            QByteArray width, height;
-        } rows[] = {{"wider than any picture", BigEndian(1 << 21, 4), BigEndian(48, 4)},
-                    {"more than the file can hold", BigEndian(32768, 4), BigEndian(32768, 4)},
-                    {"larger than its pixels", BigEndian(65, 4), BigEndian(48, 4)}};
-        for (const auto &row : rows) {
-            int error = 0;
-            const QByteArray bad = QByteArray(file).replace(size, 8, row.width + row.height);
-            QVERIFY2(!LoadFromMemory(bad, &error), row.name);
-            QVERIFY2(error == GFL_ERROR_FILE_READ || error == GFL_ERROR_NO_MEMORY, row.name);
-        }
+        QCOMPARE(BadFault("heif", Encode({coder, 8, 3, {256, 48}})), QString());
     }
 }
 

@@ -1,0 +1,61 @@
+#include "Faults.h"
+
+#include "Bitmaps.h"
+#include "Files.h"
+
+namespace {
+
+int PlaceOf(const QByteArray &place, const QByteArray &file)
+{
+    const int plus = place.indexOf('+'), offset = plus < 0 ? 0 : place.mid(plus + 1).toInt();
+    QByteArray mark = place.mid(0, plus);
+    const bool isLast = mark.startsWith('$');
+    mark.remove(0, isLast ? 1 : 0);
+    bool isNumber = false;
+    const int number = mark.toInt(&isNumber);
+    if (isNumber)
+        return number;
+    mark = mark.startsWith("0x") ? QByteArray::fromHex(mark.mid(2)) : mark;
+    return (isLast ? file.lastIndexOf(mark) : file.indexOf(mark)) + offset;
+}
+
+QByteArray BytesOf(const QByteArray &cell)
+{
+    const int times = cell.indexOf('#');
+    const QByteArray text = cell.mid(0, times);
+    const QByteArray bytes =
+        text.startsWith('\'') ? text.mid(1).replace('_', ' ').replace('|', '\n') : QByteArray::fromHex(text);
+    return bytes.repeated(times < 0 ? 1 : cell.mid(times + 1).toInt());
+}
+
+QByteArray Edited(QByteArray file, const QByteArray &edit)
+{
+    if (edit.startsWith('>'))
+        return file + BytesOf(edit.mid(1));
+    if (edit.startsWith('<'))
+        return file.left(PlaceOf(edit.mid(1), file));
+    const int sign = std::max(edit.indexOf('='), edit.indexOf('^')), place = PlaceOf(edit.left(sign), file);
+    const QByteArray bytes = BytesOf(edit.mid(sign + 1));
+    return edit[sign] == '=' ? file.replace(place, bytes.size(), bytes) : file.insert(place, bytes);
+}
+
+} // namespace
+
+QString BadFault(const QByteArray &kind, const QByteArray &good)
+{
+    int rows = 0;
+    for (const QByteArray &line : ReadFile(QStringLiteral(VITRELUX_FAULTS)).split('\n')) {
+        const QByteArrayList cells = line.split('\t'); // kind, edits, error, text
+        if (cells.size() != 4 || cells[0] != kind)
+            continue;
+        ++rows;
+        QByteArray file = good;
+        for (const QByteArray &edit : cells[1].split(' '))
+            file = Edited(file, edit);
+        int error = 0;
+        if (LoadFromMemory(file, &error) || error != cells[2].toInt()
+            || !QByteArray(gflLastErrorText()).contains(cells[3]))
+            return QString::asprintf("%s: error %d, %s", line.constData(), error, gflLastErrorText());
+    }
+    return rows > 0 ? QString() : QStringLiteral("no rows");
+}

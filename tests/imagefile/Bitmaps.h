@@ -101,5 +101,9 @@ public:
     QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }
 };
 
+/// Damages @p good by each of the rows of faults.tsv for @p kind and loads it. Returns an empty string if all loads
+/// fail with the error and the text of the row; otherwise the first row that differs.
+QString BadFault(const QByteArray &kind, const QByteArray &good);
+
 /// Returns the low @p bytes bytes of a number, highest first.
 QByteArray BigEndian(quint64 number, int bytes);

@@ -1,7 +1,6 @@
 // Tests of OpenEXR files, with the OpenEXR library as the reference.
 #include "Bitmaps.h"
 #include "Case.h"
-#include "Faults.h"
 #include "Files.h"
 
 #include <QtTest>

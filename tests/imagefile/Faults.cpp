@@ -1,5 +1,4 @@
-#include "Faults.h"
-
+// Damaged files made from good ones by the edits in faults.tsv.
 #include "Bitmaps.h"
 #include "Files.h"
 
@@ -32,6 +31,10 @@ QByteArray Edited(QByteArray file, const QByteArray &edit)
 {
     if (edit.startsWith('>'))
         return file + BytesOf(edit.mid(1));
+    if (edit.startsWith('-')) {
+        const int comma = edit.indexOf(','), place = PlaceOf(edit.mid(1, comma - 1), file);
+        return file.remove(place, PlaceOf(edit.mid(comma + 1), file) - place);
+    }
     if (edit.startsWith('<'))
         return file.left(PlaceOf(edit.mid(1), file));
     const int sign = std::max(edit.indexOf('='), edit.indexOf('^')), place = PlaceOf(edit.left(sign), file);

@@ -2,7 +2,6 @@
 #include "Bitmaps.h"
 #include "Blocks.h"
 #include "Case.h"
-#include "Faults.h"
 
 #include <QtTest>
 

@@ -1,7 +1,6 @@
 // Tests of JPEG 2000, with OpenJPEG's encoder as the reference.
 #include "Bitmaps.h"
 #include "Case.h"
-#include "Faults.h"
 #include "Files.h"
 
 #include <QtTest>

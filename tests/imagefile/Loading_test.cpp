@@ -359,14 +359,6 @@ void tst_Loading::truncatedTiff()
 
 void tst_Loading::absurdSizes()
 {
-    QByteArray jpeg = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg"));
-    const int frame = jpeg.indexOf(QByteArray("\xFF\xC0", 2));
-    QVERIFY(frame > 0);
-    jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4)); // 65,500 x 65,500
-    const QByteArray png = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png"));
-    const auto pngOf = [&png](const char *size, const char *checksum) { // 8-bit gray
-        return QByteArray(png).replace(16, 17, QByteArray::fromHex(QByteArray(size) + "0800000000" + checksum));
-    };
     const QByteArray tiles = TiffOf(16, 16, 8, {{322, 1u << 15}, {323, 1u << 15}, {324, 8}, {325, 100}});
     const QPair<const char *, QByteArray> files[] = {
         {"largest sides", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
@@ -375,12 +367,7 @@ void tst_Loading::absurdSizes()
         {"deflate bomb", TiffOf(40000, 40000, 8)},
         {"fax bomb", TiffOf(1000000, 1000000, 4, {{258, 1}, {262, 1}, {277, 1}})},
         {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},
-        {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')},
-        {"JPEG", jpeg},
-        {"PNG without pixels", pngOf("0000000000000000", "1EE023CE")},
-        {"largest PNG", pngOf("7FFFFFFF7FFFFFFF", "31A254BA")},
-        {"PNG with one side beyond the limit", pngOf("0010000100000001", "366676A9")},
-        {"PNG bomb", pngOf("00009C4000009C40", "746751D9")}};
+        {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')}};
     for (const auto &[name, file] : files) {
         largestBlock = 0;
         gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
@@ -392,6 +379,13 @@ void tst_Loading::absurdSizes()
                  name);
         QVERIFY2(largestBlock < 1000000, name);
     }
+    largestBlock = 0;
+    gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
+    const QString bad = BadFault("jpeg size", SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg")))
+        + BadFault("png size", SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png")));
+    gflLibraryExit();
+    QCOMPARE(bad, QString());
+    QVERIFY(largestBlock < 1000000);
     const BitmapPtr longest = FilledBitmap(1 << 20, 1, GFL_GREY, 8, [](int x, int, int) { return x % 2; });
     const BitmapPtr read = LoadFromMemory(SavedBytes(*longest, SaveParams("png")));
     QVERIFY2(read && Difference(*read, *longest).isEmpty(), gflLastErrorText());

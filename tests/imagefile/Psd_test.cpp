@@ -1,7 +1,6 @@
 // Tests of Photoshop files, built byte by byte.
 #include "Bitmaps.h"
 #include "Case.h"
-#include "Faults.h"
 
 #include <QtTest>
 

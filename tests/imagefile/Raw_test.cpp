@@ -2,7 +2,6 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
-#include "Faults.h"
 #include "Files.h"
 #include "MetadataFiles.h"
 

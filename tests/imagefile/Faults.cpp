@@ -4,20 +4,6 @@
 
 namespace {
 
-int PlaceOf(const QByteArray &place, const QByteArray &file)
-{
-    const int plus = place.indexOf('+'), offset = plus < 0 ? 0 : place.mid(plus + 1).toInt();
-    QByteArray mark = place.mid(0, plus);
-    const bool isLast = mark.startsWith('$');
-    mark.remove(0, isLast ? 1 : 0);
-    bool isNumber = false;
-    const int number = mark.toInt(&isNumber);
-    if (isNumber)
-        return number;
-    mark = mark.startsWith("0x") ? QByteArray::fromHex(mark.mid(2)) : mark;
-    return (isLast ? file.lastIndexOf(mark) : file.indexOf(mark)) + offset;
-}
-
 QByteArray BytesOf(const QByteArray &cell)
 {
     const int times = cell.indexOf('#');
@@ -25,6 +11,13 @@ QByteArray BytesOf(const QByteArray &cell)
     const QByteArray bytes =
         text.startsWith('\'') ? text.mid(1).replace('_', ' ').replace('|', '\n') : QByteArray::fromHex(text);
     return bytes.repeated(times < 0 ? 1 : cell.mid(times + 1).toInt());
+}
+
+int PlaceOf(const QByteArray &place, const QByteArray &file)
+{
+    const int plus = place.indexOf('+'), isLast = place.startsWith('$') ? 1 : 0;
+    const QByteArray mark = BytesOf(place.mid(isLast, plus - isLast));
+    return (isLast != 0 ? file.lastIndexOf(mark) : file.indexOf(mark)) + place.mid(plus + 1).toInt();
 }
 
 QByteArray Edited(QByteArray file, const QByteArray &edit)

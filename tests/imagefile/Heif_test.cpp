@@ -119,9 +119,9 @@ QByteArray SizeBeforeRotation(QByteArray file)
 QByteArray WithLongNumbers(QByteArray file)
 {
     const int before = file.indexOf("mdat") + 4, list = file.indexOf("ipma") + 4, count = file[list + 10];
-    QByteArray properties = BigEndian(0x01000001, 4) + BigEndian(1, 4) + BigEndian(0, 2) + file.mid(list + 8, 3);
-    for (int i = list + 11; i < list + 11 + count; ++i)
-        properties += BigEndian(quint64((file[i] & 0x80) << 8 | (file[i] & 0x7F)), 2);
+    QByteArray properties = BigEndian(0x0100000100000001, 8) + BigEndian(0, 2) + file.mid(list + 8, 3);
+    for (const char number : file.mid(list + 11, count))
+        properties += BigEndian(quint64((number & 0x80) << 8 | (number & 0x7F)), 2);
     file.replace(list, 11 + count, properties);
     file.replace(file.indexOf("pitm") + 4, 4, BigEndian(0x01000000, 4) + BigEndian(0, 2));
     for (const auto &[box, bytes] :
@@ -286,6 +286,9 @@ void tst_Heif::unrotatedOpacity()
     const BitmapPtr read = LoadFromMemory(file);
     QVERIFY2(read && read->Type == GFL_RGB, gflLastErrorText());
     QVERIFY(QByteArray(gflLastWarningText()).contains("opacity"));
+    gflClearWarningText(); // a depth map instead
+    QVERIFY(LoadFromMemory(file.replace("auxiliary:alpha", "auxiliary:depth")));
+    QCOMPARE(QByteArray(gflLastWarningText()), QByteArray());
 }
 
 void tst_Heif::damaged()

@@ -169,6 +169,7 @@ void tst_Png::damaged()
         const Case named("interlaced", interlaced);
         const QByteArray file = Encode({PNG_COLOR_TYPE_RGB, 16, interlaced, false, {}});
         const int end = file.size() - 12; // complete even without the end chunk
+        QCOMPARE(BadFault("png", file), QString());
         QCOMPARE(BadCut(file, end), QString());
         for (int at = 8; at < end; ++at) // checksums detect any changed bit
             QVERIFY2(!LoadFromMemory(QByteArray(file).replace(at, 1, QByteArray(1, char(file[at] ^ 4)))),

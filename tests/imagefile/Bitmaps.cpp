@@ -225,10 +225,10 @@ int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &p
 
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
 {
-    std::uint8_t *data = nullptr;
+    std::uint8_t former = 0, *data = &former; // replaced even after a failure
     std::uint32_t size = 0;
     if (gflSaveBitmapIntoMemory(&data, &size, &bitmap, &params) != GFL_NO_ERROR)
-        return QByteArray();
+        return data ? "data isn't null" : QByteArray();
     QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
     std::free(data); // the layer allocates it with malloc()
     return bytes;

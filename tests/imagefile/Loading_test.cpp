@@ -266,9 +266,23 @@ void tst_Loading::missingFiles()
             QCOMPARE(read(path.toUtf8().constData(), true), int(GFL_ERROR_FILE_OPEN));
             QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()) && !bitmap);
         }
-    for (const QSize &box : {QSize(-1, 5), QSize(5, -1), QSize(0, 5), QSize(5, 0)})
-        QCOMPARE(gflLoadThumbnailUTF8("a", box.width(), box.height(), &bitmap, &params, nullptr),
-                 int(GFL_ERROR_BAD_PARAMETERS));
+    const GFL_SAVE_PARAMS save = SaveParams("tiff");
+    std::uint8_t byte = 0, *data = &byte;
+    std::uint32_t size = 0;
+    for (const int error :
+         {gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr),
+          gflLoadThumbnailUTF8("a", 5, -1, &bitmap, &params, nullptr),
+          gflLoadThumbnailUTF8("a", 0, 5, &bitmap, &params, nullptr),
+          gflLoadThumbnailUTF8("a", 5, 0, &bitmap, &params, nullptr), gflLoadBitmapUTF8("a", &bitmap, nullptr, &info),
+          gflLoadBitmapFromMemory(nullptr, 1, &bitmap, &params, &info),
+          gflLoadBitmapFromMemory(&byte, 1, nullptr, &params, &info),
+          gflLoadBitmapFromMemory(&byte, 1, &bitmap, nullptr, &info), gflSaveBitmapUTF8(nullptr, &former, &save),
+          gflSaveBitmapUTF8("a", nullptr, &save), gflSaveBitmapUTF8("a", &former, nullptr),
+          gflSaveBitmapIntoMemory(nullptr, &size, &former, &save),
+          gflSaveBitmapIntoMemory(&data, nullptr, &former, &save),
+          gflSaveBitmapIntoMemory(&data, &size, nullptr, &save),
+          gflSaveBitmapIntoMemory(&data, &size, &former, nullptr), gflWaitForRows(nullptr, 1, nullptr)})
+        QCOMPARE(error, int(GFL_ERROR_BAD_PARAMETERS));
 }
 
 void tst_Loading::unknownFiles()

@@ -297,9 +297,6 @@ void tst_Heif::damaged()
         const Case named(NameOf(coder));
         const QByteArray file = Encode({coder});
         QCOMPARE(BadCut(file, file.size()), QString());
-        int code = 0;
-        QVERIFY(!LoadFromMemory(QByteArray(file).replace(file.indexOf("mdat") + 4, 60, QByteArray(60, '\xff')), &code));
-        QCOMPARE(code, int(GFL_ERROR_FILE_READ));
         QCOMPARE(BadFault("heif", Encode({coder, 8, 3, {256, 48}})), QString());
     }
 }

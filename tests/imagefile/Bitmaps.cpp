@@ -189,7 +189,7 @@ GFL_LOAD_PARAMS LoadParams(unsigned flags, int type)
 
 BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params, GFL_FILE_INFORMATION *info)
 {
-    GFL_BITMAP *bitmap = nullptr;
+    GFL_BITMAP former = {}, *bitmap = &former; // replaced even after a failure
     const int result = gflLoadBitmapUTF8(path.toUtf8().constData(), &bitmap, &params, info);
     if (error)
         *error = result;
@@ -198,7 +198,7 @@ BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params, G
 
 BitmapPtr LoadFromMemory(const QByteArray &file, int *error, const GFL_LOAD_PARAMS &params, GFL_FILE_INFORMATION *info)
 {
-    GFL_BITMAP *bitmap = nullptr;
+    GFL_BITMAP former = {}, *bitmap = &former; // replaced even after a failure
     const int result = gflLoadBitmapFromMemory(reinterpret_cast<const std::uint8_t *>(file.constData()),
                                                static_cast<std::uint32_t>(file.size()), &bitmap, &params, info);
     if (error)
@@ -225,13 +225,30 @@ int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &p
 
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
 {
-    std::uint8_t *data = nullptr;
+    std::uint8_t former = 0, *data = &former; // replaced even after a failure
     std::uint32_t size = 0;
     if (gflSaveBitmapIntoMemory(&data, &size, &bitmap, &params) != GFL_NO_ERROR)
-        return QByteArray();
+        return data ? "data isn't null" : QByteArray();
     QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
     std::free(data); // the layer allocates it with malloc()
     return bytes;
+}
+
+QByteArray InfoText(const char *format, const QByteArray &description, QSize size, int components, int bits, int model,
+                    QSize dpi)
+{
+    return QByteArray(format) + " (" + description + ')'
+        + QString::asprintf(" %d x %d, %d x %d bits, model %d, %d x %d dpi", size.width(), size.height(), components,
+                            bits, model, dpi.width(), dpi.height())
+              .toUtf8();
+}
+
+QByteArray InfoText(const GFL_FILE_INFORMATION &info)
+{
+    const GFL_FORMAT *format = gflGetFormat(info.FormatIndex);
+    return InfoText(format && qstrcmp(format->Name, info.FormatName) == 0 ? info.FormatName : "names don't match",
+                    info.Description, {info.Width, info.Height}, info.ComponentsPerPixel, info.BitsPerComponent,
+                    info.ColorModel, {info.Xdpi, info.Ydpi});
 }
 
 QString BadCut(const QByteArray &file, int end, int begin)

@@ -86,6 +86,11 @@ int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &p
 /// Returns the bytes of a saved file; empty if the save failed.
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);
 
+/// Returns a file's description as text; @p model is a GflColorModel.
+QByteArray InfoText(const char *format, const QByteArray &description, QSize size, int components, int bits, int model,
+                    QSize dpi = QSize(0, 0));
+QByteArray InfoText(const GFL_FILE_INFORMATION &info);
+
 /// Returns an empty string if truncating a file to any size from @p begin to below @p end bytes gives a read error or,
 /// within the first bytes, an unknown format; otherwise the first size that doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
@@ -95,6 +100,10 @@ class Folder : public QTemporaryDir {
 public:
     QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }
 };
+
+/// Damages @p good by each of the rows of faults.tsv for @p kind and loads it. Returns an empty string if all loads
+/// fail with the error and the text of the row; otherwise the first row that differs.
+QString BadFault(const QByteArray &kind, const QByteArray &good);
 
 /// Returns the low @p bytes bytes of a number, highest first.
 QByteArray BigEndian(quint64 number, int bytes);

@@ -11,6 +11,7 @@
 #include <ImfInputFile.h>
 #include <ImfOutputFile.h>
 #include <ImfRgbaFile.h>
+#include <ImfStandardAttributes.h>
 #include <ImfTiledOutputFile.h>
 
 #include <cmath>
@@ -23,13 +24,15 @@ float ValueAt(int x, int y, int c)
     return static_cast<float>(x + 8 * y + 64 * c) / 256.0f;
 }
 
-enum Kind { ScanLines, Tiles, Layer, LuminanceChroma, GrayAlpha };
+enum Kind { ScanLines, Tiles, LuminanceChroma };
 
-/// Writes a file of half-precision samples in the data window; alpha, if any, is 0.5.
-void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &display, const Imath::Box2i &data)
+/// Writes a file with the given channels of half-precision samples in the data window; alpha, if any, is 0.5.
+void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &display, const Imath::Box2i &data,
+                  const QByteArray &channels = "R G B A", float dpi = 0.0f)
 {
     const int width = data.max.x - data.min.x + 1, height = data.max.y - data.min.y + 1;
     Imf::Header header(display, data);
+    Imf::addXDensity(header, dpi);
     std::vector<Imf::Rgba> pixels;
     for (int y = data.min.y; y <= data.max.y; ++y)
         for (int x = data.min.x; x <= data.max.x; ++x)
@@ -42,16 +45,12 @@ void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &displa
         return;
     }
     Imf::FrameBuffer buffer;
-    const char *const names[] = {"R", "G", "B", "A"};
-    for (int c = 0; c < 4; ++c) {
-        const std::string name = kind == Layer ? std::string("left.") + names[c]
-            : kind == GrayAlpha && c == 0      ? "Y"
-                                               : names[c];
-        if (kind == GrayAlpha && (c == 1 || c == 2))
-            continue;
-        header.channels().insert(name, Imf::Channel(Imf::HALF));
+    for (const QByteArray &name : channels.split(' ')) {
+        const int c = std::max(QByteArray("RGBA").indexOf(name.back()), 0);
+        header.channels().insert(name.constData(), Imf::Channel(Imf::HALF));
         buffer.insert(
-            name, Imf::Slice::Make(Imf::HALF, reinterpret_cast<half *>(pixels.data()) + c, data, sizeof(Imf::Rgba)));
+            name.constData(),
+            Imf::Slice::Make(Imf::HALF, reinterpret_cast<half *>(pixels.data()) + c, data, sizeof(Imf::Rgba)));
     }
     if (kind == Tiles) {
         header.setTileDescription(Imf::TileDescription(5, 3, Imf::MIPMAP_LEVELS));
@@ -97,11 +96,9 @@ void tst_Exr::writeThenRead()
         QVERIFY2(Save(path, *bitmap, SaveParams("exr", compression)) == GFL_NO_ERROR, gflLastErrorText());
         const Imf::InputFile witness(path.toStdString().c_str());
         QCOMPARE(int(witness.header().compression()), stored);
+        QVERIFY(witness.isComplete()); // has its table of chunks
         QCOMPARE(int(witness.header().channels().begin().channel().type),
                  int(bits == 8 || stored > 5 ? Imf::HALF : Imf::FLOAT));
-        GFL_FILE_INFORMATION info;
-        QCOMPARE(Describe(path, &info), int(GFL_NO_ERROR));
-        QVERIFY2(QByteArray(info.Description).startsWith("OpenEXR"), info.Description);
         const BitmapPtr got = Load(path);
         QVERIFY2(got && got->Type == type && got->BitsPerComponent == 32 && got->Xdpi == 300, gflLastErrorText());
         // With alpha, colors are stored multiplied by it. The error then doubles, because both product and alpha are
@@ -124,26 +121,41 @@ void tst_Exr::foreignFiles()
         const char *name;
         Kind kind;
         QRect data; // the display window is 16 x 12 at (-3, 2)
+        QByteArray channels;
+        int components, model;
+        float dpi;
     } files[] = {
-        {"overscan", ScanLines, {-6, 0, 24, 18}},
-        {"tiles with reduced versions, part of the picture", Tiles, {1, 5, 7, 6}},
-        {"windows that don't overlap", ScanLines, {100, 100, 4, 4}},
-        {"layer", Layer, {-3, 2, 16, 12}},
-        {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}},
-        {"gray and alpha", GrayAlpha, {-3, 2, 16, 12}},
+        {"overscan", ScanLines, {-6, 0, 24, 18}, "R G B A", 4, GFL_CM_RGB, 71.6f},
+        {"tiles with reduced versions, part of the picture", Tiles, {1, 5, 7, 6}, "R G B A", 4, GFL_CM_RGB, 65534.0f},
+        {"windows that don't overlap", ScanLines, {100, 100, 4, 4}, "R G B A", 4, GFL_CM_RGB, 65535.0f},
+        {"layer", ScanLines, {-3, 2, 16, 12}, "left.A left.B left.G left.R", 4, GFL_CM_RGB, -1.0f},
+        {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}, "Y", 3, GFL_CM_YCBCR, 0.0f},
+        {"gray", Tiles, {-3, 2, 16, 12}, "Y", 1, GFL_CM_GREY, 0.0f},
+        {"gray and alpha", ScanLines, {-3, 2, 16, 12}, "A Y", 2, GFL_CM_GREY, 0.0f},
+        {"only red", ScanLines, {-3, 2, 16, 12}, "R", 1, GFL_CM_RGB, 0.0f},
+        {"green and alpha", ScanLines, {-3, 2, 16, 12}, "A G", 2, GFL_CM_RGB, 0.0f},
+        {"only blue", ScanLines, {-3, 2, 16, 12}, "B", 1, GFL_CM_RGB, 0.0f},
+        {"a layer of gray", ScanLines, {-3, 2, 16, 12}, "depth.Z left.Y", 1, GFL_CM_GREY, 0.0f},
     };
-    for (const auto &[name, kind, data] : files) {
-        WriteForeign(path.toStdString(), kind, {{-3, 2}, {12, 13}},
-                     {{data.left(), data.top()}, {data.right(), data.bottom()}});
-        const BitmapPtr got = Load(path);
-        const bool isChroma = kind == LuminanceChroma, isGray = kind == GrayAlpha;
-        QVERIFY2(got && got->Width == 16 && got->Height == 12 && got->Type == (isChroma ? GFL_RGB : GFL_RGBA), name);
-        const QRect &window = data;
+    for (const auto &file : files) {
+        const Case named(file.name);
+        const QRect &window = file.data;
+        WriteForeign(path.toStdString(), file.kind, {{-3, 2}, {12, 13}},
+                     {{window.left(), window.top()}, {window.right(), window.bottom()}}, file.channels, file.dpi);
+        GFL_FILE_INFORMATION info;
+        const BitmapPtr got = Load(path, nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
+        QVERIFY2(got, gflLastErrorText());
+        const int dpi = file.dpi > 0 && file.dpi < 65535 ? qRound(file.dpi) : 0;
+        QCOMPARE(InfoText(info), InfoText("exr", "OpenEXR", {16, 12}, file.components, 32, file.model, {dpi, dpi}));
+        const bool isChroma = file.kind == LuminanceChroma, isGray = file.channels.contains('Y') && !isChroma,
+                   hasAlpha = file.channels.contains('A');
+        QCOMPARE(int(got->Type), int(hasAlpha ? GFL_RGBA : file.model == GFL_CM_GREY ? GFL_GREY : GFL_RGB));
         const auto expected = [&](int x, int y, int c) {
-            const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGray ? 0 : c)) / 0.5;
-            return !window.contains(x - 3, y + 2) ? 0.0 : c == 3 ? 0.5 : color;
+            const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGray ? 0 : c));
+            const bool isThere = isChroma || isGray || file.channels.contains("RGBA"[c]);
+            return !window.contains(x - 3, y + 2) || !isThere ? 0.0 : c == 3 ? 0.5 : hasAlpha ? color / 0.5 : color;
         };
-        QVERIFY2(Difference(*got, expected, isChroma ? 0.002 : 0.0).isEmpty(), name);
+        QCOMPARE(Difference(*got, expected, isChroma ? 0.002 : 0.0), QString());
     }
 }
 
@@ -158,24 +170,7 @@ void tst_Exr::damagedFiles()
     for (int at = 4; at + 4 < 600; ++at)
         for (const char *number : {"\xFF\xFF\xFF\x7F", "\0\0\0\x80", "\0\0\x10\0"})
             LoadFromMemory(QByteArray(good).replace(at, 4, QByteArray(number, 4)), &error);
-    // An empty channel list whose length is unchanged: OpenEXR would go on reading inside it and find random lengths.
-    const int channels = good.indexOf("chlist") + 11;
-    QVERIFY(!LoadFromMemory(QByteArray(good).replace(channels, 1, QByteArray(1, '\0')), &error));
-    QVERIFY2(QByteArray(gflLastErrorText()).contains("length doesn't match"), gflLastErrorText());
-    const QByteArray deep =
-        QByteArray(good).replace(5, 1, QByteArray(1, char(good[5] | 8))); // "non-image" in the version
-    QVERIFY(!LoadFromMemory(deep, &error) && error == GFL_ERROR_UNKNOWN_FORMAT);
-    QVERIFY2(QByteArray(gflLastErrorText()).contains("deep pixels"), gflLastErrorText());
-    const int window = good.indexOf("dataWindow") + 21; // after name, "box2i" and size: left, top, right, bottom
-    const std::pair<const char *, const char *> boxes[] = {
-        {"\0\0\0\0\0\0\0\0\xFF\x3F\x0F\0\xFF\x3F\x0F\0", "number of tiles"},
-        {"\0\0\0\x80\0\0\0\x80\xFF\xFF\xFF\x7F\xFF\xFF\xFF\x7F", "data window"},
-        {"\0\0\0\0\0\0\0\0\xFF\xFF\xFF\xFF\x0B\0\0\0", "data window"}};
-    for (const auto &[box, why] : boxes) {
-        const Case named("data window", QByteArray(box, 16).toHex());
-        QVERIFY(!LoadFromMemory(QByteArray(good).replace(window, 16, QByteArray(box, 16)), &error));
-        QVERIFY2(error == GFL_ERROR_FILE_READ && QByteArray(gflLastErrorText()).contains(why), gflLastErrorText());
-    }
+    QCOMPARE(BadFault("exr", good), QString());
 }
 
 QTEST_GUILESS_MAIN(tst_Exr)

@@ -3,6 +3,7 @@
 #include "Case.h"
 #include "DngFile.h"
 #include "Files.h"
+#include "MetadataFiles.h"
 
 #include <QDir>
 #include <QtTest>
@@ -91,6 +92,7 @@ private Q_SLOTS:
     void embeddedPreviews();
     void missingFiles();
     void unknownFiles();
+    void signatures();
     void truncatedTiff();
     void absurdSizes();
     void hugeFloatPicture();
@@ -194,14 +196,18 @@ void tst_Loading::embeddedPreviews()
     struct Row {
         Embedding embedding;
         QSize preview;
-        bool isUsed; // for a box of 90 x 90 and a picture of 300 x 200
+        bool isUsed;      // for a box of 90 x 90 and a picture of 300 x 200
+        int segments = 0; // more before the JPEG's EXIF, which may be the fourth
     };
-    QVector<Row> rows = {{BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false}};
+    QVector<Row> rows = {{BeforePage, {60, 40}, false},
+                         {AsPageOfTheSecond, {120, 80}, false},
+                         {InExif, {120, 80}, true, 2},
+                         {InExif, {120, 80}, false, 3}};
     // Larger than the box, too small, other proportions.
     for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
-    for (const auto &[embedding, preview, isUsed] : rows) {
-        const Case named(int(embedding), preview);
+    for (const auto &[embedding, preview, isUsed, segments] : rows) {
+        const Case named(int(embedding), preview, segments);
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
         if (embedding == InRaw) {
@@ -215,6 +221,8 @@ void tst_Loading::embeddedPreviews()
             Exiv2::ExifThumb(image->exifData())
                 .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
             image->writeMetadata();
+            image.reset();
+            WriteFile(path, ReadFile(path).insert(2, QByteArray("\xFF\xFE\0\4ab", 6).repeated(segments)));
         } else {
             TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
             const std::uint64_t none = 0; // filled in by libtiff
@@ -237,19 +245,44 @@ void tst_Loading::embeddedPreviews()
 
 void tst_Loading::missingFiles()
 {
+    GFL_BITMAP former = {}, *bitmap = &former;
+    const GFL_LOAD_PARAMS params = LoadParams();
+    GFL_FILE_INFORMATION info;
+    GFL_METADATA_LIST *list = nullptr;
+    using Path = const char *;
+    const std::function<int(Path, bool hasAll)> functions[] = {
+        [&](Path path, bool hasAll) { return gflLoadBitmapUTF8(path, hasAll ? &bitmap : nullptr, &params, nullptr); },
+        [&](Path path, bool hasAll) { return gflLoadThumbnailUTF8(path, 9, 9, &bitmap, hasAll ? &params : 0, &info); },
+        [&](Path path, bool hasAll) { return gflLoadMetadataUTF8(path, hasAll ? &bitmap : nullptr); },
+        [&](Path path, bool hasAll) { return gflGetFileInformationExUTF8(path, -1, hasAll ? &info : nullptr, 4); },
+        [&](Path path, bool hasAll) { return gflLoadMetadataListUTF8(path, hasAll ? &list : nullptr); }};
     QVERIFY(::mkfifo(m_folder("pipe.jpg").toUtf8().constData(), 0600) == 0);
     for (const QString &path :
-         {m_folder("none.jpg"), m_folder.path(), m_folder("pipe.jpg"), QStringLiteral("/dev/zero")}) {
-        const Case named(path);
-        int error = 0;
-        QVERIFY(!Load(path, &error));
-        QCOMPARE(error, int(GFL_ERROR_FILE_OPEN));
-        QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()));
-    }
-    GFL_BITMAP *bitmap = nullptr;
-    const GFL_LOAD_PARAMS params = LoadParams();
-    QCOMPARE(gflLoadBitmapUTF8(nullptr, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
-    QCOMPARE(gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
+         {m_folder("none.jpg"), m_folder.path(), m_folder("pipe.jpg"), QStringLiteral("/dev/zero")})
+        for (const auto &read : functions) {
+            const Case named(path, "function", &read - functions);
+            QCOMPARE(read(path.toUtf8().constData(), false), int(GFL_ERROR_BAD_PARAMETERS));
+            QCOMPARE(read(nullptr, true), int(GFL_ERROR_BAD_PARAMETERS));
+            QCOMPARE(read(path.toUtf8().constData(), true), int(GFL_ERROR_FILE_OPEN));
+            QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()) && !bitmap);
+        }
+    const GFL_SAVE_PARAMS save = SaveParams("tiff");
+    std::uint8_t byte = 0, *data = &byte;
+    std::uint32_t size = 0;
+    for (const int error :
+         {gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr),
+          gflLoadThumbnailUTF8("a", 5, -1, &bitmap, &params, nullptr),
+          gflLoadThumbnailUTF8("a", 0, 5, &bitmap, &params, nullptr),
+          gflLoadThumbnailUTF8("a", 5, 0, &bitmap, &params, nullptr), gflLoadBitmapUTF8("a", &bitmap, nullptr, &info),
+          gflLoadBitmapFromMemory(nullptr, 1, &bitmap, &params, &info),
+          gflLoadBitmapFromMemory(&byte, 1, nullptr, &params, &info),
+          gflLoadBitmapFromMemory(&byte, 1, &bitmap, nullptr, &info), gflSaveBitmapUTF8(nullptr, &former, &save),
+          gflSaveBitmapUTF8("a", nullptr, &save), gflSaveBitmapUTF8("a", &former, nullptr),
+          gflSaveBitmapIntoMemory(nullptr, &size, &former, &save),
+          gflSaveBitmapIntoMemory(&data, nullptr, &former, &save),
+          gflSaveBitmapIntoMemory(&data, &size, nullptr, &save),
+          gflSaveBitmapIntoMemory(&data, &size, &former, nullptr), gflWaitForRows(nullptr, 1, nullptr)})
+        QCOMPARE(error, int(GFL_ERROR_BAD_PARAMETERS));
 }
 
 void tst_Loading::unknownFiles()
@@ -259,8 +292,6 @@ void tst_Loading::unknownFiles()
         QByteArray bytes;
         int error;
     } rows[] = {{"empty", "", GFL_ERROR_FILE_READ},
-                {"text", "hello, this is a letter", GFL_ERROR_UNKNOWN_FORMAT},
-                {"two bytes of JPEG", "\xFF\xD8", GFL_ERROR_UNKNOWN_FORMAT},
                 {"nothing but fill bytes", "\xFF\xD8" + QByteArray(100000, '\xFF'), GFL_ERROR_FILE_READ},
                 {"signed samples", TiffOf(4, 4, 1, {{339, 2}}), GFL_ERROR_UNKNOWN_FORMAT},
                 {"compression 999", TiffOf(4, 4, 999), GFL_ERROR_UNKNOWN_FORMAT},
@@ -282,6 +313,28 @@ void tst_Loading::unknownFiles()
     }
 }
 
+/// A file is recognized by its first bytes, all of which matter.
+void tst_Loading::signatures()
+{
+    const QByteArray signatures = // dots may be any bytes, underlines are zeros
+        "FUJIFILMCCD-RAW,......HEAPCCDR,....ftypcrx ,IIRO,IIRS,MMOR,FOVb,_MRM,IIU_,II*_,MM_*,#?RADIANCE,#?RGBE,8BPS,"
+        "RIFF....WEBP,\xFF\xD8\xFF,\x89PNG\r\n\x1A\n,\x76\x2F\x31\1,\xFF\x0A,___\x0CJXL \r\n\x87\n,\xFF\x4F\xFF\x51,"
+        "___\x0CjP  \r\n\x87\n";
+    QByteArrayList names;
+    for (std::int32_t index = 0; const GFL_FORMAT *format = gflGetFormat(index); ++index)
+        names += format->Name;
+    const QByteArray unknown = " has an unknown format; known formats: " + names.join(", ");
+    for (const QByteArray &signature : QByteArray(signatures).replace('_', '\0').split(','))
+        for (int at = -1; at < signature.size(); ++at) {
+            const Case named(signature, "changed at", at);
+            QByteArray head = signature.leftJustified(64, '\x55');
+            if (at >= 0)
+                head[at] = char(head[at] ^ 0x80);
+            QVERIFY(!LoadFromMemory(head));
+            QCOMPARE(gflLastErrorText() == unknown, at >= 0 && signature[at] != '.');
+        }
+}
+
 void tst_Loading::truncatedTiff()
 {
     const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
@@ -294,14 +347,6 @@ void tst_Loading::truncatedTiff()
 
 void tst_Loading::absurdSizes()
 {
-    QByteArray jpeg = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg"));
-    const int frame = jpeg.indexOf(QByteArray("\xFF\xC0", 2));
-    QVERIFY(frame > 0);
-    jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4)); // 65,500 x 65,500
-    const QByteArray png = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png"));
-    const auto pngOf = [&png](const char *size, const char *checksum) { // 8-bit gray
-        return QByteArray(png).replace(16, 17, QByteArray::fromHex(QByteArray(size) + "0800000000" + checksum));
-    };
     const QByteArray tiles = TiffOf(16, 16, 8, {{322, 1u << 15}, {323, 1u << 15}, {324, 8}, {325, 100}});
     const QPair<const char *, QByteArray> files[] = {
         {"largest sides", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
@@ -310,12 +355,7 @@ void tst_Loading::absurdSizes()
         {"deflate bomb", TiffOf(40000, 40000, 8)},
         {"fax bomb", TiffOf(1000000, 1000000, 4, {{258, 1}, {262, 1}, {277, 1}})},
         {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},
-        {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')},
-        {"JPEG", jpeg},
-        {"PNG without pixels", pngOf("0000000000000000", "1EE023CE")},
-        {"largest PNG", pngOf("7FFFFFFF7FFFFFFF", "31A254BA")},
-        {"PNG with one side beyond the limit", pngOf("0010000100000001", "366676A9")},
-        {"PNG bomb", pngOf("00009C4000009C40", "746751D9")}};
+        {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')}};
     for (const auto &[name, file] : files) {
         largestBlock = 0;
         gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
@@ -327,6 +367,13 @@ void tst_Loading::absurdSizes()
                  name);
         QVERIFY2(largestBlock < 1000000, name);
     }
+    largestBlock = 0;
+    gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
+    const QString bad = BadFault("jpeg size", SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg")))
+        + BadFault("png size", SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png")));
+    gflLibraryExit();
+    QCOMPARE(bad, QString());
+    QVERIFY(largestBlock < 1000000);
     const BitmapPtr longest = FilledBitmap(1 << 20, 1, GFL_GREY, 8, [](int x, int, int) { return x % 2; });
     const BitmapPtr read = LoadFromMemory(SavedBytes(*longest, SaveParams("png")));
     QVERIFY2(read && Difference(*read, *longest).isEmpty(), gflLastErrorText());
@@ -350,15 +397,28 @@ void tst_Loading::hugeFloatPicture()
 
 void tst_Loading::allocator()
 {
-    const QByteArray file = SavedBytes(*RandomBitmap(100, 100, GFL_RGB, 8), SaveParams("tiff"));
+    const QByteArray plain = SavedBytes(*RandomBitmap(100, 100, GFL_RGB, 8), SaveParams("tiff"));
+    const auto image = OpenImage(plain);
+    image->exifData()["Exif.Image.Make"] = "Acme";
+    image->xmpData()["Xmp.xmp.Rating"] = "4";
+    image->iptcData()["Iptc.Application2.City"] = "Sydney";
+    const QByteArray file = WrittenBy(*image);
     blocksAlive = 0;
     gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
     {
         const BitmapPtr bitmap = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA));
         QVERIFY(bitmap);
         QCOMPARE(blocksAlive.load(), 2L); // the bitmap and its pixels
-        gflFreeEXIF(gflBitmapGetEXIF(bitmap.get(), 1));
+        WriteFile(m_folder("a"), file);
+        GFL_METADATA_LIST *list = nullptr;
+        QCOMPARE(gflLoadMetadataListUTF8(m_folder("a").toUtf8().constData(), &list), int(GFL_NO_ERROR));
+        GFL_EXIF_DATA *texts = gflBitmapGetEXIF(bitmap.get(), 1);
+        QVERIFY(list && texts && gflBitmapHasIPTC(bitmap.get()) && gflBitmapHasXMP(bitmap.get()));
+        gflFreeMetadataList(list);
+        gflFreeEXIF(texts);
         gflFreeEXIF2(gflBitmapGetEXIF2(bitmap.get()));
+        gflFreeIPTC(gflBitmapGetIPTC(bitmap.get()));
+        gflFreeXMP(gflBitmapGetXMPEx(bitmap.get()));
         QVERIFY(!LoadFromMemory(file.left(file.size() - 100)));
     }
     QCOMPARE(blocksAlive.load(), 0L);

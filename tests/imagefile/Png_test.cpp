@@ -142,12 +142,13 @@ void tst_Png::Read(const Spec &spec, int type)
         const QString form = QStringLiteral("color %1, %2 bits: ").arg(spec.color).arg(spec.bits);
         QCOMPARE(form + Difference(*read, expected, flags ? 1e-9 : 0.51 / 255), form);
     }
-    QCOMPARE(QByteArray(info.Description), QByteArray(spec.interlaced ? "PNG interlaced" : "PNG"));
     const bool isPalette = spec.color == PNG_COLOR_TYPE_PALETTE, isColor = (spec.color & PNG_COLOR_MASK_COLOR) != 0;
-    QCOMPARE(int(info.ComponentsPerPixel), (isPalette ? 3 : spec.Samples()) + (spec.transparency ? 1 : 0));
-    QCOMPARE(int(info.ColorModel), int(isPalette ? GFL_CM_PALETTE : isColor ? GFL_CM_RGB : GFL_CM_GREY));
-    QCOMPARE(int(info.BitsPerComponent), spec.bits == 16 ? 16 : 8);
-    QCOMPARE(QSize(info.Width, info.Height), QSize(kWidth, kHeight));
+    QCOMPARE(InfoText(info),
+             InfoText("png", spec.interlaced ? "PNG interlaced" : "PNG", {kWidth, kHeight},
+                      (isPalette ? 3 : spec.Samples()) + (spec.transparency ? 1 : 0), spec.bits == 16 ? 16 : 8,
+                      isPalette     ? GFL_CM_PALETTE
+                          : isColor ? GFL_CM_RGB
+                                    : GFL_CM_GREY));
 }
 
 void tst_Png::badProfileIsIgnored()
@@ -168,6 +169,7 @@ void tst_Png::damaged()
         const Case named("interlaced", interlaced);
         const QByteArray file = Encode({PNG_COLOR_TYPE_RGB, 16, interlaced, false, {}});
         const int end = file.size() - 12; // complete even without the end chunk
+        QCOMPARE(BadFault("png", file), QString());
         QCOMPARE(BadCut(file, end), QString());
         for (int at = 8; at < end; ++at) // checksums detect any changed bit
             QVERIFY2(!LoadFromMemory(QByteArray(file).replace(at, 1, QByteArray(1, char(file[at] ^ 4)))),

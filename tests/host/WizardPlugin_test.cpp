@@ -10,6 +10,8 @@
 #include <QLabel>
 #include <QLineEdit>
 
+#include <functional>
+
 class tst_WizardPlugin : public WizardTest {
     Q_OBJECT
 private Q_SLOTS:
@@ -20,7 +22,7 @@ private Q_SLOTS:
     void usesTheUsersLanguage();
 
 private:
-    void compareByKeyboard();
+    void compareFirstResult();
     void checkKeyboard() const;
 };
 
@@ -93,7 +95,7 @@ void tst_WizardPlugin::realPluginFits()
     QVERIFY2(rows[2].startsWith("before.jpg|Skipped, corrected before: distortion"_s), qPrintable(rows[2]));
     QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
-    compareByKeyboard();
+    compareFirstResult();
     for (const auto &[name, metadata] : pictures) {
         const QDomElement record = plugin.Processes().front()->GetFileXmlParams(Path(name));
         QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(),
@@ -122,36 +124,42 @@ void tst_WizardPlugin::realPluginFits()
     QVERIFY(!QFile::exists(Path("found_corrected.tiff")));
 }
 
-/// Opens the first result with Return, zooms, and closes the dialog with Escape.
-void tst_WizardPlugin::compareByKeyboard()
+/// Opens the first result in each way and closes the dialog with Escape; Tab leaves the list.
+void tst_WizardPlugin::compareFirstResult()
 {
-    bool isDone = false;
-    QTimer::singleShot(0, m_wizard.get(), [&isDone] {
-        auto *dialog = qobject_cast<CompareDialog *>(QApplication::activeModalWidget());
-        QVERIFY(dialog);
-        auto *before = dialog->findChild<ComparedView *>("before"_s),
-             *after = dialog->findChild<ComparedView *>("after"_s);
-        QTRY_COMPARE(after->Image().size(), QSize(60, 40));
-        QVERIFY(before->Image().size() == after->Image().size() && before->Image() != after->Image());
-        const QRectF whole = after->PictureRect();
-        QTest::keyClick(after, Qt::Key_Plus);
-        QTest::keyClick(after, Qt::Key_Right);
-        QVERIFY(after->PictureRect().width() > whole.width() && after->PictureRect().right() > after->width());
-        QCOMPARE(before->PictureRect(), after->PictureRect());
-        QTest::keyClick(after, Qt::Key_0);
-        QCOMPARE(after->PictureRect(), whole);
-        isDone = true;
-        QTest::keyClick(dialog, Qt::Key_Escape);
-    });
     auto *results = Find<QAbstractItemView>("results");
+    const QModelIndex first = results->model()->index(0, 0);
+    const QPoint place = results->visualRect(first).center();
+    const std::function<void()> ways[] = {
+        [=] { QTest::keyClick(results, Qt::Key_Return); }, [=] { QTest::keyClick(results, Qt::Key_Enter); },
+        [=] { QTest::mouseDClick(results->viewport(), Qt::LeftButton, {}, place); }, [=] { Click("compare"); }};
     m_wizard->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(m_wizard.get()));
     results->setFocus();
-    results->setCurrentIndex(results->model()->index(0, 0));
-    QTest::keyClick(results, Qt::Key_Return);
-    QVERIFY(isDone && m_wizard->isVisible());
+    results->setCurrentIndex(first);
+    int closed = 0;
+    for (const auto &open : ways) {
+        QTimer::singleShot(0, m_wizard.get(), [&closed] {
+            auto *dialog = qobject_cast<CompareDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            QCOMPARE(dialog->windowTitle(), "found.jpg: before and after"_s);
+            auto *before = dialog->findChild<ComparedView *>("before"_s),
+                 *after = dialog->findChild<ComparedView *>("after"_s);
+            QTRY_COMPARE(after->Image().size(), QSize(60, 40));
+            QVERIFY(before->Image().size() == after->Image().size() && before->Image() != after->Image());
+            QTest::keyClick(after, Qt::Key_Plus);
+            QCOMPARE(before->PictureRect(), after->PictureRect());
+            ++closed;
+            QTest::keyClick(dialog, Qt::Key_Escape);
+        });
+        open();
+    }
+    QVERIFY(closed == 4 && m_wizard->isVisible());
     results->setCurrentIndex(results->model()->index(1, 0));
     QVERIFY(!Find<QAbstractButton>("compare")->isEnabled()); // a failed picture
+    results->setFocus();
+    QTest::keyClick(results, Qt::Key_Tab);
+    QVERIFY(!results->hasFocus());
     m_wizard->close();
 }
 

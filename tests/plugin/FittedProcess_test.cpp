@@ -2,6 +2,7 @@
 // gain in linear light, gray pictures, bands on several threads, and the formats of results.
 #include "Case.h"
 #include "ComputePreview.h"
+#include "CorrectionRecord.h"
 #include "FakeHost.h"
 #include "Files.h"
 #include "FittedBands.h"
@@ -9,8 +10,10 @@
 #include "ModelOracle.h"
 #include "SpelledProfile.h"
 #include "TestFiles.h"
+#include "Thrown.h"
 #include "TiffRaster.h"
 
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -136,6 +139,7 @@ private Q_SLOTS:
     void readsOnlyAnnouncedRows();
     void formats_data();
     void formats();
+    void recordOfResult();
 
 private:
     void *Record(const Options &options);
@@ -381,10 +385,11 @@ void tst_FittedProcess::independentOfThreadCount()
 /// Source rows are filled only when they are waited for, so reading any other row would change the result.
 void tst_FittedProcess::readsOnlyAnnouncedRows()
 {
-    for (const QSize size : {QSize(640, 430), QSize(430, 640)})
+    for (const auto &[size, bits] :
+         {std::pair(QSize(640, 430), 8), std::pair(QSize(430, 640), 8), std::pair(QSize(430, 640), 32)})
         for (const double bend : {0.05, -0.05, -0.4, 1.5})
             for (const Sampling sampling : {Sampling::Sharp, Sampling::Bilinear}) {
-                const Case named(size, bend, sampling == Sampling::Sharp);
+                const Case named(size, bits, bend, sampling == Sampling::Sharp);
                 FittedPlan plan;
                 Correction &correction = plan.fit.correction;
                 correction.width = size.width();
@@ -394,10 +399,12 @@ void tst_FittedProcess::readsOnlyAnnouncedRows()
                 correction.geometry->centerX = size.width() / 2.0;
                 correction.geometry->centerY = size.height() / 2.0;
                 correction.geometry->factor = RadialCurve(radius2, {1.0, 1.0 + bend}); // linear in the radius squared
-                KImage whole(size.width(), size.height(), GFL_RGB, 8, /*clear=*/true, nullptr, 0), arriving(whole);
+                KImage bytes(size.width(), size.height(), GFL_RGB, 8, /*clear=*/true, nullptr, 0), whole;
+                KImage arriving(size.width(), size.height(), GFL_RGB, bits, /*clear=*/true, nullptr, 0);
                 for (int y = 0; y < size.height(); ++y)
                     for (int i = 0; i < 3 * size.width(); ++i)
-                        whole.getData(0, y)[i] = static_cast<unsigned char>(64 + i * 7 % 50 + y % 90);
+                        bytes.getData(0, y)[i] = static_cast<unsigned char>(64 + i * 7 % 50 + y % 90);
+                bytes.Convert(whole, GFL_RGB, bits);
                 QVector<int> waits;
                 const auto result = [&](const KImage &source, const FittedBands::WaitForRows &wait) {
                     FittedBands bands(plan, sampling, source, wait);
@@ -462,9 +469,13 @@ void tst_FittedProcess::formats()
     m_process.Process(path, record, output);
     const QDomElement element = m_process.GetXmlParameters(record);
     m_process.FreeParameters(record);
+    QVERIFY(Host().Def(path)->acceptedPending && !gflAcceptsPendingRows()); // only while the picture is locked
     QCOMPARE(element.attribute("Format"_s), format);
-    QVERIFY2(element.attribute("Assumed"_s).contains(assumed), qPrintable(element.attribute("Assumed"_s)));
+    QCOMPARE(element.attribute("Assumed"_s), assumed);
     QVERIFY2(output.endsWith("a_corrected."_s + (format == "jpeg"_s ? "jpg"_s : format)), qPrintable(output));
+    const QByteArray list("channels\0chlist", 16), file = ReadFile(output); // of OpenEXR, which can store half floats
+    const int first = file.indexOf(list) + list.size() + 5;
+    QVERIFY(format != "exr"_s || file[file.indexOf('\0', first) + 1] == (bits == 8 ? 1 : 2));
     KImage result;
     result.ID_Read(output, /*nativeDepth=*/true);
     QTEST(int(result.bitsPerComponent()), "resultBits");
@@ -476,6 +487,65 @@ void tst_FittedProcess::formats()
     for (int c = 0; c < 3; ++c) // twice the rounding error of 8 bits
         QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
     QVERIFY(!hasAlpha || std::abs(pixel[3] - 0.5F) < 0.001F);
+}
+
+/// The record of one correction after another, made by a program that left XMP, or by the camera.
+void tst_FittedProcess::recordOfResult()
+{
+    FitResult fit;
+    fit.distortion = true;
+    fit.profile = WriteFile(m_dir.filePath("my.abc.lcp"_s), "abc"); // whose digest is in RFC 1321
+    fit.entries = "24 mm"_s;
+    fit.zoom = 1.23456789;
+    FitOptions options;
+    options.profile = fit.profile;
+    options.amountDistortion = 0.506;
+    options.amountChromatic = 0.0;
+    options.again = true;
+    options.typed.focalMm = 23.5;
+    PictureFacts facts;
+    facts.vignettingDone = {true, "XMP lens profile"_s};
+    const auto text = [&] {
+        QStringList lines;
+        for (const auto &[key, value] : CorrectionRecord(fit, facts, options, "image/png"_s))
+            lines << key.mid(4) + QLatin1Char('=') + value;
+        return lines.filter(QRegularExpression("^(?!vitrelux.Version=.)"_s)).join("; "_s);
+    };
+    const QString digest = "Digest=900150983CD24FB0D6963F7D28E17F72"_s;
+    QCOMPARE(text(),
+             "dc.format=image/png; vitrelux.Corrections=distortion, vignetting; "
+             "vitrelux.Requested=distortion, vignetting; vitrelux.Profile=my.abc.lcp; "
+             "vitrelux.ProfileName=my.abc; vitrelux.Profile"_s
+                 + digest
+                 + "; vitrelux.Entries=24 mm; "
+                   "vitrelux.Zoom=1.23457; vitrelux.Framing=fill; vitrelux.Sampling=sharp; "
+                   "vitrelux.Projection=rectilinear; vitrelux.AmountDisto=0.506; vitrelux.AmountCA=0; "
+                   "vitrelux.AmountFalloff=1; vitrelux.Focal=23.5; crs.AlreadyApplied=True; crs.LensProfileEnable=1; "
+                   "crs.LensProfileSetup=Custom; crs.LensProfileName=my.abc; crs.LensProfileFilename=my.abc.lcp; "
+                   "crs.LensProfile"_s
+                 + digest
+                 + "; crs.LensProfileIsEmbedded=; crs.LensProfileDistortionScale=51; "
+                   "crs.LensProfileChromaticAberrationScale=0"_s);
+    fit = FitResult();
+    fit.vignetting = true;
+    fit.profile = "lensfun:Maker/Lens A/B"_s;
+    fit.profileName = "unused"_s;
+    options = FitOptions();
+    options.distortion = options.chromatic = false;
+    facts = PictureFacts();
+    facts.distortionDone = {true, "EXIF of the camera"_s};
+    facts.chromaticTried = true;
+    QCOMPARE(text(),
+             "dc.format=image/png; vitrelux.Corrections=vignetting; vitrelux.Requested=lateral color, vignetting; "
+             "vitrelux.Profile=lensfun:Maker/Lens A/B; vitrelux.ProfileName=Maker/Lens A/B; "
+             "vitrelux.ProfileDigest=; vitrelux.Entries=; vitrelux.Zoom=1; vitrelux.Framing=fill; "
+             "vitrelux.Sampling=sharp; vitrelux.Projection=rectilinear; vitrelux.AmountDisto=1; "
+             "vitrelux.AmountCA=1; vitrelux.AmountFalloff=1; crs.AlreadyApplied=True; crs.LensProfileEnable=1; "
+             "crs.LensProfileSetup=Auto; crs.LensProfileName=Maker/Lens A/B; crs.LensProfileFilename=; "
+             "crs.LensProfileDigest=; crs.LensProfileIsEmbedded=; crs.LensProfileDistortionScale=0; "
+             "crs.LensProfileChromaticAberrationScale=0; crs.LensProfileVignettingScale=100"_s);
+    fit.profile = "/absent.lcp"_s;
+    QCOMPARE(Thrown(text), "cannot read \"/absent.lcp\": No such file or directory"_s);
 }
 
 int main(int argc, char **argv)

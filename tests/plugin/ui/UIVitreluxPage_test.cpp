@@ -235,7 +235,17 @@ void tst_UIVitreluxPage::states()
     desk.Click("m_cbPreview");
     QTest::qWait(50);
     QCOMPARE(renders.count(), 0); // neither resizing nor the split view needs a render
-    desk.process.SetFiles({});    // an empty job
+    const auto isPainted = [&] {  // the screen has what painting the page now would give
+        QApplication::processEvents();
+        const QRect frame = desk.Find<QWidget>("frame")->geometry();
+        const QRect corner(desk.preview->mapTo(&desk.wizard, frame.topLeft()), frame.size() / 4);
+        const QPixmap screen = desk.wizard.screen()->grabWindow(desk.wizard.winId());
+        return screen.toImage().copy(corner).convertToFormat(kFormat)
+            == desk.wizard.grab(corner).toImage().convertToFormat(kFormat);
+    };
+    QVERIFY(isPainted());
+    desk.process.SetFiles({}); // an empty job
+    QVERIFY(isPainted());
     for (const char *name : {"m_cbDistortion", "pushButtonApplyAll", "QToolButton_Next", "toolButtonLensFile"})
         desk.Click(name);
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
@@ -390,8 +400,11 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     desk.Click("QToolButton_Next");
     QCOMPARE(desk.Boxes(&QCheckBox::isChecked), QStringLiteral("010"));
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), m_whole);
+    const auto *path = desk.Find<QLineEdit>("lineEditLensPath"); // works although it is hidden
+    QCOMPARE(path->text(), QStringLiteral("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/"));
     ModalAnswers answers(m_dir.path());
-    desk.Find<QAbstractButton>("toolButtonLensPath")->click(); // works although it is hidden
+    desk.Find<QAbstractButton>("toolButtonLensPath")->click();
+    QCOMPARE(path->text(), m_dir.path());
     QCOMPARE(
         answers.seen,
         QStringList(QStringLiteral("Select lens camera profiles Database directory|All Files (*)|17"))); // only folders
@@ -554,8 +567,10 @@ void tst_UIVitreluxPage::animatedLabel()
     label.setSequence({files[0], files[1]}, 20);
     for (const int next : {5, 6, 5})
         QTRY_COMPARE(width(), next);
+    QCOMPARE(label.minimumSize(), QSize(5, 9));
     label.setSequence({files[2]}, 20);
     QTRY_COMPARE(width(), 7);
+    QCOMPARE(label.minimumSize(), QSize(7, 9));
 }
 
 int main(int argc, char **argv)

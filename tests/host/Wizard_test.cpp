@@ -404,6 +404,7 @@ void tst_Wizard::backKeepsChoices()
     m_wizard->Add({Path("b.jpg")});
     Next();
     QCOMPARE(m_process->calls, QStringList({"files a.jpg"_s, "files a.jpg b.jpg"_s}));
+    QCOMPARE(m_process->page->shown, 3);
     m_wizard->back();
     Find<QComboBox>("framing")->setCurrentIndex(2);
     Next();

@@ -439,12 +439,19 @@ void tst_FittedProcess::formats_data()
     QTest::addColumn<QString>("assumed");
     // Row names begin with the format.
     QTest::newRow("jpeg, 16 bits") << 16 << 3 << 0.0 << 8 << 0.4 << "8 bits per channel instead of 16"_s;
-    QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "transparent pixels are black"_s;
+    QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "no opacity: transparent pixels are black"_s;
     QTest::newRow("jpeg, gray") << 8 << 1 << 0.0 << 8 << 0.4 << QString();
     QTest::newRow("png, alpha") << 16 << 4 << 0.0 << 16 << 0.4 << QString();
-    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4) << "sRGB curve"_s;
-    QTest::newRow("png, gray floats with profile") << 32 << 1 << 1.8 << 16 << 0.4 << "clipped to 0 to 1"_s;
-    QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4) << "treated as sRGB"_s;
+    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4)
+                                 << "16 bits per channel instead of floats (clipped to 0 to 1), with the sRGB curve"_s;
+    QTest::newRow("png, gray floats with profile")
+        << 32 << 1 << 1.8 << 16 << 0.4 << "16 bits per channel instead of floats (clipped to 0 to 1)"_s;
+    QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4)
+                                 << "no color profile with curves: treated as sRGB"_s;
+    QTest::newRow("jpeg, empty borders") << 8 << 3 << 0.0 << 8 << 0.4 << "no opacity: transparent pixels are black"_s;
+    QTest::newRow("png, gray, empty borders")
+        << 8 << 1 << 0.0 << 8 << 0.4
+        << "RGB with opacity instead of gray, because some pixels are empty, and without the gray color profile"_s;
     QTest::newRow("exr, 16 bits with alpha and profile") << 16 << 4 << 1.8 << 32 << std::pow(0.4, 1.8) << QString();
     QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();
 }
@@ -464,7 +471,11 @@ void tst_FittedProcess::formats()
     if (bits == 32) // the tables have no entry for NaN
         std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
     const QString path = Put(source, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
-    void *record = Record({{"Disto"_s, "1"_s}, {"Framing"_s, "1.2"_s}, {"Format"_s, format}, {"Quality"_s, "100"_s}});
+    const bool leavesEmpty = QByteArray(QTest::currentDataTag()).contains("empty");
+    void *record = Record({{"Disto"_s, "1"_s},
+                           {"Framing"_s, leavesEmpty ? "all"_s : "1.2"_s},
+                           {"Format"_s, format},
+                           {"Quality"_s, "100"_s}});
     QString output;
     m_process.Process(path, record, output);
     const QDomElement element = m_process.GetXmlParameters(record);
@@ -479,14 +490,15 @@ void tst_FittedProcess::formats()
     KImage result;
     result.ID_Read(output, /*nativeDepth=*/true);
     QTEST(int(result.bitsPerComponent()), "resultBits");
-    const bool hasAlpha = channels == 4 && format != "jpeg"_s;
+    const bool hasAlpha = (channels == 4 || leavesEmpty) && format != "jpeg"_s;
     QCOMPARE(int(result.type()), int(hasAlpha ? GFL_RGBA : channels == 1 ? GFL_GREY : GFL_RGB));
     KImage floats;
     result.Convert(floats, GFL_RGBA, 32);
     const auto *pixel = reinterpret_cast<const float *>(floats.getData(150, 100));
     for (int c = 0; c < 3; ++c) // twice the rounding error of 8 bits
         QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
-    QVERIFY(!hasAlpha || std::abs(pixel[3] - 0.5F) < 0.001F);
+    QVERIFY(std::abs(pixel[3] - (channels == 4 && hasAlpha ? 0.5F : 1.0F)) < 0.001F);
+    QCOMPARE(reinterpret_cast<const float *>(floats.getData(150, 0))[3] == 0.0F, hasAlpha && leavesEmpty);
 }
 
 /// The record of one correction after another, made by a program that left XMP, or by the camera.

@@ -235,17 +235,7 @@ void tst_UIVitreluxPage::states()
     desk.Click("m_cbPreview");
     QTest::qWait(50);
     QCOMPARE(renders.count(), 0); // neither resizing nor the split view needs a render
-    const auto isPainted = [&] {  // the screen has what painting the page now would give
-        QApplication::processEvents();
-        const QRect frame = desk.Find<QWidget>("frame")->geometry();
-        const QRect corner(desk.preview->mapTo(&desk.wizard, frame.topLeft()), frame.size() / 4);
-        const QPixmap screen = desk.wizard.screen()->grabWindow(desk.wizard.winId());
-        return screen.toImage().copy(corner).convertToFormat(kFormat)
-            == desk.wizard.grab(corner).toImage().convertToFormat(kFormat);
-    };
-    QVERIFY(isPainted());
-    desk.process.SetFiles({}); // an empty job
-    QVERIFY(isPainted());
+    desk.process.SetFiles({});    // an empty job
     for (const char *name : {"m_cbDistortion", "pushButtonApplyAll", "QToolButton_Next", "toolButtonLensFile"})
         desk.Click(name);
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));

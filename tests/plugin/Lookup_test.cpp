@@ -110,7 +110,7 @@ void tst_Lookup::profile_data()
                             << QString::fromLatin1(found) << QString::fromLatin1(message);
     };
     const auto canon = [](const char *file) { return QStringLiteral("L\\Canon/X1 (%1).lcp").arg(QLatin1String(file)); };
-    const QString brand = QStringLiteral("L/Canon/any"); // makes L list "Canon"; files are sought in L\Canon
+    const QString brand = QStringLiteral("L/Canon/any"); // makes "Canon" a brand; its files are sought in L\Canon
 
     row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "L\\Canon/X1 (Canon EF-S 10-22mm).lcp",
         "Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp");
@@ -128,7 +128,7 @@ void tst_Lookup::profile_data()
         "Fichier correspondant : X1 (Sigma 8mm).lcp");
     row("no focal length in the lens's name", "Canon", "50 50 5", {brand, canon("Canon Compact 50")},
         "L\\Canon/X1 (Canon Compact 50).lcp", "Fichier correspondant : X1 (Canon Compact 50).lcp");
-    row("last focal length of the name", "Canon", "60 60 6", {brand, canon("Canon 50mm Macro"), canon("Canon 60mm")},
+    row("last focal length in the name", "Canon", "60 60 6", {brand, canon("Canon 50mm Macro"), canon("Canon 60mm")},
         "L\\Canon/X1 (Canon 60mm).lcp", "Fichier correspondant : X1 (Canon 60mm).lcp");
     row("name with only the word mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
     row("several lenses", "Canon", "24 70 4", {brand, canon("Canon EF 24-70mm L")},

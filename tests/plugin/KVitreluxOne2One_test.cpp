@@ -126,7 +126,6 @@ class tst_KVitreluxOne2One : public QObject {
 private Q_SLOTS:
     void init() { Host().Clear(); }
 
-    void recordFromElement_data();
     void recordFromElement();
     void plainRecordsIgnoreFittedOptions();
     void plainRunsIgnoreFittedOptions();
@@ -160,43 +159,39 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_KVitreluxOne2One::recordFromElement_data()
-{
-    QTest::addColumn<QString>("stored");    // the setting "Disto"; empty: nothing is stored
-    QTest::addColumn<QString>("attribute"); // "Disto" of the element; null: no element, empty: without the attribute
-    QTest::addColumn<bool>("disto");
-    QTest::newRow("nothing stored") << "" << QString() << false;
-    QTest::newRow("stored") << "true" << QString() << true;
-    QTest::newRow("element overrides setting") << "true"
-                                               << "0" << false;
-    QTest::newRow("missing attribute overrides setting") << "true"
-                                                         << "" << false;
-    QTest::newRow("number above 1") << ""
-                                    << "2" << true;
-    QTest::newRow("not a number") << ""
-                                  << "true" << false;
-}
-
 void tst_KVitreluxOne2One::recordFromElement()
 {
-    QFETCH(QString, stored);
-    QFETCH(QString, attribute);
-    if (!stored.isEmpty()) {
-        Host().settings.insert(kUid + QStringLiteral("/Disto"), stored);
-        Host().settings.insert(kUid + QStringLiteral("/LCPfilename"), QStringLiteral("/stored.lcp"));
+    const struct {
+        const char *name, *stored; // the setting "Disto"; empty: nothing is stored
+        const char *attribute;     // "Disto" of the element; null: no element, empty: without the attribute
+        bool disto;
+    } rows[] = {{"nothing stored", "", nullptr, false},
+                {"stored", "true", nullptr, true},
+                {"element overrides setting", "true", "0", false},
+                {"missing attribute overrides setting", "true", "", false},
+                {"number above 1", "", "2", true},
+                {"not a number", "", "true", false}};
+    for (const auto &row : rows) {
+        const Case named(row.name);
+        Host().Clear();
+        const bool isStored = *row.stored;
+        if (isStored) {
+            Host().settings.insert(kUid + "/Disto"_s, QLatin1String(row.stored));
+            Host().settings.insert(kUid + "/LCPfilename"_s, "/stored.lcp"_s);
+        }
+        QDomDocument document;
+        QDomElement element;
+        if (row.attribute)
+            element = document.createElement("any"_s);
+        if (row.attribute && *row.attribute)
+            element.setAttribute("Disto"_s, QLatin1String(row.attribute));
+        KVitreluxOne2One process;
+        auto *params = static_cast<Params *>(process.AllocParameters(element));
+        QCOMPARE(params->disto, row.disto);
+        QCOMPARE(params->lcpFilename, isStored && !row.attribute ? "/stored.lcp"_s : QString());
+        QCOMPARE(params->scale, 1.0f);
+        process.FreeParameters(params);
     }
-    QDomDocument document;
-    QDomElement element;
-    if (!attribute.isNull())
-        element = document.createElement(QStringLiteral("any"));
-    if (!attribute.isEmpty())
-        element.setAttribute(QStringLiteral("Disto"), attribute);
-    KVitreluxOne2One process;
-    auto *params = static_cast<Params *>(process.AllocParameters(element));
-    QTEST(params->disto, "disto");
-    QCOMPARE(params->lcpFilename, !stored.isEmpty() && attribute.isNull() ? QStringLiteral("/stored.lcp") : QString());
-    QCOMPARE(params->scale, 1.0f);
-    process.FreeParameters(params);
 }
 
 // Checks that stored fitted options change no call or attribute of plain records that a host can observe.

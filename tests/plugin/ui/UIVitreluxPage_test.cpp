@@ -1,6 +1,7 @@
 // Operates the plug-in's wizard page like a user, and compares it with runs of the process.
 #include "UIVitreluxPage.h"
 
+#include "Case.h"
 #include "ComputePreview.h"
 #include "FakeHost.h"
 #include "KUI.h"
@@ -145,7 +146,6 @@ private Q_SLOTS:
     void quickToggles();
     void applyToAllAndStore();
     void fittedRecordFindsProfile();
-    void unavailablePicture_data();
     void unavailablePicture();
     void endsDuringARender();
     void renderThatThrows();
@@ -296,16 +296,14 @@ void tst_UIVitreluxPage::profileChosen_data()
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("enabled"); // of the boxes
     QTest::addColumn<QString>("checked"); // all three were checked before
-    QTest::newRow("all models") << m_whole << "111"
-                                << "011";
-    QTest::newRow("distortion only") << Profile({}, 400, 300) << "100"
-                                     << "000";
-    QTest::newRow("no vignette") << Profile({true, true, false}, 400, 300) << "110"
-                                 << "010";
-    QTest::newRow("text file") << WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile") << "000"
-                               << "000";
-    QTest::newRow("canceled") << QString() << "111"
-                              << "111";
+    const auto row = [](const char *name, const QString &typed, const char *enabled, const char *checked) {
+        QTest::newRow(name) << typed << enabled << checked;
+    };
+    row("all models", m_whole, "111", "011");
+    row("distortion only", Profile({}, 400, 300), "100", "000");
+    row("no vignette", Profile({true, true, false}, 400, 300), "110", "010");
+    row("text file", WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile"), "000", "000");
+    row("canceled", QString(), "111", "111");
 }
 
 void tst_UIVitreluxPage::profileChosen()
@@ -487,27 +485,22 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
                  qPrintable(row->placeholderText()));
 }
 
-void tst_UIVitreluxPage::unavailablePicture_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::newRow("unavailable after it was described") << kB;
-    QTest::newRow("not a picture, size 0") << kC;
-}
-
 void tst_UIVitreluxPage::unavailablePicture()
 {
-    QFETCH(QString, file);
-    MakePicture(kA, 400, 300);
-    MakePicture(kB, 40, 30)->gone = true;
-    TestWizard desk({kA});
-    QTRY_VERIFY(desk.IsUpToDate());
-    desk.process.SetFiles({file});
-    QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
-    QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
-    desk.Click("m_cbCA"); // there is no current record to change
-    QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
-    desk.process.SetFiles({kA});
-    QTRY_VERIFY(desk.IsUpToDate());
+    for (const QString &file : {kB, kC}) { // unavailable after it was described, not a picture
+        const Case named(file);
+        MakePicture(kA, 400, 300);
+        MakePicture(kB, 40, 30)->gone = true;
+        TestWizard desk({kA});
+        QTRY_VERIFY(desk.IsUpToDate());
+        desk.process.SetFiles({file});
+        QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
+        QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
+        desk.Click("m_cbCA"); // there is no current record to change
+        QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
+        desk.process.SetFiles({kA});
+        QTRY_VERIFY(desk.IsUpToDate());
+    }
 }
 
 void tst_UIVitreluxPage::endsDuringARender()

@@ -95,6 +95,7 @@ void tst_WizardPlugin::realPluginFits()
     for (const char *name : {"Disto", "CA", "Falloff"})
         QVERIFY2(m_host->GetPluginSetting(process->UID(), QLatin1String(name), false).toBool(), name);
     Show({process}, "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
+    QVERIFY(!m_wizard->windowIcon().isNull() && m_wizard->pixmap(QWizard::LogoPixmap).width() == 48);
     Find<QComboBox>("framing")->setCurrentIndex(1);
     Next();
     Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);

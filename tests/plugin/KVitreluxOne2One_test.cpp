@@ -329,9 +329,10 @@ void tst_KVitreluxOne2One::fittedOption()
     const auto optionOf = [&](void *record) { return process.GetXmlParameters(record).attribute(name); };
     const QString byDefault = optionOf(untouched);
     QCOMPARE(optionOf(params), kept);
-    params->fitted->report = FitReport{"/found.lcp"_s, "24 mm"_s, QString(), QString(), "why"_s};
-    QCOMPARE(process.GetXmlParameters(params).attribute("Profile"_s), "/found.lcp"_s);
-    QVERIFY(process.GetXmlParameters(params).hasAttribute("Done"_s)); // empty: nothing was done
+    params->fitted->report = FitReport{"/found.lcp"_s, "24 mm"_s, "sRGB"_s, QString(), "why"_s};
+    const QString all = TextOf(process.GetXmlParameters(params)); // nothing was done
+    for (const char *part : {"Profile=/found.lcp", "Entries=24 mm", "Assumed=sRGB", "Done=", "Why=why"})
+        QVERIFY2((all + QLatin1Char(' ')).contains(QLatin1String(part) + QLatin1Char(' ')), part);
 
     process.SaveDefaultSettings(params);
     process.OnValidatePage();
@@ -356,8 +357,13 @@ void tst_KVitreluxOne2One::xmlForm()
     for (int bytes = 8; bytes <= 256; bytes += 8)
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));
-    QCOMPARE(element.attributes().count(), 4);
-    QCOMPARE(element.attribute(QStringLiteral("CA")), QStringLiteral("1"));
+    QCOMPARE(TextOf(element), "CA=1 Disto=0 Falloff=0 LCPfilename="_s + params.lcpFilename);
+    Params copy;
+    params.falloff = params.disto = true;
+    params.scale = 0.5F;
+    process.CopyParameters(&copy, &params);
+    QCOMPARE(TextOf(process.GetXmlParameters(&copy)), "CA=1 Disto=1 Falloff=1 LCPfilename="_s + params.lcpFilename);
+    QCOMPARE(copy.scale, 0.5F);
     auto *back = static_cast<Params *>(process.AllocParameters(element));
     QVERIFY(!back->disto && back->ca && !back->falloff);
     QCOMPARE(back->lcpFilename, params.lcpFilename);

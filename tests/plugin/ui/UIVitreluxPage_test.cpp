@@ -130,6 +130,9 @@ QRect PlaceOf(const QImage &fitted, const QWidget &frame)
 
 class tst_UIVitreluxPage : public QObject {
     Q_OBJECT
+public Q_SLOTS:
+    void Open(const QUrl &url) { m_opened << url; }
+
 private Q_SLOTS:
     void initTestCase();
     void init() { Host().Clear(); }
@@ -149,6 +152,7 @@ private Q_SLOTS:
     void unavailablePicture();
     void endsDuringARender();
     void renderThatThrows();
+    void fileBrowserAndScripts();
     void animatedLabel();
 
 private:
@@ -156,6 +160,7 @@ private:
 
     QTemporaryDir m_dir;
     QString m_whole; // a profile with all models
+    QList<QUrl> m_opened;
 };
 
 QString tst_UIVitreluxPage::Profile(const ProfileModels &models, int width, int height)
@@ -182,6 +187,8 @@ void tst_UIVitreluxPage::listWrapsAround()
     QCOMPARE(list->count(), 3);
     const auto reduced = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };
     QCOMPARE(reduced(kA) + reduced(kB) + reduced(kC), 1); // only the first image is shown
+    QCOMPARE(desk.Find<QWidget>("QToolButton_Prev")->toolTip() + desk.Find<QWidget>("QToolButton_Next")->toolTip(),
+             QStringLiteral("PrevNext"));
     desk.Click("QToolButton_Prev");
     QCOMPARE(list->currentIndex(), 2);
     desk.Click("QToolButton_Next");
@@ -536,6 +543,16 @@ void tst_UIVitreluxPage::renderThatThrows()
         worker.getPreview(shown);
         QVERIFY2(shown.isNull() == (image == &empty), name);
     }
+}
+
+void tst_UIVitreluxPage::fileBrowserAndScripts()
+{
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "Open");
+    KUI::SelectInFileBrowser(nullptr, {QUrl(QStringLiteral("file:///x/a")), QUrl(QStringLiteral("file:///x/b"))});
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    QCOMPARE(m_opened, {QUrl(QStringLiteral("file:///x/"))}); // each folder once
+    QTest::ignoreMessage(QtCriticalMsg, "Cannot load closure-library.rcc file needed by KUI");
+    KUI::loadJSLibraries();
 }
 
 void tst_UIVitreluxPage::animatedLabel()

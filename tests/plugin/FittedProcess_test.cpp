@@ -389,12 +389,12 @@ void tst_FittedProcess::readsOnlyAnnouncedRows()
                 correction.geometry->centerX = size.width() / 2.0;
                 correction.geometry->centerY = size.height() / 2.0;
                 correction.geometry->factor = RadialCurve(radius2, {1.0, 1.0 + bend}); // linear in the radius squared
-                KImage bytes(size.width(), size.height(), GFL_RGB, 8, /*clear=*/true, nullptr, 0), whole;
+                KImage codes(size.width(), size.height(), GFL_RGB, 8, /*clear=*/true, nullptr, 0), whole;
                 KImage arriving(size.width(), size.height(), GFL_RGB, bits, /*clear=*/true, nullptr, 0);
                 for (int y = 0; y < size.height(); ++y)
                     for (int i = 0; i < 3 * size.width(); ++i)
-                        bytes.getData(0, y)[i] = static_cast<unsigned char>(64 + i * 7 % 50 + y % 90);
-                bytes.Convert(whole, GFL_RGB, bits);
+                        codes.getData(0, y)[i] = static_cast<unsigned char>(64 + i * 7 % 50 + y % 90);
+                codes.Convert(whole, GFL_RGB, bits);
                 QVector<int> waits;
                 const auto result = [&](const KImage &source, const FittedBands::WaitForRows &wait) {
                     FittedBands bands(plan, sampling, source, wait);

@@ -39,7 +39,7 @@ template <typename T>
 void CheckReads(const T &value, T (KSettingsManager::*read)(const QString &),
                 T (KSettingsManager::*readOr)(const QString &, T))
 {
-    const Case named(QVariant(value));
+    const Case named(QVariant::fromValue(value));
     QCOMPARE((StoredManager().*read)(a), T());
     QCOMPARE((StoredManager().*readOr)(a, value), value);
     StoredManager().Set(a, value);

@@ -41,21 +41,22 @@ struct Pipe {
     int ends[2] = {-1, -1};
 
     Pipe() = default;
-    ~Pipe() { CloseRead(), CloseWrite(); }
+    ~Pipe()
+    {
+        CloseWrite();
+        if (ends[0] != -1)
+            close(ends[0]);
+    }
     Pipe(const Pipe &) = delete;
     Pipe &operator=(const Pipe &) = delete;
 
     /// Opens with close-on-exec in one step, so that a program started by another thread can't inherit an end.
     bool Open() { return pipe2(ends, O_CLOEXEC) == 0; }
-    void CloseRead() { Close(&ends[0]); }
-    void CloseWrite() { Close(&ends[1]); }
-
-private:
-    static void Close(int *end)
+    void CloseWrite()
     {
-        if (*end != -1)
-            close(*end);
-        *end = -1;
+        if (ends[1] != -1)
+            close(ends[1]);
+        ends[1] = -1;
     }
 };
 
@@ -88,7 +89,6 @@ KSystemInfo::~KSystemInfo()
 {
     if (m_topology)
         CPUIDExit();
-    m_topology = nullptr;
 }
 
 void KSystemInfo::init(KSystemInfo *instance)
@@ -216,14 +216,11 @@ Runnable IsRunnable(const char *program)
     const pid_t child = fork();
     if (child == -1)
         return Runnable::No;
-    if (child == 0) {
-        errors.CloseRead();
+    if (child == 0)
         Execute(program, errors.ends[1]);
-    }
     errors.CloseWrite();
     int error;
     const ssize_t got = ReadAgain(errors.ends[0], &error, sizeof error);
-    errors.CloseRead();
     while (waitpid(child, nullptr, 0) == -1 && errno == EINTR) { }
     if (got == 0)
         return Runnable::Yes; // the pipe closed when the program started

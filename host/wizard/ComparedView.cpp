@@ -96,7 +96,6 @@ void ComparedView::wheelEvent(QWheelEvent *event)
     constexpr double kPerDegree = 1.02; // one step of a wheel is 15 degrees
     m_place->ZoomBy(std::pow(kPerDegree, event->angleDelta().y() / 8.0),
                     {at.x() / picture.width(), at.y() / picture.height()});
-    event->accept();
 }
 
 void ComparedView::mousePressEvent(QMouseEvent *event)

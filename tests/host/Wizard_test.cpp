@@ -1,4 +1,5 @@
 // Tests of the wizard, which operate it as a user would, with a process object in place of the plug-in's.
+#include "Case.h"
 #include "KImage.h"
 #include "WizardTest.h"
 #include "wizard/CompareDialog.h"
@@ -11,10 +12,15 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QProgressBar>
+#include <QPushButton>
+#include <QRegularExpression>
 #include <QTreeWidget>
 
 #include <csignal>
+#include <functional>
+#include <limits>
 
 class tst_Wizard : public WizardTest {
     Q_OBJECT
@@ -30,11 +36,12 @@ public Q_SLOTS:
 private Q_SLOTS:
     void picturesByDialogAndDrop();
     void comparesLight();
+    void movesAndZooms();
     void reportsEachResult();
     void replacesOnRequest();
     void savesAsChosen();
     void correctsSeveralAtATime();
-    void stopsAtOnce_data();
+    void estimatesTheTimeLeft();
     void stopsAtOnce();
     void backKeepsChoices();
 
@@ -50,14 +57,21 @@ void tst_Wizard::picturesByDialogAndDrop()
     WriteFile(Path("a_corrected.tiff"), "result");
     Show(QString());
     QVERIFY(!CanGoOn() && !m_wizard->button(QWizard::BackButton)->isEnabled());
-
-    QTimer::singleShot(0, this, [this] {
-        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-        QVERIFY(dialog);
-        dialog->findChild<QLineEdit *>("fileNameEdit"_s)->setText(Path("b.jpg"));
-        static_cast<QDialog *>(dialog)->accept();
-    });
-    Click("add");
+    QString texts;
+    for (const auto button : {QWizard::BackButton, QWizard::NextButton, QWizard::FinishButton, QWizard::CancelButton})
+        texts += m_wizard->button(button)->text();
+    QCOMPARE(texts, "&Back&Next&CloseCancel"_s);
+    const auto choose = [this](const char *button, const QString &path) {
+        QTimer::singleShot(0, this, [&path] {
+            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            dialog->findChild<QLineEdit *>("fileNameEdit"_s)->setText(path);
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        Click(button);
+    };
+    choose("add", Path("b.jpg"));
+    QCOMPARE(m_host->Settings().value("Wizard/PictureFolder"_s), m_dir->path());
     QCOMPARE(Rows("pictures", 1), QStringList("b.jpg"_s));
     QTRY_VERIFY(CanGoOn());
     QCOMPARE(Rows("pictures"), QStringList("b.jpg|60 × 40"_s));
@@ -68,31 +82,130 @@ void tst_Wizard::picturesByDialogAndDrop()
     QTRY_COMPARE(Rows("pictures").at(2), "a.jpg|60 × 40"_s);
     QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // says why it is not a picture
     QVERIFY(Find<QLabel>("reading")->text().isEmpty());
-    const auto *list = Find<QTreeWidget>("pictures");
+    auto *list = Find<QTreeWidget>("pictures");
     for (int i = 0; i < 4; ++i) // the reason has a warning sign
         QVERIFY2(list->topLevelItem(i)->icon(1).isNull() == (i < 3), qPrintable(QString::number(i)));
-    Drop({QUrl::fromLocalFile(m_dir->path())});
-    QCOMPARE(Find<QLabel>("notice")->text(), "No new pictures were found."_s);
+    const auto *notice = Find<QLabel>("notice");
+    QVERIFY(!notice->isVisible());
+    choose("addFolder", m_dir->path());
+    QVERIFY(notice->isVisible() && notice->text() == "No new pictures were found."_s);
+    choose("chooseOutputFolder", m_dir->path());
+    QCOMPARE(Find<QLineEdit>("outputFolder")->text(), m_dir->path());
+    QVERIFY(!notice->isVisible() && CanGoOn() && !Find<QAbstractButton>("remove")->isEnabled());
 
-    Find<QAbstractItemView>("pictures")->selectAll();
-    Click("remove");
-    QVERIFY(!CanGoOn());
+    m_wizard->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_wizard.get()));
+    list->selectAll();
+    QVERIFY(Find<QAbstractButton>("remove")->isEnabled());
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Delete);
+    QVERIFY(!CanGoOn() && Rows("pictures").isEmpty());
     m_wizard->close();
 }
 
-/// OpenEXR holds light, which is shown as sRGB (IEC 61966-2-1): 0.2 as 0.4845.
+/// OpenEXR holds light, which is shown as sRGB (IEC 61966-2-1): 0.2 as 0.4845. Opacity isn't light.
 void tst_Wizard::comparesLight()
 {
     WriteJpeg(Path("a.jpg"), 4, 3);
-    KImage light(4, 3, GFL_RGB, 32, /*clear=*/true, nullptr, 0);
-    std::fill_n(reinterpret_cast<float *>(light.getData(0, 0)), light.bytesPerLine() * 3 / sizeof(float), 0.2F);
+    KImage light(4, 3, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+    const float pixel[] = {0.2F, 2.0F, std::numeric_limits<float>::quiet_NaN(), 0.2F};
+    for (int i = 0; i < 12; ++i)
+        std::copy_n(pixel, 4, reinterpret_cast<float *>(light.getData(i % 4, i / 4)));
     light.Write(Path("a.exr"), "exr"_s, 0, QString());
     CompareDialog dialog(m_host, Path("a.jpg"), Path("a.exr"), nullptr);
-    auto *after = dialog.findChild<ComparedView *>("after"_s);
+    const auto *after = dialog.findChild<ComparedView *>("after"_s);
     QTRY_COMPARE(after->Image().size(), QSize(4, 3));
-    QCOMPARE(QColor(after->Image().pixel(1, 1)), QColor(124, 124, 124));
-    after->setFixedSize(300, 90);
-    QCOMPARE(after->grab().toImage().pixel(2, 45), after->palette().color(QPalette::Dark).rgb()); // next to the picture
+    QCOMPARE(after->Image().pixel(1, 1), qRgba(124, 255, 0, 51));
+    dialog.resize(700, 400);
+    dialog.done(0);
+    QCOMPARE(CompareDialog(m_host, Path("a.jpg"), Path("a.exr"), nullptr).size(), QSize(700, 400));
+}
+
+/// At zoom 1, the 4 x 3 picture fills 120 x 90 of its 300 x 90 view; a step zooms by 1.5 or moves by a tenth of that.
+void tst_Wizard::movesAndZooms()
+{
+    WriteJpeg(Path("a.jpg"), 4, 3);
+    CompareDialog dialog(m_host, Path("a.jpg"), Path("p.lcp"), nullptr);
+    dialog.show();
+    QCOMPARE(dialog.size(), QSize(1000, 520));
+    auto *view = dialog.findChild<ComparedView *>("before"_s), *other = dialog.findChild<ComparedView *>("after"_s);
+    QTRY_COMPARE(view->Image().size(), QSize(4, 3));
+    const QList<QPushButton *> buttons = dialog.findChildren<QPushButton *>();
+    for (const QPushButton *button : buttons)
+        QCOMPARE(button->size(), button->sizeHint());
+    for (ComparedView *each : {view, other})
+        each->setFixedSize(300, 90);
+    const auto place = [view] {
+        const QRectF rect = view->PictureRect();
+        return "%1 %2 %3 %4"_s.arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
+    };
+    const auto key = [=](Qt::Key which) { return [=] { QTest::keyClick(view, which); }; };
+    const auto click = [=](int index) { return [=] { buttons.value(index)->click(); }; };
+    const auto drag = [](QWidget *widget, const QList<QPoint> &way) {
+        return [=] {
+            QTest::mousePress(widget, Qt::LeftButton, {}, way.first());
+            for (const QPoint &to : way.mid(1)) {
+                QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+                QApplication::sendEvent(widget, &move);
+            }
+        };
+    };
+    const auto turn = [](QWidget *widget, const QPointF &at, int degrees) {
+        return [=] {
+            QWheelEvent event(at, at, QPoint(), {0, degrees * 8}, {}, {}, Qt::NoScrollPhase, /*inverted=*/false);
+            QApplication::sendEvent(widget, &event);
+        };
+    };
+    const std::pair<std::function<void()>, const char *> steps[] = {
+        {key(Qt::Key_Plus), "60 -22.5 180 135"},
+        {key(Qt::Key_Equal), "15 -56.25 270 202.5"},
+        {key(Qt::Key_Left), "27 -56.25 270 202.5"},
+        {key(Qt::Key_Up), "27 -47.25 270 202.5"},
+        {key(Qt::Key_Right), "15 -47.25 270 202.5"},
+        {key(Qt::Key_Down), "15 -56.25 270 202.5"},
+        {key(Qt::Key_Minus), "60 -22.5 180 135"},
+        {drag(view, {{100, 40}, {118, 49}, {117, 45}}), "77 -17.5 180 135"},
+        {drag(view, {{50, 50}, {53, 44}}), "80 -23.5 180 135"},
+        {drag(view, {{50, 50}, {500, 500}}), "90 0 180 135"}, // as far as the picture's corner
+        {drag(view, {{50, 50}, {-500, -500}}), "30 -45 180 135"},
+        {key(Qt::Key_0), "90 0 120 90"},
+        {turn(view, {120, 45}, 15), "79.6239 -15.5641 161.504 121.128"}, // by 1.02 per degree, around {120, 45}
+        {turn(view, {120, 45}, -15), "90 0 120 90"},
+        {turn(view, {150, 45}, 900), "-1770 -1395 3840 2880"}, // at most 32 times
+        {click(2), "90 0 120 90"},
+        {click(0), "60 -22.5 180 135"},
+        {click(1), "90 0 120 90"},
+        {drag(other, {{50, 50}, {60, 60}}), "90 0 120 90"}, // has no picture
+        {turn(other, {50, 50}, 15), "90 0 120 90"},
+    };
+    for (const auto &[act, expected] : steps) {
+        act();
+        QVERIFY2(place() == QLatin1String(expected), qPrintable(place() + " instead of "_s + QLatin1String(expected)));
+    }
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog) && other->hasFocus());
+    const auto show = [view](const QImage &image) {
+        view->Show(image);
+        return view->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    };
+    QImage red(4, 3, QImage::Format_RGB32), expected = show(red);
+    red.fill(Qt::red);
+    expected.fill(view->palette().color(QPalette::Dark));
+    QPainter(&expected).fillRect(90, 0, 120, 90, Qt::red);
+    QCOMPARE(show(red), expected);
+    view->setFocus();
+    QPainter painter(&expected);
+    painter.setPen(view->palette().color(QPalette::Highlight));
+    painter.drawRect(0, 0, 299, 89);
+    painter.end();
+    QCOMPARE(show(red), expected);
+    for (const int side : {45, 46}) { // enlarged to 90: from twice the size on, single pixels are shown
+        QImage stripes(100, side, QImage::Format_RGB32);
+        for (int i = 0; i < 100 * side; ++i)
+            stripes.setPixel(i % 100, i / 100, i % 2 ? 0xFFFFFFFF : 0xFF000000);
+        const QImage doubled = stripes.scaled(200, 90).copy(0, 2, 200, 86); // inside the mark of the focus
+        QCOMPARE(show(stripes).copy(50, 2, 200, 86) == doubled, side == 45);
+    }
 }
 
 void tst_Wizard::reportsEachResult()
@@ -107,21 +220,29 @@ void tst_Wizard::reportsEachResult()
     Next();
     QTRY_VERIFY(Close());
     QCOMPARE(m_process->calls, QStringList({"files "_s + toPlugin, "validate"_s}));
-    const QStringList rows = Rows("results");
-    QCOMPARE(rows[0], "good.jpg|Corrected: profile \"found.lcp\""_s + fit);
-    QCOMPARE(rows[1], "bad.jpg|Failed: pixels are lost"_s);
-    QVERIFY(rows[2].contains("already exists"_s));
-    QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // names the picture with the same output
-    QVERIFY(rows[4].contains("No correction"_s));
-    QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
+    const QString corrected = "|Corrected: profile \"found.lcp\""_s + fit;
+    const QStringList expected = {
+        "good.jpg"_s + corrected,
+        "bad.jpg|Failed: pixels are lost"_s,
+        "there.jpg|Left as it was: the corrected picture already exists"_s,
+        "good.tif|Failed: The corrected picture would replace that of \"%1\""_s.arg(Path("good.jpg")),
+        "off.jpg|Failed: No correction is switched on"_s,
+        "open.jpg"_s + corrected,
+        "none.jpg|Failed: No lens profile was chosen, and none was found for this picture: unknown lens"_s,
+        "plain.jpg|Failed: the plug-in doesn't support fitted corrections; \"vitrelux correct --plain\" works without them"_s,
+        "text.jpg|Failed: Not a readable picture: "_s + m_host->ProblemOf(Path("text.jpg")).simplified(),
+    };
+    QCOMPARE(Rows("results"), expected);
+    const QAbstractItemModel *results = Find<QAbstractItemView>("results")->model();
+    QCOMPARE(results->index(5, 0).data(Qt::ToolTipRole), Path("open.jpg"));
+    QCOMPARE(results->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
     QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // the user chose no profile
-    QVERIFY2(rows[6].endsWith("none was found for this picture: unknown lens"_s), qPrintable(rows[6]));
-    QVERIFY2(rows[7].contains("doesn't support fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
-             qPrintable(rows[7]));
-    QVERIFY(rows[8].startsWith("text.jpg|Failed: "_s));
+    QVERIFY(!QFile::exists(Path("plain_corrected.tiff")));
     QCOMPARE(m_wizard->FailedCount(), 6);
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 left as it was, 6 failed"_s);
-    QCOMPARE(Find<QProgressBar>("progress")->value(), kPictures);
+    const auto *progress = Find<QProgressBar>("progress");
+    QVERIFY(progress->value() == kPictures && progress->maximum() == kPictures);
+    QVERIFY(!m_wizard->button(QWizard::CancelButton)->isVisible());
     QCOMPARE(ReadFile(Path("good_corrected.tiff")), m_process->profile.toUtf8() + "filltiff");
     QCOMPARE(ReadFile(Path("there_corrected.tiff")), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).size(), kPictures + 4); // the profile and three outputs: no work folder is left
@@ -174,8 +295,16 @@ void tst_Wizard::savesAsChosen()
     Show(QString()); // remembers the choices
     QVERIFY(Find<QLineEdit>("outputFolder")->text().endsWith("/in/out"_s));
     QCOMPARE(Find<QComboBox>("format")->currentData(), "png"_s);
+    const QByteArray home = qgetenv("HOME");
+    qputenv("HOME", Path("in").toUtf8());
+    Find<QLineEdit>("outputFolder")->setText("~/out"_s);
     Drop({QUrl::fromLocalFile(Path("in"))});
-    QCOMPARE(Rows("pictures", 1).size(), 2); // without the results
+    QCOMPARE(Rows("pictures", 3), QStringList({"a.jpg||"_s + Path("in"), "a.jpg||"_s + Path("in/sub")})); // no results
+    qputenv("HOME", home);
+    m_wizard->close();
+    m_host->Settings().setValue("Wizard/OutputFolder"_s, Path("p.lcp"));
+    Show(QString());
+    QCOMPARE(Find<QLabel>("notice")->text(), "\"%1\" is not a folder"_s.arg(Path("p.lcp")));
     m_wizard->close();
 }
 
@@ -197,38 +326,59 @@ void tst_Wizard::correctsSeveralAtATime()
     m_wizard.reset(); // must be deleted before the second process
 }
 
-void tst_Wizard::stopsAtOnce_data()
+/// The time left is that of the pixels: 4 million after one mean hours, one after 4 million less than a second.
+void tst_Wizard::estimatesTheTimeLeft()
 {
-    QTest::addColumn<QString>("manner");
-    for (const char *manner : {"button", "window closed", "window closed twice", "deleted"})
-        QTest::newRow(manner) << QString::fromLatin1(manner);
+    m_process->page.reset();
+    for (const char *name : {"tiny.jpg", "slow1.jpg", "slow3.jpg"})
+        WriteJpeg(Path(name), 1, 1);
+    for (const char *name : {"large.jpg", "slow2.jpg"})
+        WriteJpeg(Path(name), 2000, 2000);
+    const std::pair<const char *, const char *> rows[] = {{"bad.jpg slow1.jpg", "^$"},
+                                                          {"tiny.jpg slow2.jpg", "^About \\d\\d+ minutes left$"},
+                                                          {"large.jpg slow3.jpg", "^About 1 second left$"}};
+    for (const auto &[names, expected] : rows) {
+        const Case named(names);
+        Show(QLatin1String(names));
+        Next();
+        QVERIFY(m_process->began.tryAcquire(1, 10000));
+        const auto *left = Find<QLabel>("timeLeft");
+        QTRY_COMPARE(Find<QLabel>("state")->text(), "1 of 2 pictures finished"_s);
+        QTRY_VERIFY2(QRegularExpression(QLatin1String(expected)).match(left->text()).hasMatch(),
+                     qPrintable(left->text()));
+        m_process->go.release();
+        QTRY_VERIFY(Close());
+        QCOMPARE(left->text(), QString());
+    }
 }
 
 void tst_Wizard::stopsAtOnce()
 {
-    QFETCH(QString, manner);
-    Show("slow.jpg next.jpg"_s);
-    Next();
-    Next();
-    QVERIFY(m_process->began.tryAcquire(1, 10000));
-    QVERIFY(!Close());
-    QVERIFY(!m_wizard->button(QWizard::BackButton)->isEnabled());
-    if (manner == "button"_s)
-        Click("stop");
-    if (manner.startsWith("window closed"_s))
-        m_wizard->close();
-    QVERIFY(m_wizard->isVisible());
-    if (manner == "window closed twice"_s) {
-        m_wizard->close();
-        QVERIFY(!m_wizard->isVisible());
-    } else if (manner != "deleted"_s) {
-        QTRY_VERIFY(!m_wizard->findChild<RunPage *>()->IsRunning());
-        const QString stopped = "|Not corrected: the run was stopped"_s;
-        QCOMPARE(Rows("results"), QStringList({"slow.jpg"_s + stopped, "next.jpg"_s + stopped}));
+    for (const QString &manner : {"button"_s, "window closed"_s, "window closed twice"_s, "deleted"_s}) {
+        const Case named(manner);
+        Show("slow.jpg next.jpg"_s);
+        Next();
+        Next();
+        QVERIFY(m_process->began.tryAcquire(1, 10000));
+        QVERIFY(!Close());
+        QVERIFY(!m_wizard->button(QWizard::BackButton)->isEnabled());
+        if (manner == "button"_s)
+            Click("stop");
+        if (manner.startsWith("window closed"_s))
+            m_wizard->close();
         QVERIFY(m_wizard->isVisible());
+        if (manner == "window closed twice"_s) {
+            m_wizard->close();
+            QVERIFY(!m_wizard->isVisible());
+        } else if (manner != "deleted"_s) {
+            QTRY_VERIFY(!m_wizard->findChild<RunPage *>()->IsRunning());
+            const QString stopped = "|Not corrected: the run was stopped"_s;
+            QCOMPARE(Rows("results"), QStringList({"slow.jpg"_s + stopped, "next.jpg"_s + stopped}));
+            QVERIFY(m_wizard->isVisible());
+        }
+        m_wizard.reset();
+        QCOMPARE(Names(m_dir->path()), QStringList({"next.jpg"_s, "p.lcp"_s, "slow.jpg"_s}));
     }
-    m_wizard.reset();
-    QCOMPARE(Names(m_dir->path()), QStringList({"next.jpg"_s, "p.lcp"_s, "slow.jpg"_s}));
 }
 
 void tst_Wizard::backKeepsChoices()
@@ -242,6 +392,7 @@ void tst_Wizard::backKeepsChoices()
     m_wizard->Add({Path("b.jpg")});
     Next();
     QCOMPARE(m_process->calls, QStringList({"files a.jpg"_s, "files a.jpg b.jpg"_s}));
+    QCOMPARE(m_process->page->shown, 3);
     m_wizard->back();
     Find<QComboBox>("framing")->setCurrentIndex(2);
     Next();

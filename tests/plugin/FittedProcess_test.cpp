@@ -2,6 +2,7 @@
 // gain in linear light, gray pictures, bands on several threads, and the formats of results.
 #include "Case.h"
 #include "ComputePreview.h"
+#include "CorrectionRecord.h"
 #include "FakeHost.h"
 #include "Files.h"
 #include "FittedBands.h"
@@ -9,8 +10,10 @@
 #include "ModelOracle.h"
 #include "SpelledProfile.h"
 #include "TestFiles.h"
+#include "Thrown.h"
 #include "TiffRaster.h"
 
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -126,16 +129,15 @@ private Q_SLOTS:
         m_process.setProperty("Correction", "fitted"_s);
     }
     void previewIsTheFileScaled();
-    void previewGain_data();
     void previewGain();
     void gainMultipliesLight_data();
     void gainMultipliesLight();
-    void grayStaysGray_data();
     void grayStaysGray();
     void independentOfThreadCount();
     void readsOnlyAnnouncedRows();
     void formats_data();
     void formats();
+    void recordOfResult();
 
 private:
     void *Record(const Options &options);
@@ -227,51 +229,47 @@ void tst_FittedProcess::previewIsTheFileScaled()
     QVERIFY(compared > small.width() * small.height() * 5);
 }
 
-void tst_FittedProcess::previewGain_data()
-{
-    QTest::addColumn<int>("code");
-    for (int code : {30, 110, 190}) // the last reaches white
-        QTest::addRow("flat, %d", code) << code;
-}
-
 /// As on the page, the worker renders a reduced copy of a file with sRGB values.
 void tst_FittedProcess::previewGain()
 {
-    QFETCH(const int, code);
-    const QSize whole(600, 400), small(151, 101);
-    const auto flat = [code](int, int, int) { return code; };
-    auto *def = static_cast<KIImageDef *>(Host().Def(Put(Filled(whole, 8, flat))));
-    KImage image(small.width(), small.height(), GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
-    for (int y = 0; y < small.height(); ++y)
-        for (int x = 0; x < small.width(); ++x)
-            for (int c = 0; c < 4; ++c)
-                reinterpret_cast<float *>(image.getData(x, y))[c] = c < 3 ? float(code / 255.0) : 1.0F;
-    void *record = Record({{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Falloff"_s, "1"_s}});
-    ComputePreview worker(&m_process, nullptr);
-    worker.setImage(def, &image, static_cast<Params *>(record));
-    worker.start();
-    QVERIFY(worker.wait(60000) && worker.Report() && !worker.Report()->done.isEmpty());
-    QImage shown;
-    worker.getPreview(shown);
-    m_process.FreeParameters(record);
-    QCOMPARE(shown.size(), small);
-    double worst = 0.0;
-    int compared = 0;
-    for (int y = 0; y < small.height(); ++y)
-        for (int x = 0; x < small.width(); ++x) {
-            const auto at = OracleAt({{SmallEntry(), 1.0L}}, Whole(whole), Projection::Rectilinear, 1.0,
-                                     (x + 0.5L) * whole.width() / small.width() - 0.5L,
-                                     (y + 0.5L) * whole.height() / small.height() - 0.5L);
-            const double expected = std::min(255.0, 255.0 * LightToSrgb(SrgbToLight(code / 255.0) * double(at.gain)));
-            const QRgb pixel = shown.pixel(x, y);
-            if (qAlpha(pixel) != 255)
-                continue;
-            ++compared;
-            for (int got : {qRed(pixel), qGreen(pixel), qBlue(pixel)})
-                worst = std::max(worst, std::abs(got - expected));
-        }
-    QVERIFY2(worst < 1.0, qPrintable(QString::number(worst)));
-    QVERIFY(compared > small.width() * small.height() / 2);
+    for (const int code : {30, 110, 190}) { // the last reaches white
+        const Case named(code);
+        const QSize whole(600, 400), small(151, 101);
+        const auto flat = [code](int, int, int) { return code; };
+        auto *def = static_cast<KIImageDef *>(Host().Def(Put(Filled(whole, 8, flat))));
+        KImage image(small.width(), small.height(), GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+        for (int y = 0; y < small.height(); ++y)
+            for (int x = 0; x < small.width(); ++x)
+                for (int c = 0; c < 4; ++c)
+                    reinterpret_cast<float *>(image.getData(x, y))[c] = c < 3 ? float(code / 255.0) : 1.0F;
+        void *record = Record({{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Falloff"_s, "1"_s}});
+        ComputePreview worker(&m_process, nullptr);
+        worker.setImage(def, &image, static_cast<Params *>(record));
+        worker.start();
+        QVERIFY(worker.wait(60000) && worker.Report() && !worker.Report()->done.isEmpty());
+        QImage shown;
+        worker.getPreview(shown);
+        m_process.FreeParameters(record);
+        QCOMPARE(shown.size(), small);
+        double worst = 0.0;
+        int compared = 0;
+        for (int y = 0; y < small.height(); ++y)
+            for (int x = 0; x < small.width(); ++x) {
+                const auto at = OracleAt({{SmallEntry(), 1.0L}}, Whole(whole), Projection::Rectilinear, 1.0,
+                                         (x + 0.5L) * whole.width() / small.width() - 0.5L,
+                                         (y + 0.5L) * whole.height() / small.height() - 0.5L);
+                const double expected =
+                    std::min(255.0, 255.0 * LightToSrgb(SrgbToLight(code / 255.0) * double(at.gain)));
+                const QRgb pixel = shown.pixel(x, y);
+                if (qAlpha(pixel) != 255)
+                    continue;
+                ++compared;
+                for (int got : {qRed(pixel), qGreen(pixel), qBlue(pixel)})
+                    worst = std::max(worst, std::abs(got - expected));
+            }
+        QVERIFY2(worst < 1.0, qPrintable(QString::number(worst)));
+        QVERIFY(compared > small.width() * small.height() / 2);
+    }
 }
 
 void tst_FittedProcess::gainMultipliesLight_data()
@@ -322,35 +320,31 @@ void tst_FittedProcess::gainMultipliesLight()
     QVERIFY2(worst < tolerance, qPrintable(QString::number(worst)));
 }
 
-void tst_FittedProcess::grayStaysGray_data()
-{
-    QTest::addColumn<int>("bits");
-    for (int bits : {8, 16, 32})
-        QTest::addRow("%d bits", bits) << bits;
-}
-
 void tst_FittedProcess::grayStaysGray()
 {
-    QFETCH(const int, bits);
-    const QSize size(300, 200);
-    const double white = bits == 32 ? 1.0 : (1 << bits) - 1.0, right = size.width() - 1.0;
-    TiffRaster source = BlankRaster(size.width(), size.height(), 1, bits);
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x)
-            source.At(x, y, 0) = float(x / right * white);
-    constexpr double kZoom = 1.2; // leaves no empty pixels
-    const TiffRaster result =
-        Corrected(source, {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Framing"_s, QString::number(kZoom)}});
-    QVERIFY2(m_assumed.contains("lateral color: the picture is gray"_s), qPrintable(m_assumed));
-    QVERIFY(result.channels == 1 && result.bits == bits);
-    double worst = 0.0;
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x) {
-            const OraclePlaces at = OracleAt({{SmallEntry(), 1.0L}}, Whole(size), Projection::Rectilinear, kZoom, x, y);
-            worst = std::max(worst, std::abs(double(result.At(x, y, 0)) - double(at.green.x) / right * white));
-        }
-    // Rounding of source and result, plus 0.01 px.
-    QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
+    for (const int bits : {8, 16, 32}) {
+        const Case named(bits);
+        const QSize size(300, 200);
+        const double white = bits == 32 ? 1.0 : (1 << bits) - 1.0, right = size.width() - 1.0;
+        TiffRaster source = BlankRaster(size.width(), size.height(), 1, bits);
+        for (int y = 0; y < size.height(); ++y)
+            for (int x = 0; x < size.width(); ++x)
+                source.At(x, y, 0) = float(x / right * white);
+        constexpr double kZoom = 1.2; // leaves no empty pixels
+        const TiffRaster result =
+            Corrected(source, {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Framing"_s, QString::number(kZoom)}});
+        QVERIFY2(m_assumed.contains("lateral color: the picture is gray"_s), qPrintable(m_assumed));
+        QVERIFY(result.channels == 1 && result.bits == bits);
+        double worst = 0.0;
+        for (int y = 0; y < size.height(); ++y)
+            for (int x = 0; x < size.width(); ++x) {
+                const OraclePlaces at =
+                    OracleAt({{SmallEntry(), 1.0L}}, Whole(size), Projection::Rectilinear, kZoom, x, y);
+                worst = std::max(worst, std::abs(double(result.At(x, y, 0)) - double(at.green.x) / right * white));
+            }
+        // Rounding of source and result, plus 0.01 px.
+        QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
+    }
 }
 
 /// At any depth, the file doesn't depend on the number of threads that render and compress its bands.
@@ -381,10 +375,11 @@ void tst_FittedProcess::independentOfThreadCount()
 /// Source rows are filled only when they are waited for, so reading any other row would change the result.
 void tst_FittedProcess::readsOnlyAnnouncedRows()
 {
-    for (const QSize size : {QSize(640, 430), QSize(430, 640)})
+    for (const auto &[size, bits] :
+         {std::pair(QSize(640, 430), 8), std::pair(QSize(430, 640), 8), std::pair(QSize(430, 640), 32)})
         for (const double bend : {0.05, -0.05, -0.4, 1.5})
             for (const Sampling sampling : {Sampling::Sharp, Sampling::Bilinear}) {
-                const Case named(size, bend, sampling == Sampling::Sharp);
+                const Case named(size, bits, bend, sampling == Sampling::Sharp);
                 FittedPlan plan;
                 Correction &correction = plan.fit.correction;
                 correction.width = size.width();
@@ -394,10 +389,12 @@ void tst_FittedProcess::readsOnlyAnnouncedRows()
                 correction.geometry->centerX = size.width() / 2.0;
                 correction.geometry->centerY = size.height() / 2.0;
                 correction.geometry->factor = RadialCurve(radius2, {1.0, 1.0 + bend}); // linear in the radius squared
-                KImage whole(size.width(), size.height(), GFL_RGB, 8, /*clear=*/true, nullptr, 0), arriving(whole);
+                KImage codes(size.width(), size.height(), GFL_RGB, 8, /*clear=*/true, nullptr, 0), whole;
+                KImage arriving(size.width(), size.height(), GFL_RGB, bits, /*clear=*/true, nullptr, 0);
                 for (int y = 0; y < size.height(); ++y)
                     for (int i = 0; i < 3 * size.width(); ++i)
-                        whole.getData(0, y)[i] = static_cast<unsigned char>(64 + i * 7 % 50 + y % 90);
+                        codes.getData(0, y)[i] = static_cast<unsigned char>(64 + i * 7 % 50 + y % 90);
+                codes.Convert(whole, GFL_RGB, bits);
                 QVector<int> waits;
                 const auto result = [&](const KImage &source, const FittedBands::WaitForRows &wait) {
                     FittedBands bands(plan, sampling, source, wait);
@@ -432,12 +429,19 @@ void tst_FittedProcess::formats_data()
     QTest::addColumn<QString>("assumed");
     // Row names begin with the format.
     QTest::newRow("jpeg, 16 bits") << 16 << 3 << 0.0 << 8 << 0.4 << "8 bits per channel instead of 16"_s;
-    QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "transparent pixels are black"_s;
+    QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "no opacity: transparent pixels are black"_s;
     QTest::newRow("jpeg, gray") << 8 << 1 << 0.0 << 8 << 0.4 << QString();
     QTest::newRow("png, alpha") << 16 << 4 << 0.0 << 16 << 0.4 << QString();
-    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4) << "sRGB curve"_s;
-    QTest::newRow("png, gray floats with profile") << 32 << 1 << 1.8 << 16 << 0.4 << "clipped to 0 to 1"_s;
-    QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4) << "treated as sRGB"_s;
+    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4)
+                                 << "16 bits per channel instead of floats (clipped to 0 to 1), with the sRGB curve"_s;
+    QTest::newRow("png, gray floats with profile")
+        << 32 << 1 << 1.8 << 16 << 0.4 << "16 bits per channel instead of floats (clipped to 0 to 1)"_s;
+    QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4)
+                                 << "no color profile with curves: treated as sRGB"_s;
+    QTest::newRow("jpeg, empty borders") << 8 << 3 << 0.0 << 8 << 0.4 << "no opacity: transparent pixels are black"_s;
+    QTest::newRow("png, gray, empty borders")
+        << 8 << 1 << 0.0 << 8 << 0.4
+        << "RGB with opacity instead of gray, because some pixels are empty, and without the gray color profile"_s;
     QTest::newRow("exr, 16 bits with alpha and profile") << 16 << 4 << 1.8 << 32 << std::pow(0.4, 1.8) << QString();
     QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();
 }
@@ -457,25 +461,91 @@ void tst_FittedProcess::formats()
     if (bits == 32) // the tables have no entry for NaN
         std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
     const QString path = Put(source, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
-    void *record = Record({{"Disto"_s, "1"_s}, {"Framing"_s, "1.2"_s}, {"Format"_s, format}, {"Quality"_s, "100"_s}});
+    const bool leavesEmpty = QByteArray(QTest::currentDataTag()).contains("empty");
+    void *record = Record({{"Disto"_s, "1"_s},
+                           {"Framing"_s, leavesEmpty ? "all"_s : "1.2"_s},
+                           {"Format"_s, format},
+                           {"Quality"_s, "100"_s}});
     QString output;
     m_process.Process(path, record, output);
     const QDomElement element = m_process.GetXmlParameters(record);
     m_process.FreeParameters(record);
+    QVERIFY(Host().Def(path)->acceptedPending && !gflAcceptsPendingRows()); // only while the picture is locked
     QCOMPARE(element.attribute("Format"_s), format);
-    QVERIFY2(element.attribute("Assumed"_s).contains(assumed), qPrintable(element.attribute("Assumed"_s)));
+    QCOMPARE(element.attribute("Assumed"_s), assumed);
     QVERIFY2(output.endsWith("a_corrected."_s + (format == "jpeg"_s ? "jpg"_s : format)), qPrintable(output));
+    const QByteArray list("channels\0chlist", 16), file = ReadFile(output); // of OpenEXR, which can store half floats
+    const int first = file.indexOf(list) + list.size() + 5;
+    QVERIFY(format != "exr"_s || file[file.indexOf('\0', first) + 1] == (bits == 8 ? 1 : 2));
     KImage result;
     result.ID_Read(output, /*nativeDepth=*/true);
     QTEST(int(result.bitsPerComponent()), "resultBits");
-    const bool hasAlpha = channels == 4 && format != "jpeg"_s;
+    const bool hasAlpha = (channels == 4 || leavesEmpty) && format != "jpeg"_s;
     QCOMPARE(int(result.type()), int(hasAlpha ? GFL_RGBA : channels == 1 ? GFL_GREY : GFL_RGB));
     KImage floats;
     result.Convert(floats, GFL_RGBA, 32);
     const auto *pixel = reinterpret_cast<const float *>(floats.getData(150, 100));
     for (int c = 0; c < 3; ++c) // twice the rounding error of 8 bits
         QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
-    QVERIFY(!hasAlpha || std::abs(pixel[3] - 0.5F) < 0.001F);
+    QVERIFY(std::abs(pixel[3] - (channels == 4 && hasAlpha ? 0.5F : 1.0F)) < 0.001F);
+    QCOMPARE(reinterpret_cast<const float *>(floats.getData(150, 0))[3] == 0.0F, hasAlpha && leavesEmpty);
+}
+
+/// The record of one correction after another, made by a program that left XMP, or by the camera.
+void tst_FittedProcess::recordOfResult()
+{
+    FitResult fit;
+    fit.distortion = true;
+    fit.profile = WriteFile(m_dir.filePath("my.abc.lcp"_s), "abc"); // whose digest is in RFC 1321
+    fit.entries = "24 mm"_s;
+    fit.zoom = 1.23456789;
+    FitOptions options;
+    options.profile = fit.profile;
+    options.amountDistortion = 0.506;
+    options.amountChromatic = 0.0;
+    options.again = true;
+    options.typed.focalMm = 23.5;
+    PictureFacts facts;
+    facts.vignettingDone = {true, "XMP lens profile"_s};
+    const auto text = [&] {
+        QStringList lines;
+        for (const auto &[key, value] : CorrectionRecord(fit, facts, options, "image/png"_s))
+            lines << key.mid(4) + QLatin1Char('=') + value;
+        return lines.filter(QRegularExpression("^(?!vitrelux.Version=.)"_s)).join("; "_s);
+    };
+    const QString digest = "Digest=900150983CD24FB0D6963F7D28E17F72"_s;
+    QCOMPARE(text(),
+             "dc.format=image/png; vitrelux.Corrections=distortion, vignetting; "
+             "vitrelux.Requested=distortion, vignetting; vitrelux.Profile=my.abc.lcp; "
+             "vitrelux.ProfileName=my.abc; vitrelux.Profile"_s
+                 + digest
+                 + "; vitrelux.Entries=24 mm; "
+                   "vitrelux.Zoom=1.23457; vitrelux.Framing=fill; vitrelux.Sampling=sharp; "
+                   "vitrelux.Projection=rectilinear; vitrelux.AmountDisto=0.506; vitrelux.AmountCA=0; "
+                   "vitrelux.AmountFalloff=1; vitrelux.Focal=23.5; crs.AlreadyApplied=True; crs.LensProfileEnable=1; "
+                   "crs.LensProfileSetup=Custom; crs.LensProfileName=my.abc; crs.LensProfileFilename=my.abc.lcp; "
+                   "crs.LensProfile"_s
+                 + digest
+                 + "; crs.LensProfileIsEmbedded=; crs.LensProfileDistortionScale=51; "
+                   "crs.LensProfileChromaticAberrationScale=0"_s);
+    fit = FitResult();
+    fit.vignetting = true;
+    fit.profile = "lensfun:Maker/Lens A/B"_s;
+    options = FitOptions();
+    options.distortion = options.chromatic = false;
+    facts = PictureFacts();
+    facts.distortionDone = {true, "EXIF of the camera"_s};
+    facts.chromaticTried = true;
+    QCOMPARE(
+        text().remove(QRegularExpression("vitrelux.(Entries|Zoom|Framing|Sampling|Projection|Amount\\w+)=\\w*; "_s)),
+        "dc.format=image/png; vitrelux.Corrections=vignetting; vitrelux.Requested=lateral color, vignetting; "
+        "vitrelux.Profile=lensfun:Maker/Lens A/B; vitrelux.ProfileName=Maker/Lens A/B; vitrelux.ProfileDigest=; "
+        "crs.AlreadyApplied=True; crs.LensProfileEnable=1; crs.LensProfileSetup=Auto; "
+        "crs.LensProfileName=Maker/Lens A/B; crs.LensProfileFilename=; crs.LensProfileDigest=; "
+        "crs.LensProfileIsEmbedded=; crs.LensProfileDistortionScale=0; "
+        "crs.LensProfileChromaticAberrationScale=0; crs.LensProfileVignettingScale=100"_s);
+    fit.profile = "/absent.lcp"_s;
+    QCOMPARE(Thrown(text), "cannot read \"/absent.lcp\": No such file or directory"_s);
 }
 
 int main(int argc, char **argv)

@@ -126,7 +126,6 @@ class tst_KVitreluxOne2One : public QObject {
 private Q_SLOTS:
     void init() { Host().Clear(); }
 
-    void recordFromElement_data();
     void recordFromElement();
     void plainRecordsIgnoreFittedOptions();
     void plainRunsIgnoreFittedOptions();
@@ -160,43 +159,39 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_KVitreluxOne2One::recordFromElement_data()
-{
-    QTest::addColumn<QString>("stored");    // the setting "Disto"; empty: nothing is stored
-    QTest::addColumn<QString>("attribute"); // "Disto" of the element; null: no element, empty: without the attribute
-    QTest::addColumn<bool>("disto");
-    QTest::newRow("nothing stored") << "" << QString() << false;
-    QTest::newRow("stored") << "true" << QString() << true;
-    QTest::newRow("element overrides setting") << "true"
-                                               << "0" << false;
-    QTest::newRow("missing attribute overrides setting") << "true"
-                                                         << "" << false;
-    QTest::newRow("number above 1") << ""
-                                    << "2" << true;
-    QTest::newRow("not a number") << ""
-                                  << "true" << false;
-}
-
 void tst_KVitreluxOne2One::recordFromElement()
 {
-    QFETCH(QString, stored);
-    QFETCH(QString, attribute);
-    if (!stored.isEmpty()) {
-        Host().settings.insert(kUid + QStringLiteral("/Disto"), stored);
-        Host().settings.insert(kUid + QStringLiteral("/LCPfilename"), QStringLiteral("/stored.lcp"));
+    const struct {
+        const char *name, *stored; // the setting "Disto"; empty: nothing is stored
+        const char *attribute;     // "Disto" of the element; null: no element, empty: without the attribute
+        bool disto;
+    } rows[] = {{"nothing stored", "", nullptr, false},
+                {"stored", "true", nullptr, true},
+                {"element overrides setting", "true", "0", false},
+                {"missing attribute overrides setting", "true", "", false},
+                {"number above 1", "", "2", true},
+                {"not a number", "", "true", false}};
+    for (const auto &row : rows) {
+        const Case named(row.name);
+        Host().Clear();
+        const bool isStored = *row.stored;
+        if (isStored) {
+            Host().settings.insert(kUid + "/Disto"_s, QLatin1String(row.stored));
+            Host().settings.insert(kUid + "/LCPfilename"_s, "/stored.lcp"_s);
+        }
+        QDomDocument document;
+        QDomElement element;
+        if (row.attribute)
+            element = document.createElement("any"_s);
+        if (row.attribute && *row.attribute)
+            element.setAttribute("Disto"_s, QLatin1String(row.attribute));
+        KVitreluxOne2One process;
+        auto *params = static_cast<Params *>(process.AllocParameters(element));
+        QCOMPARE(params->disto, row.disto);
+        QCOMPARE(params->lcpFilename, isStored && !row.attribute ? "/stored.lcp"_s : QString());
+        QCOMPARE(params->scale, 1.0f);
+        process.FreeParameters(params);
     }
-    QDomDocument document;
-    QDomElement element;
-    if (!attribute.isNull())
-        element = document.createElement(QStringLiteral("any"));
-    if (!attribute.isEmpty())
-        element.setAttribute(QStringLiteral("Disto"), attribute);
-    KVitreluxOne2One process;
-    auto *params = static_cast<Params *>(process.AllocParameters(element));
-    QTEST(params->disto, "disto");
-    QCOMPARE(params->lcpFilename, !stored.isEmpty() && attribute.isNull() ? QStringLiteral("/stored.lcp") : QString());
-    QCOMPARE(params->scale, 1.0f);
-    process.FreeParameters(params);
 }
 
 // Checks that stored fitted options change no call or attribute of plain records that a host can observe.
@@ -334,9 +329,10 @@ void tst_KVitreluxOne2One::fittedOption()
     const auto optionOf = [&](void *record) { return process.GetXmlParameters(record).attribute(name); };
     const QString byDefault = optionOf(untouched);
     QCOMPARE(optionOf(params), kept);
-    params->fitted->report = FitReport{"/found.lcp"_s, "24 mm"_s, QString(), QString(), "why"_s};
-    QCOMPARE(process.GetXmlParameters(params).attribute("Profile"_s), "/found.lcp"_s);
-    QVERIFY(process.GetXmlParameters(params).hasAttribute("Done"_s)); // empty: nothing was done
+    params->fitted->report = FitReport{"/found.lcp"_s, "24 mm"_s, "sRGB"_s, QString(), "why"_s};
+    const QString all = TextOf(process.GetXmlParameters(params)); // nothing was done
+    for (const char *part : {"Profile=/found.lcp", "Entries=24 mm", "Assumed=sRGB", "Done=", "Why=why"})
+        QVERIFY2((all + QLatin1Char(' ')).contains(QLatin1String(part) + QLatin1Char(' ')), part);
 
     process.SaveDefaultSettings(params);
     process.OnValidatePage();
@@ -361,8 +357,13 @@ void tst_KVitreluxOne2One::xmlForm()
     for (int bytes = 8; bytes <= 256; bytes += 8)
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));
-    QCOMPARE(element.attributes().count(), 4);
-    QCOMPARE(element.attribute(QStringLiteral("CA")), QStringLiteral("1"));
+    QCOMPARE(TextOf(element), "CA=1 Disto=0 Falloff=0 LCPfilename="_s + params.lcpFilename);
+    Params copy;
+    params.falloff = params.disto = true;
+    params.scale = 0.5F;
+    process.CopyParameters(&copy, &params);
+    QCOMPARE(TextOf(process.GetXmlParameters(&copy)), "CA=1 Disto=1 Falloff=1 LCPfilename="_s + params.lcpFilename);
+    QCOMPARE(copy.scale, 0.5F);
     auto *back = static_cast<Params *>(process.AllocParameters(element));
     QVERIFY(!back->disto && back->ca && !back->falloff);
     QCOMPARE(back->lcpFilename, params.lcpFilename);
@@ -495,7 +496,7 @@ void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
     QString output;
     process.Process(source, &params, output);
     QCOMPARE(output, m_dir.filePath(QStringLiteral("a.b_corrected.tiff")));
-    QCOMPARE(def->locks, 0);
+    QVERIFY(def->locks == 0 && !def->acceptedPending);
     QVERIFY(ReadFile(output) == ReadFile(expected));
     KImage written;
     written.ID_Read(output, /*nativeDepth=*/true);

@@ -1,5 +1,7 @@
 // The plug-in's objects without a host: without an application, and with one that isn't a host.
 #include "ImageDatas.h"
+#include "KImage.h"
+#include "KUI.h"
 #include "KVitreluxOne2One.h"
 #include "Library.h"
 #include "Thrown.h"
@@ -7,6 +9,7 @@
 #include <QCoreApplication>
 #include <QtTest>
 
+#include <memory>
 #include <optional>
 
 class tst_WithoutHost : public QObject {
@@ -49,10 +52,15 @@ void tst_WithoutHost::defaultsAndRefusals()
     process.FreeParameters(params);
     process.FreeParameters(nullptr);
 
-    Library library;
-    QVERIFY(library.Plugins(KIPluginLibrary::None).isEmpty());
-    QVERIFY(library.Plugins(KIPluginLibrary::All).value(0));
+    auto library = std::make_unique<Library>();
+    QVERIFY(library->Plugins(KIPluginLibrary::None).isEmpty());
+    const QPointer<QObject> plugin = library->Plugins(KIPluginLibrary::All).value(0);
+    QVERIFY(plugin);
     QCOMPARE(ImageDatas::settings, nullptr); // nothing was started
+    KImage::init(nullptr);
+    KUI::init(nullptr);
+    library.reset(); // stops the modules, whoever started them
+    QVERIFY(!plugin && !ImageDatas::settings && !KUI::ms_instances.state);
 }
 
 QTEST_APPLESS_MAIN(tst_WithoutHost)

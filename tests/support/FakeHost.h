@@ -4,6 +4,7 @@
 #include "KIApplication.h"
 #include "KIImageDef.h"
 #include "KImage.h"
+#include "gfl.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -31,29 +32,34 @@ public:
     int Model() const override { return 0; }
     qint64 GetTimestamp() const override { return 0; }
     float GetEV() const override { return 0; }
-    KImage *Lock(int width, int height, bool) override
+    KImage *Lock(int width, int height, bool nativeDepth) override
     {
         if (gone)
             KThrow("gone");
         pixels.Resize(m_reduced, width, height);
         reducedSizes.append(QSize(width, height));
-        ++locks;
+        locks += nativeDepth ? 1 : 1000;
         return &m_reduced;
     }
-    void Unlock(int, int, bool) override { --locks; }
+    void Unlock(int width, int height, bool nativeDepth) override
+    {
+        locks -= nativeDepth && QSize(width, height) == reducedSizes.last() ? 1 : 1000;
+    }
     KImage *LockFullSize(bool nativeDepth) override
     {
         if (!pixels.m_bitmap)
             return nullptr;
         locks += nativeDepth ? 1 : 1000;
+        acceptedPending = gflAcceptsPendingRows();
         return &pixels;
     }
     void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
-    KImage pixels;             // empty if the description has none
-    int locks = 0;             // locks held; a full-size lock at another depth counts as 1,000
-    bool gone = false;         // the file was deleted after it was described: Lock throws
-    QList<QSize> reducedSizes; // locked sizes, in order
+    KImage pixels;                // empty if the description has none
+    int locks = 0;                // locks held; one at another depth counts as 1,000
+    bool gone = false;            // the file was deleted after it was described: Lock throws
+    QList<QSize> reducedSizes;    // locked sizes, in order
+    bool acceptedPending = false; // at the last full-size lock, the caller accepted pending rows
 
 private:
     KImage m_reduced;

@@ -20,7 +20,7 @@ namespace {
 const QString kApplication = QStringLiteral("Analytics_test"), kSqlite = QStringLiteral("QSQLITE");
 const QString kCategory = QStringLiteral("c"), kName = QStringLiteral("n");
 
-/// Provider that records "category/name=value" of each event, and the other calls.
+/// Provider that records "category/name=value of type" of each event, and the other calls.
 class Sender : public KAnalyticsProvider {
 public:
     explicit Sender(QStringList *log) : KAnalyticsProvider(nullptr), m_log(log) { }
@@ -28,13 +28,18 @@ public:
     void waitBeforeExit() override { *m_log << QStringLiteral("waited"); }
 
 protected:
-    void storageChanged(QObject *store) override { *m_log << QString::fromLatin1(store->metaObject()->className()); }
+    void storageChanged(QObject *store) override
+    {
+        if (store == m_db || store == m_anFile)
+            *m_log << QString::fromLatin1(store->metaObject()->className());
+    }
     void preFlush(QList<KAnalyticsRawEvent *> events) override { *m_log << QStringLiteral("pre%1").arg(events.size()); }
     void flushEvent(KAnalyticsRawEvent *raw) override
     {
         KAnalyticsEvent event(nullptr);
         event.fromJson(raw->value());
-        *m_log << QStringLiteral("%1/%2=%3").arg(event.category(), event.name(), event.value().toString());
+        const QString name = event.category() + QLatin1Char('/') + event.name(), value = event.value().toString();
+        *m_log << QStringLiteral("%1=%2 of type %3").arg(name, value).arg(event.type());
         delete raw;
     }
     void postFlush() override { *m_log << QStringLiteral("post"); }
@@ -69,7 +74,8 @@ QByteArray StoreBytes()
     const QJsonObject event = {{QStringLiteral("name"), QStringLiteral("old")}};
     return QJsonDocument(QJsonObject{{QStringLiteral("events"), QJsonArray{event}},
                                      {QStringLiteral("userId"), QStringLiteral("me")},
-                                     {QStringLiteral("mine"), QJsonArray{1, 2}}})
+                                     {QStringLiteral("mine"), QJsonArray{1, 2}},
+                                     {QStringLiteral("wide"), QString(QChar(0x9375))}})
         .toBinaryData();
 }
 
@@ -91,6 +97,7 @@ private Q_SLOTS:
     void cleanup();
 
     void eventsAsText();
+    void propertiesNotify();
     void databaseKeepsEvents();
     void damagedDatabase_data();
     void damagedDatabase();
@@ -156,6 +163,7 @@ void tst_Analytics::eventsAsText()
         QCOMPARE(event.toJson().toUtf8(),
                  "{\"category\":\"c\",\"name\":\"n\",\"timestamp\":1700000000123,\"type\":\"" + row.typeText
                      + "\",\"value\":" + row.valueText + "}");
+        QCOMPARE(std::unique_ptr<KAnalyticsEvent>(event.clone())->toJson(), event.toJson());
         back.fromJson(event.toJson());
         QCOMPARE(back.timestamp(), qint64(1700000000123));
         QCOMPARE(int(back.type()), row.type % 7);
@@ -180,6 +188,30 @@ void tst_Analytics::eventsAsText()
     }
 }
 
+/// Setting a property notifies once, with the value; setting it again doesn't.
+void tst_Analytics::propertiesNotify()
+{
+    for (const char *type : {"KAnalyticsEvent::EventType", "KAnalyticsEvent*"})
+        QVERIFY2(QMetaType::isRegistered(QMetaType::type(type)), type);
+    qRegisterMetaType<KAnalyticsEvent::EventType>("EventType"); // for the spy
+    KAnalyticsEvent event(nullptr);
+    KAnalyticsRawEvent raw(1, QString(), nullptr);
+    const std::tuple<QObject *, const char *, QVariant> rows[] = {
+        {&event, "name", kName},       {&event, "category", kCategory},
+        {&event, "timestamp", 5LL},    {&event, "type", 1},
+        {&event, "value", 0.5},        {&raw, "id", 2},
+        {&raw, "value", kName},        {m_manager, "maxEventsBufferised", 3},
+        {m_manager, "version", kName}, {m_manager, "isActive", false}};
+    for (const auto &[object, name, value] : rows) {
+        const Case named(name);
+        const QMetaProperty property = object->metaObject()->property(object->metaObject()->indexOfProperty(name));
+        QSignalSpy spy(object, property.notifySignal());
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(property.write(object, value) && property.read(object) == value);
+        QVERIFY(spy.size() == 1 && spy[0].size() == 1 && spy[0][0] == value);
+    }
+}
+
 void tst_Analytics::databaseKeepsEvents()
 {
     const QString made = OpenAnew().userId(/*create=*/true);
@@ -197,8 +229,10 @@ void tst_Analytics::databaseKeepsEvents()
     KAnalyticsDb second(QStringLiteral("second"), kSqlite, nullptr);
     second.setFilePath(Path()); // simulates another process: SQLite's locks are per connection
     m_db->insertEvent(Event("a"));
-    second.insertEvent(Event("kept out"));
-    QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out"));
+    second.insertEvent(Event("lost")); // the oldest of more than 1,000 that wait
+    for (int i = 0; i < 1000; ++i)
+        second.insertEvent(Event(i ? "more" : "kept out"));
+    QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out") + QStringLiteral(" 0:more").repeated(999));
     QCOMPARE(second.userId(/*create=*/true), QString()); // one exists, but can't be read yet
     m_db->close();
     second.insertEvent(Event("b"));
@@ -326,14 +360,14 @@ void tst_Analytics::duplicateAndDeletedProviders()
     QCOMPARE(asked.size(), 1);
     QVERIFY(m_log.isEmpty());
     RunLoop();
-    m_log.removeAll(QStringLiteral("/many="));
+    m_log.removeAll(QStringLiteral("/many= of type 0"));
     m_manager->registerProvider(twice);
     m_manager->waitBeforeExit(); // the store is empty
     m_manager->sendEvent(Event("many"), /*flush=*/true);
     QCOMPARE(asked.size(), 2); // from the tenth on, each event requests a flush
     KAnalyticsManager::killInstance();
     QCOMPARE(m_log.join(QLatin1Char(' ')),
-             QStringLiteral("pre11 c/n=7 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));
+             QStringLiteral("pre11 c/n=7 of type 0 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));
     const qint64 now = QDateTime::currentMSecsSinceEpoch(), tenDays = 10 * 24 * 3600 * qint64(1000);
     const std::pair<qint64, bool> stamps[] = {
         {now - tenDays + 60000, true}, {now - tenDays - 1, false}, {std::numeric_limits<qint64>::min(), false}};
@@ -361,9 +395,11 @@ void tst_Analytics::countersAndTimers()
     m_manager->flushEvents(/*delayed=*/false);
     const QStringList sent = m_log.filter(QStringLiteral("/"));
     QCOMPARE(sent.size(), 3);
-    QCOMPARE(sent[0], QStringLiteral("ab/c=2"));
-    QVERIFY(sent[1].startsWith(QStringLiteral("c/t=")) && sent[1].midRef(4).toInt() >= 3);
-    QCOMPARE(sent[2], QStringLiteral("ab/c=1")); // restarted, and stored at the flush
+    QCOMPARE(sent[0], QStringLiteral("ab/c=2 of type 2"));
+    QVERIFY2(sent[1].startsWith(QStringLiteral("c/t=")) && sent[1].endsWith(QStringLiteral(" of type 1"))
+                 && sent[1].mid(4).section(QLatin1Char(' '), 0, 0).toInt() >= 3,
+             qPrintable(sent[1]));
+    QCOMPARE(sent[2], QStringLiteral("ab/c=1 of type 2")); // restarted, and stored at the flush
 }
 
 void tst_Analytics::switchedOff()

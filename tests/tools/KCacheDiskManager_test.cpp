@@ -63,6 +63,8 @@ void tst_KCacheDiskManager::namesAndFolders()
             first = name;
         QCOMPARE(name, QStringLiteral("%1/%2").arg(Folder(i / 1024)).arg(i % 1024));
     }
+    QCOMPARE(names.getTemporaryFoldersName(), QStringList(m_dir->path()));
+    QCOMPARE(names.getSystemDrives(), QStringList(QStringLiteral("/")));
     QVERIFY(!QFile::exists(first));
     QCOMPARE(names.getLastFolder(), Folder(1));
     WriteFile(first);

@@ -116,6 +116,8 @@ void tst_KChronometer::stopwatch()
     PassTime(2);
     QCOMPARE(watch.Stop(), lap);
     QCOMPARE(watch.ElapsedTime(KSimpleChronometer::Microseconds), double(lap) * 1000);
+    watch.Reset();
+    QCOMPARE(watch.ElapsedTime(), 0);
     watch.Start();
     watch.Reset();
     QCOMPARE(watch.ElapsedTime(), 0);

@@ -39,8 +39,9 @@ void tst_KLog::listenersWithoutFile()
     QSignalSpy plain(KLog::ms_instance, SIGNAL(Logged(QString)));
     QSignalSpy numbered(KLog::ms_instance, SIGNAL(Logged(int, QString)));
     KLog::ms_instance->Log(QStringLiteral("a"));
+    KLog::ms_instance->Log("%s %d", "c", 1);
     KLog::ms_instance->Log(3, "%s-%d", "b", 7);
-    QCOMPARE(QList<QList<QVariant>>(plain), (QList<QList<QVariant>>{{QStringLiteral("a")}}));
+    QCOMPARE(QList<QList<QVariant>>(plain), (QList<QList<QVariant>>{{QStringLiteral("a")}, {QStringLiteral("c 1")}}));
     QCOMPARE(QList<QList<QVariant>>(numbered), (QList<QList<QVariant>>{{3, QStringLiteral("b-7")}}));
 }
 

@@ -61,6 +61,7 @@ void tst_KPoolMemManager::blocks()
         QCOMPARE(pool.getFreeBloc(), nullptr);
         pool.init(3, 1, 1); // replaced by the next call
         pool.init(row.memoryMo, 4, row.blockMo);
+        pool.Alloc(); // replaces the blocks
         const QVector<KPoolMemBloc *> all = TakeAll(&pool);
         QCOMPARE(all.size(), row.count);
         for (KPoolMemBloc *block : all) {

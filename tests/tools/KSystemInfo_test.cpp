@@ -10,6 +10,7 @@
 #include <QtTest>
 
 #include <omp.h>
+#include <unistd.h>
 
 namespace {
 
@@ -116,6 +117,11 @@ void tst_KSystemInfo::system()
     QCOMPARE(InstalledBytes(128 * kMib + 1), 256 * kMib);
     QCOMPARE(KSystemInfo::osDescription(),
              QStringLiteral("Linux_%1_%2").arg(QSysInfo::kernelVersion(), QSysInfo::machineHostName()));
+    const int most = KSystemInfo::MaxOpenFiles();
+    QCOMPARE(KSystemInfo::SetMaxOpenFiles(most - 1), 0);
+    QCOMPARE(qlonglong(sysconf(_SC_OPEN_MAX)), qlonglong(most - 1));
+    QCOMPARE(KSystemInfo::MaxOpenFiles(), most - 1);
+    KSystemInfo::SetMaxOpenFiles(most);
     int major, minor, patch;
     KSystemInfo::applicationVersion(major, minor, patch);
     QCOMPARE(QVector<int>({major, minor, patch}), QVector<int>({1, 4, 0}));

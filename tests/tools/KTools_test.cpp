@@ -117,6 +117,13 @@ void tst_KTools::aloneWithThreadsOnDistinctProcessors()
     QCOMPARE(int(schedule), int(omp_sched_guided));
     QCOMPARE(chunk, 10);
 
+    KOmpMutex mutex;
+    {
+        const KOmpMutexLocker locker(mutex.Lock());
+        QVERIFY(!omp_test_lock(mutex.Lock()));
+    }
+    QVERIFY(omp_test_lock(mutex.Lock()));
+
     KTools::init(nullptr);
     QCOMPARE(KTools::ms_instances.log, first.log);
     std::vector<int> allowed(size_t(komp_num_threads), 0);

@@ -6,8 +6,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <functional>
-
 class tst_SettingsManager : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -36,6 +34,20 @@ public:
     StoredManager() : KSettingsManager(QSettings::UserScope, kOrganization, kApplication) { }
 };
 
+/// Checks both reads of a key, missing and then with the value that another object stored.
+template <typename T>
+void CheckReads(const T &value, T (KSettingsManager::*read)(const QString &),
+                T (KSettingsManager::*readOr)(const QString &, T))
+{
+    const Case named(QVariant::fromValue(value));
+    QCOMPARE((StoredManager().*read)(a), T());
+    QCOMPARE((StoredManager().*readOr)(a, value), value);
+    StoredManager().Set(a, value);
+    QCOMPARE((StoredManager().*read)(a), value);
+    QCOMPARE((StoredManager().*readOr)(a, T()), value);
+    QSettings(QSettings::UserScope, kOrganization, kApplication).clear();
+}
+
 } // namespace
 
 void tst_SettingsManager::initTestCase()
@@ -52,26 +64,16 @@ void tst_SettingsManager::init()
 
 void tst_SettingsManager::storeOutlivesTheObject()
 {
-    const QString key = QStringLiteral("key");
-    const QDateTime time(QDate(2016, 2, 29), QTime(12, 30, 1), Qt::UTC);
-    const QStringList list = {QStringLiteral("t,wo"), QString()};
-    const std::pair<QVariant, std::function<QVariant(KSettingsManager &)>> rows[] = {
-        {true, [&](auto &m) { return m.GetBool(key, false); }},
-        {-5, [&](auto &m) { return m.GetInt(key, 1); }},
-        {0.1, [&](auto &m) { return m.GetDouble(key); }},
-        {QStringLiteral("ü; \"x\""), [&](auto &m) { return m.GetString(key, QString()); }},
-        {list, [&](auto &m) { return m.GetStringList(key); }},
-        {QColor(1, 2, 3, 4), [&](auto &m) { return m.GetColor(key, Qt::red); }},
-        {QByteArray("a\0b\xff", 4), [&](auto &m) { return m.GetByteArray(key); }},
-        {QRect(1, -2, 300, 400), [&](auto &m) { return m.GetRect(key, QRect()); }},
-        {time, [&](auto &m) { return m.GetDateTime(key); }},
-    };
-    for (const auto &[value, read] : rows) {
-        const Case named(value);
-        StoredManager().Set(key, value);
-        StoredManager manager;
-        QCOMPARE(read(manager), value);
-    }
+    using M = KSettingsManager;
+    CheckReads(true, &M::GetBool, &M::GetBool);
+    CheckReads(-5, &M::GetInt, &M::GetInt);
+    CheckReads(0.1, &M::GetDouble, &M::GetDouble);
+    CheckReads(QStringLiteral("ü; \"x\""), &M::GetString, &M::GetString);
+    CheckReads(QStringList{QStringLiteral("t,wo"), QString()}, &M::GetStringList, &M::GetStringList);
+    CheckReads(QColor(1, 2, 3, 4), &M::GetColor, &M::GetColor);
+    CheckReads(QByteArray("a\0b\xff", 4), &M::GetByteArray, &M::GetByteArray);
+    CheckReads(QRect(1, -2, 300, 400), &M::GetRect, &M::GetRect);
+    CheckReads(QDateTime({2016, 2, 29}, {12, 30, 1}, Qt::UTC), &M::GetDateTime, &M::GetDateTime);
 }
 
 void tst_SettingsManager::defaultsOnlySkipsTheStore()

@@ -170,6 +170,8 @@ void tst_SettingsReaders::chain()
     const QString both = QStringLiteral("both"), first = QStringLiteral("first"), neither = QStringLiteral("neither");
     QHash<QString, QVariant> a{{both, 1}, {first, 2}, {QStringLiteral("broken"), 4}};
     QHash<QString, QVariant> b{{both, 0}, {QStringLiteral("broken"), Text("no number")}};
+    KernelSettingsReader empty;
+    QVERIFY(Gives(empty, both, {}));
     KSRFromKSRs chain;
     QCOMPARE(chain.GetInt(both, 7), 7);
     chain.m_readers = {new KSRFromQHash(&a), nullptr, new KSRFromQHash(&b)};

@@ -71,8 +71,7 @@ KAnalyticsManager *KAnalyticsManager::init(KAnalyticsManager *instance)
 
 void KAnalyticsManager::killInstance()
 {
-    delete s_instance;
-    s_instance = nullptr;
+    delete s_instance; // which resets the pointer
 }
 
 void KAnalyticsManager::createDb(bool useSettingsUserId)

@@ -1,6 +1,7 @@
 // Operates the plug-in's wizard page as a user would, and compares its preview with the results of Process.
 #include "UIVitreluxPage.h"
 
+#include "Case.h"
 #include "ComputePreview.h"
 #include "FakeHost.h"
 #include "KUI.h"
@@ -129,6 +130,9 @@ QRect PlaceOf(const QImage &fitted, const QWidget &frame)
 
 class tst_UIVitreluxPage : public QObject {
     Q_OBJECT
+public Q_SLOTS:
+    void Open(const QUrl &url) { m_opened << url; }
+
 private Q_SLOTS:
     void initTestCase();
     void init() { Host().Clear(); }
@@ -145,10 +149,10 @@ private Q_SLOTS:
     void quickToggles();
     void applyToAllAndStore();
     void fittedRecordFindsProfile();
-    void unavailablePicture_data();
     void unavailablePicture();
     void endsDuringARender();
     void renderThatThrows();
+    void fileBrowserAndScripts();
     void animatedLabel();
 
 private:
@@ -156,6 +160,7 @@ private:
 
     QTemporaryDir m_dir;
     QString m_whole; // a profile with all models
+    QList<QUrl> m_opened;
 };
 
 QString tst_UIVitreluxPage::Profile(const ProfileModels &models, int width, int height)
@@ -182,6 +187,8 @@ void tst_UIVitreluxPage::listWrapsAround()
     QCOMPARE(list->count(), 3);
     const auto reduced = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };
     QCOMPARE(reduced(kA) + reduced(kB) + reduced(kC), 1); // only the first image is shown
+    QCOMPARE(desk.Find<QWidget>("QToolButton_Prev")->toolTip() + desk.Find<QWidget>("QToolButton_Next")->toolTip(),
+             QStringLiteral("PrevNext"));
     desk.Click("QToolButton_Prev");
     QCOMPARE(list->currentIndex(), 2);
     desk.Click("QToolButton_Next");
@@ -296,16 +303,14 @@ void tst_UIVitreluxPage::profileChosen_data()
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("enabled"); // of the boxes
     QTest::addColumn<QString>("checked"); // all three were checked before
-    QTest::newRow("all models") << m_whole << "111"
-                                << "011";
-    QTest::newRow("distortion only") << Profile({}, 400, 300) << "100"
-                                     << "000";
-    QTest::newRow("no vignette") << Profile({true, true, false}, 400, 300) << "110"
-                                 << "010";
-    QTest::newRow("text file") << WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile") << "000"
-                               << "000";
-    QTest::newRow("canceled") << QString() << "111"
-                              << "111";
+    const auto row = [](const char *name, const QString &typed, const char *enabled, const char *checked) {
+        QTest::newRow(name) << typed << enabled << checked;
+    };
+    row("all models", m_whole, "111", "011");
+    row("distortion only", Profile({}, 400, 300), "100", "000");
+    row("no vignette", Profile({true, true, false}, 400, 300), "110", "010");
+    row("text file", WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile"), "000", "000");
+    row("canceled", QString(), "111", "111");
 }
 
 void tst_UIVitreluxPage::profileChosen()
@@ -390,8 +395,11 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     desk.Click("QToolButton_Next");
     QCOMPARE(desk.Boxes(&QCheckBox::isChecked), QStringLiteral("010"));
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), m_whole);
+    const auto *path = desk.Find<QLineEdit>("lineEditLensPath"); // works although it is hidden
+    QCOMPARE(path->text(), QStringLiteral("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/"));
     ModalAnswers answers(m_dir.path());
-    desk.Find<QAbstractButton>("toolButtonLensPath")->click(); // works although it is hidden
+    desk.Find<QAbstractButton>("toolButtonLensPath")->click();
+    QCOMPARE(path->text(), m_dir.path());
     QCOMPARE(
         answers.seen,
         QStringList(QStringLiteral("Select lens camera profiles Database directory|All Files (*)|17"))); // only folders
@@ -484,27 +492,22 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
                  qPrintable(row->placeholderText()));
 }
 
-void tst_UIVitreluxPage::unavailablePicture_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::newRow("unavailable after it was described") << kB;
-    QTest::newRow("not a picture, size 0") << kC;
-}
-
 void tst_UIVitreluxPage::unavailablePicture()
 {
-    QFETCH(QString, file);
-    MakePicture(kA, 400, 300);
-    MakePicture(kB, 40, 30)->gone = true;
-    TestWizard desk({kA});
-    QTRY_VERIFY(desk.IsUpToDate());
-    desk.process.SetFiles({file});
-    QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
-    QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
-    desk.Click("m_cbCA"); // there is no current record to change
-    QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
-    desk.process.SetFiles({kA});
-    QTRY_VERIFY(desk.IsUpToDate());
+    for (const QString &file : {kB, kC}) { // unavailable after it was described, not a picture
+        const Case named(file);
+        MakePicture(kA, 400, 300);
+        MakePicture(kB, 40, 30)->gone = true;
+        TestWizard desk({kA});
+        QTRY_VERIFY(desk.IsUpToDate());
+        desk.process.SetFiles({file});
+        QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
+        QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
+        desk.Click("m_cbCA"); // there is no current record to change
+        QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
+        desk.process.SetFiles({kA});
+        QTRY_VERIFY(desk.IsUpToDate());
+    }
 }
 
 void tst_UIVitreluxPage::endsDuringARender()
@@ -542,6 +545,16 @@ void tst_UIVitreluxPage::renderThatThrows()
     }
 }
 
+void tst_UIVitreluxPage::fileBrowserAndScripts()
+{
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "Open");
+    KUI::SelectInFileBrowser(nullptr, {QUrl(QStringLiteral("file:///x/a")), QUrl(QStringLiteral("file:///x/b"))});
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    QCOMPARE(m_opened, {QUrl(QStringLiteral("file:///x/"))}); // each folder once
+    QTest::ignoreMessage(QtCriticalMsg, "Cannot load closure-library.rcc file needed by KUI");
+    KUI::loadJSLibraries();
+}
+
 void tst_UIVitreluxPage::animatedLabel()
 {
     QStringList files;
@@ -554,8 +567,10 @@ void tst_UIVitreluxPage::animatedLabel()
     label.setSequence({files[0], files[1]}, 20);
     for (const int next : {5, 6, 5})
         QTRY_COMPARE(width(), next);
+    QCOMPARE(label.minimumSize(), QSize(5, 9));
     label.setSequence({files[2]}, 20);
     QTRY_COMPARE(width(), 7);
+    QCOMPARE(label.minimumSize(), QSize(7, 9));
 }
 
 int main(int argc, char **argv)

@@ -33,21 +33,6 @@ double AreaMean(const TestImage &source, double left, double right, double top, 
     return sum / ((right - left) * (bottom - top));
 }
 
-/// Interpolates the source between its pixel centers, with edge pixels repeated.
-double Bilinear(const TestImage &source, double x, double y, int channel)
-{
-    const int width = source.image.width(), height = source.image.height();
-    x = std::clamp(x, 0.0, width - 1.0);
-    y = std::clamp(y, 0.0, height - 1.0);
-    const int left = static_cast<int>(x), top = static_cast<int>(y);
-    const int right = std::min(left + 1, width - 1), bottom = std::min(top + 1, height - 1);
-    const double above =
-        source.Sample(left, top, channel) * (1 - (x - left)) + source.Sample(right, top, channel) * (x - left);
-    const double below =
-        source.Sample(left, bottom, channel) * (1 - (x - left)) + source.Sample(right, bottom, channel) * (x - left);
-    return above * (1 - (y - top)) + below * (y - top);
-}
-
 /// Resizes @p source to the size of @p result and stores the pixels there.
 void Resized(TestImage &source, TestImage &result)
 {

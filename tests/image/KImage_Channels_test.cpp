@@ -172,13 +172,19 @@ void tst_KImageChannels::factors()
         float factor;
         double in, colors, alpha;
     } rows[] = {
-        {k32fRgba, 0.5f, 0.5, 0.25, 0.5},                                  // float alpha is unchanged
-        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},  {k8uRgba, 1.0f, 255, 254, 254}, // 1/256 less
-        {k8uRgb, 0.5f, 200, 99, 0},                                        // 200 * 127 / 256
-        {k8uGray, 2.0f, 200, 255, 0},                                      // saturated
-        {k8uRgba, 2.0f, 100, 199, 100},                                    // 100 * 510 / 256
-        {k8uGray, -1.0f, 200, 0, 0},       {k16uRgba, 0.5f, 60000, 29999, 59999},
-        {k16uRgb, 1e30f, 60000, 65535, 0}, {k16uGray, std::nanf(""), 60000, 0, 0},
+        {k32fRgba, 0.5f, 0.5, 0.25, 0.5}, // float alpha is unchanged
+        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},
+        {k8uRgba, 1.0f, 255, 254, 254}, // 1/256 less
+        {k8uRgb, 0.5f, 200, 99, 0},     // 200 * 127 / 256
+        {k8uGray, 2.0f, 200, 255, 0},   // saturated
+        {k8uRgba, 2.0f, 100, 199, 100}, // 100 * 510 / 256
+        {k8uGray, 0.5f, 200, 99, 0},
+        {k16uGray, 0.5f, 60000, 29999, 0},
+        {k32fGray, 0.5f, 0.5, 0.25, 0},
+        {k8uGray, -1.0f, 200, 0, 0},
+        {k16uRgba, 0.5f, 60000, 29999, 59999},
+        {k16uRgb, 1e30f, 60000, 65535, 0},
+        {k16uGray, std::nanf(""), 60000, 0, 0},
     };
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
@@ -187,8 +193,10 @@ void tst_KImageChannels::factors()
         for (int i = 0; i < 22 * form.channels; ++i)
             image.SetSample(i / form.channels % 11, i / form.channels / 11, i % form.channels, row.in);
         image.image *= row.factor;
-        for (int c = 0; c < form.channels; ++c)
-            QCOMPARE(image.Sample(10, 1, c), c == 3 ? row.alpha : row.colors);
+        for (int i = 0; i < 22 * form.channels; ++i) {
+            const int c = i % form.channels;
+            QCOMPARE(image.Sample(i / form.channels % 11, i / form.channels / 11, c), c == 3 ? row.alpha : row.colors);
+        }
     }
 }
 

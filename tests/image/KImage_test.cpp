@@ -9,6 +9,8 @@
 #include <cstring>
 #include <vector>
 
+#include <malloc.h>
+
 namespace {
 
 const QString kInvalidBitmap = QStringLiteral("Invalid Bitmap");
@@ -19,6 +21,7 @@ const QString kInvalidParameter = QStringLiteral("Invalid Parameter");
 class tst_KImage : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { mallopt(M_PERTURB, 0x5A); } // new memory isn't zero
     void record();
     void refusedShapes();
     void sameShapeKeepsItsBlock();
@@ -26,6 +29,7 @@ private Q_SLOTS:
     void copyOwnsItsPixels();
     void dpi();
     void integrity();
+    void log();
 };
 
 void tst_KImage::record()
@@ -57,6 +61,7 @@ void tst_KImage::record()
         QCOMPARE(int(bitmap.LinePadding), 4);
         QCOMPARE(int(bitmap.TransparentIndex), -1);
         QVERIFY(!bitmap.Comment && !bitmap.MetaData && !bitmap.Name);
+        QCOMPARE(bitmap.Origin + bitmap.Xdpi + bitmap.Ydpi + bitmap.XOffset + bitmap.YOffset, 0);
         const std::vector<unsigned char> zeros(2 * bitmap.BytesPerLine, 0);
         QCOMPARE(std::memcmp(bitmap.Data, zeros.data(), zeros.size()), 0);
         QCOMPARE(image.getData(width - 1, 1), bitmap.Data + bitmap.BytesPerLine + (width - 1) * bitmap.BytesPerPixel);
@@ -67,18 +72,19 @@ void tst_KImage::refusedShapes()
 {
     const QString memory = QStringLiteral("Not enough memory");
     const struct {
-        int width, height, type;
+        int width, height, type, bits;
         QString message;
-    } rows[] = {{4, 4, 0x0008, kInvalidParameter},         {4, 4, 0, kInvalidParameter},
-                {-4, 4, GFL_RGB, kInvalidParameter},       {4, -4, GFL_RGB, kInvalidParameter},
-                {0x10000001, 1, GFL_RGBA, memory}, // the row size exceeds 32 bits
-                {0x0FFFFFFF, 0x7FFFFFFF, GFL_RGBA, memory}};
+    } rows[] = {{4, 4, 0x0008, 32, kInvalidParameter},         {4, 4, 0, 32, kInvalidParameter},
+                {-4, 4, GFL_RGB, 32, kInvalidParameter},       {4, -1, GFL_RGB, 32, kInvalidParameter},
+                {4, 4, GFL_RGB, -1, kInvalidParameter},        {4, 4, GFL_RGB, 33, kInvalidParameter},
+                {0x10000001, 1, GFL_RGBA, 32, memory}, // the row size exceeds 32 bits
+                {0x0FFFFFFF, 0x7FFFFFFF, GFL_RGBA, 32, memory}};
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
         for (int attempt = 0; attempt < 2; ++attempt) { // the first attempt must leave no image of that shape
             QCOMPARE(Thrown([&] {
-                         image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), 32,
+                         image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), row.bits,
                                            /*clear=*/false, nullptr, 0);
                      }),
                      row.message);
@@ -139,7 +145,9 @@ void tst_KImage::copyOwnsItsPixels()
         wrapping.m_bitmap->XOffset = 7;
         wrapping.m_bitmap->Name = strdup("name");
         wrapping.m_bitmap->Comment = strdup("comment");
+        wrapping.m_bitmap->MetaData = &wrapping;
         copy = wrapping;
+        wrapping.m_bitmap->MetaData = nullptr;
     }
     block.assign(block.size(), 0);
     QVERIFY(copy.m_ownsData && copy.m_spareFlag);
@@ -147,10 +155,15 @@ void tst_KImage::copyOwnsItsPixels()
     QCOMPARE(int(copy.m_bitmap->Xdpi), 300);
     QCOMPARE(copy.m_bitmap->XOffset, 7);
     QCOMPARE(QByteArray(copy.m_bitmap->Name), QByteArray("name"));
-    QVERIFY(!copy.m_bitmap->Comment); // not copied
+    QVERIFY(!copy.m_bitmap->Comment && !copy.m_bitmap->MetaData); // not copied
     KImage &same = copy;
     copy = same; // self-assignment empties it
     QVERIFY(!copy.m_bitmap);
+    KImage palette(1, 1, GFL_COLORS, 8, /*clear=*/true, nullptr, 0);
+    palette.m_bitmap->ColorMap[1023] = 5;
+    copy = palette;
+    palette.m_bitmap->ColorMap[1023] = 6;
+    QCOMPARE(int(copy.m_bitmap->ColorMap[1023]), 5);
 }
 
 void tst_KImage::dpi()
@@ -174,10 +187,28 @@ void tst_KImage::integrity()
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         KImage image(3, 2, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-        std::memcpy(image.getData(1, 0), &row.early, sizeof row.early);
+        std::memcpy(image.getData(0, 0), &row.early, sizeof row.early);
         std::memcpy(image.getData(2, 1) + 12, &row.late, sizeof row.late);
         QCOMPARE(image.IntegrityValidation(), row.result);
     }
+    float samples[] = {0.5f, 0.25f, 0.75f, -1};
+    for (const int bits : {8, 16, 32}) { // neither the gap at the end of a row nor what follows is checked
+        const Case named("bits", bits);
+        KImage image(1, 1, GFL_RGB, bits, /*clear=*/false, samples, bits == 32 ? 16 : 12);
+        QCOMPARE(image.IntegrityValidation(), 0);
+    }
+}
+
+void tst_KImage::log()
+{
+    KImage::Log("nowhere");
+    std::string lines;
+    KImage::SetLog([](const std::string &text, void *to) { *static_cast<std::string *>(to) += text; }, &lines);
+    KImage::Log("one;");
+    KImage::Log("two");
+    KImage::SetLog(nullptr, nullptr);
+    KImage::Log("nowhere");
+    QCOMPARE(QString::fromStdString(lines), QStringLiteral("one;two"));
 }
 
 QTEST_GUILESS_MAIN(tst_KImage)

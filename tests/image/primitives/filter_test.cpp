@@ -22,7 +22,11 @@ void tst_Filter::gaussian()
     const struct {
         int width, height, kernelSize;
         float sigma;
-    } rows[] = {{1, 1, 3, 1}, {7, 5, 1, 1}, {31, 17, 13, 2.5f}, {5, 3, 41, 6}}; // last: kernel wider than the plane
+    } rows[] = {{1, 1, 3, 1},
+                {7, 5, 1, 1},
+                {31, 17, 13, 2.5f},
+                {2500, 2, 13, 2.5f},
+                {5, 3, 41, 6}}; // last: kernel wider than the plane
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         const int width = row.width, height = row.height, kernelSize = row.kernelSize;
@@ -73,11 +77,27 @@ void tst_Filter::gaussianRefused()
                 {3, 0, Status::BadArgument},
                 {3, std::nanf(""), Status::BadArgument}};
     alignas(8) unsigned char block[64];
+    auto *spec = reinterpret_cast<GaussianSpec *>(block);
     for (const auto &row : rows) {
         const Case named("row", &row - rows);
-        QVERIFY(
-            ippiFilterGaussianInit(row.kernelSize, row.sigma, kBorderReplicate, reinterpret_cast<GaussianSpec *>(block))
-            == row.status);
+        QVERIFY(ippiFilterGaussianInit(row.kernelSize, row.sigma, kBorderReplicate, spec) == row.status);
+    }
+    std::int64_t specBytes = 7, bufferBytes = 7;
+    QVERIFY(ippiFilterGaussianGetBufferSize({0, 1}, 3, &specBytes, &bufferBytes) == Status::BadSize);
+    QVERIFY(ippiFilterGaussianGetBufferSize({1, 1}, 2, &specBytes, &bufferBytes) == Status::BadSize);
+    QVERIFY(ippiFilterGaussianGetBufferSize({1, 1}, 3, nullptr, &bufferBytes) == Status::NullPointer);
+    QVERIFY(ippiFilterGaussianGetBufferSize({1, 1}, 3, &specBytes, nullptr) == Status::NullPointer);
+    QVERIFY(FilterGaussGetBufferSize({1, 1}, 3, nullptr) == Status::NullPointer);
+    QCOMPARE(specBytes + bufferBytes, 14);
+    QVERIFY(ippiFilterGaussianInit(3, 1, kBorderReplicate, nullptr) == Status::NullPointer);
+    Plane<Ipp32f, 1> plane(4, 4, 1);
+    for (int absent = 0; absent < 5; ++absent) { // the last time, only the size is wrong
+        const Case named("absent", absent);
+        const auto given = [&](int i, auto *pointer) { return i == absent ? nullptr : pointer; };
+        QVERIFY(ippiFilterGaussianBorder_32f_C1R(given(0, plane.Data()), plane.StepBytes(), given(1, plane.Data()),
+                                                 plane.StepBytes(), {absent < 4 ? 4 : 0, 4}, given(2, spec),
+                                                 given(3, block))
+                == (absent < 4 ? Status::NullPointer : Status::BadSize));
     }
 }
 

@@ -61,6 +61,20 @@ QString WriteWithExif(const QString &path, int focal35mm, const char *make)
     return path;
 }
 
+/// Returns everything that copies share.
+QString TextOf(const ImageDef &image)
+{
+    QString text;
+    const ImageDef::UserGeometry &user = image.m_userGeometry;
+    QDebug(&text) << image.FileName() << image.ShortFileName() << image.PathName() << image.nCols() << image.nRows()
+                  << image.nBands() << image.nDepth() << image.HasExif() << image.HasICC() << image.m_hasIptc
+                  << image.m_hasXmp << image.IsRaw() << image.m_isHdr << image.Model() << image.GetFocal()
+                  << image.GetTimestamp() << image.GetEV() << image.m_exifSummary << image.m_shooting.makerName
+                  << user.kind << user.values[0] << user.values[1] << user.values[2] << user.values[3]
+                  << image.m_highResReady << (image.m_highResThumbnail ? image.m_highResThumbnail->width() : 0);
+    return text;
+}
+
 /// Replaces the real table with one lens each of two makers.
 void ReadTestLensTable()
 {
@@ -99,6 +113,7 @@ private Q_SLOTS:
     void identity();
     void reload();
     void missingFiles();
+    void sizeInMemory();
 
 private:
     QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -222,21 +237,44 @@ void tst_ImageDef::refusals()
     WriteFile(Path("grey.psd"), Photoshop(1, 1));
     WriteFile(Path("cmyk.PSD"), Photoshop(4, 4));
     WriteFile(Path("lab.psd"), Photoshop(9, 3));
-    const QStringList served{QStringLiteral("cmyk.PSD"), QStringLiteral("grey.psd"), QStringLiteral("lab.psd"),
-                             QStringLiteral("rgb.jpg"),  QStringLiteral("rgb.tif"),  QStringLiteral("rgba.png")};
+    using Reason = RefusalReason;
+    const std::pair<const char *, Reason> expected[] = {{"cmyk.PSD", {Reason::None, 4}},
+                                                        {"cmyk.tif", {Reason::Cmyk, 4}},
+                                                        {"grey-alpha.tif", {Reason::OtherChannels, 2}},
+                                                        {"grey.psd", {Reason::None, 1}},
+                                                        {"grey.PSD.jpg", {Reason::Gray, 1}},
+                                                        {"grey.tif", {Reason::Gray, 1}},
+                                                        {"lab.psd", {Reason::None, 3}},
+                                                        {"lab.tif", {Reason::Lab, 3}},
+                                                        {"rgb.jpg", {Reason::None, 3}},
+                                                        {"rgb.tif", {Reason::None, 3}},
+                                                        {"rgba.png", {Reason::None, 4}},
+                                                        {"text.jpg", {Reason::Unread, 0}},
+                                                        {"thumb.THM", {Reason::Companion, 0}},
+                                                        {"thumb.thm", {Reason::Companion, 0}},
+                                                        {"tiled.tif", {Reason::Tiled, 3}}};
     for (bool withThumbnail : {false, true}) {
-        const Case named("thumbnail", withThumbnail);
         ImageDef::g_ErrorMessages.clear();
-        QStringList described;
-        for (const QString &name : QDir(m_dir->path()).entryList(QDir::Files, QDir::Name | QDir::IgnoreCase)) {
-            if (Describe(m_dir->filePath(name), withThumbnail))
-                described << name;
+        for (const auto &[name, wanted] : expected) {
+            const Case named(name, "thumbnail", withThumbnail);
+            ImageDef *image;
+            Reason reason;
+            QCOMPARE(ImageDef::IsAPicture(Path(name), image, withThumbnail, &reason), wanted.kind == Reason::None);
+            ImageDef::Delete(image);
+            QCOMPARE(int(reason.kind), int(wanted.kind));
+            QCOMPARE(reason.channels, wanted.channels);
+            QCOMPARE(reason.text.isEmpty(), wanted.kind != Reason::Unread);
         }
-        QCOMPARE(described, served);
         QCOMPARE(ImageDef::g_ErrorMessages,
                  QStringLiteral("grey.PSD.jpg: gray pictures are not supported.\n"
                                 "grey.tif: gray pictures are not supported.\n"));
     }
+    ImageDatas::settings->thumbnailSize = QSize(0x40000001, 1); // rows over 4 GiB
+    ImageDef *image;
+    Reason reason;
+    QVERIFY(!ImageDef::IsAPicture(Path("rgb.jpg"), image, true, &reason) && !image);
+    QCOMPARE(int(reason.kind), int(Reason::Failed));
+    QCOMPARE(reason.text, QStringLiteral("Not enough memory"));
 }
 
 void tst_ImageDef::exifModes()
@@ -278,8 +316,23 @@ void tst_ImageDef::exifModes()
                      .arg(image->Model())
                      .arg(image->GetTimestamp() != 0),
                  QString::fromLatin1(row.expected));
-        QCOMPARE(image->DumpExif().contains(QLatin1String("No camera")), row.make != nullptr);
+        if (!row.make)
+            QCOMPARE(image->DumpExif(), QStringLiteral("No Exif\n"));
     }
+    const auto image = Describe(WriteWithExif(Path("dump.jpg"), 60, "Nobody"));
+    const QByteArray gap(70, ' ');
+    const auto line = [&](const char *tag, QByteArray value, const char *name) {
+        return "(" + QByteArray(tag) + ") " + (value + gap).left(50) + " | " + (name + gap).left(50) + "\n";
+    };
+    QCOMPARE(image->DumpExif().toUtf8(),
+             "(  Tag  ) " + QByteArray(24, '-') + "Value" + QByteArray(22, '-') + "|" + QByteArray(19, '-')
+                 + "Description" + QByteArray(19, '-') + "\n" + line("01_010f", "\"Nobody\"", "\"Make\"")
+                 + line("01_0110", "\"No camera\"", "\"Model\"")
+                 + line("02_9003", "\"2010:05:03 18:30:00\"", "\"DateTimeOriginal\"")
+                 + line("02_920a", "\"30\"", "\"FocalLength\"")
+                 + line("02_a405", "\"60\"", "\"FocalLengthIn35mmFilm\""));
+    QFile::remove(image->FileName());
+    QCOMPARE(image->DumpExif(), QStringLiteral("ImageDef::DumpExif() Error\n"));
 }
 
 void tst_ImageDef::thumbnails()
@@ -333,7 +386,25 @@ void tst_ImageDef::identity()
 
     // Copies return the pixels of the file that they describe, even without an ID or if they described another before.
     ImageDef *const other = Picture(WritePicture(Path("other.jpg"), "jpeg", 5, 4));
-    ImageDef copy(*image), ofOther(*other);
+    ImageDef full, copy(*image), ofOther(*other);
+    full.m_fileName = QStringLiteral("/folder/name.jpg");
+    full.m_cols = 3;
+    full.m_rows = 4;
+    full.m_bands = 5;
+    full.m_depth = 6;
+    full.m_hasExif = full.m_hasIcc = full.m_hasIptc = full.m_hasXmp = full.m_isRaw = full.m_isHdr = true;
+    full.m_model = 7;
+    full.m_shooting.focal35mm = 8;
+    full.m_shooting.timestamp = 9;
+    full.m_shooting.exposureValue = 10;
+    full.m_shooting.makerName = QStringLiteral("M");
+    full.m_exifSummary = QStringLiteral("S");
+    full.m_userGeometry = {{11, 12, 13, 14}, 15};
+    full.m_highResReady = true;
+    full.m_highResThumbnail = new KImage(16, 1, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+    QCOMPARE(TextOf(ImageDef(full)),
+             QStringLiteral("\"/folder/name.jpg\" \"name.jpg\" \"/folder\" 3 4 5 6 true true true true true true 7 8 9 "
+                            "10 \"S\" \"M\" 15 11 12 13 14 true 16 "));
     QVERIFY(copy.nCols() == 8 && copy.m_id.isEmpty());
     const std::unique_ptr<ImageDef> assigned = Describe(path);
     *assigned = *other;
@@ -354,6 +425,7 @@ void tst_ImageDef::reload()
 {
     const QString path = WritePicture(Path("re.jpg"), "jpeg", 40, 30);
     ImageDef *const image = Picture(path);
+    QVERIFY(image->GetThumbnail()->isNull()); // described without
     image->m_model = 1;
     image->m_userGeometry.values[2] = 5;
     const KImage *const lent = image->Lock(20, 15, true);
@@ -364,7 +436,7 @@ void tst_ImageDef::reload()
     WritePicture(path, "jpeg", 80, 60);
     QVERIFY(image->Reload());
     QVERIFY(image->nCols() == 80 && image->Model() == 1 && image->m_userGeometry.values[2] == 5.0);
-    QCOMPARE(ImageDef(*image).Model(), 1);
+    QCOMPARE(image->GetThumbnail()->size(), QSize(128, 128));
     QVERIFY(!image->IsCached(20, 15, true));
     const KImage *const again = image->Lock(20, 15, true);
     QVERIFY(again != lent);
@@ -392,6 +464,29 @@ void tst_ImageDef::missingFiles()
     image->UnlockFullSize(true);
     QCOMPARE(KImageCache::Instance().m_items.value(image->m_id)->m_versions.first()->m_lockCount, 0);
     ImageDef::Delete(image);
+}
+
+void tst_ImageDef::sizeInMemory()
+{
+    constexpr int kRecords = 216 + 264; // what hosts expect of the two records; texts take 2 bytes per character
+    ImageDef image;
+    QCOMPARE(image.memSize(), kRecords);
+    ShootingInformation &shooting = image.m_shooting;
+    QString *const texts[] = {&image.m_fileName,        &image.m_exifSummary,      &image.m_id,
+                              &shooting.makerName,      &shooting.modelName,       &shooting.lensId,
+                              &shooting.gpsLatitudeRef, &shooting.gpsLongitudeRef, &shooting.gpsDirectionRef};
+    qint64 wanted = kRecords;
+    for (QString *text : texts) {
+        text->reserve(1000);
+        wanted += 2 * text->capacity();
+        QCOMPARE(image.memSize(), wanted);
+    }
+    image.m_thumbnail = QImage(30, 20, QImage::Format_ARGB32);
+    QCOMPARE(image.memSize(), wanted + 30 * 20 * 4);
+    image.GetThumbnail(); // replaces it with a pixmap
+    QCOMPARE(image.memSize(), wanted + 30 * 20 * 4);
+    image.m_highResThumbnail = new KImage(7, 5, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    QCOMPARE(image.memSize(), wanted + 30 * 20 * 4 + 7 * 5);
 }
 
 QTEST_MAIN(tst_ImageDef)

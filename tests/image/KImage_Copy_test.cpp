@@ -119,27 +119,25 @@ void tst_KImageCopy::everyFormToEveryForm()
             wanted.FillWithNoise(2);
             source.image.CropCopyTo(p.x, p.y, p.width, p.height, target.image, p.targetX, p.targetY);
 
-            for (int y = 0; y < p.height; ++y) {
-                for (int x = 0; x < p.width; ++x) {
-                    double in[4], expected[4];
-                    for (int c = 0; c < fromForm.channels; ++c)
-                        in[c] = source.Sample(p.x + x, p.y + y, c);
-                    ExpectedPixel(fromForm, in, toForm, expected);
-                    ApplyDeviation(from, to, wanted.Sample(p.targetX + x, p.targetY + y, toForm.channels - 1),
-                                   expected);
-                    for (int c = 0; c < toForm.channels; ++c) {
-                        const double got = target.Sample(p.targetX + x, p.targetY + y, c);
-                        QVERIFY2(std::fabs(got - expected[c]) <= Tolerance(fromForm, toForm),
-                                 qPrintable(QStringLiteral("%1, column %2, sample %3: expected %4, got %5")
-                                                .arg(pair)
-                                                .arg(x)
-                                                .arg(c)
-                                                .arg(expected[c])
-                                                .arg(got)));
-                        wanted.SetSample(p.targetX + x, p.targetY + y, c, got);
-                    }
-                }
-            }
+            const Case named(fromForm.name, toForm.name, "placement", &p - kPlacements);
+            const auto expected = [&](int x, int y, int c) {
+                x -= p.targetX;
+                y -= p.targetY;
+                if (x < 0 || y < 0 || x >= p.width || y >= p.height)
+                    return target.Sample(x + p.targetX, y + p.targetY, c); // compared below, to the bit
+                double in[4], out[4];
+                for (int k = 0; k < fromForm.channels; ++k)
+                    in[k] = source.Sample(p.x + x, p.y + y, k);
+                ExpectedPixel(fromForm, in, toForm, out);
+                ApplyDeviation(from, to, wanted.Sample(p.targetX + x, p.targetY + y, toForm.channels - 1), out);
+                return out[c];
+            };
+            QCOMPARE(Difference(target, expected, Tolerance(fromForm, toForm)), QString());
+            wanted.Fill([&](int x, int y, int c) {
+                const bool isInside =
+                    x >= p.targetX && x < p.targetX + p.width && y >= p.targetY && y < p.targetY + p.height;
+                return (isInside ? target : wanted).Sample(x, y, c);
+            });
             QVERIFY2(target.Bytes() == wanted.Bytes(), "pixels around the rectangle were written");
         }
     }
@@ -242,14 +240,14 @@ void tst_KImageCopy::copyToIsClipped()
     for (const auto &place : places) {
         const Case named("column", place.x, "row", place.y);
         TestImage source(kForms[k8uGray], 3, 2), target(kForms[k8uGray], 7, 5);
-        for (int i = 0; i < 6; ++i)
-            source.SetSample(i % 3, i / 3, 0, 100 + i);
+        source.Fill([](int x, int y, int) { return 100 + x + 3 * y; });
         source.image.CopyTo(target.image, place.x, place.y);
-        for (int i = 0; i < 35; ++i) {
-            const int fromX = i % 7 - place.x, fromY = i / 7 - place.y;
+        const auto wanted = [&place](int x, int y, int) {
+            const int fromX = x - place.x, fromY = y - place.y;
             const bool inside = fromX >= 0 && fromX < place.columns && fromY >= 0 && fromY < place.rows;
-            QCOMPARE(target.Sample(i % 7, i / 7, 0), inside ? 100 + fromY * 3 + fromX : 0);
-        }
+            return inside ? 100 + fromY * 3 + fromX : 0;
+        };
+        QCOMPARE(Difference(target, wanted), QString());
     }
 }
 

@@ -7,9 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <random>
-#include <utility>
 
 namespace {
 
@@ -27,16 +24,6 @@ double AreaMean(const TestImage &source, double left, double right, double top, 
     return sum / ((right - left) * (bottom - top));
 }
 
-/// Returns a float RGBA image that is valid where @p isValid returns true.
-KImage MaskedImage(int width, int height, const std::function<bool(int, int)> &isValid)
-{
-    KImage image(width, height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            reinterpret_cast<float *>(image.getData(x, y))[3] = isValid(x, y) ? 0.5f : 0.0f;
-    return image;
-}
-
 struct Crop {
     float left = -1, right = -2, top = -3, bottom = -4;
 };
@@ -46,6 +33,14 @@ Crop AutoCrop(const KImage &image)
     Crop crop;
     image.GetAutoCrop(crop.left, crop.right, crop.top, crop.bottom);
     return crop;
+}
+
+/// Returns the crop of a float RGBA image with that alpha.
+template <typename Alpha> Crop AutoCrop(int width, int height, Alpha alpha)
+{
+    TestImage image(kForms[k32fRgba], width, height);
+    image.Fill([&](int x, int y, int) { return alpha(x, y); });
+    return AutoCrop(image.image);
 }
 
 } // namespace
@@ -150,7 +145,7 @@ void tst_KImageGeometry::cropHasNothingTransparent()
     };
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
-        const Crop crop = AutoCrop(MaskedImage(row.width, row.height, row.isValid));
+        const Crop crop = AutoCrop(row.width, row.height, row.isValid);
         QVERIFY(crop.left >= 0 && crop.top >= 0 && crop.right <= float(row.width) && crop.bottom <= float(row.height));
         for (int y = int(std::ceil(crop.top)); float(y + 1) <= crop.bottom; ++y)
             for (int x = int(std::ceil(crop.left)); float(x + 1) <= crop.right; ++x)
@@ -165,10 +160,7 @@ void tst_KImageGeometry::fullAndEmptyCrop()
     for (const QSize &size : {QSize(1, 1), QSize(2, 2), QSize(3, 3), QSize(100, 80), QSize(101, 31)}) {
         const Case named(size);
         for (const float alpha : {1.0f, -0.5f, std::nanf(""), 0.0f}) { // all but 0 are valid
-            KImage image(size.width(), size.height(), GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-            for (int i = 0; i < size.width() * size.height(); ++i)
-                reinterpret_cast<float *>(image.getData(i % size.width(), i / size.width()))[3] = alpha;
-            const Crop crop = AutoCrop(image);
+            const Crop crop = AutoCrop(size.width(), size.height(), [alpha](int, int) { return double(alpha); });
             QVERIFY(crop.left == 0 && crop.top == 0);
             QCOMPARE(crop.right, alpha != 0.0f ? float(size.width()) : 0.0f);
             QCOMPARE(crop.bottom, alpha != 0.0f ? float(size.height()) : 0.0f);
@@ -180,8 +172,7 @@ void tst_KImageGeometry::knownCrops()
 {
     // Columns 0 to 9 and 95 to 99 are transparent. A row at distance d from the top or bottom moves the sides inward by
     // at most d * tan(angle), so rows far enough away move them to column 10 and to 94, the last valid one.
-    const KImage image = MaskedImage(100, 80, [](int x, int) { return x >= 10 && x < 95; });
-    const Crop crop = AutoCrop(image);
+    const Crop crop = AutoCrop(100, 80, [](int x, int) { return x >= 10 && x < 95; });
     QCOMPARE(crop.left, 10.0f);
     QCOMPARE(crop.right, 94.0f);
     // The transparent columns have no valid row, so each one moves top and bottom inward by d / tan(angle), which is

@@ -35,36 +35,40 @@ std::unique_ptr<ImageDef> Analyze(const QByteArray &text, GFL_EXIF_DATAEX *raw =
 QStringList TextOf(const ImageDef &image)
 {
     const ShootingInformation &shooting = image.m_shooting;
-    const std::pair<const char *, QVariant> fields[] = {{"trusted", int(image.HasExif())},
-                                                        {"focal35mm", shooting.focal35mm},
-                                                        {"ratio", shooting.focalRatio},
-                                                        {"maker", shooting.makerName},
-                                                        {"model", shooting.modelName},
-                                                        {"orientation", shooting.orientation},
-                                                        {"time", shooting.exposureTime},
-                                                        {"fNumber", shooting.fNumber},
-                                                        {"value", shooting.exposureValue},
-                                                        {"iso", shooting.isoSpeed},
-                                                        {"bias", double(shooting.exposureBias)},
-                                                        {"width", shooting.validWidth},
-                                                        {"height", shooting.validHeight},
-                                                        {"timestamp", shooting.timestamp},
-                                                        {"lens", shooting.lensId},
-                                                        {"zenithFirst", shooting.zenithFirst},
-                                                        {"zenithSecond", shooting.zenithSecond},
-                                                        {"software", shooting.software},
-                                                        {"latitudeRef", shooting.gpsLatitudeRef},
-                                                        {"latitude", shooting.gpsLatitude},
-                                                        {"longitudeRef", shooting.gpsLongitudeRef},
-                                                        {"longitude", shooting.gpsLongitude},
-                                                        {"altitude", shooting.gpsAltitude},
-                                                        {"directionRef", shooting.gpsDirectionRef},
-                                                        {"direction", shooting.gpsDirection}};
-    QStringList texts;
-    for (const auto &[name, value] : fields) {
-        const bool isNumber = value.type() == QVariant::Double;
-        texts << QString::fromLatin1(name) + QLatin1Char('=')
-                + (isNumber ? QString::number(value.toDouble(), 'g', 6) : value.toString());
+    const QString names = QStringLiteral(
+        "trusted focal35mm ratio maker model orientation time fNumber value iso bias width height timestamp lens "
+        "zenithFirst zenithSecond software latitudeRef latitude longitudeRef longitude altitude directionRef "
+        "direction");
+    const QVariantList values = {int(image.HasExif()),
+                                 shooting.focal35mm,
+                                 shooting.focalRatio,
+                                 shooting.makerName,
+                                 shooting.modelName,
+                                 shooting.orientation,
+                                 shooting.exposureTime,
+                                 shooting.fNumber,
+                                 shooting.exposureValue,
+                                 shooting.isoSpeed,
+                                 double(shooting.exposureBias),
+                                 shooting.validWidth,
+                                 shooting.validHeight,
+                                 shooting.timestamp,
+                                 shooting.lensId,
+                                 shooting.zenithFirst,
+                                 shooting.zenithSecond,
+                                 shooting.software,
+                                 shooting.gpsLatitudeRef,
+                                 shooting.gpsLatitude,
+                                 shooting.gpsLongitudeRef,
+                                 shooting.gpsLongitude,
+                                 shooting.gpsAltitude,
+                                 shooting.gpsDirectionRef,
+                                 shooting.gpsDirection};
+    QStringList texts = names.split(QLatin1Char(' '));
+    for (int i = 0; i < texts.size(); ++i) {
+        const bool isNumber = values[i].type() == QVariant::Double;
+        texts[i] +=
+            QLatin1Char('=') + (isNumber ? QString::number(values[i].toDouble(), 'g', 6) : values[i].toString());
     }
     return texts;
 }

@@ -111,16 +111,12 @@ void tst_KImageFisheye::cleans()
 {
     for (const FormIndex form : {k8uGray, k16uRgba, k32fRgb}) {
         const Case named(kForms[form].name);
-        TestImage frame(kForms[form], 41, 31, 3), threaded(kForms[form], 41, 31, 3);
+        TestImage frame(kForms[form], 41, 31, 3), noise(kForms[form], 41, 31, 3);
         frame.FillWithNoise(1, 0.25);
-        threaded.FillWithNoise(1, 0.25);
-        frame.image.CleanFisheyeData(12.5, 4, -3);
-        komp_num_threads = 3;
-        threaded.image.CleanFisheyeData(12.5, 4, -3);
-        komp_num_threads = 1;
-        QVERIFY(frame.Bytes() == threaded.Bytes());
-        TestImage noise(kForms[form], 41, 31, 3);
         noise.FillWithNoise(1, 0.25);
+        komp_num_threads = 3;
+        frame.image.CleanFisheyeData(12.5, 4, -3);
+        komp_num_threads = 1;
         const auto wanted = [&](int x, int y, int c) {
             return std::hypot(x - 24, y - 12) > 12.5 ? 0.0 : noise.Sample(x, y, c);
         };

@@ -34,36 +34,17 @@ std::unique_ptr<ImageDef> Analyze(const QByteArray &text, GFL_EXIF_DATAEX *raw =
 /// Returns all fields that entries can fill, as "NAME=VALUE", with numbers to six digits.
 QStringList TextOf(const ImageDef &image)
 {
-    const ShootingInformation &shooting = image.m_shooting;
+    const ShootingInformation &from = image.m_shooting;
     const QString names = QStringLiteral(
         "trusted focal35mm ratio maker model orientation time fNumber value iso bias width height timestamp lens "
         "zenithFirst zenithSecond software latitudeRef latitude longitudeRef longitude altitude directionRef "
         "direction");
-    const QVariantList values = {int(image.HasExif()),
-                                 shooting.focal35mm,
-                                 shooting.focalRatio,
-                                 shooting.makerName,
-                                 shooting.modelName,
-                                 shooting.orientation,
-                                 shooting.exposureTime,
-                                 shooting.fNumber,
-                                 shooting.exposureValue,
-                                 shooting.isoSpeed,
-                                 double(shooting.exposureBias),
-                                 shooting.validWidth,
-                                 shooting.validHeight,
-                                 shooting.timestamp,
-                                 shooting.lensId,
-                                 shooting.zenithFirst,
-                                 shooting.zenithSecond,
-                                 shooting.software,
-                                 shooting.gpsLatitudeRef,
-                                 shooting.gpsLatitude,
-                                 shooting.gpsLongitudeRef,
-                                 shooting.gpsLongitude,
-                                 shooting.gpsAltitude,
-                                 shooting.gpsDirectionRef,
-                                 shooting.gpsDirection};
+    const QVariantList values = QVariantList()
+        << int(image.HasExif()) << from.focal35mm << from.focalRatio << from.makerName << from.modelName
+        << from.orientation << from.exposureTime << from.fNumber << from.exposureValue << from.isoSpeed
+        << double(from.exposureBias) << from.validWidth << from.validHeight << from.timestamp << from.lensId
+        << from.zenithFirst << from.zenithSecond << from.software << from.gpsLatitudeRef << from.gpsLatitude
+        << from.gpsLongitudeRef << from.gpsLongitude << from.gpsAltitude << from.gpsDirectionRef << from.gpsDirection;
     QStringList texts = names.split(QLatin1Char(' '));
     for (int i = 0; i < texts.size(); ++i) {
         const bool isNumber = values[i].type() == QVariant::Double;

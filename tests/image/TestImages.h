@@ -145,10 +145,11 @@ inline double Bilinear(const TestImage &source, double x, double y, int channel)
     x = std::clamp(x, 0.0, width - 1.0);
     y = std::clamp(y, 0.0, height - 1.0);
     const int left = int(x), top = int(y);
-    const int right = std::min(left + 1, width - 1), bottom = std::min(top + 1, height - 1);
-    const double above =
-        source.Sample(left, top, channel) * (1 - (x - left)) + source.Sample(right, top, channel) * (x - left);
-    const double below =
-        source.Sample(left, bottom, channel) * (1 - (x - left)) + source.Sample(right, bottom, channel) * (x - left);
-    return above * (1 - (y - top)) + below * (y - top);
+    const auto between = [&](int row) {
+        const double first = source.Sample(left, row, channel),
+                     second = source.Sample(std::min(left + 1, width - 1), row, channel);
+        return first + (second - first) * (x - left);
+    };
+    const double above = between(top);
+    return above + (between(std::min(top + 1, height - 1)) - above) * (y - top);
 }

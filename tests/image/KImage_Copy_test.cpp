@@ -77,7 +77,6 @@ class tst_KImageCopy : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void everyFormToEveryForm();
-    void finerDepthsLoseNothing();
     void noIntegersBeyondTheRange();
     void guards();
     void copyToIsClipped();
@@ -123,21 +122,6 @@ void tst_KImageCopy::everyFormToEveryForm()
             });
             QVERIFY2(target.Bytes() == wanted.Bytes(), "pixels around the rectangle were written");
         }
-    }
-}
-
-void tst_KImageCopy::finerDepthsLoseNothing()
-{
-    const std::pair<FormIndex, FormIndex> rows[] = {{k8uGray, k16uGray}, {k8uGray, k32fGray}, {k16uGray, k32fGray}};
-    for (const auto &[coarse, fine] : rows) {
-        const Case named(coarse, fine);
-        const int count = int(kForms[coarse].Full()) + 1;
-        TestImage source(kForms[coarse], count, 1), between(kForms[fine], count, 1), back(kForms[coarse], count, 1);
-        source.Fill([](int x, int, int) { return x; });
-        source.image.CopyTo(between.image, 0, 0);
-        between.image.CopyTo(back.image, 0, 0);
-        QVERIFY(back.Bytes() == source.Bytes());
-        QCOMPARE(between.Sample(count - 1, 0, 0), between.Form().Full());
     }
 }
 

@@ -189,11 +189,8 @@ void tst_KImage::integrity()
         QCOMPARE(image.IntegrityValidation(), row.result);
     }
     float samples[] = {0.5f, 0.25f, 0.75f, -1};
-    for (const int bits : {8, 16, 32}) { // neither the gap at the end of a row nor what follows is checked
-        const Case named("bits", bits);
-        KImage image(1, 1, GFL_RGB, bits, /*clear=*/false, samples, bits == 32 ? 16 : 12);
-        QCOMPARE(image.IntegrityValidation(), 0);
-    }
+    KImage wrapped(1, 1, GFL_RGB, 32, /*clear=*/false, samples, 16); // the last is in the gap after the row
+    QCOMPARE(wrapped.IntegrityValidation(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_KImage)

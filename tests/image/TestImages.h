@@ -120,6 +120,12 @@ public:
     KImage image;
 };
 
+/// Returns a function that reads samples, for Difference.
+inline auto Reader(const TestImage &image)
+{
+    return [&image](int x, int y, int c) { return image.Sample(x, y, c); };
+}
+
 /// Returns where a sample differs from wanted(x, y, channel) by more than @p tolerance; empty if none does.
 template <typename Wanted> QString Difference(const TestImage &got, Wanted wanted, double tolerance = 0)
 {

@@ -345,7 +345,7 @@ void tst_KImageTone::unsharpValues()
         image.FillWithNoise(3);
         image.Fill([&](int x, int, int c) {
             const double color = x == 200 ? 9 : image.Sample(x, 0, c); // 9 reveals the truncation of the kernel
-            return c == 3 ? (isVisible(x) ? 0.5 : 0) : isVisible(x) ? color : 1e3;
+            return c == 3 ? (isVisible(x) ? 0.5 : 0) : isVisible(x) ? color : 1e5;
         });
         KImage sharp, sharpLuma, full;
         image.image.unsharp(radius, amount, sharp);
@@ -376,10 +376,6 @@ void tst_KImageTone::unsharpValues()
             return channels[c][x] + (c < 3 ? lumaOnce[x] - luma[x] : 0);
         };
         QCOMPARE(Difference(TestImage(kForms[form], sharpLuma), shifted, tolerance), QString());
-        for (const KImage *result : {&sharp, &full, &sharpLuma}) { // invisible pixels stay as they are
-            for (int x = 0; x < 401; ++x)
-                QVERIFY(isVisible(x) || std::memcmp(result->getData(x, 1), image.image.getData(x, 1), 16) == 0);
-        }
     }
 }
 

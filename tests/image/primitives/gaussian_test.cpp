@@ -33,8 +33,7 @@ void tst_Gaussian::matchesConvolution()
                 {37, 900, 8.1f, 1e-3},  // several blocks of nodes
                 {23, 17, 30.0f, 1e-3},  // wider than the plane
                 {1, 1, 7.0f, 1e-3},     {97, 1, 7.0f, 1e-3},
-                {2500, 9, 3.0f, 1e-3}, // rows wider than the parts that are summed at a time
-                {2500, 9, 6.0f, 1e-3}};
+                {2500, 9, 3.0f, 1e-3},  {2500, 9, 6.0f, 1e-3}}; // wider than the parts that are summed at a time
     for (const auto &[width, height, sigma, tolerance] : rows) {
         const Case named(width, height, sigma, tolerance);
         Plane<Ipp32f, 1> image(width, height, 1), fast(width, height, 2), plain(width, height, 3);

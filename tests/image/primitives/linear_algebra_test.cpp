@@ -67,8 +67,8 @@ void tst_LinearAlgebra::singular()
     QVERIFY(ippmLUDecomp_m_32f(&one, 4, &pivot, &x, 4, 0) == Status::BadSize);
     QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 0, 1) == Status::BadSize);
     QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 1, 0) == Status::BadSize);
-    for (pivot = -1; pivot <= 1; pivot += 2) // of no row
-        QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 1, 1) == Status::Singular);
+    pivot = 1; // of no row
+    QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 1, 1) == Status::Singular);
 }
 
 QTEST_APPLESS_MAIN(tst_LinearAlgebra)

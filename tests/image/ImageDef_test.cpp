@@ -252,8 +252,8 @@ void tst_ImageDef::refusals()
             const bool isServed = ImageDef::IsAPicture(m_dir->filePath(name), image, withThumbnail, &reason);
             ImageDef::Delete(image);
             found += QStringLiteral("%1 %2 %3; ").arg(name).arg(reason.kind).arg(reason.channels);
-            QCOMPARE(isServed, reason.kind == RefusalReason::None);
-            QCOMPARE(reason.text.isEmpty(), reason.kind != RefusalReason::Unread);
+            QVERIFY2(isServed == (reason.kind == RefusalReason::None), qPrintable(name));
+            QVERIFY2(reason.text.isEmpty() == (reason.kind != RefusalReason::Unread), qPrintable(name));
         }
         QCOMPARE(found, expected);
         QCOMPARE(ImageDef::g_ErrorMessages,
@@ -442,6 +442,7 @@ void tst_ImageDef::sizeInMemory()
     for (QString *text :
          {&image.m_fileName, &image.m_exifSummary, &image.m_id, &shooting.makerName, &shooting.modelName,
           &shooting.lensId, &shooting.gpsLatitudeRef, &shooting.gpsLongitudeRef, &shooting.gpsDirectionRef}) {
+        const Case named("bytes before", wanted);
         text->reserve(1000);
         QCOMPARE(image.memSize(), wanted += 2 * text->capacity());
     }

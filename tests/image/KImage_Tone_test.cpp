@@ -208,6 +208,7 @@ void tst_KImageTone::histograms()
     }
     // A flat picture becomes black, or stays as it is. Other depths and gray are only converted.
     for (const auto &[form, value, stretched] : {std::tuple(k8uRgb, 9, 0), {k16uRgb, 514, 2}, {k8uGray, 2, 2}}) {
+        const Case named(kForms[form].name);
         TestImage image(kForms[form], 3, 1);
         image.Fill([flat = value](int, int, int) { return flat; });
         image.image.HistogramAuto(target);

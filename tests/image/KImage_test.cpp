@@ -44,12 +44,12 @@ void tst_KImage::record()
         const Case named(type, width, bits);
         const KImage image(width, 2, static_cast<unsigned short>(type), bits, /*clear=*/true, nullptr, 0);
         const GFL_BITMAP &bitmap = *image.m_bitmap;
-        QCOMPARE(int(bitmap.Type), type);
         QString text;
-        QDebug(&text) << bitmap.ComponentsPerPixel << bitmap.BytesPerPixel << bitmap.BytesPerLine << bitmap.ColorUsed
-                      << (bitmap.ColorMap != nullptr) << bitmap.LinePadding << bitmap.TransparentIndex << bitmap.Origin
-                      << bitmap.Xdpi << bitmap.Ydpi << bitmap.XOffset << bitmap.YOffset;
-        QCOMPARE(text, QLatin1String(record) + QStringLiteral(" 4 -1 0 0 0 0 0 "));
+        QDebug(&text) << bitmap.Type << bitmap.ComponentsPerPixel << bitmap.BytesPerPixel << bitmap.BytesPerLine
+                      << bitmap.ColorUsed << (bitmap.ColorMap != nullptr) << bitmap.LinePadding
+                      << bitmap.TransparentIndex << bitmap.Origin << bitmap.Xdpi << bitmap.Ydpi << bitmap.XOffset
+                      << bitmap.YOffset;
+        QCOMPARE(text, QStringLiteral("%1 %2 4 -1 0 0 0 0 0 ").arg(type).arg(QLatin1String(record)));
         if (bitmap.ColorMap)
             QCOMPARE(QByteArray(reinterpret_cast<const char *>(bitmap.ColorMap), 1024), QByteArray(1024, 0));
         QVERIFY(!bitmap.Comment && !bitmap.MetaData && !bitmap.Name);

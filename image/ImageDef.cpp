@@ -313,11 +313,11 @@ void ImageDef::SetLensKind()
 {
     constexpr float kWidestRectilinearMm = 16.0F; // 35 mm equivalent; unknown lenses below it count as fisheyes
     const int kind = IsFisheyeLens(m_shooting.makerName, m_shooting.lensId);
-    if (kind == 0 || kind == 1) {
-        m_model = kind;
-    } else if (kind < 0) {
+    if (kind < 0) {
         const auto focalMm = static_cast<float>(m_shooting.focal35mm);
         m_model = focalMm != 0.0F && focalMm < kWidestRectilinearMm;
+    } else if (kind < 2) { // other kinds, tilt and shift, leave it unchanged
+        m_model = kind;
     }
 }
 

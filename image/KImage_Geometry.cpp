@@ -44,10 +44,10 @@ template <typename T> void ResizeInto(const KImage &source, KImage &target)
         ResizeGetSize(from, to, grows ? kResizeLinear : kResizeSuper, /*antialiasing=*/0, &specBytes, &initBytes);
     if (status != Status::Ok)
         return; // an image without pixels
-    const IppBlock specBlock = AllocateIpp(specBytes + initBytes);
+    const IppBlock specBlock = AllocateIpp(specBytes);
     auto *spec = reinterpret_cast<ResizeSpec *>(specBlock.get());
     if (grows)
-        ResizeLinearInit(from, to, spec, specBlock.get() + specBytes);
+        ResizeLinearInit(from, to, spec, /*init=*/nullptr); // initBytes is 0
     else
         ResizeSuperInit(from, to, spec);
     const int channels = source.m_bitmap->ComponentsPerPixel;

@@ -34,35 +34,22 @@ std::unique_ptr<ImageDef> Analyze(const QByteArray &text, GFL_EXIF_DATAEX *raw =
 /// Returns all fields that entries can fill, as "NAME=VALUE", with numbers to six digits.
 QStringList TextOf(const ImageDef &image)
 {
-    const ShootingInformation &shooting = image.m_shooting;
-    const std::pair<const char *, QVariant> fields[] = {{"trusted", int(image.HasExif())},
-                                                        {"focal35mm", shooting.focal35mm},
-                                                        {"ratio", shooting.focalRatio},
-                                                        {"maker", shooting.makerName},
-                                                        {"model", shooting.modelName},
-                                                        {"orientation", shooting.orientation},
-                                                        {"time", shooting.exposureTime},
-                                                        {"fNumber", shooting.fNumber},
-                                                        {"value", shooting.exposureValue},
-                                                        {"iso", shooting.isoSpeed},
-                                                        {"bias", double(shooting.exposureBias)},
-                                                        {"width", shooting.validWidth},
-                                                        {"lens", shooting.lensId},
-                                                        {"zenithFirst", shooting.zenithFirst},
-                                                        {"zenithSecond", shooting.zenithSecond},
-                                                        {"software", shooting.software},
-                                                        {"latitudeRef", shooting.gpsLatitudeRef},
-                                                        {"latitude", shooting.gpsLatitude},
-                                                        {"longitudeRef", shooting.gpsLongitudeRef},
-                                                        {"longitude", shooting.gpsLongitude},
-                                                        {"altitude", shooting.gpsAltitude},
-                                                        {"directionRef", shooting.gpsDirectionRef},
-                                                        {"direction", shooting.gpsDirection}};
-    QStringList texts;
-    for (const auto &[name, value] : fields) {
-        const bool isNumber = value.type() == QVariant::Double;
-        texts << QString::fromLatin1(name) + QLatin1Char('=')
-                + (isNumber ? QString::number(value.toDouble(), 'g', 6) : value.toString());
+    const ShootingInformation &from = image.m_shooting;
+    const QString names = QStringLiteral(
+        "trusted focal35mm ratio maker model orientation time fNumber value iso bias width height timestamp lens "
+        "zenithFirst zenithSecond software latitudeRef latitude longitudeRef longitude altitude directionRef "
+        "direction");
+    const QVariantList values = QVariantList()
+        << int(image.HasExif()) << from.focal35mm << from.focalRatio << from.makerName << from.modelName
+        << from.orientation << from.exposureTime << from.fNumber << from.exposureValue << from.isoSpeed
+        << double(from.exposureBias) << from.validWidth << from.validHeight << from.timestamp << from.lensId
+        << from.zenithFirst << from.zenithSecond << from.software << from.gpsLatitudeRef << from.gpsLatitude
+        << from.gpsLongitudeRef << from.gpsLongitude << from.gpsAltitude << from.gpsDirectionRef << from.gpsDirection;
+    QStringList texts = names.split(QLatin1Char(' '));
+    for (int i = 0; i < texts.size(); ++i) {
+        const bool isNumber = values[i].type() == QVariant::Double;
+        texts[i] +=
+            QLatin1Char('=') + (isNumber ? QString::number(values[i].toDouble(), 'g', 6) : values[i].toString());
     }
     return texts;
 }
@@ -118,19 +105,21 @@ void tst_Exif::fields()
         {"37386=inf|41989=nan", ""},
         // A known camera takes precedence over the focal plane, here 4000 x 3000 pixels at 500 per unit: 8 x 6 units.
         {"271=Canon|272=Canon EOS 5D|37386=30|40962=4000|40963=3000|41486=500|41487=500|41488=cm",
-         "trusted=1 focal35mm=30 maker=Canon model=Canon EOS 5D width=4000"},
+         "trusted=1 focal35mm=30 maker=Canon model=Canon EOS 5D width=4000 height=3000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=Inch (2)",
-         "trusted=1 focal35mm=8.51705 ratio=0.170341 width=4000"}, // 43.26662 mm / 254 mm
+         "trusted=1 focal35mm=8.51705 ratio=0.170341 width=4000 height=3000"}, // 43.26662 mm / 254 mm
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=cm",
-         "trusted=1 focal35mm=21.6333 ratio=0.432666 width=4000"},
+         "trusted=1 focal35mm=21.6333 ratio=0.432666 width=4000 height=3000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=inch",
-         "trusted=1 focal35mm=216.333 ratio=4.32666 width=4000"}, // unknown units count as millimeters
-        {"37386=50|40962=4000|40963=3000|41486=500|41487=500", "width=4000"},
-        {"37386=50|40962=4000|40963=3000|41486=500|41487=0|41488=cm", "width=4000"},
-        {"37386=50|40962=4000|40963=3000|41486=1e30.|41487=1e30.|41488=cm", "width=4000"}, // a plane of no size
+         "trusted=1 focal35mm=216.333 ratio=4.32666 width=4000 height=3000"}, // unknown units count as millimeters
+        {"37386=50|40962=4000|40963=3000|41486=500|41487=500", "width=4000 height=3000"},
+        {"37386=50|40962=4000|40963=3000|41486=500|41487=0|41488=cm", "width=4000 height=3000"},
+        {"37386=50|40962=4000|40963=3000|41486=1e30.|41487=1e30.|41488=cm",
+         "width=4000 height=3000"}, // a plane of no size
         {"274=Top-left (1)", "orientation=1"},
         {"274=Top left (1)", ""},
         {"33434=1/250|37377=8", "time=0.004"},
+        {"33437=inf", ""},
         {"37377=8", "time=8"},                                      // not converted from APEX
         {"33434=1/4|33437=2", "time=0.25 fNumber=2 value=2.77259"}, // ln 16
         {"33434=-1/4|33437=2", "time=-0.25 fNumber=2"},
@@ -143,6 +132,7 @@ void tst_Exif::fields()
         {"0 LensID=7", ""},
         {"o271 LensID=7", "maker=7"},
         {"o0 ZenithEs=1.5 2.5", "zenithFirst=1.5 zenithSecond=2.5"},
+        {"o0 ZenithEs=nan inf", ""},
         {"305=Editor 3", ""}, // read only with a private record
         {"271=Z\xc3\xb6rn", "maker=Z\xc3\xb6rn"},
         {"g1=S|g2=45\xc2\xb0 30' 15\"", "latitudeRef=S latitude=45.5042"},
@@ -182,6 +172,12 @@ void tst_Exif::date()
     QCOMPARE(stamp("2010:07:03 18"), evening);
     QCOMPARE(stamp("    :  :     :  :  "), 0);
     QCOMPARE(stamp("today"), 0);
+    const std::time_t before1970 = -1; // also what the C library returns for a date that it can't represent
+    time = *std::localtime(&before1970);
+    time.tm_hour -= time.tm_isdst > 0;
+    char text[20];
+    std::strftime(text, sizeof text, "%Y:%m:%d %H:%M:%S", &time);
+    QCOMPARE(stamp(text), 0);
     QVERIFY(stamp("999999999999:1:1 0:0:0") >= 0); // at most nine digits of the year are used: no overflow
 }
 
@@ -193,6 +189,7 @@ void tst_Exif::comment()
         {"FOV: 73.7 x 53.1 = 84.0", {73.7, 53.1, 0}},
         {"FOV: 73.7", {73.7, 0, 0}},
         {"FOV:", {0, 0, 0}},
+        {"FOV: nan x inf ~ nan", {0, 0, 0}},
         {"fov: 73.7 x 53.1 ~ 84.0", {0, 0, 0}}};
     for (const auto &[comment, angles] : rows) {
         const Case named(comment);
@@ -213,9 +210,9 @@ void tst_Exif::privateRecord()
         std::size_t length;
         quint32 block;
         int foundKind, subKind;
-    } rows[] = {{9, 128, GFL_EXIF_OWN, 9, 5},
-                {7, 130, GFL_EXIF_OWN, 7, 0}, // a kind without subkinds
-                {9, 127, GFL_EXIF_OWN, 0, 0}, // too short
+    } rows[] = {{8, 128, GFL_EXIF_OWN, 8, 5},   {10, 128, GFL_EXIF_OWN, 10, 5},
+                {7, 130, GFL_EXIF_OWN, 7, 0},                                 // kinds without subkinds
+                {11, 128, GFL_EXIF_OWN, 11, 0}, {9, 127, GFL_EXIF_OWN, 0, 0}, // too short
                 {9, 128, GFL_EXIF_CAMERA, 0, 0}};
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
@@ -243,11 +240,13 @@ void tst_Exif::summary()
 
 void tst_Exif::secondAnalysisResets()
 {
-    auto image = Analyze("271=Canon|41989=75|33434=1/4|305=Editor");
+    const QByteArray camera = "271=Maker|272=Model|274=Top-left (1)|36867=2010:07:03 18:00:00|305=Editor";
+    auto image = Analyze(camera + "|41989=75|33434=1/4|33437=2|34855=400|37380=1|40962=4000|40963=3000");
     image->AnalyseExif(nullptr, nullptr);
-    QVERIFY(!image->HasExif() && image->m_exifSummary.isEmpty() && image->m_shooting.makerName.isEmpty());
-    QCOMPARE(image->m_shooting.focal35mm, 0.0);
-    QCOMPARE(image->m_shooting.exposureTime, 0.0);
+    QStringList texts = TextOf(*image) + QStringList(image->m_exifSummary);
+    for (const QString &field : TextOf(ImageDef()))
+        texts.removeOne(field);
+    QCOMPARE(texts.join(QLatin1Char(' ')), QStringLiteral("bias=1 width=4000 height=3000 ")); // these three stay
 }
 
 QTEST_GUILESS_MAIN(tst_Exif)

@@ -1,6 +1,7 @@
 // Tests of the image cache: eviction, sources of versions, disk copies of raw files, startup and shutdown.
 #include "Case.h"
 #include "DngFile.h"
+#include "KImage_p.h"
 #include "KTools.h"
 #include "Thrown.h"
 #include "WrittenPictures.h"
@@ -298,6 +299,13 @@ void tst_ImageCache::startWithHost()
     KImage::exit();
     QVERIFY(!KImageCache::ms_instance && !ImageDatas::settings && !KTools::ms_instances.log);
     QVERIFY(QDir(Temporary()).isEmpty()); // the folder is removed too
+    int blocks = 0;                       // of an allocator that applies only because the module has stopped the layer
+    gflLibraryInitEx(
+        [](unsigned long size, void *counter) { return ++*static_cast<int *>(counter), std::malloc(size); },
+        realloc_callback, free_callback, &blocks);
+    free_callback(gflMemoryAlloc(1), nullptr);
+    gflLibraryExit();
+    QCOMPARE(blocks, 1);
 
     KImageCache shared;
     ImageDatas settings;
@@ -310,6 +318,7 @@ void tst_ImageCache::startWithHost()
         QVERIFY(Picture(WritePicture(Path(QStringLiteral("h.png")), "png", 8, 6)));
         KImage::exit();
         QCOMPARE(KImageCache::ms_instance, cache); // the host's cache with its contents, or none
+        QCOMPARE(KImage::ms_instances.cache, cache);
     }
     QCOMPARE(shared.m_items.size(), 1);
     KImageCache::SetInstance(nullptr);

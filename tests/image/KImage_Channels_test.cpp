@@ -13,11 +13,15 @@
 
 namespace {
 
-/// Returns whether @p got is @p value converted to another depth.
-bool IsRescaled(double got, double value, const TestForm &from, const TestForm &to)
+double Rescaled(double value, const TestForm &from, const TestForm &to)
 {
-    const double share = value / from.Full(), wanted = to.IsFloat() ? share : std::clamp(share, 0.0, 1.0) * to.Full();
-    return std::fabs(got - wanted) <= (from.bits == to.bits ? 0 : to.IsFloat() ? 1e-6 : from.bits == 16 ? 1 : 0.505);
+    const double share = value / from.Full();
+    return to.IsFloat() ? share : std::clamp(share, 0.0, 1.0) * to.Full();
+}
+
+double RoundingOf(const TestForm &from, const TestForm &to)
+{
+    return from.bits == to.bits ? 0 : to.IsFloat() ? 1e-6 : from.bits == 16 ? 1 : 0.505;
 }
 
 constexpr FormIndex kGrayForms[] = {k8uGray, k16uGray, k32fGray};
@@ -55,23 +59,22 @@ void tst_KImageChannels::setAndExtract()
         for (int i = 0; i < 3 * form.channels; ++i) {
             const TestForm &planeForm = kForms[kGrayForms[i % 3]];
             TestImage plane(planeForm, 521, 2), target(form, 521, 2, 3), wanted(form, 521, 2, 3);
-            TestImage extracted(planeForm, 521, 2);
             plane.FillWithNoise(1);
             target.FillWithNoise(2); // rows are not aligned and longer than the pieces that are converted at a time
             wanted.FillWithNoise(2);
             KImage before;
             target.image.ExtractChannel(before, planeForm.bits, i / 3);
             QVERIFY(before.type() == GFL_GREY && before.bitsPerComponent() == planeForm.bits);
-            before.CopyTo(extracted.image, 0, 0);
+            const auto extracted = [&](int x, int y, int) {
+                return Rescaled(wanted.Sample(x, y, i / 3), form, planeForm);
+            };
+            QCOMPARE(Difference(TestImage(planeForm, before), extracted, RoundingOf(form, planeForm)), QString());
             target.image.SetChannel(plane.image, i / 3);
-            for (int x = 0; x < 521 * 2; ++x) {
-                const double got = target.Sample(x % 521, x / 521, i / 3);
-                QVERIFY(IsRescaled(extracted.Sample(x % 521, x / 521, 0), wanted.Sample(x % 521, x / 521, i / 3), form,
-                                   planeForm));
-                QVERIFY(IsRescaled(got, plane.Sample(x % 521, x / 521, 0), planeForm, form));
-                wanted.SetSample(x % 521, x / 521, i / 3, got);
-            }
-            QVERIFY2(target.Bytes() == wanted.Bytes(), "another channel or the padding was written");
+            const auto replaced = [&](int x, int y, int c) {
+                return c == i / 3 ? Rescaled(plane.Sample(x, y, 0), planeForm, form) : wanted.Sample(x, y, c);
+            };
+            QCOMPARE(Difference(target, replaced, RoundingOf(planeForm, form)), QString());
+            QVERIFY(target.HasGapsOf(wanted));
         }
     }
 }
@@ -86,29 +89,21 @@ void tst_KImageChannels::blend()
         wanted.FillWithNoise(2, 0.0, 1.0);
         KImage converted;
         source.image.Convert(converted, targetForm.type, targetForm.bits); // tested separately
-        TestImage colors(targetForm, 40, 30);
-        converted.CopyTo(colors.image, 0, 0);
-
+        const TestImage colors(targetForm, converted);
         constexpr int kX = 5, kY = 7; // clipped at the right and at the bottom
         komp_num_threads = 1 + pair % 2;
         source.image.BlendTo(target.image, kX, kY);
         komp_num_threads = 1;
-        const int blended = targetForm.channels == 4 ? 3 : targetForm.channels;
-        for (int y = kY; y < 23; ++y) {
-            for (int x = kX; x < 37; ++x) {
-                const double alpha = source.Sample(x - kX, y - kY, 3) / form.Full();
-                for (int c = 0; c < blended; ++c) {
-                    const double t = wanted.Sample(x, y, c), s = colors.Sample(x - kX, y - kY, c);
-                    const double exact = t - (t - s) * alpha, got = target.Sample(x, y, c);
-                    // Integers are truncated; a product close to an integer may fall on either side.
-                    const bool isRight = targetForm.IsFloat() ? std::fabs(got - exact) < 1e-6
-                                                              : got <= exact + 0.02 && got > exact - 1.02;
-                    QVERIFY2(isRight, qPrintable(QStringLiteral("%1 instead of %2").arg(got).arg(exact)));
-                    wanted.SetSample(x, y, c, got);
-                }
-            }
-        }
-        QVERIFY2(target.Bytes() == wanted.Bytes(), "alpha or the surroundings were written");
+        const auto blended = [&](int x, int y, int c) {
+            const double old = wanted.Sample(x, y, c);
+            if (x < kX || y < kY || (targetForm.channels == 4 && c == 3))
+                return old;
+            const double share = source.Sample(x - kX, y - kY, 3) / form.Full();
+            return old - (old - colors.Sample(x - kX, y - kY, c)) * share - (targetForm.IsFloat() ? 0 : 0.5);
+        };
+        // Integers are truncated; a product close to an integer may fall on either side.
+        QCOMPARE(Difference(target, blended, targetForm.IsFloat() ? 1e-6 : 0.52), QString());
+        QVERIFY(target.HasGapsOf(wanted));
     }
 }
 
@@ -151,16 +146,13 @@ void tst_KImageChannels::operators()
                 : operation == '+'            ? image.image += other.image
                                               : image.image *= other.image;
             QCOMPARE(&result, &image.image);
-            for (int i = 0; i < 523 * 2 * form.channels; ++i) {
-                const int x = i / form.channels % 523, y = i / form.channels / 523, c = i % form.channels;
-                const double a = before.Sample(x, y, c), b = other.Sample(x, y, c), got = image.Sample(x, y, c);
+            const auto wanted = [&](int x, int y, int c) {
+                const double a = before.Sample(x, y, c), b = other.Sample(x, y, c);
                 const double exact = operation == '-' ? a - b : operation == '+' ? a + b : a * b;
-                const double share = form.IsFloat() ? 1 : operation == '*' ? 256 : 2; // 8 bits: sum / 2, product / 256
-                const double wanted = form.IsFloat() ? exact : std::max(exact / share, 0.0);
-                QVERIFY(std::fabs(got - wanted) <= (form.IsFloat() ? 1e-6 : 0.5));
-                before.SetSample(x, y, c, got);
-            }
-            QVERIFY(image.Bytes() == before.Bytes());
+                return form.IsFloat() ? exact : std::max(exact / (operation == '*' ? 256 : 2), 0.0); // 8 bits: scaled
+            };
+            QCOMPARE(Difference(image, wanted, form.IsFloat() ? 1e-6 : 0.5), QString());
+            QVERIFY(image.HasGapsOf(before));
         }
     }
 }
@@ -172,23 +164,27 @@ void tst_KImageChannels::factors()
         float factor;
         double in, colors, alpha;
     } rows[] = {
-        {k32fRgba, 0.5f, 0.5, 0.25, 0.5},                                  // float alpha is unchanged
-        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},  {k8uRgba, 1.0f, 255, 254, 254}, // 1/256 less
-        {k8uRgb, 0.5f, 200, 99, 0},                                        // 200 * 127 / 256
-        {k8uGray, 2.0f, 200, 255, 0},                                      // saturated
-        {k8uRgba, 2.0f, 100, 199, 100},                                    // 100 * 510 / 256
-        {k8uGray, -1.0f, 200, 0, 0},       {k16uRgba, 0.5f, 60000, 29999, 59999},
-        {k16uRgb, 1e30f, 60000, 65535, 0}, {k16uGray, std::nanf(""), 60000, 0, 0},
+        {k32fRgba, 0.5f, 0.5, 0.25, 0.5}, // float alpha is unchanged
+        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},
+        {k8uRgba, 1.0f, 255, 254, 254}, // 1/256 less
+        {k8uRgb, 0.5f, 200, 99, 0},     // 200 * 127 / 256
+        {k8uGray, 2.0f, 200, 255, 0},   // saturated
+        {k8uRgba, 2.0f, 100, 199, 100}, // 100 * 510 / 256
+        {k8uGray, 0.5f, 200, 99, 0},
+        {k16uGray, 0.5f, 60000, 29999, 0},
+        {k32fGray, 0.5f, 0.5, 0.25, 0},
+        {k8uGray, -1.0f, 200, 0, 0},
+        {k16uRgba, 0.5f, 60000, 29999, 59999},
+        {k16uRgb, 1e30f, 60000, 65535, 0},
+        {k16uGray, std::nanf(""), 60000, 0, 0},
     };
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         const TestForm &form = kForms[row.form];
         TestImage image(form, 11, 2, 8);
-        for (int i = 0; i < 22 * form.channels; ++i)
-            image.SetSample(i / form.channels % 11, i / form.channels / 11, i % form.channels, row.in);
+        image.Fill([&](int, int, int) { return row.in; });
         image.image *= row.factor;
-        for (int c = 0; c < form.channels; ++c)
-            QCOMPARE(image.Sample(10, 1, c), c == 3 ? row.alpha : row.colors);
+        QCOMPARE(Difference(image, [&](int, int, int c) { return c == 3 ? row.alpha : row.colors; }), QString());
     }
 }
 

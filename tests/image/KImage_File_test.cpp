@@ -1,6 +1,7 @@
 #include "Case.h"
 #include "KImage_p.h"
 
+#include "Bitmaps.h"
 #include "Files.h"
 #include "Thrown.h"
 
@@ -14,23 +15,11 @@
 
 namespace {
 
-/// Allocates an 8-bit RGB image and fills it with a ramp that differs between channels.
-void FillWithRamp(KImage &image, int width, int height)
+KImage RandomImage(int width, int height)
 {
-    image.AllocBitmap(width, height, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
-    for (int y = 0; y < height; ++y) {
-        for (int i = 0; i < 3 * width; ++i)
-            image.getData(0, y)[i] = static_cast<unsigned char>(7 * i + 31 * y);
-    }
-}
-
-bool HasSamePixels(const KImage &a, const KImage &b)
-{
-    bool same = a.width() == b.width() && a.height() == b.height() && a.type() == b.type()
-        && a.bitsPerComponent() == b.bitsPerComponent();
-    for (int y = 0; same && y < a.height(); ++y)
-        same = std::memcmp(a.getData(0, y), b.getData(0, y), std::size_t(a.width()) * a.m_bitmap->BytesPerPixel) == 0;
-    return same;
+    KImage image;
+    image.m_bitmap = RandomBitmap(width, height, GFL_RGB, 8).release();
+    return image;
 }
 
 } // namespace
@@ -134,21 +123,20 @@ void tst_KImageFile::guards()
 
 void tst_KImageFile::readsWhatItWrote()
 {
-    KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0), read; // reading replaces the old content
-    FillWithRamp(image, 13, 7);
-    const QString name = File("Größe ✓.tif");                // paths are Unicode
+    KImage image = RandomImage(13, 7), read, back(1, 1, GFL_GREY, 16, true, nullptr, 0); // whose content is replaced
+    const QString name = File("Größe ✓.tif");                                            // paths are Unicode
     image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which KImage::init() enables
     KImage lzw;
     lzw.ID_Read(name, /*nativeDepth=*/true);
-    QVERIFY(HasSamePixels(lzw, image));
+    QCOMPARE(Difference(*lzw.m_bitmap, *image.m_bitmap), QString());
     image.Write(name, QStringLiteral("tiff"), 3, QString());
     read.ID_Read(name, /*nativeDepth=*/true);
-    QVERIFY(HasSamePixels(read, image));
+    QCOMPARE(Difference(*read.m_bitmap, *image.m_bitmap), QString());
     unsigned char *data = nullptr;
     unsigned int size = 0;
     image.WriteIntoMemory(&data, &size, QStringLiteral("TIF"), 3);
     back.ReadFromMemory(data, size);
-    QVERIFY(HasSamePixels(back, image));
+    QCOMPARE(Difference(*back.m_bitmap, *image.m_bitmap), QString());
     QCOMPARE(Thrown([&] { back.ReadFromMemory(data, 5); }),
              QStringLiteral("Error GFL : \"GFL_ERROR_FILE_READ\"")); // no line with a file name
     QVERIFY(!back.m_bitmap);
@@ -165,20 +153,18 @@ void tst_KImageFile::cacheFilesKeepTypeAndDepth()
     for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
         for (int bits : {8, 16, 32}) {
             const Case named(type, bits);
-            KImage ramp, image, back;
-            FillWithRamp(ramp, 9, 5);
-            ramp.Convert(image, static_cast<unsigned short>(type), bits);
+            KImage image, back;
+            RandomImage(9, 5).Convert(image, static_cast<unsigned short>(type), bits);
             image.ID_WriteToCache(File("cache.tmp"));
             back.ID_Read(File("cache.tmp"), /*nativeDepth=*/true);
-            QVERIFY(HasSamePixels(back, image));
+            QCOMPARE(Difference(*back.m_bitmap, *image.m_bitmap), QString());
         }
 }
 
 void tst_KImageFile::dumps()
 {
-    KImage ramp, image, rgba, rgb, alpha;
-    FillWithRamp(ramp, 9, 5);
-    ramp.Convert(image, GFL_RGBA, 8);
+    KImage colors = RandomImage(9, 5), image, rgba, rgb, alpha;
+    colors.Convert(image, GFL_RGBA, 8);
     image.getData(4, 2)[3] = 77;
     image.Output_PNG_RGBA(File("rgba"));
     image.Output_PNG_RGB(File("rgb"));
@@ -186,7 +172,8 @@ void tst_KImageFile::dumps()
     rgba.ID_Read(File("rgba"), true);
     rgb.ID_Read(File("rgb"), true);
     alpha.ID_Read(File("a"), true);
-    QVERIFY(HasSamePixels(rgba, image) && HasSamePixels(rgb, ramp));
+    QCOMPARE(Difference(*rgba.m_bitmap, *image.m_bitmap), QString());
+    QCOMPARE(Difference(*rgb.m_bitmap, *colors.m_bitmap), QString());
     QCOMPARE(int(alpha.type()), int(GFL_GREY));
     QCOMPARE(int(*alpha.getData(4, 2)), 77);
 }
@@ -216,7 +203,7 @@ void tst_KImageFile::readsAtRequestedDepth()
     image.Write(File("deep.tif"), QStringLiteral("tiff"), 0, QString());
     KImage native, shallow, reduced, forced(1, 1, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
     native.ID_Read(File("deep.tif"), /*nativeDepth=*/true);
-    QVERIFY(HasSamePixels(native, image));
+    QCOMPARE(Difference(*native.m_bitmap, *image.m_bitmap), QString());
     shallow.ID_Read(File("deep.tif"), /*nativeDepth=*/false);
     QCOMPARE(int(shallow.bitsPerComponent()), 8);
     QCOMPARE(int(*shallow.getData(2, 1)), 0x12);
@@ -231,8 +218,7 @@ void tst_KImageFile::readsAtRequestedDepth()
 
 void tst_KImageFile::thumbnailIsSmall()
 {
-    KImage image, small;
-    FillWithRamp(image, 1200, 600);
+    KImage image = RandomImage(1200, 600), small;
     image.Write(File("large"), QStringLiteral("JPG"), 12, QString());
     small.Read(File("large"), GFL_RGB, /*thumbnail=*/true);
     QVERIFY(small.width() < 600);
@@ -241,8 +227,7 @@ void tst_KImageFile::thumbnailIsSmall()
 
 void tst_KImageFile::failedWriteLeavesNothing()
 {
-    KImage image;
-    FillWithRamp(image, 3, 3);
+    KImage image = RandomImage(3, 3);
     const auto entries = [this] { return QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden); };
     const QStringList before = entries();
     for (const QString &target : {File("absent/out.tif"), m_dir.path()}) {
@@ -258,8 +243,7 @@ void tst_KImageFile::failedWriteLeavesNothing()
 void tst_KImageFile::failedWriteKeepsTheOldFile()
 {
     const QString old = WriteFile(File("old.tif"), "a picture");
-    KImage image;
-    FillWithRamp(image, 3, 3);
+    KImage image = RandomImage(3, 3);
     QVERIFY(Thrown([&] {
                 image.Write(old, QStringLiteral("nonsense"), 0, QString());
             }).contains(QStringLiteral("BAD_FORMAT_INDEX")));

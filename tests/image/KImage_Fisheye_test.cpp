@@ -4,56 +4,7 @@
 #include "Case.h"
 #include "KOmp.h"
 
-#include <QPointF>
 #include <QtTest>
-
-namespace {
-
-/// Frame of an equidistant 180-degree lens: gray, with bright spots in known directions (in degrees).
-constexpr double kRadius = 150, kOffsetX = 7.3, kOffsetY = -5.6;
-constexpr struct {
-    double longitude, latitude;
-} kSpots[] = {{0, 0}, {40, 0}, {-65, 10}, {20, 45}, {-30, -40}, {80, -20}};
-
-void RenderSpots(TestImage &frame)
-{
-    const double middleX = (frame.image.width() - 1) / 2.0 + kOffsetX;
-    const double middleY = (frame.image.height() - 1) / 2.0 + kOffsetY;
-    for (int y = 0; y < frame.image.height(); ++y) {
-        for (int x = 0; x < frame.image.width(); ++x) {
-            double light = 0.3;
-            for (const auto &spot : kSpots) {
-                const double longitude = spot.longitude * M_PI / 180, latitude = spot.latitude * M_PI / 180;
-                const double right = std::cos(latitude) * std::sin(longitude), up = std::sin(latitude);
-                const double fromAxis = std::hypot(right, up);
-                const double angle = std::acos(std::cos(latitude) * std::cos(longitude));
-                const double scale = fromAxis > 0 ? kRadius * angle / (M_PI / 2) / fromAxis : 0;
-                const double away = std::hypot(x - middleX - scale * right, y - middleY + scale * up);
-                light += 0.6 * std::exp(-away * away / 2 / 2.25);
-            }
-            light *= std::clamp(kRadius + 0.5 - std::hypot(x - middleX, y - middleY), 0.0, 1.0);
-            for (int c = 0; c < frame.Form().channels; ++c)
-                frame.SetSample(x, y, c, (c == 3 ? 1 : light) * frame.Form().Full());
-        }
-    }
-}
-
-/// Returns the centroid, in pixels, of the light above gray near a position.
-QPointF SpotNear(const TestImage &image, double x, double y)
-{
-    double sum = 0, sumX = 0, sumY = 0;
-    for (int row = int(y) - 7; row <= int(y) + 8; ++row) {
-        for (int column = int(x) - 7; column <= int(x) + 8; ++column) {
-            const double light = qMax(0.0, image.Sample(column, row, 1) / image.Form().Full() - 0.35);
-            sum += light;
-            sumX += light * column;
-            sumY += light * row;
-        }
-    }
-    return {sumX / sum, sumY / sum};
-}
-
-} // namespace
 
 class tst_KImageFisheye : public QObject {
     Q_OBJECT
@@ -63,19 +14,24 @@ private Q_SLOTS:
     void findsNoCircle();
     void sphere();
     void cleans();
-    void paintsAndBends();
+    void paints();
+    void bends();
 };
 
 void tst_KImageFisheye::findsTheCircle()
 {
     int found = 0;
+    double sums[3] = {}; // of signed errors: radius, x, y
     for (unsigned seed = 0; seed < 100; ++seed) {
         const FisheyeFrame frame(480, 320, seed);
         double radius, x, y;
         frame.image.GetFisheyeRadiusOffset(radius, x, y);
-        const double off =
-            std::max({std::abs(radius - frame.radius), std::abs(x - frame.offsetX), std::abs(y - frame.offsetY)});
-        found += off <= 0.005 * 320;
+        const double errors[] = {radius - frame.radius, x - frame.offsetX, y - frame.offsetY};
+        const bool isFound =
+            std::all_of(errors, errors + 3, [](double error) { return std::abs(error) <= 0.005 * 320; });
+        found += isFound;
+        for (int i = 0; i < 3; ++i)
+            sums[i] += isFound ? errors[i] : 0;
         if (seed % 10 > 0)
             continue;
         // A nominal radius may be off by up to 20 %.
@@ -86,6 +42,8 @@ void tst_KImageFisheye::findsTheCircle()
         }
     }
     QVERIFY2(found >= 95, qPrintable(QString::number(found)));
+    for (const double sum : sums) // no bias
+        QVERIFY2(std::abs(sum) < 0.1 * found, qPrintable(QString::number(sum)));
 }
 
 void tst_KImageFisheye::findsNoCircle()
@@ -102,10 +60,9 @@ void tst_KImageFisheye::findsNoCircle()
             TestImage frame(kForms[k32fRgba], row.width, row.height, 1);
             if (row.low < row.high)
                 frame.FillWithNoise(3, row.low, row.high);
-            for (int i = 0; i < row.width * row.height * 4; ++i) {
-                if (i % 4 == 3 || !(row.low < row.high))
-                    frame.SetSample(i / 4 % row.width, i / 4 / row.width, i % 4, i % 4 == 3 ? alpha : row.low);
-            }
+            frame.Fill([&](int x, int y, int c) {
+                return c == 3 ? alpha : row.low < row.high ? frame.Sample(x, y, c) : row.low;
+            });
             double radius = -1, x = -1, y = -1;
             frame.image.GetFisheyeRadiusOffset(radius, x, y);
             QVERIFY(radius == 0 && x == 0 && y == 0);
@@ -113,25 +70,40 @@ void tst_KImageFisheye::findsNoCircle()
     }
 }
 
+/// Compares each pixel with the equidistant lens, whose distance from the center is proportional to the angle.
 void tst_KImageFisheye::sphere()
 {
     for (int i = 0; i < 6; ++i) {
-        const Case named("i", i);
         const FormIndex form = i < 2 ? k8uRgb : i < 4 ? k16uGray : k32fRgba;
-        TestImage frame(kForms[form], 400, 330, 1), target(kForms[form == k8uRgb ? k8uRgba : k32fRgba], 600, 300);
-        RenderSpots(frame);
-        if (i % 2)
-            frame.image.CircularCateyeToSpherical(600, kRadius, kOffsetX, kOffsetY, target.image);
-        else // detects the circle
-            frame.image.CircularFiskeyeToSpherical(600, 180, target.image);
-        for (const auto &spot : kSpots) {
-            const QPointF wanted((spot.longitude / 360 + 0.5) * 600 - 0.5, (0.5 - spot.latitude / 180) * 300 - 0.5);
-            const QPointF off = SpotNear(target, wanted.x(), wanted.y()) - wanted;
-            QVERIFY2(std::hypot(off.x(), off.y()) < 0.5,
-                     qPrintable(QStringLiteral("%1, %2").arg(off.x()).arg(off.y())));
+        const Case named(kForms[form].name, i % 2 ? "given circle, larger than the frame" : "detected circle");
+        TestImage frame(kForms[form], 400, 330, 1), target(kForms[form == k8uRgb ? k8uRgba : k32fRgba], 120, 60);
+        double radius = i % 2 ? 190 : 150, offsetX = 7.3, offsetY = -5.6, half = i % 2 ? M_PI / 2 : M_PI / 1.8;
+        frame.Fill([&, offsetX, offsetY](int x, int y, int c) { // a circle filled with waves
+            const double away = std::hypot(x - 199.5 - offsetX, y - 164.5 - offsetY);
+            const double light = 0.6 + 0.1 * std::sin(x * 0.1 * (c + 1)) + 0.1 * std::sin(y * 0.08);
+            return frame.Form().Full() * (c == 3 ? 0.5 : light * std::clamp(radius + 0.5 - away, 0.0, 1.0));
+        });
+        if (i % 2) {
+            frame.image.CircularCateyeToSpherical(120, radius, offsetX, offsetY, target.image);
+        } else {
+            frame.image.GetFisheyeRadiusOffset(radius, offsetX, offsetY);
+            QVERIFY(std::abs(radius - 150) < 0.5 && std::hypot(offsetX - 7.3, offsetY + 5.6) < 0.5);
+            frame.image.CircularFiskeyeToSpherical(120, 200, target.image);
         }
-        QCOMPARE(target.Sample(10, 150, 3), 0.0); // outside the lens's field of view
-        QCOMPARE(target.Sample(300, 10, 3), target.Form().Full());
+        const auto wanted = [&](int x, int y, int c) {
+            const double longitude = ((x + 0.5) / 120 - 0.5) * 2 * M_PI, latitude = (0.5 - (y + 0.5) / 60) * M_PI;
+            const double right = std::cos(latitude) * std::sin(longitude), up = std::sin(latitude);
+            const double angle = std::acos(std::cos(latitude) * std::cos(longitude));
+            const double scale = radius * angle / half / std::hypot(right, up);
+            const double fromX = 199.5 + offsetX + scale * right, fromY = 164.5 + offsetY - scale * up;
+            if (angle > half || fromY < -0.5 || fromY > 329.5 || fromX > 399.5)
+                return 0.0;
+            const double full = frame.Form().Full(), newFull = target.Form().Full();
+            return c == 3 && form != k32fRgba
+                ? newFull
+                : Bilinear(frame, fromX, fromY, form == k16uGray ? 0 : c) / full * newFull;
+        };
+        QCOMPARE(Difference(target, wanted, form == k8uRgb ? 0.6 : 2e-4), QString());
     }
 }
 
@@ -139,61 +111,91 @@ void tst_KImageFisheye::cleans()
 {
     for (const FormIndex form : {k8uGray, k16uRgba, k32fRgb}) {
         const Case named(kForms[form].name);
-        TestImage frame(kForms[form], 41, 31, 3), threaded(kForms[form], 41, 31, 3);
+        TestImage frame(kForms[form], 41, 31, 3), noise(kForms[form], 41, 31, 3);
         frame.FillWithNoise(1, 0.25);
-        threaded.FillWithNoise(1, 0.25);
-        frame.image.CleanFisheyeData(12.5, 4, -3);
-        komp_num_threads = 3;
-        threaded.image.CleanFisheyeData(12.5, 4, -3);
-        komp_num_threads = 1;
-        QVERIFY(frame.Bytes() == threaded.Bytes());
-        TestImage noise(kForms[form], 41, 31, 3);
         noise.FillWithNoise(1, 0.25);
-        for (int i = 0; i < 41 * 31; ++i) {
-            const int x = i % 41, y = i / 41;
-            const bool isOutside = std::hypot(x - 24, y - 12) > 12.5;
-            for (int c = 0; c < kForms[form].channels; ++c)
-                QVERIFY2(frame.Sample(x, y, c) == (isOutside ? 0.0 : noise.Sample(x, y, c)),
-                         qPrintable(QStringLiteral("%1, %2 in channel %3").arg(x).arg(y).arg(c)));
-        }
+        komp_num_threads = 3;
+        frame.image.CleanFisheyeData(12.5, 4, -3);
+        komp_num_threads = 1;
+        const auto wanted = [&](int x, int y, int c) {
+            return std::hypot(x - 24, y - 12) > 12.5 ? 0.0 : noise.Sample(x, y, c);
+        };
+        QCOMPARE(Difference(frame, wanted), QString());
     }
 }
 
-void tst_KImageFisheye::paintsAndBends()
+void tst_KImageFisheye::paints()
 {
+    const double rgba[] = {1, 0.4, 0.2, 1}, luma = 0.299 + 0.587 * 0.4 + 0.114 * 0.2;
     for (const TestForm &form : kForms) {
         const Case named(form.name);
-        TestImage image(form, 101, 81, 1);
-        image.image.PutPoint(70, 50, 5, int(0xFF00FF00));
-        image.image.PutPoint(1e30f, -1e30f, 4, -1); // far outside: must not crash
-        const double green = form.channels == 1 ? 0.587 : 1;
-        QVERIFY(std::abs(image.Sample(70, 50, form.channels == 1 ? 0 : 1) / form.Full() - green) < 0.003);
-        QCOMPARE(image.Sample(70, 56, 0), 0.0);
-
-        // The point at r, in half diagonals, moves to r (1 + k r^2), and back.
-        const double unit = std::hypot(101, 81) / 2, r = std::hypot(20, 10) / unit, factor = 1 + 0.2 * r * r;
-        const int channel = form.channels == 1 ? 0 : 1;
-        const auto center = [&] {
-            double sum = 0, sumX = 0;
-            for (int i = 0; i < 101 * 81; ++i) {
-                sum += image.Sample(i % 101, i / 101, channel);
-                sumX += image.Sample(i % 101, i / 101, channel) * (i % 101);
-            }
-            return sumX / sum;
+        TestImage image(form, 31, 23, 1), before(form, 31, 23, 1);
+        image.FillWithNoise(1, 0, 1);
+        before.FillWithNoise(1, 0, 1);
+        image.image.PutPoint(19.3f, 4.6f, 5.25f, int(0xB3FF6633)); // cut off at the top; alpha is 179 / 255
+        image.image.PutPoint(1e30f, -1e30f, 4, -1);                // far outside: must not crash
+        const auto wanted = [&](int x, int y, int c) {
+            const double cover = std::clamp(5.75 - std::hypot(x - 19.3, y - 4.6), 0.0, 1.0) * 179 / 255;
+            return before.Sample(x, y, c) * (1 - cover) + (form.channels == 1 ? luma : rgba[c]) * form.Full() * cover;
         };
-        image.image.Optical(0.2f, 0, 0, 0, 0, 1);
-        QVERIFY2(std::abs(center() - (50 + 20 * factor)) < 0.3, qPrintable(QString::number(center())));
-        image.image.Optical(0.2f, 0, 0, 0, 0, 0);
-        QVERIFY2(std::abs(center() - 70) < 0.2, qPrintable(QString::number(center())));
-        if (form.channels == 1)
-            continue;
-        image.image.Optical2(0, 0, 0, 'G', 0.8f, 0); // samples at 0.8 times the radius
-        QVERIFY2(std::abs(center() - (50 + 20 / 0.8)) < 0.3, qPrintable(QString::number(center())));
+        QCOMPARE(Difference(image, wanted, form.IsFloat() ? 2e-6 : 0.6), QString());
+        QVERIFY(image.HasGapsOf(before));
     }
     TestImage broken(kForms[k32fRgb], 9, 9, 1);
     broken.SetSample(4, 4, 0, std::nan(""));
     broken.image.PutPoint(4, 4, 3, int(0xFFFF0000));
     QCOMPARE(broken.Sample(4, 4, 0), 1.0); // overwrites even NaN
+}
+
+/// Compares each pixel with the definition: the radius r, in half diagonals, maps to scale r (1 + k1 r^2 + k2 r^4 + k3
+/// r^6), or that to r.
+void tst_KImageFisheye::bends()
+{
+    const struct {
+        float k1, k2, k3, offsetX, offsetY;
+        char channel; // of Optical2; 0: Optical
+        float scale;
+        int direction;
+    } rows[] = {{0.2f, 0, 0, 0, 0, 0, 1, 1},
+                {-0.15f, 0.1f, 0.05f, 3.5f, -2, 0, 1, 0},
+                {-0.1f, 0.1f, 0.05f, -4, 2.5f, 0, 1, 1},
+                {0, 0, 0, 0, 0, 'R', 0.8f, 0},
+                {0.1f, -0.05f, 0.02f, 0, 0, 'G', 1.1f, 0},
+                {0.1f, 0.05f, 0.02f, 0, 0, 'B', 0.9f, 1},
+                {-0.02f, 0, 0, 0, 0, 'A', 0.8f, 1}};
+    for (int i = 0; i < 7 * kFormCount; ++i) {
+        const TestForm &form = kForms[i / 7];
+        const auto &row = rows[i % 7];
+        const Case named(form.name, "row", i % 7);
+        const int only = row.channel ? int(QByteArray("RGBA").indexOf(row.channel)) : -1;
+        if (only >= form.channels)
+            continue;
+        TestImage source(form, 41, 29, 1), image(form, 41, 29, 1);
+        source.FillWithNoise(1, 0, 1);
+        image.FillWithNoise(1, 0, 1);
+        if (row.channel)
+            image.image.Optical2(row.k1, row.k2, row.k3, row.channel, row.scale, row.direction);
+        else
+            image.image.Optical(row.k1, row.k2, row.k3, row.offsetX, row.offsetY, row.direction);
+        const auto forth = [&row](double r) {
+            const double r2 = r * r;
+            return double(row.scale) * r * (1 + r2 * (double(row.k1) + r2 * (double(row.k2) + r2 * double(row.k3))));
+        };
+        const double centerX = 20 + double(row.offsetX), centerY = 14 + double(row.offsetY);
+        const auto wanted = [&](int x, int y, int c) {
+            const double r = std::hypot(x - centerX, y - centerY) / (std::hypot(41, 29) / 2);
+            double from = forth(r), low = 0, high = 3;
+            for (int step = 0; step < 60 && row.direction; ++step) // bisection
+                (forth(from = (low + high) / 2) < r ? low : high) = from;
+            const double factor = r > 0 ? from / r : 1;
+            const double fromX = centerX + factor * (x - centerX), fromY = centerY + factor * (y - centerY);
+            const bool isInside = fromX >= -0.5 && fromX <= 40.5 && fromY >= -0.5 && fromY <= 28.5;
+            if (only >= 0 && c != only)
+                return source.Sample(x, y, c);
+            return isInside || only >= 0 ? Bilinear(source, fromX, fromY, c) : 0;
+        };
+        QCOMPARE(Difference(image, wanted, 1e-4 * form.Full() + (form.IsFloat() ? 0 : 0.5)), QString());
+    }
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
     image.image.Optical(-20, 0, 0, 0, 0, 1);

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <vector>
 
+#include <malloc.h>
+
 namespace {
 
 const QString kInvalidBitmap = QStringLiteral("Invalid Bitmap");
@@ -19,43 +21,37 @@ const QString kInvalidParameter = QStringLiteral("Invalid Parameter");
 class tst_KImage : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { mallopt(M_PERTURB, 0x5A); } // new memory isn't zero
     void record();
     void refusedShapes();
     void sameShapeKeepsItsBlock();
     void wrappedBlockSurvives();
     void copyOwnsItsPixels();
-    void dpi();
+    void logAndDpi();
     void integrity();
 };
 
 void tst_KImage::record()
 {
     const struct {
-        int type, width, bits, channels;
-        uint stride;
-        int colorUsed;
-    } rows[] = {
-        {GFL_GREY, 1, 8, 1, 4, 256},   // one byte wide
-        {GFL_RGB, 801, 8, 3, 2404, 0}, // 2,403 bytes, rounded up
-        {GFL_RGB, 3, 16, 3, 20, 0},    {GFL_RGBA, 10, 32, 4, 160, 0},
-        {GFL_COLORS, 5, 8, 1, 8, 256}, {0x0040, 4, 8, 3, 12, 0}, // other orders of three and four channels
-        {0x2000, 4, 8, 4, 16, 0},
-    };
-    for (const auto &[type, width, bits, channels, stride, colorUsed] : rows) {
-        const Case named(type, width, bits, channels, stride, colorUsed);
+        int type, width, bits;
+        const char *record; // channels, bytes per pixel and per row, colors, then fields that are the same for all
+    } rows[] = {{GFL_GREY, 1, 8, "1 1 4 256 false"},  {GFL_RGB, 801, 8, "3 3 2404 0 false"},
+                {GFL_RGB, 3, 16, "3 6 20 0 false"},   {GFL_RGBA, 10, 32, "4 16 160 0 false"},
+                {GFL_COLORS, 5, 8, "1 1 8 256 true"}, {0x0040, 4, 8, "3 3 12 0 false"},
+                {0x2000, 4, 8, "4 4 16 0 false"}};
+    for (const auto &[type, width, bits, record] : rows) {
+        const Case named(type, width, bits);
         const KImage image(width, 2, static_cast<unsigned short>(type), bits, /*clear=*/true, nullptr, 0);
         const GFL_BITMAP &bitmap = *image.m_bitmap;
-        QCOMPARE(int(bitmap.Type), type);
-        QCOMPARE(int(bitmap.ComponentsPerPixel), channels);
-        QCOMPARE(int(bitmap.BytesPerPixel), bits / 8 * channels);
-        QCOMPARE(uint(bitmap.BytesPerLine), stride);
-        QCOMPARE(int(bitmap.ColorUsed), colorUsed);
-        QCOMPARE(bitmap.ColorMap != nullptr, type == GFL_COLORS);
+        QString text;
+        QDebug(&text) << bitmap.Type << bitmap.ComponentsPerPixel << bitmap.BytesPerPixel << bitmap.BytesPerLine
+                      << bitmap.ColorUsed << (bitmap.ColorMap != nullptr) << bitmap.LinePadding
+                      << bitmap.TransparentIndex << bitmap.Origin << bitmap.Xdpi << bitmap.Ydpi << bitmap.XOffset
+                      << bitmap.YOffset;
+        QCOMPARE(text, QStringLiteral("%1 %2 4 -1 0 0 0 0 0 ").arg(type).arg(QLatin1String(record)));
         if (bitmap.ColorMap)
-            QCOMPARE(QByteArray::fromRawData(reinterpret_cast<const char *>(bitmap.ColorMap), 1024),
-                     QByteArray(1024, 0));
-        QCOMPARE(int(bitmap.LinePadding), 4);
-        QCOMPARE(int(bitmap.TransparentIndex), -1);
+            QCOMPARE(QByteArray(reinterpret_cast<const char *>(bitmap.ColorMap), 1024), QByteArray(1024, 0));
         QVERIFY(!bitmap.Comment && !bitmap.MetaData && !bitmap.Name);
         const std::vector<unsigned char> zeros(2 * bitmap.BytesPerLine, 0);
         QCOMPARE(std::memcmp(bitmap.Data, zeros.data(), zeros.size()), 0);
@@ -67,18 +63,19 @@ void tst_KImage::refusedShapes()
 {
     const QString memory = QStringLiteral("Not enough memory");
     const struct {
-        int width, height, type;
+        int width, height, type, bits;
         QString message;
-    } rows[] = {{4, 4, 0x0008, kInvalidParameter},         {4, 4, 0, kInvalidParameter},
-                {-4, 4, GFL_RGB, kInvalidParameter},       {4, -4, GFL_RGB, kInvalidParameter},
-                {0x10000001, 1, GFL_RGBA, memory}, // the row size exceeds 32 bits
-                {0x0FFFFFFF, 0x7FFFFFFF, GFL_RGBA, memory}};
+    } rows[] = {{4, 4, 0x0008, 32, kInvalidParameter},         {4, 4, 0, 32, kInvalidParameter},
+                {-4, 4, GFL_RGB, 32, kInvalidParameter},       {4, -1, GFL_RGB, 32, kInvalidParameter},
+                {4, 4, GFL_RGB, -1, kInvalidParameter},        {4, 4, GFL_RGB, 33, kInvalidParameter},
+                {0x10000001, 1, GFL_RGBA, 32, memory}, // the row size exceeds 32 bits
+                {0x0FFFFFFF, 0x7FFFFFFF, GFL_RGBA, 32, memory}};
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
         for (int attempt = 0; attempt < 2; ++attempt) { // the first attempt must leave no image of that shape
             QCOMPARE(Thrown([&] {
-                         image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), 32,
+                         image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), row.bits,
                                            /*clear=*/false, nullptr, 0);
                      }),
                      row.message);
@@ -139,7 +136,9 @@ void tst_KImage::copyOwnsItsPixels()
         wrapping.m_bitmap->XOffset = 7;
         wrapping.m_bitmap->Name = strdup("name");
         wrapping.m_bitmap->Comment = strdup("comment");
+        wrapping.m_bitmap->MetaData = &wrapping;
         copy = wrapping;
+        wrapping.m_bitmap->MetaData = nullptr;
     }
     block.assign(block.size(), 0);
     QVERIFY(copy.m_ownsData && copy.m_spareFlag);
@@ -147,14 +146,25 @@ void tst_KImage::copyOwnsItsPixels()
     QCOMPARE(int(copy.m_bitmap->Xdpi), 300);
     QCOMPARE(copy.m_bitmap->XOffset, 7);
     QCOMPARE(QByteArray(copy.m_bitmap->Name), QByteArray("name"));
-    QVERIFY(!copy.m_bitmap->Comment); // not copied
+    QVERIFY(!copy.m_bitmap->Comment && !copy.m_bitmap->MetaData); // not copied
     KImage &same = copy;
     copy = same; // self-assignment empties it
     QVERIFY(!copy.m_bitmap);
+    KImage palette(1, 1, GFL_COLORS, 8, /*clear=*/true, nullptr, 0);
+    palette.m_bitmap->ColorMap[1023] = 5;
+    copy = palette;
+    palette.m_bitmap->ColorMap[1023] = 6;
+    QCOMPARE(int(copy.m_bitmap->ColorMap[1023]), 5);
 }
 
-void tst_KImage::dpi()
+void tst_KImage::logAndDpi()
 {
+    std::string lines;
+    KImage::SetLog([](const std::string &text, void *to) { *static_cast<std::string *>(to) += text; }, &lines);
+    KImage::Log("one line");
+    KImage::SetLog(nullptr, nullptr);
+    KImage::Log("nowhere");
+    QCOMPARE(lines.c_str(), "one line");
     KImage image;
     QCOMPARE(Thrown([&] { image.SetDPI(300); }), kInvalidBitmap);
     QCOMPARE(Thrown([&] { image.ClearBitmap(); }), kInvalidBitmap);
@@ -174,10 +184,13 @@ void tst_KImage::integrity()
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         KImage image(3, 2, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-        std::memcpy(image.getData(1, 0), &row.early, sizeof row.early);
+        std::memcpy(image.getData(0, 0), &row.early, sizeof row.early);
         std::memcpy(image.getData(2, 1) + 12, &row.late, sizeof row.late);
         QCOMPARE(image.IntegrityValidation(), row.result);
     }
+    float samples[] = {0.5f, 0.25f, 0.75f, -1};
+    KImage wrapped(1, 1, GFL_RGB, 32, /*clear=*/false, samples, 16); // the last is in the gap after the row
+    QCOMPARE(wrapped.IntegrityValidation(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_KImage)

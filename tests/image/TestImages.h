@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -39,6 +41,11 @@ public:
     {
         std::fill_n(m_bytes.end() - kGuardBytes, kGuardBytes, kGuard);
     }
+    /// Copies an image of that form.
+    TestImage(const TestForm &form, const KImage &of) : TestImage(form, of.width(), of.height())
+    {
+        of.CopyTo(image, 0, 0);
+    }
     TestImage(const TestImage &) = delete;
     TestImage &operator=(const TestImage &) = delete;
 
@@ -69,10 +76,24 @@ public:
         for (size_t i = 0; i < m_bytes.size() - kGuardBytes; ++i)
             m_bytes[i] = static_cast<unsigned char>(random());
         std::uniform_real_distribution<double> value(low, high);
-        for (int i = 0; m_form.IsFloat() && i < image.width() * image.height() * m_form.channels; ++i) {
-            const int pixel = i / m_form.channels;
-            SetSample(pixel % image.width(), pixel / image.width(), i % m_form.channels, value(random));
+        if (m_form.IsFloat())
+            Fill([&](int, int, int) { return value(random); });
+    }
+
+    /// Sets each sample to value(x, y, channel).
+    template <typename Value> void Fill(Value value)
+    {
+        for (int i = 0; i < image.width() * image.height() * m_form.channels; ++i) {
+            const int x = i / m_form.channels % image.width(), y = i / m_form.channels / image.width();
+            SetSample(x, y, i % m_form.channels, value(x, y, i % m_form.channels));
         }
+    }
+
+    /// Returns whether the bytes that aren't pixels equal those of @p other, which gets these pixels.
+    bool HasGapsOf(TestImage &other) const
+    {
+        other.Fill([this](int x, int y, int c) { return Sample(x, y, c); });
+        return m_bytes == other.m_bytes;
     }
 
     /// Returns the rows with the gaps between them, followed by a guard area.
@@ -98,3 +119,43 @@ private:
 public:
     KImage image;
 };
+
+/// Returns a function that reads samples, for Difference.
+inline auto Reader(const TestImage &image)
+{
+    return [&image](int x, int y, int c) { return image.Sample(x, y, c); };
+}
+
+/// Returns where a sample differs from wanted(x, y, channel) by more than @p tolerance; empty if none does.
+template <typename Wanted> QString Difference(const TestImage &got, Wanted wanted, double tolerance = 0)
+{
+    const int channels = got.Form().channels, width = got.image.width();
+    for (int i = 0; i < width * got.image.height() * channels; ++i) {
+        const int x = i / channels % width, y = i / channels / width, c = i % channels;
+        const double actual = got.Sample(x, y, c), expected = wanted(x, y, c);
+        if (!(std::abs(actual - expected) <= tolerance))
+            return QStringLiteral("(%1, %2), channel %3: %4 instead of %5")
+                .arg(x)
+                .arg(y)
+                .arg(c)
+                .arg(actual)
+                .arg(expected);
+    }
+    return QString();
+}
+
+/// Interpolates the source between its pixel centers, with edge pixels repeated.
+inline double Bilinear(const TestImage &source, double x, double y, int channel)
+{
+    const int width = source.image.width(), height = source.image.height();
+    x = std::clamp(x, 0.0, width - 1.0);
+    y = std::clamp(y, 0.0, height - 1.0);
+    const int left = int(x), top = int(y);
+    const auto between = [&](int row) {
+        const double first = source.Sample(left, row, channel),
+                     second = source.Sample(std::min(left + 1, width - 1), row, channel);
+        return first + (second - first) * (x - left);
+    };
+    const double above = between(top);
+    return above + (between(std::min(top + 1, height - 1)) - above) * (y - top);
+}

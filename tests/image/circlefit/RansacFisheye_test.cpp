@@ -1,5 +1,7 @@
 #include "RansacFisheye.h"
 
+#include "CircleRefinement.h"
+
 #include <QtTest>
 
 #include <cmath>
@@ -26,6 +28,7 @@ class tst_RansacFisheye : public QObject {
 private Q_SLOTS:
     void degenerateModels();
     void scores();
+    void refinement();
 };
 
 void tst_RansacFisheye::degenerateModels()
@@ -82,6 +85,27 @@ void tst_RansacFisheye::scores()
     QCOMPARE(far.bestScore, 0.25);
     far.evaluateModel({0, 0, 1010.5});
     QCOMPARE(far.best.radius, 1010.0);
+}
+
+void tst_RansacFisheye::refinement()
+{
+    QVector<RansacFisheye::Data> data(7, {300, 0.6, -0.8, true}); // not edges
+    for (int degree = 0; degree < 270; degree += 3) {
+        const double x = std::cos(degree * M_PI / 180), y = std::sin(degree * M_PI / 180), along = 10 * x - 20 * y;
+        const double distance = along + std::sqrt(400 * 400 - 500 + along * along); // to the circle around (10, -20)
+        data.append({distance, x, y, false});
+        data.append({distance + (degree % 2 ? 26 : 60), x, y, false}); // never nearer than 2.5 % of the smaller side
+    }
+    RansacFisheye fit = NewFit(data);
+    fit.best = {8, -16, 401};
+    const RefinedCircle circle = RefineCircle(fit);
+    QVERIFY(std::hypot(circle.model.centerX - 10, circle.model.centerY + 20) < 1e-9);
+    QVERIFY(std::abs(circle.model.radius - 400) < 1e-9);
+    QCOMPARE(circle.support, 90);
+    QVERIFY(!fit.evaluateModel(circle.model));
+    QCOMPARE(fit.bestScore, 97 / 187.0); // 90 edges and 7 inside points
+    fit.data.fill({400, 1, 0, false});   // no unique circle
+    QCOMPARE(RefineCircle(fit).model.radius, fit.best.radius);
 }
 
 QTEST_APPLESS_MAIN(tst_RansacFisheye)

@@ -22,7 +22,11 @@ void tst_Filter::gaussian()
     const struct {
         int width, height, kernelSize;
         float sigma;
-    } rows[] = {{1, 1, 3, 1}, {7, 5, 1, 1}, {31, 17, 13, 2.5f}, {5, 3, 41, 6}}; // last: kernel wider than the plane
+    } rows[] = {{1, 1, 3, 1},
+                {7, 5, 1, 1},
+                {31, 17, 13, 2.5f},
+                {2500, 2, 13, 2.5f},
+                {5, 3, 41, 6}}; // last: kernel wider than the plane
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         const int width = row.width, height = row.height, kernelSize = row.kernelSize;
@@ -73,12 +77,15 @@ void tst_Filter::gaussianRefused()
                 {3, 0, Status::BadArgument},
                 {3, std::nanf(""), Status::BadArgument}};
     alignas(8) unsigned char block[64];
+    auto *spec = reinterpret_cast<GaussianSpec *>(block);
     for (const auto &row : rows) {
         const Case named("row", &row - rows);
-        QVERIFY(
-            ippiFilterGaussianInit(row.kernelSize, row.sigma, kBorderReplicate, reinterpret_cast<GaussianSpec *>(block))
-            == row.status);
+        QVERIFY(ippiFilterGaussianInit(row.kernelSize, row.sigma, kBorderReplicate, spec) == row.status);
     }
+    std::int64_t bytes = 7;
+    QVERIFY(FilterGaussGetBufferSize({0, 1}, 3, &bytes) == Status::BadSize);
+    QVERIFY(FilterGaussGetBufferSize({1, 1}, 2, &bytes) == Status::BadSize && bytes == 7);
+    QVERIFY(ippiFilterGaussianInit(3, 1, kBorderReplicate, nullptr) == Status::NullPointer);
 }
 
 void tst_Filter::median()

@@ -32,7 +32,8 @@ void tst_Gaussian::matchesConvolution()
                 {150, 131, 5.0f, 1e-3}, // spacing 3
                 {37, 900, 8.1f, 1e-3},  // several blocks of nodes
                 {23, 17, 30.0f, 1e-3},  // wider than the plane
-                {1, 1, 7.0f, 1e-3},     {97, 1, 7.0f, 1e-3}};
+                {1, 1, 7.0f, 1e-3},     {97, 1, 7.0f, 1e-3},
+                {2500, 9, 3.0f, 1e-3},  {2500, 9, 6.0f, 1e-3}}; // wider than the parts that are summed at a time
     for (const auto &[width, height, sigma, tolerance] : rows) {
         const Case named(width, height, sigma, tolerance);
         Plane<Ipp32f, 1> image(width, height, 1), fast(width, height, 2), plain(width, height, 3);
@@ -72,12 +73,15 @@ void tst_Gaussian::refusedAndExtreme()
 
 void tst_Gaussian::stretchMatchesFormula()
 {
-    std::vector<Ipp8u> src(4 * 259), got(src.size());
+    std::vector<Ipp8u> src(4 * 259), got(src.size()), plain(src.size());
     for (std::size_t i = 0; i < src.size(); ++i)
         src[i] = static_cast<Ipp8u>(i % 4 == 3 ? i : i / 4); // every value in every color
     for (int low = 0; low < 256; low += 3) {
         for (int high = low; high < 256; ++high) {
-            Stretch(static_cast<Ipp8u>(low), static_cast<Ipp8u>(high), 4).Run(src.data(), got.data(), 259);
+            const Stretch stretch(static_cast<Ipp8u>(low), static_cast<Ipp8u>(high), 4);
+            stretch.Run(src.data(), got.data(), 259);
+            stretch.RunPlain(src.data(), plain.data(), 259);
+            QVERIFY(got == plain);
             for (std::size_t i = 0; i < src.size(); ++i) {
                 const int above = std::clamp(src[i] - low, 0, high - low);
                 const int wanted = i % 4 == 3 ? src[i]

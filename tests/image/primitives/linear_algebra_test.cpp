@@ -62,6 +62,12 @@ void tst_LinearAlgebra::singular()
         QVERIFY(ippmLUBackSubst_mva_32f(lu, 12, pivot, right, 12, x, 12, 3, 1) == Status::Singular);
         QVERIFY(x[0] == 7 && x[1] == 7 && x[2] == 7);
     }
+    float one = 2, x = 7;
+    int pivot = 0;
+    QVERIFY(ippmLUDecomp_m_32f(&one, 4, &pivot, &x, 4, 0) == Status::BadSize);
+    QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 0, 1) == Status::BadSize);
+    pivot = 1; // of no row
+    QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 1, 1) == Status::Singular);
 }
 
 QTEST_APPLESS_MAIN(tst_LinearAlgebra)

@@ -36,6 +36,9 @@ void tst_Pixels::statuses()
     QVERIFY(ippiSwapChannels_8u_C3R(a.Data(), 3, b.Data(), 3, {1, 1}, foreign) == Status::BadArgument);
     const Ipp32f values[] = {0, 1};
     QVERIFY(ippiScale_32f8u_C1R(values, 0, b.Data(), 0, {2, 1}, 1.0f, 1.0f) == Status::BadArgument); // empty range
+    QVERIFY(ippiMulC_8u_C3RSfs(a.Data(), 3, nullptr, b.Data(), 3, {1, 1}, 8) == Status::NullPointer);
+    QVERIFY(ippiMulC_8u_C1RSfs(a.Data(), 4, 3, b.Data(), 4, {4, 4}, 32) == Status::BadArgument);
+    QVERIFY(ippiCompareC_32f_C1R(values, 0, 2.0f, b.Data(), 0, {2, 1}, Comparison(5)) == Status::BadArgument);
     CompareSamples(b.Size(), 1, Reader(b), Reader(before), 0);
     QVERIFY(b.HasGapsOf(before));
 }

@@ -1,6 +1,7 @@
 // Tests of the command line: invalid arguments, printed texts, and pictures of one run with the same output. The tests
 // of the whole program check the effect of options.
 #include "Case.h"
+#include "ExpectedText.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
 #include "command/CommandLine.h"
@@ -14,6 +15,7 @@ class tst_CommandLine : public QObject {
 private Q_SLOTS:
     void refusesAndPrints_data();
     void refusesAndPrints();
+    void printedLines();
     void lastOneWins();
     void fittedOptionsAreAttributes();
     void helpFitsOnAScreen();
@@ -87,8 +89,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"help correct info", "only one command"},
         {"help --man --names", "together"},
         {"help --completion csh", "bash, zsh or fish"},
-        {"help", "?Usage: vitrelux COMMAND"},
-        {"help --man correct", "?.TH VITRELUX-CORRECT 1 "},
+        {"help --man report", "?.TH VITRELUX-REPORT 1 "},
         {"--version", "?vitrelux 3."},
         {"-h", "?Usage: vitrelux COMMAND"},
         {"correct a.jpg -h", "?Usage: vitrelux correct "},
@@ -109,6 +110,21 @@ void tst_CommandLine::refusesAndPrints()
     else
         QVERIFY2(line.text.section(QLatin1Char('\n'), 0, 0).contains(message) && line.text.contains("--help'.\n"_s),
                  qPrintable(line.text));
+}
+
+/// Help, man pages and completions have the expected lines, in this order, among others.
+void tst_CommandLine::printedLines()
+{
+    for (const char *line : {"help", "help lenses", "correct -h", "help --man", "help --man help", "help --man lenses",
+                             "help --completion bash", "help --completion zsh", "help --completion fish"}) {
+        const CommandLine parsed = ParseCommandLine(Words(QString::fromLatin1(line)));
+        QCOMPARE(parsed.action, CommandLine::Action::PrintText);
+        QStringList left = QString::fromLatin1(ExpectedText(QByteArray("vitrelux ") + line)).split(QLatin1Char('\n'));
+        for (const QString &printed : parsed.text.split(QLatin1Char('\n')))
+            if (!left.isEmpty() && printed == left.first())
+                left.removeFirst();
+        QVERIFY2(left.size() < 2, qPrintable(QLatin1String(line) + ": missing "_s + left.value(0))); // all but the end
+    }
 }
 
 void tst_CommandLine::lastOneWins()

@@ -1,5 +1,6 @@
 // Tests of `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
 #include "Case.h"
+#include "ExpectedText.h"
 #include "ProfileText.h"
 #include "ProgramTest.h"
 
@@ -212,23 +213,7 @@ void tst_Profile::grid()
     const ProgramResult result = Run("profile m.lcp"_s);
     QCOMPARE(result.exitCode, 0);
     // Entries with the same models, focal lengths within 1 % and distances within 2 % share a row.
-    QCOMPARE(result.output, QByteArray(R"(m.lcp
-  Profile     P
-  Camera      C; U; Canon EOS 40D
-  Lens        N; L; 7; ...
-  Frame       3888 x 2592 pixels, factor 1.6; 1234567 x 2592 pixels; unknown
-  Measured on rendered pictures; raw data
-  Entries     7
-  Problems    5; --check lists them
-
-  Focal length  Distance  Apertures  Models                Entries
-  -             -         -          distortion, green     6
-  -             -         -          none                  7
-  24 mm         0.5 m     f/4        distortion (fisheye)  5
-  24 mm         3 m       f/2.8      distortion            2
-  24.1 mm       3.01 m    f/4 f/8    distortion, light     3-4
-  35 mm         infinity  f/4        distortion, light     1
-)"));
+    QCOMPARE(result.output, ExpectedText("vitrelux profile m.lcp"));
 }
 
 void tst_Profile::plainText()
@@ -237,25 +222,7 @@ void tst_Profile::plainText()
     const ProgramResult result = Run("profile --plain m.lcp p.lcp"_s);
     QCOMPARE(result.exitCode, 0);
     // Centers are shares of 4000 x 3000, the largest pixel coordinates.
-    const QByteArray text = R"(m.lcp
-  Profile               Test body - Test lens 24mm
-  Camera                Seven
-  Lens                  Test lens 24mm
-  Measured at           24 mm, f/4, 1.25 m
-  Made for pictures of  4001 x 3001 pixels
-  Entries               2
-  Projection            perspective
-  Distortion            focal length 0.8, 0.9; centre 2040, 1560; coefficients -0.011, 0.012, -0.013; tangential 0.001, -0.002
-  Green                 focal length 0.81, 0.82; centre 2044, 1563; coefficients 0.021
-  Red against green     focal length 0.83, 0.84; centre 2048, 1566; scale 0.999; coefficients 0.031, 0.032
-  Blue against green    focal length 0.85, 0.86; centre 2052, 1569; scale 1.001; coefficients 0.041
-  Vignette              focal length 0.87, 0.88; centre 2056, 1572; coefficients -0.51, 0.52, -0.53
-  Corrects              distortion, chromatic aberration, vignetting
-  Note                  2 entries; the first one is used for every picture
-
-p.lcp
-)";
-    QVERIFY2(result.output.startsWith(text), result.output);
+    QVERIFY2(result.output.startsWith(ExpectedText("vitrelux profile --plain m.lcp p.lcp, the first")), result.output);
 }
 
 void tst_Profile::check_data()
@@ -318,27 +285,13 @@ void tst_Profile::check()
 void tst_Profile::json()
 {
     WriteFile(Path("m.lcp"_s), profiletext::Profile(profiletext::FullEntry(0)));
-    const QByteArray expected =
-        R"({"path":"m.lcp","notes":[],"entries":[{"line":8,"projection":"perspective","raw":false,
-"focalLengthMm":24,"distanceM":1.25,"fNumber":4,"width":4001,"height":3001,"sensorFormatFactor":1.5,"camera":"Seven",
-"make":"Maker","model":"MODEL 7","profileName":"Test body - Test lens 24mm","lens":"Test lens 24mm","models":{
-"distortion":{"scaleFactor":1,"focalLengthX":0.8,"center":[0.51,0.52],"coefficients":[-0.011,0.012,-0.013],
-"tangential":[0.001,-0.002]},
-"green":{"scaleFactor":1,"focalLengthX":0.81,"center":[0.511,0.521],"coefficients":[0.021],"tangential":[0,0]},
-"red":{"scaleFactor":0.999,"focalLengthX":0.83,"center":[0.512,0.522],"coefficients":[0.031,0.032],"tangential":[0,0]},
-"blue":{"scaleFactor":1.001,"focalLengthX":0.85,"center":[0.513,0.523],"coefficients":[0.041],"tangential":[0,0]},
-"light":{"scaleFactor":1,"focalLengthX":0.87,"center":[0.514,0.524],"coefficients":[-0.51,0.52,-0.53],"tangential":[0,0]}
-}}]})";
-    QCOMPARE(QJsonDocument(Json("m.lcp"_s)), QJsonDocument::fromJson(expected));
+    QCOMPARE(QJsonDocument(Json("m.lcp"_s)),
+             QJsonDocument::fromJson(ExpectedText("vitrelux profile --json m.lcp, all models")));
     WriteFile(
         Path("m.lcp"_s),
         File({R"(s:Lens="L" s:LensID="7" s:FocusDistance="10000" )" + kRaw + ">" + Model("FisheyeModel", kBent)}));
-    const QByteArray bare = R"({"path":"m.lcp","entries":[{"line":2,"projection":"fisheye","raw":true,"lens":"L",
-"lensId":"7","distanceM":"infinity","models":{"distortion":{"scaleFactor":1,"focalLengthX":1,"center":[0.5,0.5],
-"coefficients":[-0.1,0.02],"tangential":[0,0]}}}],"notes":[{"entry":1,"line":2,"unusable":false,
-"text":"the size of the calibrated picture (ImageWidth, ImageLength) is missing"},{"entry":1,"line":2,
-"text":"no focal length","unusable":false}]})";
-    QCOMPARE(QJsonDocument(Json("m.lcp"_s)), QJsonDocument::fromJson(bare));
+    QCOMPARE(QJsonDocument(Json("m.lcp"_s)),
+             QJsonDocument::fromJson(ExpectedText("vitrelux profile --json m.lcp, few facts")));
     WriteFile(Path("m.lcp"_s), File({}));
     QVERIFY(Json("m.lcp"_s)["problem"_s].toString().contains("no entry"_s));
 }
@@ -360,25 +313,13 @@ void tst_Profile::pictureBetweenEntries()
         QVERIFY(std::abs(value["weight"_s].toDouble() - (isLonger ? weight : 1.0 - weight)) < 1e-9);
     }
     const QByteArray zoom = QByteArray::number(fit.take("zoom"_s).toDouble(), 'f', 4);
-    const char *const rest =
-        R"({"picture":"c.jpg","color":[],"light":[],"leavesEmpty":false,"fieldShare":1,"frameRatio":1,)"
-        R"("assumed":["distance unknown: the farthest is used"],)"
-        R"("notDone":"lateral color, vignetting: the profile has no model for it"})";
-    QCOMPARE(QJsonDocument(fit).toJson(), QJsonDocument::fromJson(rest).toJson());
+    QCOMPARE(QJsonDocument(fit),
+             QJsonDocument::fromJson(ExpectedText("vitrelux profile --json --for c.jpg m.lcp, the rest of the fit")));
     const ProgramResult text = Run("profile --for c.jpg m.lcp"_s);
     QCOMPARE(text.exitCode, 0);
     QCOMPARE(text.output,
-             Run("profile m.lcp"_s).output + R"(
-  Picture     c.jpg
-  Setting     28 mm (EXIF FocalLength), f/2.8 (EXIF FNumber)
-  Applied     distortion
-  Entries     24 mm f/2.8 3 m 55 %, 35 mm f/2.8 3 m 45 %
-  Frame       the picture's is 1.000 of the profile's (long sides)
-  Framing     zoom )"
-                 + zoom + R"(, 100.0 % of the field kept
-  Assumed     distance unknown: the farthest is used
-  Not done    lateral color, vignetting: the profile has no model for it
-)");
+             Run("profile m.lcp"_s).output + '\n'
+                 + ExpectedText("vitrelux profile --for c.jpg m.lcp, after the grid").replace("%1", zoom));
 
     QCOMPARE(Run("profile --for c.jpg --plot b.svg m.lcp"_s).exitCode, 0);
     const ReadPlot plot(ReadFile(Path("b.svg"_s)));
@@ -451,6 +392,9 @@ void tst_Profile::plot()
     WriteFile(Path("m.lcp"_s), content);
     WritePicture(Path("c.jpg"_s), 24);
     const QString own = "24 mm f/2.8 3 m"_s, blend = "blend for c.jpg"_s;
+    const QByteArray applied = content.contains("Vignette") ? "distortion, color, light" : "distortion";
+    const QByteArray fit = Run("profile --for c.jpg m.lcp"_s).output;
+    QVERIFY2(fit.contains("  Applied     " + applied + "\n") && fit.contains("is 1.000 of the profile's"), fit);
     // In the picture's frame of 60 x 40, the only entry is the whole blend; only shifts in pixels depend on the frame.
     for (const auto &[options, title, side] :
          {std::tuple(QString(), own, kLongSide), {" --for c.jpg"_s, own, 60.0}, {" --for c.jpg"_s, blend, 60.0}}) {

@@ -79,6 +79,9 @@ void BadInputTest::refused_data()
     picture("head of a JPEG", "", Copy("a.jpg", 20));
     picture("half a TIFF", "", Copy("b_corrected.tiff", 2500));
 
+    row("picture", "companion", "--profile p.lcp a.jpg m.thm b.jpg"_s, {"m.thm"_s},
+        "is not recognized as a picture: a companion file, or damaged",
+        [](const QString &path) { QFile::copy(QFileInfo(path).path() + "/a.jpg"_s, path + ".thm"_s); });
     row("picture", "above --max-megapixels", "--max-megapixels 1 --profile p.lcp a.jpg m b.jpg"_s, {"m"_s},
         "1001 x 1000 pixels are 1.001 megapixels; at most 1 are allowed",
         [](const QString &path) { QImage(1001, 1000, QImage::Format_RGB32).save(path, "JPG"); });

@@ -64,6 +64,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --max-megapixels 0 a.jpg", "1 to 1000000"},
         {"info --max-megapixels 2.5 a.jpg", "1 to 1000000"},
         {"correct --shard 3/2 a.jpg", "--shard I/N"},
+        {"correct --shard 0/2 a.jpg", "--shard I/N"},
         {"correct --shard 1 a.jpg", "--shard I/N"},
         {"correct --suffix _x --output-name {name}.tif a.jpg", "together"},
         {"correct --output-name {name}/x.tif a.jpg", "slash"},
@@ -115,8 +116,9 @@ void tst_CommandLine::refusesAndPrints()
 /// Help, man pages and completions have the expected lines, in this order, among others.
 void tst_CommandLine::printedLines()
 {
-    for (const char *line : {"help", "help lenses", "correct -h", "help --man", "help --man help", "help --man lenses",
-                             "help --completion bash", "help --completion zsh", "help --completion fish"}) {
+    for (const char *line :
+         {"help", "help lenses", "help correct", "correct -h", "help --man", "help --man help", "help --man lenses",
+          "help --completion bash", "help --completion zsh", "help --completion fish"}) {
         const CommandLine parsed = ParseCommandLine(Words(QString::fromLatin1(line)));
         QCOMPARE(parsed.action, CommandLine::Action::PrintText);
         QStringList left = QString::fromLatin1(ExpectedText(QByteArray("vitrelux ") + line)).split(QLatin1Char('\n'));
@@ -129,9 +131,10 @@ void tst_CommandLine::printedLines()
 
 void tst_CommandLine::lastOneWins()
 {
-    const CorrectOptions options = ParseCommandLine(Words("correct --profile p --profile=q -j 4 -- -o"_s)).correct;
+    const CorrectOptions options =
+        ParseCommandLine(Words("correct --profile p --profile=q -j 4 --shard 1/2 -- -o"_s)).correct;
     QCOMPARE(options.profile, "q"_s);
-    QCOMPARE(options.jobs, 4);
+    QVERIFY(options.jobs == 4 && options.shard.index == 1 && options.shard.count == 2);
     QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 

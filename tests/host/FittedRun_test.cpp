@@ -73,7 +73,7 @@ void FittedRunTest::init()
         {"named.jpg", {kLens, "50/1", "8/1"}},
         {"again.jpg", {kLens, "50/1", "8/1", true}},
         {"unnamed.jpg", {}},
-        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens in lensfun's database
+        {"known.jpg", {"EF135mm f/2L USM", "135041/1000", "8/1"}}, // a lens in lensfun's database
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
     };
     for (const auto &[name, metadata] : pictures) {
@@ -118,7 +118,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("two that don't") << "--source lcp --lens-path unlike named.jpg"_s << 1 << 0
                                     << QStringList{"unlike/a.lcp"_s, "unlike/b.lcp"_s};
     QTest::newRow("lensfun") << "--lens-path empty known.jpg"_s << 0 << 1
-                             << QStringList{"profile \"lensfun:Canon/Canon EF 135mm f/2L"_s, "at 135 mm"_s};
+                             << QStringList{"profile \"lensfun:Canon/Canon EF 135mm f/2L"_s, "at 135.041 mm"_s};
     QTest::newRow("lensfun excluded") << "--source lcp --lens-path empty known.jpg"_s << 1 << 0
                                       << QStringList{"has no lens profile"_s};
     QTest::newRow("corrected before") << "--lens-path lenses again.jpg"_s << 0 << 0
@@ -143,6 +143,8 @@ void FittedRunTest::correct_data()
                                     << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
                                      << QStringList{"doesn't support fitted corrections; \"vitrelux correct --plain"_s};
+    QTest::newRow("facts, to five digits") << "-v --lens-path empty known.jpg"_s << 0 << 1
+                                           << QStringList{"\n  Focal length      135.04 mm (EXIF FocalLength)\n"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
                            << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
                                           "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};
@@ -235,12 +237,17 @@ void FittedRunTest::records()
         QCOMPARE(Names(Path("out"_s)).size(), made);
         if (!line.contains("again"_s))
             continue;
-        const QJsonObject first = QJsonDocument::fromJson(lines[0]).object();
-        QCOMPARE(first.value("output"_s).toString(), Path("out/named-{ext}.jpg"_s));
-        QCOMPARE(first.value("profile"_s).toString(), Path(kFound));
-        QCOMPARE(first.value("lens"_s).toString(), QString::fromLatin1(kLens));
-        QCOMPARE(first.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
-        QVERIFY(first.value("entries"_s).toString().contains("50 mm f/8"_s));
+        QJsonObject first = QJsonDocument::fromJson(lines[0]).object();
+        const QString assumed = first.take("assumed"_s).toArray().first().toString(), note = "; assumed: "_s + assumed;
+        QCOMPARE(assumed, expected[0] == "planned"_s ? QString() : "no color profile with curves: treated as sRGB"_s);
+        QVERIFY(first.take("seconds"_s).isDouble());
+        QCOMPARE(first.take("notes"_s).toArray().first().toString(),
+                 "profile \"%1\"; entries: 50 mm f/8 10 m 100 %%2; left out: %3"_s.arg(
+                     Path(kFound), assumed.isEmpty() ? assumed : note, first.value("why"_s).toString()));
+        const QByteArray record = ExpectedText("vitrelux correct --json named.jpg");
+        QCOMPARE(QJsonDocument(first),
+                 QJsonDocument::fromJson(
+                     QByteArray(record).replace("%1", m_dir->path().toUtf8()).replace("%2", expected[0].toUtf8())));
     }
     QCOMPARE(QFileInfo(Path("out/named-{ext}.jpg"_s)).lastModified(), taken);
     QVERIFY(Mismatch(QJsonObject{{"picture"_s, "a"_s}, {"outcome"_s, "lost"_s}, {"seconds"_s, 0}}, schema) == "lost"_s);

@@ -150,7 +150,7 @@ void InfoTest::incompleteExif()
         {"Exif.Photo.ExposureTime", "0/1", "exposureTime", qQNaN()},
         {"Exif.Photo.ExposureBiasValue", "0/3", "exposureBias", qQNaN()},
         {"Exif.Photo.FocalLength", "34/1", "focalLength", 34, "Focal length  34 mm"}, // the camera is unknown
-        {"Exif.Photo.FocalLength", "1/3", "focalLength", 0.333333},
+        {"Exif.Photo.FocalLength", "1/3", "focalLength", 0.333333, "Focal length  0.333333 mm"},
         {"Exif.Photo.FocalLength", "0/1", "focalLength", qQNaN()},
         {"Exif.Photo.ISOSpeedRatings", "1", "iso", 1, "Exposure      ISO 1"},
         {"Exif.Photo.ISOSpeedRatings", "0", "iso", qQNaN()},
@@ -229,6 +229,12 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info --plain a.jpg"_s).output.contains(Path(kProfile).toUtf8()));
     QCOMPARE(ReadFile(settings), before);
     QVERIFY(Run("info --plain a.jpg --lens-path none"_s).output.contains("none: there is no profile folder"));
+    const QByteArray none = "no profile folder; ";
+    for (const auto &[stored, line] :
+         {std::pair(Path("lenses"_s), Path("lenses\n"_s).toUtf8()), {"lenses"_s, none}, {Path("gone"_s), none}}) {
+        WriteFile(settings, "[Plugins]\n6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18\\LensPath=" + stored.toUtf8());
+        QVERIFY2(Run("lenses"_s).output.startsWith(line), qPrintable(stored));
+    }
 
     // The plug-in's default isn't an absolute path here; it must not select a folder next to the pictures.
     QVERIFY(QFile::remove(settings));
@@ -237,7 +243,13 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
 
     QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would block forever
-    QVERIFY(Run("info --plain a.jpg"_s).error.contains("ignored: not a regular file"));
+    m_run->Set("XDG_CONFIG_DIRS", Path("system"_s));        // ignored with the user's
+    QVERIFY(QDir().mkpath(Path("system/Brelt"_s)));
+    WriteFile(Path("system/Brelt/vitrelux.ini"_s), before);
+    const ProgramResult ignored = Run("info --plain a.jpg"_s);
+    QVERIFY2(ignored.output.contains("none: no profile folder is known"), ignored.output);
+    QCOMPARE(ignored.errorLines,
+             QStringList("vitrelux: note: settings file \"%1\" is ignored: not a regular file"_s.arg(settings)));
     m_run->Set("TMPDIR", "/proc"_s); // no folder can be created there
     QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }

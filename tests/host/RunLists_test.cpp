@@ -102,6 +102,7 @@ void tst_RunLists::walks()
 void tst_RunLists::listThatCannotBeRead()
 {
     QVERIFY_EXCEPTION_THROWN(ListPictures({{}, false, "/nowhere/list"_s, {}, {}}), KException);
+    QCOMPARE(PictureNamePatterns().filter(QRegularExpression("^\\*\\.(jpg|tiff|dng)$"_s)).size(), 3);
 }
 
 void tst_RunLists::patterns_data()

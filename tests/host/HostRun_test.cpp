@@ -507,12 +507,11 @@ void HostRunTest::failuresPrintOneLine_data()
     for (const QString &file :
          {"/none/libKVitrelux.so"_s, "/etc/passwd"_s, QStringLiteral(PLAIN_LIBRARY), QStringLiteral(FOREIGN_PLUGIN)})
         QTest::newRow(qPrintable(file)) << plugin + file << why.arg(file);
-    QTest::newRow("no profile") << "correct --plain a.jpg"_s
-                                << "a.jpg: "_s;
-    QTest::newRow("file name with control characters") << "correct --plain --profile p.lcp no\n\033[2Jsuch.jpg"_s
-                                                       << "no"_s;
-    QTest::newRow("full output device") << "profile p.lcp"_s
-                                        << "cannot write to standard output"_s;
+    const QString rows[][2] = {{"correct --plain a.jpg"_s, "a.jpg: "_s},
+                               {"correct --plain --profile p.lcp no\n\033[2Jsuch.jpg"_s, "no"_s},
+                               {"profile p.lcp"_s, "cannot write to standard output"_s}}; // a full device
+    for (const auto &[line, message] : rows)
+        QTest::newRow(qPrintable(line)) << line << message;
 }
 
 void HostRunTest::failuresPrintOneLine()

@@ -207,7 +207,7 @@ void tst_Profile::grid()
                     R"(s:LensID="7" )" + kRaw + kFrame + Setting(24, 3.03, 6) + ">" + light,
                     R"(s:LensID="8" )" + kFrame + Setting(24.1, 3.01, 4) + ">" + light,
                     kFrame + Setting(24, 0.5, 4) + ">" + Model("FisheyeModel", kBent),
-                    R"(s:ImageWidth="1234567" s:ImageLength="2592">)"
+                    R"(s:ImageWidth="1234567.8" s:ImageLength="2592">)"
                         + Model("PerspectiveModel", kBent, Model("ChromaticGreenModel", kBent)),
                     ">" + Model("PerspectiveModel", {})}));
     const ProgramResult result = Run("profile m.lcp"_s);
@@ -422,30 +422,25 @@ void tst_Profile::plot()
 
 void tst_Profile::refuses_data()
 {
-    QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("message");
-    QTest::newRow("no picture") << "--for none.jpg p.lcp"_s
-                                << "none.jpg: "_s;
-    QTest::newRow("profile as picture") << "--for p.lcp p.lcp"_s
-                                        << "p.lcp: "_s;
-    QTest::newRow("no effect on the picture") << "--for a.jpg m.lcp"_s
-                                              << "m.lcp: has no effect on \"a.jpg\": "_s; // no camera is known
-    QTest::newRow("plot without effect on the picture") << "--for a.jpg --plot new.svg m.lcp"_s
-                                                        << "m.lcp: has no effect on \"a.jpg\": "_s;
-    QTest::newRow("plot exists") << "--plot old.svg m.lcp"_s
-                                 << "\"old.svg\": already exists"_s;
-    QTest::newRow("folder missing") << "--plot none/new.svg m.lcp"_s
-                                    << "\"none/new.svg\": No such file"_s;
-    QTest::newRow("no frame") << "--plot new.png frameless.lcp"_s
-                              << "nothing to plot"_s;
-    QTest::newRow("too large") << "large.lcp"_s
-                               << "larger than 16 MiB"_s;
+    const char *const rows[][2] = {
+        {"--for none.jpg p.lcp", "none.jpg: "},
+        {"--for p.lcp p.lcp", "p.lcp: "},
+        {"--for a.jpg m.lcp", "m.lcp: has no effect on \"a.jpg\": "}, // no camera is known
+        {"--for a.jpg --plot new.svg m.lcp", "m.lcp: has no effect on \"a.jpg\": "},
+        {"--plot old.svg m.lcp", "\"old.svg\": already exists"},
+        {"--plot none/new.svg m.lcp", "\"none/new.svg\": No such file"},
+        {"--plot new.png frameless.lcp", "nothing to plot"},
+        {"large.lcp", "larger than 16 MiB"},
+    };
+    for (const auto &[line, message] : rows)
+        QTest::newRow(line) << QString::fromLatin1(message);
 }
 
 void tst_Profile::refuses()
 {
-    QFETCH(QString, line);
     QFETCH(QString, message);
+    const QString line = QString::fromLatin1(QTest::currentDataTag());
     WriteFile(Path("m.lcp"_s), File({Bent(24, -0.1)}));
     WriteFile(Path("frameless.lcp"_s), File({Bent(Setting(24, 3, 3))}));
     WriteFile(Path("old.svg"_s), "old");

@@ -511,7 +511,7 @@ void HostRunTest::failuresPrintOneLine_data()
                                {"correct --plain --profile p.lcp no\n\033[2Jsuch.jpg"_s, "no"_s},
                                {"profile p.lcp"_s, "cannot write to standard output"_s}}; // a full device
     for (const auto &[line, message] : rows)
-        QTest::newRow(qPrintable(line)) << line << message;
+        QTest::newRow(qPrintable(message)) << line << message;
 }
 
 void HostRunTest::failuresPrintOneLine()

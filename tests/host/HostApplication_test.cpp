@@ -6,6 +6,7 @@
 #include "TestFiles.h"
 #include "analytics/KAnalyticsManager.h"
 
+#include <QImage>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -13,6 +14,7 @@ class tst_HostApplication : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void returnsPixels();
+    void describesRefused();
     void analyticsIsOff();
 
 private:
@@ -42,6 +44,32 @@ void tst_HostApplication::returnsPixels()
         QVERIFY_EXCEPTION_THROWN(m_host->ImageDefOf(none)->LockFullSize(true), KException);
     QVERIFY(!ImageDef::Find(none)); // otherwise the cache would own it too
     m_host->Forget(none);
+}
+
+void tst_HostApplication::describesRefused()
+{
+    const QTemporaryDir dir;
+    const QString path = dir.filePath("gray.png"_s);
+    for (const QSize &size : {QSize(7, 5), QSize(3, 2)}) { // the second one is described anew
+        QImage gray(size, QImage::Format_Grayscale8);
+        gray.fill(90);
+        QVERIFY(gray.save(path));
+        m_host->Accept(AcceptedPictures::OfKernel);
+        m_host->ForgetImages();
+        QCOMPARE(m_host->ProblemOf(path), "gray pictures are not supported"_s);
+        QVERIFY(!m_host->IsGray(path)); // no picture
+        m_host->ForgetImages();
+        m_host->Accept(AcceptedPictures::GrayAndTiled);
+        ImageDef *def = m_host->ImageOf(path);
+        QVERIFY(m_host->IsGray(path) && def->m_id == ImageDef::IdOf(path));
+        QCOMPARE(QRect(def->nBands(), def->nDepth(), def->nCols(), def->nRows()), QRect(QPoint(1, 8), size));
+        KImage *image = def->Lock(size.width(), size.height(), true);
+        QCOMPARE(QSize(image->width(), image->height()), size);
+        QCOMPARE(def->LockFullSize(true), image);
+        def->UnlockFullSize(true);
+        for (int i = 0; i < 3; ++i) // another width or height, or 8 bits
+            QVERIFY_EXCEPTION_THROWN(def->Lock(size.width() - (i == 0), size.height() - (i == 1), i != 2), KException);
+    }
 }
 
 void tst_HostApplication::analyticsIsOff()

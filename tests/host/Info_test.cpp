@@ -1,7 +1,9 @@
 // Tests of `vitrelux info`: facts about pictures, and the profiles found for them.
 #include "Case.h"
+#include "ExpectedText.h"
 #include "ProgramTest.h"
 
+#include <QColorSpace>
 #include <QDir>
 #include <QImage>
 #include <QJsonArray>
@@ -31,7 +33,10 @@ Exiv2::ExifData CanonExif(const char *longAndShort, uint16_t number)
     exif["Exif.GPSInfo.GPSLatitude"] = "45/1 30/1 15/1";
     exif["Exif.GPSInfo.GPSLatitudeRef"] = "S";
     exif["Exif.GPSInfo.GPSLongitude"] = "11/1 15/1 0/1";
-    exif["Exif.GPSInfo.GPSLongitudeRef"] = "E";
+    exif["Exif.GPSInfo.GPSLongitudeRef"] = "W";
+    exif["Exif.GPSInfo.GPSImgDirection"] = "3705/20";
+    exif["Exif.GPSInfo.GPSImgDirectionRef"] = "M";
+    exif["Exif.Photo.ExposureBiasValue"] = "-3/4";
     exif["Exif.CanonCs.Lens"] = longAndShort;
     exif["Exif.CanonCs.LensType"] = number;
     return exif;
@@ -41,6 +46,11 @@ void SetExif(const QString &path, const Exiv2::ExifData &exif)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
     image->setExifData(exif);
+    image->iptcData()["Iptc.Application2.City"] = "Sydney";
+    image->xmpData()["Xmp.xmp.Rating"] = "4";
+    const QByteArray srgb = QColorSpace(QColorSpace::SRgb).iccProfile();
+    Exiv2::DataBuf icc(reinterpret_cast<const Exiv2::byte *>(srgb.constData()), srgb.size());
+    image->setIccProfile(icc, false);
     image->writeMetadata();
 }
 
@@ -81,44 +91,18 @@ void InfoTest::init()
 
 void InfoTest::json()
 {
-    QJsonObject facts = Json("a.jpg"_s);
-    for (const auto &[key, number] :
-         std::initializer_list<std::pair<QString, double>>{{"latitude"_s, -(45 + 30 / 60.0 + 15 / 3600.0)},
-                                                           {"longitude"_s, 11.25},
-                                                           {"exposureValue"_s, 12.9776}, // log2(7.1^2 * 160)
-                                                           {"exposureTime"_s, 0.00625},
-                                                           {"fNumber"_s, 7.1},
-                                                           {"focalLength"_s, 20},
-                                                           {"focalLength35mm"_s, 32.4}}) // a sensor of 22.2 x 14.8 mm
-        QVERIFY2(qAbs(facts.take(key).toDouble() - number) < (number == 32.4 ? 0.2 : 5e-5), qPrintable(key));
-    const QJsonObject expected{
-        {"path"_s, "a.jpg"_s},
-        {"width"_s, 60},
-        {"height"_s, 40},
-        {"depth"_s, 8},
-        {"channels"_s, 3},
-        {"format"_s, "JPEG"_s},
-        {"maker"_s, "Canon"_s},
-        {"model"_s, "Canon EOS 40D"_s},
-        {"lensId"_s, "10 22 235"_s},
-        {"lenses"_s, QJsonArray{"Canon EF-S 10-22mm f/3.5-4.5 USM"_s}},
-        {"lensKind"_s, "standard"_s},
-        {"iso"_s, 100},
-        {"date"_s, "2008-07-30T15:56:01"_s},
-        {"orientation"_s, 6},
-        {"metadata"_s, QJsonArray{"EXIF"_s}},
-        {"profile"_s, Path(kProfile)},
-    };
-    QCOMPARE(facts, expected);
+    const QByteArray expected = ExpectedText("vitrelux info --json a.jpg").replace("%1", Path(kProfile).toUtf8());
+    QCOMPARE(QJsonDocument(Json("a.jpg"_s)), QJsonDocument::fromJson(expected));
 }
 
 void InfoTest::text()
 {
-    const ProgramResult result = Run("info --exif a.jpg"_s);
+    const QByteArray profile = Path(kProfile).toUtf8();
+    const ProgramResult result = Run("info --plain --lens-path lenses --exif a.jpg"_s);
     QCOMPARE(result.exitCode, 0);
-    for (const char *line : {"  Size          60 x 40 pixels\n", "  Camera        Canon, Canon EOS 40D\n",
-                             "  Exposure      1/160 s, f/7.1, ISO 100\n", "  Taken         2008-07-30 15:56:01\n",
-                             "  (02_9003) \"2008:07:30 15:56:01\"", "  (0032_0000) \"Binary Value\""})
+    QVERIFY2(result.output.startsWith(ExpectedText("vitrelux info a.jpg").replace("%1", profile) + "  (  Tag  ) ---"),
+             result.output);
+    for (const char *line : {"  (02_9003) \"2008:07:30 15:56:01\"", "  (0032_0000) \"Binary Value\""})
         QVERIFY2(result.output.contains(line), line + result.output);
 }
 
@@ -128,25 +112,43 @@ void InfoTest::incompleteExif()
     const struct {
         const char *tag, *value, *key; // key: name of the fact
         double number;                 // NaN: the fact is missing
+        const char *line = "";         // of the text
     } rows[] = {
-        {"Exif.Photo.ShutterSpeedValue", "740/100", "exposureTime", 0.00592}, // 2^-7.4 s
-        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34},                // the camera is unknown
-        {"Exif.Photo.ISOSpeedRatings", "1", "iso", 1},
+        {"Exif.Photo.ShutterSpeedValue", "740/100", "exposureTime", 0.00592077}, // 2^-7.4 s
+        {"Exif.Photo.ShutterSpeedValue", "-1/1", "exposureTime", 2, "Exposure      2 s"},
+        {"Exif.Photo.ExposureTime", "3/10", "exposureTime", 0.3, "Exposure      0.3 s"},
+        {"Exif.Photo.ExposureTime", "1/4", "exposureTime", 0.25, "Exposure      1/4 s"},
+        {"Exif.Photo.ExposureTime", "0/1", "exposureTime", qQNaN()},
+        {"Exif.Photo.ExposureBiasValue", "0/3", "exposureBias", qQNaN()},
+        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34, "Focal length  34 mm"}, // the camera is unknown
+        {"Exif.Photo.FocalLength", "1/3", "focalLength", 0.333333, "Focal length  0.333333 mm"},
+        {"Exif.Photo.FocalLength", "0/1", "focalLength", qQNaN()},
+        {"Exif.Photo.ISOSpeedRatings", "1", "iso", 1, "Exposure      ISO 1"},
         {"Exif.Photo.ISOSpeedRatings", "0", "iso", qQNaN()},
         {"Exif.Photo.FNumber", "4/1", "focalLength", qQNaN()}, // no default of 50 mm
+        {"Exif.Photo.FNumber", "4/1", "fNumber", 4, "Exposure      f/4"},
+        {"Exif.Image.Model", "Canon", "maker", qQNaN(), "Camera        Canon"},
+        {"Exif.Image.Orientation", "1", "orientation", 1, "Orientation   upright (1)"},
+        {"Exif.Image.Orientation", "8", "orientation", 8,
+         "Orientation   to be rotated by 90\u00b0 counterclockwise (8)"},
+        {"Exif.Image.Orientation", "9", "orientation", qQNaN()},
+        {"Exif.GPSInfo.GPSImgDirection", "0/1", "direction", 0, "Direction     0\u00b0"},
         {"Exif.GPSInfo.GPSLatitude", "0/0 0/0 0/0", "latitude", qQNaN()},
-        {"Exif.GPSInfo.GPSLatitude", "0/1 0/1 0/1", "latitude", 0},
-        {"Exif.GPSInfo.GPSLatitude", "45/1 0/1 0/1", "latitude", 45},
+        {"Exif.GPSInfo.GPSLatitude", "0/1 0/1 0/1", "latitude", 0, "Place         0\u00b0 North, 0\u00b0 East"},
+        {"Exif.GPSInfo.GPSLatitude", "45/1 0/1 0/1", "latitude", 45, "Place         45\u00b0 North, 0\u00b0 East"},
     };
     for (const auto &row : rows) {
+        const Case named(row.tag, row.value);
         Exiv2::ExifData exif;
-        exif[row.tag] = row.value;
+        exif[row.tag].setValue(row.value);
         exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
         exif["Exif.GPSInfo.GPSLongitude"] = "0/1 0/1 0/1";
         SetExif(Path("b.jpg"_s), exif);
         const QJsonValue fact = Json("b.jpg"_s).value(QLatin1String(row.key));
-        QVERIFY2(fact.isUndefined() == qIsNaN(row.number), row.value);
-        QVERIFY2(fact.isUndefined() || qAbs(fact.toDouble() - row.number) < 1e-5, row.value);
+        QCOMPARE(fact.isUndefined(), qIsNaN(row.number));
+        QVERIFY(fact.isUndefined() || qFuzzyCompare(1.0 + fact.toDouble(), 1.0 + row.number)); // six digits
+        const QByteArray text = *row.line ? Run("info --plain b.jpg"_s).output : QByteArray();
+        QVERIFY2(!*row.line || text.contains("\n  " + QByteArray(row.line) + '\n'), text);
     }
 }
 
@@ -198,6 +200,12 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info --plain a.jpg"_s).output.contains(Path(kProfile).toUtf8()));
     QCOMPARE(ReadFile(settings), before);
     QVERIFY(Run("info --plain a.jpg --lens-path none"_s).output.contains("none: there is no profile folder"));
+    const QByteArray none = "no profile folder; ";
+    for (const auto &[stored, line] :
+         {std::pair(Path("lenses"_s), Path("lenses\n"_s).toUtf8()), {"lenses"_s, none}, {Path("gone"_s), none}}) {
+        WriteFile(settings, "[Plugins]\n6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18\\LensPath=" + stored.toUtf8());
+        QVERIFY2(Run("lenses"_s).output.startsWith(line), qPrintable(stored));
+    }
 
     // The plug-in's default isn't an absolute path here; it must not select a folder next to the pictures.
     QVERIFY(QFile::remove(settings));
@@ -206,7 +214,13 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
 
     QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would block forever
-    QVERIFY(Run("info --plain a.jpg"_s).error.contains("ignored: not a regular file"));
+    m_run->Set("XDG_CONFIG_DIRS", Path("system"_s));        // ignored with the user's
+    QVERIFY(QDir().mkpath(Path("system/Brelt"_s)));
+    WriteFile(Path("system/Brelt/vitrelux.ini"_s), before);
+    const ProgramResult ignored = Run("info --plain a.jpg"_s);
+    QVERIFY2(ignored.output.contains("none: no profile folder is known"), ignored.output);
+    QCOMPARE(ignored.errorLines,
+             QStringList("vitrelux: note: settings file \"%1\" is ignored: not a regular file"_s.arg(settings)));
     m_run->Set("TMPDIR", "/proc"_s); // no folder can be created there
     QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }
@@ -221,7 +235,7 @@ void InfoTest::continuesAfterUnreadable()
     const ProgramResult result = Run("info bad.jpg gone.jpg gray.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 2);
-    for (const char *line : {"8 bits, 1 channel\n", "Canon EOS 40D", "lensfun:Canon/", " EXIF\n"})
+    for (const char *line : {"8 bits, 1 channel\n", "Canon EOS 40D", "lensfun:Canon/", " EXIF, ICC, IPTC, XMP\n"})
         QVERIFY2(result.output.contains(line), line + result.output); // still reported
 }
 

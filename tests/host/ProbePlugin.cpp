@@ -56,6 +56,15 @@ QString OpenFile(int descriptor)
     return QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
 }
 
+/// Returns the number of descriptors of standard output's file and of locks of work folders.
+int CountOutputsAndLocks()
+{
+    int count = 0;
+    for (int i = 0; i < 100; ++i)
+        count += OpenFile(i) == OpenFile(STDOUT_FILENO) || OpenFile(i).contains(QLatin1String(".vitrelux-lock"));
+    return count;
+}
+
 } // namespace
 
 class ProbeProcess : public QObject, public KIPluginOne2One {
@@ -92,9 +101,10 @@ public:
         const QFileInfo info(fileName);
         outputFileName =
             info.absolutePath() + QLatin1Char('/') + info.completeBaseName() + QLatin1String("_corrected.tiff");
-        Note(QStringLiteral("Process %1 %2 %3")
+        Note(QStringLiteral("Process %1 %2 %3 %4")
                  .arg(info.fileName(), info.canonicalFilePath())
-                 .arg(*static_cast<int *>(record)));
+                 .arg(*static_cast<int *>(record))
+                 .arg(CountOutputsAndLocks()));
         WriteFile(outputFileName + QLatin1String(".part"), "half");
         WriteFile(outputFileName, "probe");
         Misbehave(qgetenv("VITRELUX_PROBE"), outputFileName);

@@ -1,5 +1,6 @@
 // Tests of `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
 #include "Case.h"
+#include "ExpectedText.h"
 #include "ProfileText.h"
 #include "ProgramTest.h"
 
@@ -37,6 +38,7 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &m
     return "\n<s:" + QByteArray(name) + " s:FocalLengthX=\"1\" " + values + ">" + models + "</s:" + name + ">";
 }
 
+const QByteArray kRaw = R"(s:CameraRawProfile="True" )";
 const QByteArray kBent = R"(s:RadialDistortParam1="-0.1" s:RadialDistortParam2="0.02")";
 
 /// Returns a profile. The first line has no entry; each entry starts a new line.
@@ -94,11 +96,12 @@ public:
     }
 
     bool Valid() const { return m_valid; }
-    QString Texts() const { return m_texts.join(QLatin1Char('\n')); }
+    QString Texts() const { return m_texts.join(QLatin1Char('|')); }
     double ValuePerUnit(int panel) const { return std::abs(Slope(m_values[panel])); }
 
-    /// Returns the points of the n-th curve with this title in a panel; x is the radius.
-    QVector<QPointF> Curve(int panel, const QString &title, int n, double *width) const
+    /// Returns the points of the n-th curve with this title in a panel; x is the radius. @p pen gets color, width and
+    /// dashes.
+    QVector<QPointF> Curve(int panel, const QString &title, int n, QString *pen) const
     {
         const QDomNodeList lines = m_document.elementsByTagName("polyline"_s);
         for (int i = 0; i < lines.size(); ++i) {
@@ -108,7 +111,8 @@ public:
                 && points.last().x() < m_radii[panel].last().x() + 1.0;
             if (!isThere || line.firstChildElement("title"_s).text() != title || n-- > 0)
                 continue;
-            *width = line.attribute("stroke-width"_s).toDouble();
+            *pen = line.attribute("stroke"_s) + QLatin1Char(' ') + line.attribute("stroke-width"_s)
+                + line.attribute("stroke-dasharray"_s).prepend(QLatin1Char(' '));
             QVector<QPointF> values;
             for (const QPointF &point : points)
                 values.append({At(m_radii[panel], point.x()), At(m_values[panel], point.y())});
@@ -195,35 +199,30 @@ void tst_Profile::grid()
 {
     const QByteArray light =
         Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-0.5")"));
+    const QByteArray names = R"(s:ProfileName="P" s:CameraPrettyName="C" s:LensPrettyName="N" )";
+    const QByteArray more = R"(s:UniqueCameraModel="U" s:Lens="L" )";
     WriteFile(Path("m.lcp"_s),
-              File({kFrame + Setting(35, 10000, 4) + ">" + light, Bent(kFrame + Setting(24, 3, 3)),
-                    kFrame + Setting(24, 3.03, 6) + ">" + light, kFrame + Setting(24.1, 3.01, 4) + ">" + light,
-                    kFrame + Setting(24, 0.5, 4) + ">" + Model("FisheyeModel", kBent)}));
+              File({names + more + kFrame + Setting(35, 10000, 4) + ">" + light,
+                    Bent(more + R"(s:LensID="7" )" + kFrame + Setting(24, 3, 3)),
+                    R"(s:LensID="7" )" + kRaw + kFrame + Setting(24, 3.03, 6) + ">" + light,
+                    R"(s:LensID="8" )" + kFrame + Setting(24.1, 3.01, 4) + ">" + light,
+                    kFrame + Setting(24, 0.5, 4) + ">" + Model("FisheyeModel", kBent),
+                    R"(s:ImageWidth="1234567.8" s:ImageLength="2592">)"
+                        + Model("PerspectiveModel", kBent, Model("ChromaticGreenModel", kBent)),
+                    ">" + Model("PerspectiveModel", {})}));
     const ProgramResult result = Run("profile m.lcp"_s);
     QCOMPARE(result.exitCode, 0);
     // Entries with the same models, focal lengths within 1 % and distances within 2 % share a row.
-    const QByteArray expected = "  Focal length  Distance  Apertures  Models                Entries\n"
-                                "  24 mm         0.5 m     f/4        distortion (fisheye)  5\n"
-                                "  24 mm         3 m       f/2.8      distortion            2\n"
-                                "  24.1 mm       3.01 m    f/4 f/8    distortion, light     3-4\n"
-                                "  35 mm         infinity  f/4        distortion, light     1\n";
-    QVERIFY2(result.output.endsWith(expected), result.output.constData());
-    QVERIFY(result.output.contains("3888 x 2592 pixels, factor 1.6\n"));
+    QCOMPARE(result.output, ExpectedText("vitrelux profile m.lcp"));
 }
 
 void tst_Profile::plainText()
 {
     WriteFile(Path("m.lcp"_s), profiletext::Profile(profiletext::FullEntry(0) + profiletext::FullEntry(1)));
-    const ProgramResult result = Run("profile --plain m.lcp"_s);
+    const ProgramResult result = Run("profile --plain m.lcp p.lcp"_s);
     QCOMPARE(result.exitCode, 0);
-    const QByteArray text = result.output.simplified();
-    for (const char *part :
-         {"Camera Seven Lens Test lens 24mm Measured at 24 mm, f/4, 1.25 m Made for pictures of 4001 x 3001 pixels",
-          "Entries 2 Projection perspective Distortion focal length 0.8, 0.9;",
-          "coefficients -0.011, 0.012, -0.013; tangential 0.001, -0.002 Green focal length 0.81, 0.82;",
-          "scale 0.999; coefficients 0.031, 0.032 Blue ", "Vignette focal length 0.87, 0.88;",
-          "Corrects distortion, chromatic aberration, vignetting"})
-        QVERIFY2(text.contains(part), part + ('\n' + result.output));
+    // Centers are shares of 4000 x 3000, the largest pixel coordinates.
+    QVERIFY2(result.output.startsWith(ExpectedText("vitrelux profile --plain m.lcp p.lcp, the first")), result.output);
 }
 
 void tst_Profile::check_data()
@@ -285,22 +284,14 @@ void tst_Profile::check()
 
 void tst_Profile::json()
 {
-    const QByteArray models = Model("VignetteModel", R"(s:VignetteModelParam1="-0.75")")
-        + Model("ChromaticRedGreenModel", R"(s:ScaleFactor="1.0004" s:RadialDistortParam1="0.0011")");
-    WriteFile(Path("m.lcp"_s),
-              File({Bent(kFrame + Setting(24, 3, 3)),
-                    kFrame + Setting(35.5, 10000, 2.5) + ">" + Model("PerspectiveModel", kBent, models)}));
-    const QJsonObject entry = Json("m.lcp"_s)["entries"_s].toArray().at(1).toObject();
-    QCOMPARE(entry["line"_s].toInt(), 4);
-    QCOMPARE(entry["focalLengthMm"_s].toDouble(), 35.5);
-    QCOMPARE(entry["distanceM"_s].toString(), "infinity"_s);
-    QCOMPARE(entry["fNumber"_s].toDouble(), std::exp2(1.25));
-    QCOMPARE(entry["width"_s].toDouble(), 3888.0);
-    const QJsonObject held = entry["models"_s].toObject();
-    QCOMPARE(held.keys(), (QStringList{"distortion"_s, "light"_s, "red"_s}));
-    QCOMPARE(held["distortion"_s].toObject()["coefficients"_s].toArray(), (QJsonArray{-0.1, 0.02}));
-    QCOMPARE(held["light"_s].toObject()["coefficients"_s].toArray(), QJsonArray{-0.75});
-    QCOMPARE(held["red"_s].toObject()["scaleFactor"_s].toDouble(), 1.0004);
+    WriteFile(Path("m.lcp"_s), profiletext::Profile(profiletext::FullEntry(0)));
+    QCOMPARE(QJsonDocument(Json("m.lcp"_s)),
+             QJsonDocument::fromJson(ExpectedText("vitrelux profile --json m.lcp, all models")));
+    WriteFile(
+        Path("m.lcp"_s),
+        File({R"(s:Lens="L" s:LensID="7" s:FocusDistance="10000" )" + kRaw + ">" + Model("FisheyeModel", kBent)}));
+    QCOMPARE(QJsonDocument(Json("m.lcp"_s)),
+             QJsonDocument::fromJson(ExpectedText("vitrelux profile --json m.lcp, few facts")));
     WriteFile(Path("m.lcp"_s), File({}));
     QVERIFY(Json("m.lcp"_s)["problem"_s].toString().contains("no entry"_s));
 }
@@ -308,11 +299,11 @@ void tst_Profile::json()
 void tst_Profile::pictureBetweenEntries()
 {
     WriteFile(Path("m.lcp"_s),
-              File({Bent(20, -0.1), Bent(24, -0.08), Bent(35, 0.04), Bent(kFrame + Setting(24, 1, 3)),
-                    Bent(kFrame + Setting(35, 1, 3))}));
+              File({Bent(20, -0.1).replace("40D", "X").replace("1.6", "2"), Bent(24, -0.08), Bent(35, 0.04),
+                    Bent(kFrame + Setting(24, 1, 3)), Bent(kFrame + Setting(35, 1, 3))}));
     WritePicture(Path("c.jpg"_s), 28);
-    const QJsonObject fit = Json("--for c.jpg m.lcp"_s)["fit"_s].toObject();
-    const QJsonArray entries = fit["distortion"_s].toArray();
+    QJsonObject fit = Json("--for c.jpg m.lcp"_s)["fit"_s].toObject();
+    const QJsonArray entries = fit.take("distortion"_s).toArray();
     QCOMPARE(entries.size(), 2);
     const double weight = WeightOfOther(24, 35, 28);
     for (const QJsonValue &value : entries) {
@@ -321,19 +312,32 @@ void tst_Profile::pictureBetweenEntries()
         QVERIFY(isLonger || value["entry"_s].toInt() == 2);
         QVERIFY(std::abs(value["weight"_s].toDouble() - (isLonger ? weight : 1.0 - weight)) < 1e-9);
     }
-    QCOMPARE(fit["frameRatio"_s].toDouble(), 1.0);
-    QVERIFY(fit["light"_s].toArray().isEmpty());
+    const QByteArray zoom = QByteArray::number(fit.take("zoom"_s).toDouble(), 'f', 4);
+    QCOMPARE(QJsonDocument(fit),
+             QJsonDocument::fromJson(ExpectedText("vitrelux profile --json --for c.jpg m.lcp, the rest of the fit")));
     const ProgramResult text = Run("profile --for c.jpg m.lcp"_s);
     QCOMPARE(text.exitCode, 0);
-    for (const QByteArray &message : {QByteArray("24 mm f/2.8 3 m 55 %, 35 mm f/2.8 3 m 45 %"), QByteArray("zoom "),
-                                      QByteArray("28 mm (EXIF FocalLength)"), QByteArray("distance unknown")})
-        QVERIFY2(text.output.contains(message), text.output.constData());
+    QCOMPARE(text.output,
+             Run("profile m.lcp"_s).output + '\n'
+                 + ExpectedText("vitrelux profile --for c.jpg m.lcp, after the grid").replace("%1", zoom));
 
     QCOMPARE(Run("profile --for c.jpg --plot b.svg m.lcp"_s).exitCode, 0);
     const ReadPlot plot(ReadFile(Path("b.svg"_s)));
-    double width = 0.0;
-    const QVector<QPointF> blend = plot.Curve(0, "blend for c.jpg"_s, 0, &width);
-    QVERIFY(blend.size() > 50 && width > 2.0);
+    // Steps are 1, 2 or 5 times a power of ten, and at least a seventh of the range, here -5.5 to 1.4.
+    const QString radii = "|0|0.25|0.5|0.75|1|radius / half diagonal|"_s, none = "|0|0.05"_s + radii + "no model|"_s;
+    QCOMPARE(plot.Texts(),
+             "m.lcp, in pixels of the picture|Distortion (%)|-6|-5|-4|-3|-2|-1|0|1|2"_s + radii
+                 + "Color shift (pixels): red solid, blue dashed"_s + none + "Light (EV)"_s + none
+                 + "blend for c.jpg|20 mm|24 mm|35 mm"_s);
+    QString pen;
+    for (const auto &[title, expected] : {std::pair("20 mm f/2.8 3 m"_s, "#cc1f1f 1 "_s),
+                                          std::pair("35 mm f/2.8 1 m"_s, "#921fcc 1 "_s), // hues of 0 and 280 degrees
+                                          std::pair("blend for c.jpg"_s, "#000000 2.5 "_s)}) {
+        plot.Curve(0, title, 0, &pen);
+        QCOMPARE(pen, expected);
+    }
+    const QVector<QPointF> blend = plot.Curve(0, "blend for c.jpg"_s, 0, &pen);
+    QCOMPARE(blend.size(), 101);
     for (const QPointF &point : blend) {
         const Case named(point);
         const double u = point.x() * kHalfDiagonal / kLongSide;
@@ -341,17 +345,13 @@ void tst_Profile::pictureBetweenEntries()
         QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));
     }
     // Only the blend is black.
-    const auto blackPixels = [this](const QString &options) {
-        [&] { QCOMPARE(Run("profile --overwrite --plot b.png m.lcp"_s + options).exitCode, 0); }();
-        const QImage image(Path("b.png"_s));
-        int count = image.isNull() ? -1 : 0;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                count += image.pixel(x, y) == 0xff000000 ? 1 : 0;
-        return count;
-    };
-    QCOMPARE(blackPixels({}), 0);
-    QVERIFY(blackPixels(" --for c.jpg"_s) > 300);
+    for (const QString &options : {QString(), " --for c.jpg"_s}) {
+        QCOMPARE(Run("profile --overwrite --plot b.png m.lcp"_s + options).exitCode, 0);
+        const QImage image = QImage(Path("b.png"_s)).convertToFormat(QImage::Format_Grayscale8);
+        QCOMPARE(image.size(), QSize(2360, options.isEmpty() ? 828 : 864)); // twice the scene; a row of the legend
+        const QByteArray pixels(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes()));
+        QVERIFY2(options.isEmpty() ? pixels.count('\0') == 0 : pixels.count('\0') > 300, qPrintable(options));
+    }
 }
 
 void tst_Profile::plot_data()
@@ -390,48 +390,57 @@ void tst_Profile::plot()
     QFETCH(Value, value);
     QFETCH(double, end);
     WriteFile(Path("m.lcp"_s), content);
-    QCOMPARE(Run("profile --plot m.svg m.lcp"_s).output, QByteArray("m.svg\n"));
-    const ReadPlot plot(ReadFile(Path("m.svg"_s)));
-    QVERIFY(plot.Valid());
-    QVERIFY(plot.Texts().contains("24 mm"_s));
-    QCOMPARE(ReadFile(Path("m.svg"_s)).count("font-weight=\"bold\""), 1); // the title
-    double width = 0.0;
-    const QVector<QPointF> points = plot.Curve(panel, "24 mm f/2.8 3 m"_s, curve, &width);
-    QVERIFY(points.size() > 50);
-    QVERIFY(std::abs(points.last().x() - end) < 0.0101); // curves have a hundred steps
-    for (const QPointF &point : points) {
-        const double expected = value(point.x() * kHalfDiagonal / kLongSide);
-        QVERIFY2(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(panel),
-                 qPrintable("%1: %2, not %3"_s.arg(point.x()).arg(point.y()).arg(expected)));
+    WritePicture(Path("c.jpg"_s), 24);
+    const QString own = "24 mm f/2.8 3 m"_s, blend = "blend for c.jpg"_s;
+    const QByteArray applied = content.contains("Vignette") ? "distortion, color, light" : "distortion";
+    const QByteArray fit = Run("profile --for c.jpg m.lcp"_s).output;
+    QVERIFY2(fit.contains("  Applied     " + applied + "\n") && fit.contains("is 1.000 of the profile's"), fit);
+    // In the picture's frame of 60 x 40, the only entry is the whole blend; only shifts in pixels depend on the frame.
+    for (const auto &[options, title, side] :
+         {std::tuple(QString(), own, kLongSide), {" --for c.jpg"_s, own, 60.0}, {" --for c.jpg"_s, blend, 60.0}}) {
+        const Case named(options, title);
+        QCOMPARE(Run("profile --overwrite --plot m.svg m.lcp"_s + options).output, QByteArray("m.svg\n"));
+        const ReadPlot plot(ReadFile(Path("m.svg"_s)));
+        QVERIFY(plot.Valid());
+        QVERIFY2(plot.Texts().endsWith((title == blend ? blend : QString()) + "|24 mm"_s), qPrintable(plot.Texts()));
+        QVERIFY(ReadFile(Path("m.svg"_s)).contains("<text x=\"50.000\" y=\"24.000\"")); // the title
+        QCOMPARE(ReadFile(Path("m.svg"_s)).count("font-weight=\"bold\""), 1);
+        QString pen;
+        const QVector<QPointF> points = plot.Curve(panel, title, curve, &pen);
+        QCOMPARE(pen,
+                 (title == blend ? "#000000 2.5 "_s : "#1fcca9 1 "_s) + (curve == 1 ? "4"_s : QString())); // hue 168
+        QVERIFY(points.size() > 50);
+        QVERIFY(points.first().x() == 0.0 && std::abs(points.last().x() - end) < 0.0101); // curves have a hundred steps
+        for (const QPointF &point : points) {
+            const double unit = panel == 1 ? side / kLongSide : 1.0;
+            const double expected = unit * value(point.x() * kHalfDiagonal / kLongSide);
+            QVERIFY2(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(panel),
+                     qPrintable("%1: %2, not %3"_s.arg(point.x()).arg(point.y()).arg(expected)));
+        }
     }
 }
 
 void tst_Profile::refuses_data()
 {
-    QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("message");
-    QTest::newRow("no picture") << "--for none.jpg p.lcp"_s
-                                << "none.jpg: "_s;
-    QTest::newRow("profile as picture") << "--for p.lcp p.lcp"_s
-                                        << "p.lcp: "_s;
-    QTest::newRow("no effect on the picture") << "--for a.jpg m.lcp"_s
-                                              << "m.lcp: has no effect on \"a.jpg\": "_s; // no camera is known
-    QTest::newRow("plot without effect on the picture") << "--for a.jpg --plot new.svg m.lcp"_s
-                                                        << "m.lcp: has no effect on \"a.jpg\": "_s;
-    QTest::newRow("plot exists") << "--plot old.svg m.lcp"_s
-                                 << "\"old.svg\": already exists"_s;
-    QTest::newRow("folder missing") << "--plot none/new.svg m.lcp"_s
-                                    << "\"none/new.svg\": No such file"_s;
-    QTest::newRow("no frame") << "--plot new.png frameless.lcp"_s
-                              << "nothing to plot"_s;
-    QTest::newRow("too large") << "large.lcp"_s
-                               << "larger than 16 MiB"_s;
+    const char *const rows[][2] = {
+        {"--for none.jpg p.lcp", "none.jpg: "},
+        {"--for p.lcp p.lcp", "p.lcp: "},
+        {"--for a.jpg m.lcp", "m.lcp: has no effect on \"a.jpg\": "}, // no camera is known
+        {"--for a.jpg --plot new.svg m.lcp", "m.lcp: has no effect on \"a.jpg\": "},
+        {"--plot old.svg m.lcp", "\"old.svg\": already exists"},
+        {"--plot none/new.svg m.lcp", "\"none/new.svg\": No such file"},
+        {"--plot new.png frameless.lcp", "nothing to plot"},
+        {"large.lcp", "larger than 16 MiB"},
+    };
+    for (const auto &[line, message] : rows)
+        QTest::newRow(line) << QString::fromLatin1(message);
 }
 
 void tst_Profile::refuses()
 {
-    QFETCH(QString, line);
     QFETCH(QString, message);
+    const QString line = QString::fromLatin1(QTest::currentDataTag());
     WriteFile(Path("m.lcp"_s), File({Bent(24, -0.1)}));
     WriteFile(Path("frameless.lcp"_s), File({Bent(Setting(24, 3, 3))}));
     WriteFile(Path("old.svg"_s), "old");
@@ -441,6 +450,7 @@ void tst_Profile::refuses()
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 1);
     QVERIFY2(result.errorLines.first().contains(message), result.error.constData());
+    QVERIFY2(!result.output.contains("\n  Frame       the picture"), result.output); // its ratio is unknown
     QVERIFY(!QFile::exists(Path("new.svg"_s)) && !QFile::exists(Path("new.png"_s)));
     QCOMPARE(ReadFile(Path("old.svg"_s)), QByteArray("old"));
 }

@@ -5,6 +5,7 @@
 #include "Files.h"
 #include "core/byte_reader.h"
 #include "core/codec.h"
+#include "core/pack_bits.h"
 #include "core/pending_rows.h"
 #include "core/source.h"
 #include "formats.h"
@@ -18,6 +19,8 @@
 #include <QFileInfo>
 #include <QtTest>
 
+#include <array>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <new>
@@ -30,14 +33,54 @@ namespace {
 
 thread_local int allocationsLeft = 0; // calls to operator new on this thread until one fails; 0: none fails
 
-/// Sink whose written data can't be read back.
-class UnreadableSink : public MemorySink {
+/// Sink of which one call fails, as on a broken disk.
+class BrokenSink : public MemorySink {
 public:
-    Status ReadAt(std::uint64_t, void *, std::size_t, std::size_t *) override
+    explicit BrokenSink(int call) : m_left(call) { }
+    bool HasFailed() const { return m_left <= 0; }
+    Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override
     {
-        return Status::Fail(GFL_ERROR_FILE_WRITE, "the disk is broken");
+        return --m_left == 0 ? Failure() : MemorySink::WriteAt(offset, data, length);
     }
+    Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) override
+    {
+        return --m_left == 0 ? Failure() : MemorySink::ReadAt(offset, buffer, length, count);
+    }
+
+private:
+    static Status Failure() { return Status::Fail(GFL_ERROR_FILE_WRITE, "the disk is broken"); }
+
+    int m_left;
 };
+
+/// Makes each call to operator new fail once. The caller must then either report the lack of memory or succeed.
+class FailingAllocations {
+public:
+    bool IsMore() const { return m_fails; } // until there are fewer calls
+    template <class Work> int During(Work work)
+    {
+        allocationsLeft = ++m_number;
+        const int error = work();
+        m_fails = std::exchange(allocationsLeft, 0) == 0;
+        return error == GFL_NO_ERROR || (m_fails && error == GFL_ERROR_NO_MEMORY) ? error : -1;
+    }
+
+private:
+    int m_number = 0;
+    bool m_fails = true;
+};
+
+/// Returns "FLAG TAG NAME=VALUE; " for each entry.
+QByteArray TextsOf(const GFL_EXIF_DATA *list)
+{
+    QByteArray texts;
+    for (unsigned i = 0; list && i < list->NumberOfItems; ++i) {
+        const GFL_EXIF_ENTRY &entry = list->ItemsList[i];
+        texts += QByteArray::number(entry.Flag) + ' ' + QByteArray::number(entry.Tag) + ' ' + entry.Name + '='
+            + entry.Value + "; ";
+    }
+    return texts;
+}
 
 /// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns false if it can't.
 bool Break(const QString &path)
@@ -55,7 +98,10 @@ bool Break(const QString &path)
 
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
-    return allocationsLeft > 0 && --allocationsLeft == 0 ? nullptr : std::malloc(size);
+    if (allocationsLeft == 0 || --allocationsLeft > 0)
+        return std::malloc(size);
+    errno = ENOMEM; // as malloc() sets it
+    return nullptr;
 }
 void *operator new(std::size_t size)
 {
@@ -87,17 +133,18 @@ private Q_SLOTS:
     void bigTiff();
     void bigTiffOfBothOrders();
     void brokenDisk();
-    void unreadableSink();
     void noMemory();
     void foreignException();
     void metadataMap_data();
     void metadataMap();
     void freedWhilePending();
     void readers();
+    void packBits();
 };
 
 void tst_Inside::texts()
 {
+    const QByteArray bytes = QByteArray("7 ").repeated(65).chopped(1);
     const struct {
         const char *key;
         int type;                 // TIFF field type
@@ -105,12 +152,24 @@ void tst_Inside::texts()
     } rows[] = {
         {"Image.Model", 2, "E-M1      ", "E-M1"},
         {"Image.Orientation", 3, "1", "Top-left (1)"},
+        {"Image.Orientation", 3, "8", "Left-bottom (8)"},
+        {"Image.Orientation", 3, "0", "0"},
+        {"Image.Orientation", 3, "9", "9"},
+        {"Image.ResolutionUnit", 3, "1", "None"},
+        {"Image.ResolutionUnit", 3, "6", "6"},
+        {"Image.XResolution", 12, "2.5 -1", "2.5 -1"},
+        {"Photo.SceneType", 7, "1 2", "1 2"},
+        {"Photo.SceneType", 7, bytes.constData(), "(65 bytes)"},
+        {"Photo.SceneType", 7, bytes.constData() + 2, bytes.constData() + 2},
         {"Image.Orientation", 10, "-2147483648/-1", "2147483648"},
         {"Photo.ExposureTime", 5, "10/2500", "1/250"},
         {"Photo.ExposureTime", 5, "25/10", "2.5"},
+        {"Photo.ExposureTime", 5, "7/7", "1"},
+        {"Photo.ExposureTime", 5, "0/5", "0"},
         {"Photo.ExposureTime", 5, "0/0", "0"},
         {"Photo.FNumber", 5, "28/10", "2.8"},
         {"Photo.ExposureBiasValue", 10, "-2/6", "-1/3"},
+        {"Photo.ShutterSpeedValue", 10, "7/-2 0/0 1/4", "-3.5 0 0.25"},
         {"Photo.FocalPlaneXResolution", 5, "3888000/877", "4433.29532"},
         {"Photo.FocalPlaneResolutionUnit", 3, "5", "um"},
         {"Photo.ExifVersion", 7, "48 50 51 49", "0231"},
@@ -121,6 +180,10 @@ void tst_Inside::texts()
         {"GPSInfo.GPSLatitude", 5, "45/1 30/1 36/1000000", "45° 30' 0.000036\""},
         {"GPSInfo.GPSLongitude", 5, "7/1 0/1 1/4000000000", "7° 0' 0\""},
         {"GPSInfo.GPSLatitude", 5, "45/1", "45"},
+        {"GPSInfo.GPSLatitude", 5, "91/2 0/1 0/1", "45° 30' 0\""},
+        {"GPSInfo.GPSLatitude", 5, "45/1 303/10 6/1", "45° 30' 24\""},
+        {"GPSInfo.GPSImgDirectionRef", 2, "M", "Magnetic"},
+        {"GPSInfo.GPSImgDirectionRef", 2, "X", "X"},
     };
     for (const auto &row : rows) {
         const Case named(row.key, row.value);
@@ -147,11 +210,13 @@ void tst_Inside::lensId()
         Exiv2::ExifData nikon;
         nikon[group + std::string("LensIDNumber")] = uint16_t(121);
         QCOMPARE(LensId(nikon), std::string()); // incomplete
-        for (const char *tag : {"MinFocalLength", "MaxFocalLength"})
-            nikon[std::string(group) + tag] = uint16_t(17);
-        for (const char *tag : {"MaxApertureAtMinFocal", "MaxApertureAtMaxFocal"})
-            nikon[std::string(group) + tag] = uint16_t(44);
-        QCOMPARE(LensId(nikon), std::string("8 8 121 3.6 3.6"));
+        const std::pair<const char *, int> values[] = {{"MinFocalLength", 17},
+                                                       {"MaxFocalLength", 72},
+                                                       {"MaxApertureAtMinFocal", 44},
+                                                       {"MaxApertureAtMaxFocal", 48}};
+        for (const auto &[tag, value] : values)
+            nikon[std::string(group) + tag] = uint16_t(value);
+        QCOMPARE(LensId(nikon), std::string("8 40 121 3.6 4")); // in steps of a 24th of a factor of two, from 5 mm
     }
     Exiv2::ExifData canon;
     canon["Exif.CanonCs.Lens"] = "44 20 2"; // longest, shortest, units per millimeter
@@ -174,14 +239,9 @@ void tst_Inside::lists()
     exif["Exif.CanonCs.Lens"] = "22 10 1";
     exif["Exif.CanonCs.LensType"] = uint16_t(235);
     GFL_EXIF_DATA *list = ExifTexts(exif);
-    QCOMPARE(list->NumberOfItems, 5u);
-    const unsigned flags[] = {GFL_EXIF_MAIN, GFL_EXIF_MAIN, GFL_EXIF_CAMERA, GFL_EXIF_GPS, GFL_EXIF_OWN};
-    const char *names[] = {"Make", "Model", "FNumber", "GPSAltitude", "LensID"};
-    for (unsigned i = 0; i < 5; ++i) {
-        const Case named(names[i]);
-        QCOMPARE(list->ItemsList[i].Flag, flags[i]);
-        QCOMPARE(list->ItemsList[i].Name, names[i]);
-    }
+    QCOMPARE(TextsOf(list),
+             QByteArray("1 271 Make=Canon; 1 272 Model=b; 2 33437 FNumber=2.8; 16 6 GPSAltitude=5; "
+                        "32 0 LensID=10 22 235; "));
     gflFreeEXIF(list);
 
     GFL_EXIF_DATAEX *raw = ExifRawList(exif);
@@ -200,7 +260,8 @@ void tst_Inside::lists()
     QVERIFY(ExifOfRawList({nullptr, 0}).empty());
 }
 
-/// BigTIFF is normally written from 4 GiB on; here it is written from one byte on.
+/// Writes TIFFs, in which each call of the sink fails once, and then reads them. BigTIFF is normally written from 4 GiB
+/// on; here it is also written from one byte on.
 void tst_Inside::bigTiff()
 {
     Metadata metadata;
@@ -214,27 +275,29 @@ void tst_Inside::bigTiff()
     metadata.icc = Bytes(3000, 7);
     metadata.iptc = {0x1C, 2, 25, 0, 3, 'o', 'n', 'e'};
     const BitmapPtr bitmap = RandomBitmap(301, 507, GFL_RGBA, 16);
-    for (int compression : {0, 2, 4}) {
-        const Case named("compression", compression);
+    for (int i = 0; i < 8; ++i) {
         SaveOptions options;
-        options.compression = static_cast<std::uint16_t>(compression);
+        options.compression = std::array<std::uint16_t, 4>{0, 2, 4, 50000}[std::size_t(i) / 2];
         options.metadata = &metadata;
         options.lzwAllowed = true;
-        options.bigTiffFromBytes = 1;
-        MemorySink sink;
-        const Status status = TiffCodec().Write(*bitmap, options, &sink);
-        QVERIFY2(bool(status), status.Why().c_str());
-
-        QByteArray file(int(sink.Size()), '\0');
+        options.bigTiffFromBytes = i % 2 ? 1 : kBigTiffFromBytes;
+        const Case named("compression", options.compression, "BigTIFF from", options.bigTiffFromBytes);
+        std::unique_ptr<BrokenSink> sink;
+        for (int call = 1; !sink || sink->HasFailed(); ++call) {
+            sink = std::make_unique<BrokenSink>(call);
+            const Status status = TiffCodec().Write(*bitmap, options, sink.get());
+            QCOMPARE(QByteArray(status.Why().c_str()), QByteArray(sink->HasFailed() ? "the disk is broken" : ""));
+        }
+        QByteArray file(int(sink->Size()), '\0');
         std::size_t count = 0;
-        QVERIFY(bool(sink.ReadAt(0, file.data(), sink.Size(), &count)));
-        QCOMPARE(count, std::size_t(sink.Size()));
-        QCOMPARE(int(file[2]), 43);
+        QVERIFY(bool(sink->MemorySink::ReadAt(0, file.data(), sink->Size(), &count)));
+        QCOMPARE(count, std::size_t(sink->Size()));
+        QCOMPARE(int(file[2]), i % 2 ? 43 : 42);
         const BitmapPtr read = LoadFromMemory(file);
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(Difference(*read, *bitmap), QString());
         Metadata again;
-        QVERIFY(bool(ReadMetadata(Source(file.constData(), sink.Size()), &again)));
+        QVERIFY(bool(ReadMetadata(Source(file.constData(), sink->Size()), &again)));
         for (const Exiv2::Exifdatum &datum : metadata.exif) {
             const Case namedInside(datum.key().c_str());
             const auto found = again.exif.findKey(Exiv2::ExifKey(datum.key()));
@@ -313,60 +376,54 @@ void tst_Inside::brokenDisk()
     }
 }
 
-void tst_Inside::unreadableSink()
-{
-    Metadata metadata;
-    metadata.exif["Exif.Image.Make"] = "Canon";
-    for (const std::uint64_t bigFrom : {std::uint64_t(1), kBigTiffFromBytes}) {
-        UnreadableSink sink;
-        SaveOptions options;
-        options.metadata = &metadata;
-        options.bigTiffFromBytes = bigFrom;
-        const Status status = TiffCodec().Write(*SmoothBitmap(9, 9, GFL_RGB, 8), options, &sink);
-        QVERIFY2(status.Why() == "the disk is broken", status.Why().c_str());
-    }
-}
-
-/// Makes each call to operator new fail once. The load or save must then either report the lack of memory or succeed
-/// with all metadata; it must never crash or hang.
+/// It must never crash or hang either, nor lose any metadata without an error.
 void tst_Inside::noMemory()
 {
+    BitmapPtr made = SmoothBitmap(9, 9, GFL_RGB, 8);
+    MakeMetadata(made.get())->exif["Exif.Photo.LensModel"] = "A lens with a name longer than a string without memory";
+    const std::string packet = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/"
+                               "22-rdf-syntax-ns#'><rdf:Description rdf:about='' xmlns:crs='http://ns.adobe.com/"
+                               "camera-raw-settings/1.0/' crs:RawFileName='longer than a string without memory'/>"
+                               "</rdf:RDF></x:xmpmeta>";
+    Bytes &xmp = MakeMetadata(made.get())->xmp;
+    xmp.assign(packet.begin(), packet.end());
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
         const Case named(format);
         const Folder folder;
         const QByteArray path = folder("a").toUtf8(), out = folder("b").toUtf8();
-        BitmapPtr made = SmoothBitmap(9, 9, GFL_RGB, 8);
-        MakeMetadata(made.get())->exif["Exif.Photo.LensModel"] = "A lens";
-        const std::string packet = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/"
-                                   "22-rdf-syntax-ns#'><rdf:Description rdf:about='' xmlns:crs='http://ns.adobe.com/"
-                                   "camera-raw-settings/1.0/' crs:RawFileName='longer than a string without memory'/>"
-                                   "</rdf:RDF></x:xmpmeta>";
-        MakeMetadata(made.get())->xmp.assign(packet.begin(), packet.end());
-        QCOMPARE(Save(folder("a"), *made, SaveParams(format)), int(GFL_NO_ERROR));
         const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_METADATA);
-        bool fails = true; // until there are fewer than n calls
-        for (int n = 1; fails; ++n) {
+        const GFL_SAVE_PARAMS save = SaveParams(format);
+        QCOMPARE(Save(folder("a"), *made, save), int(GFL_NO_ERROR));
+        for (FailingAllocations failing; failing.IsMore();) {
             GFL_BITMAP *bitmap = nullptr;
-            allocationsLeft = n;
-            const int error = gflLoadBitmapUTF8(path.constData(), &bitmap, &params, nullptr);
-            fails = std::exchange(allocationsLeft, 0) == 0;
+            const int error =
+                failing.During([&] { return gflLoadBitmapUTF8(path.constData(), &bitmap, &params, nullptr); });
             const BitmapPtr owner(bitmap);
-            const std::string what = Text("%s, allocation %d: %d %s", format, n, error, gflLastErrorText());
-            QVERIFY2(error == GFL_NO_ERROR || (fails && error == GFL_ERROR_NO_MEMORY), what.c_str());
-            QVERIFY2(error || (gflBitmapHasEXIF(bitmap) && !MetadataOf(bitmap)->xmp.empty()), what.c_str());
+            QVERIFY2(error >= 0, gflLastErrorText());
+            QVERIFY(error || (gflBitmapHasEXIF(bitmap) && !MetadataOf(bitmap)->xmp.empty()));
         }
-        fails = true;
-        for (int n = 1; fails; ++n) {
-            const GFL_SAVE_PARAMS save = SaveParams(format);
-            allocationsLeft = n;
-            const int error = gflSaveBitmapUTF8(out.constData(), made.get(), &save);
-            fails = std::exchange(allocationsLeft, 0) == 0;
-            const std::string what = Text("%s, allocation %d: %d %s", format, n, error, gflLastErrorText());
-            QVERIFY2(error == GFL_NO_ERROR || (fails && error == GFL_ERROR_NO_MEMORY), what.c_str());
-            QVERIFY2(QFile::exists(folder("b")) == (error == GFL_NO_ERROR), what.c_str());
-            QVERIFY2(error || ReadFile(folder("a")) == ReadFile(folder("b")), what.c_str());
+        for (FailingAllocations failing; failing.IsMore();) {
+            const int error = failing.During([&] { return gflSaveBitmapUTF8(out.constData(), made.get(), &save); });
+            QVERIFY2(error >= 0, gflLastErrorText());
+            QCOMPARE(QFile::exists(folder("b")), error == GFL_NO_ERROR);
+            QVERIFY(error || ReadFile(folder("a")) == ReadFile(folder("b")));
             QFile::remove(folder("b"));
         }
+    }
+    for (FailingAllocations failing; failing.IsMore();) {
+        GFL_EXIF_DATA *list = nullptr;
+        failing.During([&] { return (list = gflBitmapGetEXIF(made.get(), 1)) ? GFL_NO_ERROR : GFL_ERROR_NO_MEMORY; });
+        QVERIFY(list ? TextsOf(list).contains("LensModel=A lens with a name longer than a string without memory;")
+                     : failing.IsMore());
+        gflFreeEXIF(list);
+    }
+    Bytes edited;
+    for (FailingAllocations failing; failing.IsMore(); xmp.assign(packet.begin(), packet.end())) {
+        const int error = failing.During([&] { return gflBitmapMarkEdited(made.get(), made.get(), nullptr, 0); });
+        QVERIFY2(error >= 0, gflLastErrorText());
+        if (error == GFL_NO_ERROR && edited.empty())
+            edited = xmp;
+        QVERIFY(xmp == (error ? Bytes(packet.begin(), packet.end()) : edited));
     }
 }
 
@@ -399,6 +456,7 @@ void tst_Inside::metadataMap_data()
     QTest::newRow("one page") << little + QByteArray(4, '\0') << 0;
     QTest::newRow("truncated inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
     QTest::newRow("directory after the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
+    QTest::newRow("CIFF") << QByteArray("II\x1A\0\0\0HEAPCCDR", 14) + QByteArray(5 << 20, 'c') << 0;
     QTest::newRow("not a TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
     // 9 MiB, with the directory and its targets at the end; only these and the first few megabytes are read.
     const quint32 at = 9u << 20;
@@ -460,12 +518,19 @@ void tst_Inside::readers()
     const Source source(bytes.constData(), std::size_t(bytes.size()));
     ByteReader reader(source, 2);
     char byte = 'x';
+    QByteArray part(70000, '\0');
+    QVERIFY(reader.Number(3) == 0x020304 && reader.Skip(65530) && reader.Position() == 65535);
+    QVERIFY(reader.Read(part.data(), 70000) && part == bytes.mid(65535, 70000) && reader.Left() == 300000 - 135535);
     QVERIFY(!reader.Skip(300000) && !reader.Read(&byte, 1)); // after a failure nothing is read
-    QCOMPARE(byte, 'x');
+    QVERIFY(byte == 'x' && reader.Number(2) == 0 && reader.Failed() && reader.Left() == 0);
     SourceIo io(source);
     QCOMPARE(io.seek(299990, Exiv2::BasicIo::beg), 0);
     const Exiv2::DataBuf end = io.read(20);
     QVERIFY(end.size_ == 10 && std::memcmp(end.pData_, bytes.constData() + 299990, 10) == 0 && io.eof());
+    QVERIFY(io.getb() == EOF && io.seek(-300001, Exiv2::BasicIo::cur) == 1 && io.tell() == 300000);
+    QVERIFY(io.seek(-9, Exiv2::BasicIo::end) == 0 && !io.eof() && io.getb() == quint8(bytes[299991]) && !io.eof());
+    QVERIFY(io.seek(-299992, Exiv2::BasicIo::cur) == 0 && io.tell() == 0 && io.seek(9, Exiv2::BasicIo::end) == 0);
+    QVERIFY(io.read(20).size_ == 0 && io.tell() == 300009 && io.error() == 0 && io.open() == 0 && io.tell() == 0);
     RawStream stream(source);
     QByteArray pieces(bytes.size(), '\0');
     int done = 0;
@@ -473,6 +538,34 @@ void tst_Inside::readers()
         done += stream.read(pieces.data() + done, 1, std::size_t(size));
     QCOMPARE(done, bytes.size());
     QVERIFY(pieces == bytes);
+}
+
+void tst_Inside::packBits()
+{
+    const struct {
+        const char *name;
+        QByteArray bytes, packed; // in hexadecimal
+    } rows[] = {{"Apple's Technical Note TN1023", "aaaaaa80002aaaaaaaaa80002a22aaaaaaaaaaaaaaaaaaaa",
+                 "feaa0280002afdaa0380002a22f7aa"},
+                {"three equal after another", "01020202", "0001fe02"},
+                {"two equal after another", "010202", "02010202"},
+                {"131 equal", QByteArray("42").repeated(131), "8142fe42"},
+                {"130 different", QByteArray("4142").repeated(65), "7f" + QByteArray("4142").repeated(64) + "014142"}};
+    for (const auto &[name, bytes, packed] : rows) {
+        const Case named(name);
+        const QByteArray plain = QByteArray::fromHex(bytes);
+        std::vector<std::uint8_t> out, row(plain.begin(), plain.end());
+        PackBits(row.data(), row.size(), &out);
+        QCOMPARE(QByteArray(reinterpret_cast<char *>(out.data()), int(out.size())).toHex(), packed);
+        out.insert(out.begin(), 128); // no operation
+        out.push_back(5);             // surplus
+        std::vector<std::uint8_t> again(row.size() + 1);
+        QVERIFY(UnpackBits(out.data(), out.size(), again.data(), row.size()));
+        again.pop_back();
+        QVERIFY(again == row);
+        QVERIFY(!UnpackBits(out.data(), out.size() - 2, again.data(), row.size())); // the last byte is missing
+        QVERIFY(!UnpackBits(out.data(), out.size() - 1, again.data(), row.size() - 1));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

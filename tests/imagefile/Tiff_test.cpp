@@ -85,7 +85,7 @@ quint32 Raw(const Spec &spec, int x, int y, int s)
         return static_cast<quint32>(LabValue(spec, x, s)) & greatest;
     if (spec.IsLumaAndChroma()) // red by ITU-R BT.601
         return s == 0 ? 76 : s == 1 ? 85 : 255;
-    if (spec.hasInkProfile)
+    if (spec.hasInkProfile && s < 4)
         return s == 0 ? static_cast<quint32>(kCyan * greatest) : 0;
     if (spec.compression == COMPRESSION_JPEG) // a ramp, which suits JPEG
         return static_cast<quint32>(20 + 3 * x + 2 * y + 30 * s);
@@ -311,6 +311,8 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("CMYK float", With(Rgb(32, 4), cmyk, isFloat), GFL_RGB, 32);
     row("CMYK and opacity", With(Rgb(8, 5), cmyk, straight), GFL_RGBA, 8);
     const auto withProfile = [](Spec &s) { s.hasInkProfile = true; };
+    row("CMYK and opacity with a profile", With(Rgb(16, 5), cmyk, straight, withProfile), GFL_RGBA, 16);
+    row("CMYK float and opacity with a profile", With(Rgb(32, 5), cmyk, straight, isFloat, withProfile), GFL_RGBA, 32);
     row("CMYK with a profile", With(Rgb(16, 4), cmyk, withProfile), GFL_RGB, 16);
     row("CMYK float with a profile", With(Rgb(32, 4), cmyk, isFloat, withProfile), GFL_RGB, 32);
     for (int bits : {8, 16})

@@ -293,6 +293,8 @@ void tst_Inside::bigTiff()
         QVERIFY(bool(sink->MemorySink::ReadAt(0, file.data(), sink->Size(), &count)));
         QCOMPARE(count, std::size_t(sink->Size()));
         QCOMPARE(int(file[2]), i % 2 ? 43 : 42);
+        QVERIFY(file.contains(i % 2 ? QByteArray("\x69\x87\x10\0\1\0\0\0\0\0\0\0", 12) // EXIF: LONG8, one value
+                                    : QByteArray("\x69\x87\4\0\1\0\0\0", 8)));         // EXIF: LONG
         const BitmapPtr read = LoadFromMemory(file);
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(Difference(*read, *bitmap), QString());

@@ -149,42 +149,40 @@ void tst_Inside::texts()
         const char *key;
         int type;                 // TIFF field type
         const char *value, *text; // Exiv2's form; the expected text
-    } rows[] = {
-        {"Image.Model", 2, "E-M1      ", "E-M1"},
-        {"Image.Orientation", 3, "1", "Top-left (1)"},
-        {"Image.Orientation", 3, "8", "Left-bottom (8)"},
-        {"Image.Orientation", 3, "0", "0"},
-        {"Image.Orientation", 3, "9", "9"},
-        {"Image.ResolutionUnit", 3, "1", "None"},
-        {"Image.ResolutionUnit", 3, "6", "6"},
-        {"Image.XResolution", 12, "2.5 -1", "2.5 -1"},
-        {"Photo.SceneType", 7, "1 2", "1 2"},
-        {"Photo.SceneType", 7, bytes.constData(), "(65 bytes)"},
-        {"Photo.SceneType", 7, bytes.constData() + 2, bytes.constData() + 2},
-        {"Image.Orientation", 10, "-2147483648/-1", "2147483648"},
-        {"Photo.ExposureTime", 5, "10/2500", "1/250"},
-        {"Photo.ExposureTime", 5, "25/10", "2.5"},
-        {"Photo.ExposureTime", 5, "7/7", "1"},
-        {"Photo.ExposureTime", 5, "0/5", "0"},
-        {"Photo.ExposureTime", 5, "0/0", "0"},
-        {"Photo.FNumber", 5, "28/10", "2.8"},
-        {"Photo.ExposureBiasValue", 10, "-2/6", "-1/3"},
-        {"Photo.ShutterSpeedValue", 10, "7/-2 0/0 1/4", "-3.5 0 0.25"},
-        {"Photo.FocalPlaneXResolution", 5, "3888000/877", "4433.29532"},
-        {"Photo.FocalPlaneResolutionUnit", 3, "5", "um"},
-        {"Photo.ExifVersion", 7, "48 50 51 49", "0231"},
-        {"Photo.UserComment", 7, "charset=Ascii FOV: 73.7 x 53.1 ~ 84.0", "FOV: 73.7 x 53.1 ~ 84.0"},
-        {"GPSInfo.GPSLatitudeRef", 2, "S", "South"},
-        {"GPSInfo.GPSLatitude", 5, "45/1 30/1 15/2", "45° 30' 7.5\""},
-        {"GPSInfo.GPSLatitude", 5, "45/1 303/10 0/1", "45° 30.3' 0\""},
-        {"GPSInfo.GPSLatitude", 5, "45/1 30/1 36/1000000", "45° 30' 0.000036\""},
-        {"GPSInfo.GPSLongitude", 5, "7/1 0/1 1/4000000000", "7° 0' 0\""},
-        {"GPSInfo.GPSLatitude", 5, "45/1", "45"},
-        {"GPSInfo.GPSLatitude", 5, "91/2 0/1 0/1", "45° 30' 0\""},
-        {"GPSInfo.GPSLatitude", 5, "45/1 303/10 6/1", "45° 30' 24\""},
-        {"GPSInfo.GPSImgDirectionRef", 2, "M", "Magnetic"},
-        {"GPSInfo.GPSImgDirectionRef", 2, "X", "X"},
-    };
+    } rows[] = {{"Image.Model", 2, "E-M1      ", "E-M1"},
+                {"Image.Orientation", 3, "1", "Top-left (1)"},
+                {"Image.Orientation", 3, "8", "Left-bottom (8)"},
+                {"Image.Orientation", 3, "0", "0"},
+                {"Image.Orientation", 3, "9", "9"},
+                {"Image.ResolutionUnit", 3, "1", "None"},
+                {"Image.ResolutionUnit", 3, "6", "6"},
+                {"Image.XResolution", 12, "2.5 -1", "2.5 -1"},
+                {"Photo.SceneType", 7, "1 2", "1 2"},
+                {"Photo.SceneType", 7, bytes.constData(), "(65 bytes)"},
+                {"Photo.SceneType", 7, bytes.constData() + 2, bytes.constData() + 2},
+                {"Image.Orientation", 10, "-2147483648/-1", "2147483648"},
+                {"Photo.ExposureTime", 5, "10/2500", "1/250"},
+                {"Photo.ExposureTime", 5, "25/10", "2.5"},
+                {"Photo.ExposureTime", 5, "7/7", "1"},
+                {"Photo.ExposureTime", 5, "0/5", "0"},
+                {"Photo.ExposureTime", 5, "0/0", "0"},
+                {"Photo.FNumber", 5, "28/10", "2.8"},
+                {"Photo.ExposureBiasValue", 10, "-2/6", "-1/3"},
+                {"Photo.ShutterSpeedValue", 10, "7/-2 0/0 1/4", "-3.5 0 0.25"},
+                {"Photo.FocalPlaneXResolution", 5, "3888000/877", "4433.29532"},
+                {"Photo.FocalPlaneResolutionUnit", 3, "5", "um"},
+                {"Photo.ExifVersion", 7, "48 50 51 49", "0231"},
+                {"Photo.UserComment", 7, "charset=Ascii FOV: 73.7 x 53.1 ~ 84.0", "FOV: 73.7 x 53.1 ~ 84.0"},
+                {"GPSInfo.GPSLatitudeRef", 2, "S", "South"},
+                {"GPSInfo.GPSLatitude", 5, "45/1 30/1 15/2", "45° 30' 7.5\""},
+                {"GPSInfo.GPSLatitude", 5, "45/1 303/10 0/1", "45° 30.3' 0\""},
+                {"GPSInfo.GPSLatitude", 5, "45/1 30/1 36/1000000", "45° 30' 0.000036\""},
+                {"GPSInfo.GPSLongitude", 5, "7/1 0/1 1/4000000000", "7° 0' 0\""},
+                {"GPSInfo.GPSLatitude", 5, "45/1", "45"},
+                {"GPSInfo.GPSLatitude", 5, "91/2 0/1 0/1", "45° 30' 0\""},
+                {"GPSInfo.GPSLatitude", 5, "45/1 303/10 6/1", "45° 30' 24\""},
+                {"GPSInfo.GPSImgDirectionRef", 2, "M", "Magnetic"},
+                {"GPSInfo.GPSImgDirectionRef", 2, "X", "X"}};
     for (const auto &row : rows) {
         const Case named(row.key, row.value);
         const Exiv2::ExifKey key(std::string("Exif.") + row.key);
@@ -310,7 +308,7 @@ void tst_Inside::bigTiff()
     }
 }
 
-/// Reads the metadata of files built by hand, with one row of two gray pixels.
+/// Reads the metadata of files built by hand, without a picture.
 void tst_Inside::bigTiffOfBothOrders()
 {
     for (const bool isBigEndian : {true, false}) {
@@ -328,24 +326,15 @@ void tst_Inside::bigTiffOfBothOrders()
         const auto directory = [&](const QByteArrayList &fields) {
             return number(quint64(fields.size()), 8) + fields.join() + number(0, 8);
         };
-        const QByteArray make("The maker of it\0", 16), pixels("\x10\xF0", 2);
+        const QByteArray make("The maker of it\0", 16);
         const QByteArray exif = directory({field(33437, 5, 1, number(28, 4) + number(10, 4))});
-        const int makeAt = 16, pixelsAt = makeAt + 16, exifAt = pixelsAt + 2, firstAt = exifAt + exif.size();
-        QByteArrayList fields;
-        for (const auto &[tag, value] : {std::pair<int, int>{256, 2}, {257, 1}, {258, 8}, {259, 1}, {262, 1}})
-            fields += field(tag, 3, 1, number(quint64(value), 2));
-        fields += field(271, 2, make.size(), number(makeAt, 8));
-        fields += field(273, 16, 1, number(pixelsAt, 8));
-        fields += field(277, 3, 1, number(1, 2));
-        fields += field(279, 16, 1, number(2, 8));
-        fields += field(34665, 18, 1, number(quint64(exifAt), 8));
+        const QByteArrayList fields = {field(271, 2, make.size(), number(16, 8)), field(34665, 18, 1, number(32, 8))};
         const QByteArray file = QByteArray(isBigEndian ? "MM" : "II") + number(43, 2) + number(8, 2) + number(0, 2)
-            + number(quint64(firstAt), 8) + make + pixels + exif + directory(fields);
+            + number(32 + quint64(exif.size()), 8) + make + exif + directory(fields);
         Metadata metadata;
         QVERIFY(bool(ReadMetadata(Source(file.constData(), std::size_t(file.size())), &metadata)));
-        const char *order = isBigEndian ? "big-endian" : "little-endian";
-        QVERIFY2(metadata.exif["Exif.Image.Make"].toString() == "The maker of it", order);
-        QVERIFY2(metadata.exif["Exif.Photo.FNumber"].toString() == "28/10", order);
+        QCOMPARE(metadata.exif["Exif.Image.Make"].toString(), std::string("The maker of it"));
+        QCOMPARE(metadata.exif["Exif.Photo.FNumber"].toString(), std::string("28/10"));
     }
 }
 
@@ -387,8 +376,7 @@ void tst_Inside::noMemory()
                                "22-rdf-syntax-ns#'><rdf:Description rdf:about='' xmlns:crs='http://ns.adobe.com/"
                                "camera-raw-settings/1.0/' crs:RawFileName='longer than a string without memory'/>"
                                "</rdf:RDF></x:xmpmeta>";
-    Bytes &xmp = MakeMetadata(made.get())->xmp;
-    xmp.assign(packet.begin(), packet.end());
+    MakeMetadata(made.get())->xmp.assign(packet.begin(), packet.end());
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
         const Case named(format);
         const Folder folder;
@@ -418,14 +406,6 @@ void tst_Inside::noMemory()
         QVERIFY(list ? TextsOf(list).contains("LensModel=A lens with a name longer than a string without memory;")
                      : failing.IsMore());
         gflFreeEXIF(list);
-    }
-    Bytes edited;
-    for (FailingAllocations failing; failing.IsMore(); xmp.assign(packet.begin(), packet.end())) {
-        const int error = failing.During([&] { return gflBitmapMarkEdited(made.get(), made.get(), nullptr, 0); });
-        QVERIFY2(error >= 0, gflLastErrorText());
-        if (error == GFL_NO_ERROR && edited.empty())
-            edited = xmp;
-        QVERIFY(xmp == (error ? Bytes(packet.begin(), packet.end()) : edited));
     }
 }
 
@@ -561,10 +541,8 @@ void tst_Inside::packBits()
         QCOMPARE(QByteArray(reinterpret_cast<char *>(out.data()), int(out.size())).toHex(), packed);
         out.insert(out.begin(), 128); // no operation
         out.push_back(5);             // surplus
-        std::vector<std::uint8_t> again(row.size() + 1);
-        QVERIFY(UnpackBits(out.data(), out.size(), again.data(), row.size()));
-        again.pop_back();
-        QVERIFY(again == row);
+        std::vector<std::uint8_t> again(row.size());
+        QVERIFY(UnpackBits(out.data(), out.size(), again.data(), row.size()) && again == row);
         QVERIFY(!UnpackBits(out.data(), out.size() - 2, again.data(), row.size())); // the last byte is missing
         QVERIFY(!UnpackBits(out.data(), out.size() - 1, again.data(), row.size() - 1));
     }

@@ -100,7 +100,6 @@ private Q_SLOTS:
     void fullDisk();
     void symbolicLinks();
     void longNames();
-    void firstDescriptor();
     void foldersWithoutRights();
     void badParameters();
     void generatedRows();
@@ -282,19 +281,19 @@ void tst_Writing::longNames()
         && Load(address, nullptr, LoadParams(GFL_LOAD_METADATA));
     QDir::setCurrent(before);
     QVERIFY2(read && QFile::exists(folder.filePath(address)), gflLastErrorText());
-}
-
-/// Services may have no standard input, so that files get descriptor 0.
-void tst_Writing::firstDescriptor()
-{
-    const Folder folder;
+    // A crashed process with the same number may have left files, and services may have no standard input, so that
+    // files get descriptor 0.
+    for (int i = 0; i < 4000; i += 2)
+        WriteFile(folder.filePath(QString::asprintf(".%x-%x.part", unsigned(::getpid()), i)));
     const int input = ::dup(0);
-    ::close(0);
-    const bool isSaved = Save(folder("a.tif"), *RandomBitmap(3, 3, GFL_RGB, 8)) == GFL_NO_ERROR;
-    const bool isRead = Load(folder("a.tif")) != nullptr, isClosed = ::fcntl(0, F_GETFD) == -1;
-    ::dup2(input, 0);
+    for (int i = 0; i < 2; ++i) {
+        ::close(0);
+        const bool isSaved = Save(path, *RandomBitmap(3, 3, GFL_RGB, 8)) == GFL_NO_ERROR,
+                   isRead = Load(path) != nullptr, isClosed = ::fcntl(0, F_GETFD) == -1;
+        ::dup2(input, 0);
+        QVERIFY2(isSaved && isRead && isClosed, gflLastErrorText());
+    }
     ::close(input);
-    QVERIFY2(isSaved && isRead && isClosed, gflLastErrorText());
 }
 
 void tst_Writing::foldersWithoutRights()
@@ -392,7 +391,7 @@ void tst_Writing::generatedRows()
 /// Files of the fast compressor have the same content and are at most 6 % larger.
 void tst_Writing::fastDeflate()
 {
-    constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;
+    constexpr int kWidth = 601, kHeight = GFL_FAST_ROWS, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;
     GFL_SAVE_PARAMS fast = SaveParams("tiff", 4);
     fast.Flags |= GFL_SAVE_FAST;
     for (const int content : {kNoise, kGrain, kRamp, kFlat})
@@ -408,11 +407,10 @@ void tst_Writing::fastDeflate()
             }
             const QByteArray file = SavedBytes(*bitmap, fast);
             QCOMPARE(Difference(*LoadFromMemory(file), *bitmap), QString());
-            // Other than libdeflate, the fast compressor flushes after four bytes (an empty block: RFC 1951, 3.2.4).
-            const bool isDrawing = content == kRamp || content == kFlat;
-            QCOMPARE(file.mid(8, 24).contains(QByteArray("\0\0\xFF\xFF", 4)), !isDrawing);
-            const int plain = SavedBytes(*bitmap, SaveParams("tiff", 4)).size();
-            QVERIFY2(file.size() <= 1.06 * plain, qPrintable(QStringLiteral("%1, %2").arg(file.size()).arg(plain)));
+            // Drawings are left to libdeflate.
+            const QByteArray plain = SavedBytes(*bitmap, SaveParams("tiff", 4));
+            QCOMPARE(file == plain, content == kRamp || content == kFlat);
+            QVERIFY2(file.size() <= 1.06 * plain.size(), QByteArray::number(file.size()));
         }
 }
 

@@ -5,13 +5,16 @@
 #include "Files.h"
 #include "core/byte_reader.h"
 #include "core/codec.h"
+#include "core/iso_boxes.h"
 #include "core/pack_bits.h"
 #include "core/pending_rows.h"
 #include "core/source.h"
+#include "core/tiff_directory.h"
 #include "formats.h"
 #include "metadata/exif_lists.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
+#include "metadata/primaries.h"
 #include "metadata/source_io.h"
 #include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
@@ -21,8 +24,10 @@
 
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <fcntl.h>
+#include <lcms2.h>
 #include <new>
 #include <unistd.h>
 #include <utility>
@@ -140,65 +145,56 @@ private Q_SLOTS:
     void freedWhilePending();
     void readers();
     void packBits();
+    void boxes();
+    void primaries();
 };
 
 void tst_Inside::texts()
 {
-    const QByteArray bytes = QByteArray("7 ").repeated(65).chopped(1);
+    const QByteArray bytes = QByteArray("7 ").repeated(64) + '7', few = bytes.mid(2);
     const struct {
         const char *key;
-        int type;                 // TIFF field type
-        const char *value, *text; // Exiv2's form; the expected text
-    } rows[] = {{"Image.Model", 2, "E-M1      ", "E-M1"},
-                {"Image.Orientation", 3, "1", "Top-left (1)"},
-                {"Image.Orientation", 3, "8", "Left-bottom (8)"},
-                {"Image.Orientation", 3, "0", "0"},
-                {"Image.Orientation", 3, "9", "9"},
-                {"Image.ResolutionUnit", 3, "1", "None"},
-                {"Image.ResolutionUnit", 3, "6", "6"},
-                {"Image.XResolution", 12, "2.5 -1", "2.5 -1"},
-                {"Photo.SceneType", 7, "1 2", "1 2"},
-                {"Photo.SceneType", 7, bytes.constData(), "(65 bytes)"},
-                {"Photo.SceneType", 7, bytes.constData() + 2, bytes.constData() + 2},
-                {"Image.Orientation", 10, "-2147483648/-1", "2147483648"},
-                {"Photo.ExposureTime", 5, "10/2500", "1/250"},
-                {"Photo.ExposureTime", 5, "25/10", "2.5"},
-                {"Photo.ExposureTime", 5, "7/7", "1"},
-                {"Photo.ExposureTime", 5, "0/5", "0"},
-                {"Photo.ExposureTime", 5, "0/0", "0"},
-                {"Photo.FNumber", 5, "28/10", "2.8"},
-                {"Photo.ExposureBiasValue", 10, "-2/6", "-1/3"},
-                {"Photo.ShutterSpeedValue", 10, "7/-2 0/0 1/4", "-3.5 0 0.25"},
-                {"Photo.FocalPlaneXResolution", 5, "3888000/877", "4433.29532"},
-                {"Photo.FocalPlaneResolutionUnit", 3, "5", "um"},
-                {"Photo.ExifVersion", 7, "48 50 51 49", "0231"},
-                {"Photo.UserComment", 7, "charset=Ascii FOV: 73.7 x 53.1 ~ 84.0", "FOV: 73.7 x 53.1 ~ 84.0"},
-                {"GPSInfo.GPSLatitudeRef", 2, "S", "South"},
-                {"GPSInfo.GPSLatitude", 5, "45/1 30/1 15/2", "45° 30' 7.5\""},
-                {"GPSInfo.GPSLatitude", 5, "45/1 303/10 0/1", "45° 30.3' 0\""},
-                {"GPSInfo.GPSLatitude", 5, "45/1 30/1 36/1000000", "45° 30' 0.000036\""},
-                {"GPSInfo.GPSLongitude", 5, "7/1 0/1 1/4000000000", "7° 0' 0\""},
-                {"GPSInfo.GPSLatitude", 5, "45/1", "45"},
-                {"GPSInfo.GPSLatitude", 5, "91/2 0/1 0/1", "45° 30' 0\""},
-                {"GPSInfo.GPSLatitude", 5, "45/1 303/10 6/1", "45° 30' 24\""},
-                {"GPSInfo.GPSImgDirectionRef", 2, "M", "Magnetic"},
-                {"GPSInfo.GPSImgDirectionRef", 2, "X", "X"}};
-    for (const auto &row : rows) {
-        const Case named(row.key, row.value);
-        const Exiv2::ExifKey key(std::string("Exif.") + row.key);
-        const auto typed = Exiv2::Value::create(key.tag() == 37510 ? Exiv2::comment : Exiv2::TypeId(row.type));
-        QCOMPARE(typed->read(row.value), 0);
-        QCOMPARE(ExifText(Exiv2::Exifdatum(key, typed.get())), std::string(row.text));
-        // The same after conversion to the raw list and back.
-        Exiv2::ExifData exif;
-        exif.add(key, typed.get());
-        GFL_EXIF_DATAEX *raw = ExifRawList(exif);
-        QVERIFY(raw);
-        const Exiv2::ExifData again = ExifOfRawList(*raw);
-        gflFreeEXIF2(raw);
-        QCOMPARE(again.count(), 1L);
-        QCOMPARE(ExifText(*again.begin()), std::string(row.text));
-    }
+        int type;          // TIFF field type
+        QByteArray values; // "VALUE=TEXT|...": Exiv2's form; the expected text
+    } rows[] = {
+        {"Image.Model", 2, "E-M1      =E-M1"},
+        {"Image.Orientation", 3, "1=Top-left (1)|8=Left-bottom (8)|0=0|9=9"},
+        {"Image.Orientation", 10, "-2147483648/-1=2147483648"},
+        {"Image.ResolutionUnit", 3, "1=None|6=6"},
+        {"Image.XResolution", 12, "2.5 -1=2.5 -1"},
+        {"Photo.SceneType", 7, "1 2=1 2|" + bytes + "=(65 bytes)|" + few + '=' + few},
+        {"Photo.ExposureTime", 5, "10/2500=1/250|25/10=2.5|7/7=1|0/5=0|0/0=0"},
+        {"Photo.FNumber", 5, "28/10=2.8"},
+        {"Photo.ExposureBiasValue", 10, "-2/6=-1/3|-3/2=-1.5|1/-3=-1/3"},
+        {"Photo.ShutterSpeedValue", 10, "7/-2 0/0 1/4=-3.5 0 0.25"},
+        {"Photo.FocalPlaneXResolution", 5, "3888000/877=4433.29532"},
+        {"Photo.FocalPlaneResolutionUnit", 3, "5=um"},
+        {"Photo.ExifVersion", 7, "48 50 51 49=0231"},
+        {"Photo.UserComment", 7, "charset=Ascii FOV: 73.7 x 53.1 ~ 84.0=FOV: 73.7 x 53.1 ~ 84.0"},
+        {"GPSInfo.GPSLatitudeRef", 2, "S=South|N=North"},
+        {"GPSInfo.GPSImgDirectionRef", 2, "M=Magnetic|X=X"},
+        {"GPSInfo.GPSLatitude", 5, "45/1 30/1 15/2=45° 30' 7.5\"|45/1 303/10 0/1=45° 30.3' 0\"|45/1=45"},
+        {"GPSInfo.GPSLatitude", 5, "45/1 30/1 36/1000000=45° 30' 0.000036\"|91/2 0/1 0/1=45° 30' 0\""},
+        {"GPSInfo.GPSLongitude", 5, "7/1 0/1 1/4000000000=7° 0' 0\"|45/1 303/10 6/1=45° 30' 24\""},
+    };
+    for (const auto &row : rows)
+        for (const QByteArray &pair : row.values.split('|')) {
+            const Case named(row.key, pair);
+            const Exiv2::ExifKey key(std::string("Exif.") + row.key);
+            const auto typed = Exiv2::Value::create(key.tag() == 37510 ? Exiv2::comment : Exiv2::TypeId(row.type));
+            const std::string text = pair.mid(pair.lastIndexOf('=') + 1).toStdString();
+            QCOMPARE(typed->read(pair.left(pair.lastIndexOf('=')).toStdString()), 0);
+            QCOMPARE(ExifText(Exiv2::Exifdatum(key, typed.get())), text);
+            // The same after conversion to the raw list and back.
+            Exiv2::ExifData exif;
+            exif.add(key, typed.get());
+            GFL_EXIF_DATAEX *raw = ExifRawList(exif);
+            QVERIFY(raw);
+            const Exiv2::ExifData again = ExifOfRawList(*raw);
+            gflFreeEXIF2(raw);
+            QCOMPARE(again.count(), 1L);
+            QCOMPARE(ExifText(*again.begin()), text);
+        }
 }
 
 void tst_Inside::lensId()
@@ -546,6 +542,55 @@ void tst_Inside::packBits()
         QVERIFY(!UnpackBits(out.data(), out.size() - 2, again.data(), row.size())); // the last byte is missing
         QVERIFY(!UnpackBits(out.data(), out.size() - 1, again.data(), row.size() - 1));
     }
+}
+
+/// Boxes of ISO 14496-12: empty, with a 64-bit length, up to the end, and past the end.
+void tst_Inside::boxes()
+{
+    const QByteArray first = QByteArray::fromHex("00000008") + "free" + QByteArray::fromHex("00000001") + "long"
+        + QByteArray::fromHex("0000000000000012") + "..";
+    for (const char *length : {"00000000", "0000000a", "0000000b", "00000007"}) {
+        const Case named(length);
+        const QByteArray file = '.' + first + QByteArray::fromHex(length) + "last..";
+        QByteArray found;
+        for (const IsoBox &box : IsoBoxesIn(Source(file.constData(), std::size_t(file.size())), 1, 99))
+            found += QByteArray(box.name) + ' ' + QByteArray::number(quint64(box.begin)) + ' '
+                + QByteArray::number(quint64(box.end)) + (box.isComplete ? "; " : " cut; ");
+        QCOMPARE(found,
+                 QByteArray("free 9 9; long 25 27; ")
+                     + (length[7] == '7'       ? ""
+                            : length[7] == 'b' ? "last 35 37 cut; "
+                                               : "last 35 37; "));
+    }
+    TiffField rational = {33434, 5, 1, {4}}; // 8 bytes at byte 4
+    QVERIFY(!WidenField(Bytes(11), &rational) && WidenField(Bytes(12), &rational));
+}
+
+/// Chromaticities of sRGB (IEC 61966-2-1). Without a matrix, version 4 doesn't tell the white: the colors are adapted
+/// to D50 (B. Lindbloom, "RGB/XYZ Matrices").
+void tst_Inside::primaries()
+{
+    const cmsCIEXYZ d65 = {0.95047, 1.0, 1.08883};
+    for (const double version : {4.3, 4.0, 2.1}) {
+        const Case named("version", version);
+        const cmsHPROFILE profile = cmsCreate_sRGBProfile();
+        cmsSetProfileVersion(profile, version);
+        cmsWriteTag(profile, cmsSigMediaWhitePointTag, &d65);
+        if (version < 4.3)
+            cmsWriteTag(profile, cmsSigChromaticAdaptationTag, nullptr);
+        Bytes icc(10000);
+        cmsUInt32Number size = 10000;
+        cmsSaveProfileToMem(profile, icc.data(), &size);
+        cmsCloseProfile(profile);
+        const auto got = PrimariesOf(icc);
+        QVERIFY(got);
+        const auto near = [](const Chromaticity &c, double x, double y) { return std::hypot(c.x - x, c.y - y) < 2e-4; };
+        QVERIFY(version == 4.0 ? near(got->white, 0.3457, 0.3585) && near(got->red, 0.6484, 0.3309)
+                        && near(got->green, 0.3211, 0.5979) && near(got->blue, 0.1559, 0.0660)
+                               : near(got->white, 0.3127, 0.3290) && near(got->red, 0.64, 0.33)
+                        && near(got->green, 0.30, 0.60) && near(got->blue, 0.15, 0.06));
+    }
+    QVERIFY(!PrimariesOf(Bytes(200)));
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

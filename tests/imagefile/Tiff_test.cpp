@@ -1,6 +1,7 @@
 // Tests of TIFF, with libtiff as the reference: reads libtiff's files, and checks the contents of the layer's files.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "DngFile.h"
 #include "Files.h"
 
 #include <QtTest>
@@ -255,6 +256,7 @@ private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
     void readsWhatLibtiffWrites_data();
     void readsWhatLibtiffWrites();
+    void halves();
     void damagedColorMap();
     void writtenFilesAreCorrect();
     void anyThreads();
@@ -381,6 +383,31 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QCOMPARE(int(info.ComponentsPerPixel), isPalette ? 3 : spec.samples);
     QCOMPARE(int(info.BitsPerComponent), bits);
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127));
+}
+
+/// Reads all numbers of 16 bits as floating point, which Qt converts for comparison.
+void tst_Tiff::halves()
+{
+    QByteArray pixels;
+    for (int i = 0; i < 65536; ++i)
+        pixels.append(char(i)).append(char(i >> 8));
+    const BitmapPtr got = LoadFromMemory(PlainTiff({{256, 256},
+                                                    {257, 256},
+                                                    {258, 16},
+                                                    {259, 1},
+                                                    {262, 1},
+                                                    {273, 8},
+                                                    {277, 1},
+                                                    {278, 256},
+                                                    {279, 131072},
+                                                    {339, 3}},
+                                                   pixels));
+    QVERIFY2(got && got->BitsPerComponent == 32, gflLastErrorText());
+    for (int i = 0; i < 65536; ++i) {
+        const float have = reinterpret_cast<float *>(got->Data)[i];
+        const auto want = float(reinterpret_cast<const qfloat16 *>(pixels.constData())[i]);
+        QVERIFY2(std::isnan(want) ? std::isnan(have) : std::memcmp(&have, &want, 4) == 0, QByteArray::number(i, 16));
+    }
 }
 
 /// Palette pictures with a damaged color map are refused; libtiff would treat them as gray.

@@ -171,12 +171,10 @@ void tst_Inside::lensId()
         Exiv2::ExifData nikon;
         nikon[group + std::string("LensIDNumber")] = uint16_t(121);
         QCOMPARE(LensId(nikon), std::string()); // incomplete
-        const std::pair<const char *, int> values[] = {{"MinFocalLength", 17},
-                                                       {"MaxFocalLength", 72},
-                                                       {"MaxApertureAtMinFocal", 44},
-                                                       {"MaxApertureAtMaxFocal", 48}};
-        for (const auto &[tag, value] : values)
-            nikon[std::string(group) + tag] = uint16_t(value);
+        nikon[std::string(group) + "MinFocalLength"] = uint16_t(17);
+        nikon[std::string(group) + "MaxFocalLength"] = uint16_t(72);
+        nikon[std::string(group) + "MaxApertureAtMinFocal"] = uint16_t(44);
+        nikon[std::string(group) + "MaxApertureAtMaxFocal"] = uint16_t(48);
         QCOMPARE(LensId(nikon), std::string("8 40 121 3.6 4")); // in steps of a 24th of a factor of two, from 5 mm
     }
     Exiv2::ExifData canon;

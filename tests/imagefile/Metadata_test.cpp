@@ -62,32 +62,25 @@ Values CarriedValues(const QString &path)
     return values;
 }
 
+/// Sets values given as "KEY=VALUE|...".
+void SetValues(const QByteArray &values, Exiv2::ExifData *exif)
+{
+    for (const QByteArray &pair : values.split('|'))
+        (*exif)["Exif." + pair.left(pair.indexOf('=')).toStdString()] = pair.mid(pair.indexOf('=') + 1).toStdString();
+}
+
 Exiv2::ExifData CommonExif(const char *make)
 {
     Exiv2::ExifData exif;
     exif["Exif.Image.Make"] = make;
-    const std::pair<const char *, const char *> values[] = {
-        {"Image.Model", "Model 5"},
-        {"Image.Orientation", "6"},
-        {"Image.XResolution", "300/1"},
-        {"Image.YResolution", "300/1"},
-        {"Image.ResolutionUnit", "2"},
-        {"Image.YCbCrPositioning", "1"}, // isn't copied, so that everything else moves
-        {"Image.Artist", "J\xC3\xBCrgen"},
-        {"Photo.ExposureTime", "10/2500"},
-        {"Photo.FNumber", "28/10"},
-        {"Photo.FocalLength", "4294967295/85899346"}, // needs 32 bits
-        {"Photo.ExposureBiasValue", "-1/3"},
-        {"Photo.DateTimeOriginal", "2021:03:04 05:06:07"},
-        {"Photo.UserComment", "charset=Ascii FOV: 73.7 x 53.1 ~ 84.0"},
-        {"Photo.LensModel", "A lens of 50 mm"},
-        {"Photo.PixelXDimension", "40"},
-        {"Iop.InteroperabilityIndex", "R98"},
-        {"GPSInfo.GPSLatitudeRef", "S"},
-        {"GPSInfo.GPSLatitude", "45/1 30/1 15/2"},
-        {"GPSInfo.GPSAltitude", "1234567/1000"}};
-    for (const auto &[key, text] : values)
-        exif[std::string("Exif.") + key] = text;
+    // YCbCrPositioning isn't copied, so that everything else moves. FocalLength needs 32 bits.
+    SetValues("Image.Model=Model 5|Image.Orientation=6|Image.XResolution=300/1|Image.YResolution=300/1|"
+              "Image.ResolutionUnit=2|Image.YCbCrPositioning=1|Image.Artist=J\xC3\xBCrgen|Photo.ExposureTime=10/2500|"
+              "Photo.FNumber=28/10|Photo.FocalLength=4294967295/85899346|Photo.ExposureBiasValue=-1/3|"
+              "Photo.DateTimeOriginal=2021:03:04 05:06:07|Photo.LensModel=A lens of 50 mm|Photo.PixelXDimension=40|"
+              "Photo.UserComment=charset=Ascii FOV: 73.7 x 53.1 ~ 84.0|Iop.InteroperabilityIndex=R98|"
+              "GPSInfo.GPSLatitudeRef=S|GPSInfo.GPSLatitude=45/1 30/1 15/2|GPSInfo.GPSAltitude=1234567/1000",
+              &exif);
     return exif;
 }
 
@@ -98,15 +91,13 @@ Exiv2::ExifData ExifWith(Note note)
     const char *const makes[] = {"Acme", "Canon", "NIKON CORPORATION", "Acme"};
     Exiv2::ExifData exif = CommonExif(makes[note]);
     if (note == CanonNote) {
-        exif["Exif.Canon.OwnerName"] = "The owner of this camera";
-        exif["Exif.CanonCs.LensType"] = uint16_t(235);
-        exif["Exif.CanonCs.Lens"] = "22 10 1";
-        exif["Exif.Canon.SerialNumber"] = uint32_t(123456789);
+        SetValues("Canon.OwnerName=The owner of this camera|CanonCs.LensType=235|CanonCs.Lens=22 10 1|"
+                  "Canon.SerialNumber=123456789",
+                  &exif);
     } else if (note == NikonNote) {
-        exif["Exif.Nikon3.Version"] = "48 50 49 48";
-        exif["Exif.Nikon3.Quality"] = "FINE";
-        exif["Exif.Nikon3.Lens"] = "80/10 80/10 35/10 35/10";
-        exif["Exif.Nikon3.SerialNumber"] = "NO= 12345678";
+        SetValues("Nikon3.Version=48 50 49 48|Nikon3.Quality=FINE|Nikon3.Lens=80/10 80/10 35/10 35/10|"
+                  "Nikon3.SerialNumber=NO= 12345678",
+                  &exif);
     } else if (note == UnknownNote) {
         QByteArray bytes("ACME\0\1\2\3", 8);
         for (int i = 0; i < 500; ++i)
@@ -485,13 +476,10 @@ QByteArray ListItem(const QString &path, const QByteArray &key)
 void tst_Metadata::metadataList()
 {
     Exiv2::ExifData exif = ExifWith(NikonNote);
-    exif["Exif.Photo.LensModel"] = "F\xFCnfziger"; // ISO 8859-1
-    exif["Exif.Photo.PixelXDimension"] = uint32_t(12000);
-    exif["Exif.Photo.FocalLength"] = Exiv2::URational(455, 10);
-    exif["Exif.Photo.MeteringMode"] = uint16_t(2);
     exif["Exif.Image.ImageDescription"] = std::string(1100, 'd');
-    exif["Exif.NikonLd2.Version"] = "48 50 48 49"; // "0201"
-    exif["Exif.NikonLd2.LensIDNumber"] = "165";
+    SetValues("Photo.LensModel=F\xFCnfziger|Photo.PixelXDimension=12000|Photo.FocalLength=455/10|Photo.MeteringMode=2|"
+              "NikonLd2.Version=48 50 48 49|NikonLd2.LensIDNumber=165",
+              &exif); // ISO 8859-1; version 0201
     WriteFile(m_folder("a.jpg"), JpegSource(exif));
     WriteFile(m_folder("a.dng"), RawSource({}));
     // A CR3 consists of boxes; CMT1 and CMT2 hold the first directory and that of EXIF as separate TIFFs.
@@ -623,19 +611,10 @@ void tst_Metadata::exifTooLargeForJpeg()
 void tst_Metadata::structureIsNotCopied()
 {
     const QString source = m_folder("tiles.tif"), result = m_folder("strips.tif");
-    WriteFile(source,
-              PlainTiff({{256, 16},
-                         {257, 16},
-                         {258, 8},
-                         {262, 1},
-                         {274, 6},
-                         {320, 7},
-                         {321, 7},
-                         {322, 16},
-                         {323, 16},
-                         {324, 8},
-                         {325, 256}},
-                        QByteArray(256, '\1')));
+    QMap<int, quint32> fields = {{258, 8}, {262, 1}, {274, 6}};
+    for (const int tag : {256, 257, 320, 321, 322, 323, 324, 325})
+        fields[tag] = 16;
+    WriteFile(source, PlainTiff(fields, QByteArray(256, '\1')));
     QCOMPARE(Save(result, *Picture(source)), int(GFL_NO_ERROR));
     const Exiv2::ExifData before = ExifOf(source), after = ExifOf(result);
     const auto has = [](const Exiv2::ExifData &exif, const char *key) {

@@ -45,13 +45,12 @@ Values CarriedValues(const QString &path)
 {
     Values values;
     for (const Exiv2::Exifdatum &datum : ExifOf(path)) {
-        static const char *const kStructure[] = {
-            "ImageWidth",       "ImageLength",       "BitsPerSample", "Compression",     "PhotometricInterpretation",
-            "StripOffsets",     "SamplesPerPixel",   "RowsPerStrip",  "StripByteCounts", "PlanarConfiguration",
-            "Predictor",        "SampleFormat",      "ExifTag",       "GPSTag",          "InteroperabilityTag",
-            "YCbCrPositioning", "InterColorProfile", "IPTCNAA",       "XMLPacket",       "ExtraSamples"};
-        const bool isStructure = std::any_of(std::begin(kStructure), std::end(kStructure),
-                                             [&](const char *name) { return datum.tagName() == name; });
+        const bool isStructure =
+            QByteArray(" ImageWidth ImageLength BitsPerSample Compression PhotometricInterpretation StripOffsets "
+                       "SamplesPerPixel "
+                       "RowsPerStrip StripByteCounts PlanarConfiguration Predictor SampleFormat ExifTag GPSTag "
+                       "InteroperabilityTag YCbCrPositioning InterColorProfile IPTCNAA XMLPacket ExtraSamples ")
+                .contains((' ' + datum.tagName() + ' ').c_str());
         const bool isSensorData = datum.groupName() == "Image"
             && (datum.tag() >= 50706 || datum.tag() == 33421 || datum.tag() == 33422 || datum.tag() == 254);
         const bool isMakerNote = datum.groupName() == "MakerNote" || datum.key() == "Exif.Photo.MakerNote";
@@ -338,8 +337,9 @@ void tst_Metadata::iptcEntries()
     QVERIFY(iptc);
     QByteArray entries;
     for (unsigned i = 0; i < iptc->NumberOfItems; ++i)
-        entries += QByteArray::number(iptc->ItemsList[i].Id, 16) + ' ' + iptc->ItemsList[i].Name + '='
-            + iptc->ItemsList[i].Value + "; ";
+        entries +=
+            QString::asprintf("%x %s=%s; ", iptc->ItemsList[i].Id, iptc->ItemsList[i].Name, iptc->ItemsList[i].Value)
+                .toUtf8();
     QCOMPARE(entries,
              "15a CharacterSet=\x1B%G; 80000200 RecordVersion=0004; 219 Keywords=one; 219 Keywords=two; "
              "23c TimeCreated=101112; 278 Caption=; 2ca Preview="

@@ -103,7 +103,7 @@ double Share(const Spec &spec, int x, int y, int s)
     if (spec.format == SAMPLEFORMAT_IEEEFP && spec.bits == 16) {
         const auto pattern = quint16(Raw(spec, x, y, s) * 257u & 0xFBFFu);
         qfloat16 half;
-        std::memcpy(&half, &pattern, sizeof half);
+        std::memcpy(static_cast<void *>(&half), &pattern, sizeof half);
         return double(float(half));
     }
     const double greatest = spec.format == SAMPLEFORMAT_IEEEFP ? 255.0 : std::exp2(spec.bits) - 1.0;

@@ -1,5 +1,6 @@
 // Tests of tone curves of ICC profiles: formulas, tables, gray, and profiles without curves.
 #include "Bitmaps.h"
+#include "Case.h"
 #include "gfl.h"
 
 #include <QtTest>
@@ -64,46 +65,42 @@ Light Power(double exponent)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Light)
-
 class tst_ToneCurves : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void curvesMatchProfile_data();
     void curvesMatchProfile();
     void profilesWithoutCurves();
 };
 
-void tst_ToneCurves::curvesMatchProfile_data()
-{
-    QTest::addColumn<QByteArray>("profile");
-    QTest::addColumn<QVector<Light>>("light");
-    QTest::addColumn<double>("tolerance"); // formulas have 16 fractional bits, tables 16 bits in total
-    QTest::newRow("sRGB") << Bytes(cmsCreate_sRGBProfile()) << QVector<Light>{Srgb, Srgb, Srgb} << 3e-5;
-    QTest::newRow("gamma 1.8, table, linear")
-        << RgbProfile(cmsBuildGamma(nullptr, 1.8), Table(Power(2.0), 257), cmsBuildGamma(nullptr, 1.0))
-        << QVector<Light>{Power(1.8), Power(2.0), Power(1.0)} << 1e-3;
-    QTest::newRow("table of sRGB") << RgbProfile(Table(Srgb, 1024), Table(Srgb, 4096), Table(Srgb, 513))
-                                   << QVector<Light>{Srgb, Srgb, Srgb} << 9e-6;
-    QTest::newRow("gray") << GrayProfile(2.0) << QVector<Light>{Power(2.0)} << 1e-6;
-}
-
 void tst_ToneCurves::curvesMatchProfile()
 {
-    QFETCH(QByteArray, profile);
-    QFETCH(QVector<Light>, light);
-    QFETCH(double, tolerance);
-    std::vector<double> got(3 * kPoints, -1.0);
-    QCOMPARE(gflToneCurves(profile.constData(), quint32(profile.size()), kPoints, got.data()), light.size());
-    for (int curve = 0; curve < light.size(); ++curve)
-        for (int i = 0; i < kPoints; ++i) {
-            const double have = got[size_t(curve * kPoints + i)], want = light[curve](i / (kPoints - 1.0));
-            QVERIFY2(std::abs(have - want) <= tolerance,
-                     qPrintable(QString::asprintf("curve %d at %d: got %g, expected %g", curve, i, have, want)));
-        }
-    if (light.size() == 1)
-        QCOMPARE(got[kPoints], -1.0);
+    const struct {
+        const char *name;
+        QByteArray profile;
+        QVector<Light> light;
+        double tolerance; // formulas have 16 fractional bits, tables 16 bits in total
+    } rows[] = {
+        {"sRGB", Bytes(cmsCreate_sRGBProfile()), {Srgb, Srgb, Srgb}, 3e-5},
+        {"gamma 1.8, table, linear",
+         RgbProfile(cmsBuildGamma(nullptr, 1.8), Table(Power(2.0), 257), cmsBuildGamma(nullptr, 1.0)),
+         {Power(1.8), Power(2.0), Power(1.0)},
+         1e-3},
+        {"table of sRGB", RgbProfile(Table(Srgb, 1024), Table(Srgb, 4096), Table(Srgb, 513)), {Srgb, Srgb, Srgb}, 9e-6},
+        {"gray", GrayProfile(2.0), {Power(2.0)}, 1e-6}};
+    for (const auto &[name, profile, light, tolerance] : rows) {
+        const Case named(name);
+        std::vector<double> got(3 * kPoints, -1.0);
+        QCOMPARE(gflToneCurves(profile.constData(), quint32(profile.size()), kPoints, got.data()), light.size());
+        for (int curve = 0; curve < light.size(); ++curve)
+            for (int i = 0; i < kPoints; ++i) {
+                const double have = got[size_t(curve * kPoints + i)], want = light[curve](i / (kPoints - 1.0));
+                QVERIFY2(std::abs(have - want) <= tolerance,
+                         qPrintable(QString::asprintf("curve %d at %d: got %g, expected %g", curve, i, have, want)));
+            }
+        if (light.size() == 1)
+            QCOMPARE(got[kPoints], -1.0);
+    }
 }
 
 void tst_ToneCurves::profilesWithoutCurves()

@@ -131,7 +131,6 @@ void tst_Inside::texts()
         {"Image.XResolution", 12, "2.5 -1=2.5 -1"},
         {"Photo.SceneType", 7, "1 2=1 2|" + bytes + "=(65 bytes)|" + few + '=' + few},
         {"Photo.ExposureTime", 5, "10/2500=1/250|25/10=2.5|7/7=1|0/5=0|0/0=0"},
-        {"Photo.FNumber", 5, "28/10=2.8"},
         {"Photo.ExposureBiasValue", 10, "-2/6=-1/3|-3/2=-1.5|1/-3=-1/3"},
         {"Photo.ShutterSpeedValue", 10, "7/-2 0/0 1/4=-3.5 0 0.25"},
         {"Photo.FocalPlaneXResolution", 5, "3888000/877=4433.29532"},
@@ -252,8 +251,7 @@ void tst_Inside::bigTiff()
         }
         QByteArray file(int(sink->Size()), '\0');
         std::size_t count = 0;
-        QVERIFY(bool(sink->MemorySink::ReadAt(0, file.data(), sink->Size(), &count)));
-        QCOMPARE(count, std::size_t(sink->Size()));
+        QVERIFY(sink->MemorySink::ReadAt(0, file.data(), sink->Size(), &count) && count == sink->Size());
         QCOMPARE(int(file[2]), i % 2 ? 43 : 42);
         QVERIFY(file.contains(i % 2 ? QByteArray("\x69\x87\x10\0\1\0\0\0\0\0\0\0", 12) // EXIF: LONG8, one value
                                     : QByteArray("\x69\x87\4\0\1\0\0\0", 8)));         // EXIF: LONG

@@ -258,13 +258,11 @@ void tst_Loading::refusedFiles()
 {
     QByteArray jpeg = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg"));
     const int frame = jpeg.indexOf(QByteArray("\xFF\xC0", 2));
-    QVERIFY(frame > 0);
     jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4)); // 65,500 x 65,500
     const QByteArray png = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png"));
     const auto pngOf = [&png](const char *size, const char *checksum) { // 8-bit gray
         return QByteArray(png).replace(16, 17, QByteArray::fromHex(QByteArray(size) + "0800000000" + checksum));
     };
-    const QByteArray tiles = TiffOf(16, 16, 8, {{322, 1u << 15}, {323, 1u << 15}, {324, 8}, {325, 100}});
     constexpr int kUnknown = GFL_ERROR_UNKNOWN_FORMAT, kRead = GFL_ERROR_FILE_READ, kMemory = GFL_ERROR_NO_MEMORY;
     const struct {
         int error;
@@ -290,7 +288,8 @@ void tst_Loading::refusedFiles()
         {kRead, ": TIFF: the color map is damaged", TiffOf(4, 4, 1, {{262, 3}, {277, 1}})},
         {kRead, ": TIFF: 3 samples per pixel where 4 are needed", TiffOf(4, 4, 1, {{262, 5}})},
         {kRead, ": TIFF: 2 samples per pixel where 3 are needed", TiffOf(4, 4, 1, {{277, 2}})},
-        {kRead, ": TIFF: tiles of 3221225472 bytes", tiles + QByteArray(5000000, '\0')},
+        {kRead, ": TIFF: tiles of 3221225472 bytes",
+         TiffOf(16, 16, 8, {{322, 1 << 15}, {323, 1 << 15}, {324, 8}, {325, 100}}) + QByteArray(5000000, '\0')},
         {kRead, ": TIFF: ", TiffOf(4, 4, 1, {{273, 5000}}), true}, // pixels past the end
         {kRead, ": TIFF: the pixels can't be decoded", TiffOf(4, 4, 1, {{262, 6}, {273, 5000}}), true},
         {kRead, ": TIFF: ", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},

@@ -281,8 +281,7 @@ void tst_Writing::longNames()
         && Load(address, nullptr, LoadParams(GFL_LOAD_METADATA));
     QDir::setCurrent(before);
     QVERIFY2(read && QFile::exists(folder.filePath(address)), gflLastErrorText());
-    // A crashed process with the same number may have left files, and services may have no standard input, so that
-    // files get descriptor 0.
+    // A crashed process with the same ID may have left files. Without standard input, files get descriptor 0.
     for (int i = 0; i < 4000; i += 2)
         WriteFile(folder.filePath(QString::asprintf(".%x-%x.part", unsigned(::getpid()), i)));
     const int input = ::dup(0);

@@ -146,8 +146,7 @@ bool NoteDirectory::HasNestedDirectories(std::int64_t place) const
     return std::any_of(m_fields.begin(), m_fields.end(), [&](const Field &field) {
         const std::int64_t at = field.value - place;
         return field.type == kUndefined && field.Bytes() > 4 && at >= static_cast<std::int64_t>(m_end)
-            && at < static_cast<std::int64_t>(m_note.size())
-            && NoteDirectory(m_note, static_cast<std::size_t>(at), m_isBigEndian).LooksValid();
+            && NoteDirectory(m_note, static_cast<std::size_t>(at), m_isBigEndian).LooksValid(); // false past the end
     });
 }
 

@@ -1,8 +1,11 @@
 // Tests of the XMP of edited pictures: which of the source's properties are kept, changed or dropped.
+#include "Case.h"
 #include "Files.h"
 #include "MetadataFiles.h"
 
 #include <QtTest>
+
+#include <tuple>
 
 namespace {
 
@@ -49,83 +52,79 @@ std::string ExifText(const QString &path, const char *key)
 class tst_EditedXmp : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void edited_data();
     void edited();
 
 private:
     Folder m_folder;
 };
 
-void tst_EditedXmp::edited_data()
-{
-    QTest::addColumn<QByteArray>("packet");
-    QTest::addColumn<QByteArray>("kept"); // in addition to the record: "NAME=VALUE; ..."
-    const auto row = [](const char *name, const QByteArray &packet, const QByteArray &kept) {
-        QTest::newRow(name) << packet << kept;
-    };
-    row("no packet", "", "");
-    row("extended packet", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), "");
-    row("damaged packet", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", "");
-    row("the photographer's properties",
-        Packet("xmp:Rating='4' mine:text='a &lt; b'",
-               "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
-               "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
-        "dc.rights=lang=\"x-default\" (c) J\xC3\xBCrgen; dc.subject=one, two; mine.text=a < b; xmp.Rating=4");
-    row("pending settings",
-        Packet("crs:Exposure2012='+1.5' crs:HasCrop='True' xmp:Rating='1'",
-               "<crs:Look rdf:parseType='Resource'><crs:Name>n</crs:Name></crs:Look>"),
-        "xmp.Rating=1");
-    row("applied settings",
-        Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
-               ""),
-        "crs.AlreadyApplied=True; crs.HasCrop=True");
-    row("known prefixes of other namespaces",
-        Packet("",
-               "<crs:Exposure xmlns:crs='urn:a#'>1</crs:Exposure><vitrelux:Zoom "
-               "xmlns:vitrelux='urn:b#'>7</vitrelux:Zoom>"),
-        "crs_2.Exposure=1; vitrelux_2.Zoom=7");
-    row("properties of the source file",
-        Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
-               "tiff:Orientation='3' old:Lens='l'",
-               "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"
-               "</xmp:Thumbnails>"),
-        "exif.PixelXDimension=40; exif.PixelYDimension=30; tiff.ImageWidth=40; tiff.Orientation=6");
-}
-
 void tst_EditedXmp::edited()
 {
-    QFETCH(const QByteArray, packet);
-    QFETCH(const QByteArray, kept);
-    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // must outlive the image
-    const auto image = OpenImage(blank);
-    Exiv2::ExifData exif;
-    exif["Exif.Image.Orientation"] = uint16_t(6);
-    exif["Exif.Photo.PixelXDimension"] = uint32_t(9);
-    exif["Exif.Iop.RelatedImageWidth"] = uint32_t(9);
-    image->setExifData(exif);
-    const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
-    QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write a damaged packet
-    jpeg.insert(2, BigEndian(0xFFE1, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload);
-    WriteFile(m_folder("edit.jpg"), jpeg);
-    const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), picture = SmoothBitmap(40, 30, GFL_RGB, 8);
-    QCOMPARE(gflBitmapCopyMetadata(source.get(), picture.get()), int(GFL_NO_ERROR));
-    const GFL_XMP_ITEM record[] = {{"Xmp.crs.LensProfileName", "now"},
-                                   {"Xmp.crs.LensProfileDigest", ""}, // removed
-                                   {"Xmp.vitrelux.Zoom", "1"}};
-    gflClearWarningText();
-    QCOMPARE(gflBitmapMarkEdited(picture.get(), source.get(), record, 3), int(GFL_NO_ERROR));
-    QCOMPARE(QByteArray(gflLastWarningText()).contains("XMP"),
-             packet.endsWith("RDF") || packet.contains("HasExtended"));
-    QStringList expected = QString::fromUtf8(kept + "; crs.LensProfileName=now; vitrelux.Zoom=1")
-                               .split(QLatin1String("; "), Qt::SkipEmptyParts);
-    expected.sort();
-    QCOMPARE(XmpTexts(picture.get()), expected);
-    QCOMPARE(Save(m_folder("edited.tif"), *picture), int(GFL_NO_ERROR));
-    for (const char *key : {"Exif.Photo.PixelXDimension", "Exif.Iop.RelatedImageWidth"})
-        QVERIFY2(ExifText(m_folder("edited.tif"), key) == "Long 40", key);
-    QCOMPARE(ExifText(m_folder("edited.tif"), "Exif.Photo.PixelYDimension"), std::string("Long 30"));
-    const GFL_XMP_ITEM unknown = {"Xmp.nobody.Knows", "1"};
-    QCOMPARE(gflBitmapMarkEdited(picture.get(), source.get(), &unknown, 1), int(GFL_ERROR_BAD_PARAMETERS));
+    const std::tuple<const char *, QByteArray, QByteArray> rows[] = {
+        // kept, in addition to the record: "NAME=VALUE; ..."
+        {"no packet", "", ""},
+        {"extended packet", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), ""},
+        {"damaged packet", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", ""},
+        {"the photographer's properties",
+         Packet("xmp:Rating='4' mine:text='a &lt; b'",
+                "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
+                "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
+         "dc.rights=lang=\"x-default\" (c) J\xC3\xBCrgen; dc.subject=one, two; mine.text=a < b; xmp.Rating=4"},
+        {"pending settings",
+         Packet("crs:Exposure2012='+1.5' crs:HasCrop='True' xmp:Rating='1'",
+                "<crs:Look rdf:parseType='Resource'><crs:Name>n</crs:Name></crs:Look>"),
+         "xmp.Rating=1"},
+        {"applied settings",
+         Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
+                ""),
+         "crs.AlreadyApplied=True; crs.HasCrop=True"},
+        {"known prefixes of other namespaces",
+         Packet("",
+                "<crs:Exposure xmlns:crs='urn:a#'>1</crs:Exposure><vitrelux:Zoom "
+                "xmlns:vitrelux='urn:b#'>7</vitrelux:Zoom>"),
+         "crs_2.Exposure=1; vitrelux_2.Zoom=7"},
+        {"properties of the source file",
+         Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
+                "tiff:Orientation='3' old:Lens='l'",
+                "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"
+                "</xmp:Thumbnails>"),
+         "exif.PixelXDimension=40; exif.PixelYDimension=30; tiff.ImageWidth=40; tiff.Orientation=6"}};
+    for (const auto &[name, packet, kept] : rows) {
+        const Case named(name);
+        const QByteArray blank =
+            SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // must outlive the image
+        const auto image = OpenImage(blank);
+        Exiv2::ExifData exif;
+        exif["Exif.Image.Orientation"] = uint16_t(6);
+        exif["Exif.Photo.PixelXDimension"] = uint32_t(9);
+        exif["Exif.Iop.RelatedImageWidth"] = uint32_t(9);
+        image->setExifData(exif);
+        const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
+        QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write a damaged packet
+        jpeg.insert(2, BigEndian(0xFFE1, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload);
+        WriteFile(m_folder("edit.jpg"), jpeg);
+        const GFL_XMP_ITEM record[] = {{"Xmp.crs.LensProfileName", "now"},
+                                       {"Xmp.crs.LensProfileDigest", ""}, // removed
+                                       {"Xmp.vitrelux.Zoom", "1"}};
+        const BitmapPtr first = SmoothBitmap(4, 3, GFL_RGB, 8); // the record doesn't need XMP to have been read before
+        QCOMPARE(gflBitmapMarkEdited(first.get(), first.get(), record, 3), int(GFL_NO_ERROR));
+        const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), picture = SmoothBitmap(40, 30, GFL_RGB, 8);
+        QCOMPARE(gflBitmapCopyMetadata(source.get(), picture.get()), int(GFL_NO_ERROR));
+        gflClearWarningText();
+        QCOMPARE(gflBitmapMarkEdited(picture.get(), source.get(), record, 3), int(GFL_NO_ERROR));
+        QCOMPARE(QByteArray(gflLastWarningText()).contains("XMP"),
+                 packet.endsWith("RDF") || packet.contains("HasExtended"));
+        QStringList expected = QString::fromUtf8(kept + "; crs.LensProfileName=now; vitrelux.Zoom=1")
+                                   .split(QLatin1String("; "), Qt::SkipEmptyParts);
+        expected.sort();
+        QCOMPARE(XmpTexts(picture.get()), expected);
+        QCOMPARE(Save(m_folder("edited.tif"), *picture), int(GFL_NO_ERROR));
+        for (const char *key : {"Exif.Photo.PixelXDimension", "Exif.Iop.RelatedImageWidth"})
+            QVERIFY2(ExifText(m_folder("edited.tif"), key) == "Long 40", key);
+        QCOMPARE(ExifText(m_folder("edited.tif"), "Exif.Photo.PixelYDimension"), std::string("Long 30"));
+        const GFL_XMP_ITEM unknown = {"Xmp.nobody.Knows", "1"};
+        QCOMPARE(gflBitmapMarkEdited(picture.get(), source.get(), &unknown, 1), int(GFL_ERROR_BAD_PARAMETERS));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_EditedXmp)

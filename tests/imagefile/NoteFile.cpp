@@ -93,7 +93,7 @@ const QVector<NoteKind> &NoteKinds()
         {"Sony", "SONY", QByteArray("SONY DSC \0\0\0", 12), false, kBlock, 0, kStays},
         {"Panasonic", "Panasonic", QByteArray("Panasonic\0\0\0", 12), false, kBlock, 0, kStays},
         {"Fujifilm", "FUJIFILM", QByteArray("FUJIFILM\14\0\0\0", 12), false, kNote, 0, kMoves},
-        {"Casio", "CASIO COMPUTER CO.,LTD", QByteArray("QVC\0\0\0", 6), true, kBlock, 0, kIsRebuilt},
+        {"Casio", "CASIO COMPUTER CO.,LTD", QByteArray("QVC\0\0\0", 6), true, kBlock, 0, kStays},
         {"Minolta", "KONICA MINOLTA", "", true, kBlock, 0, kIsRebuilt},
         {"Sigma", "SIGMA", QByteArray("SIGMA\0\0\0\1\0", 10), false, kBlock, 0, kStays},
         {"Samsung", "SAMSUNG", "", false, kNote, 0, kMoves},

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <limits>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -280,6 +281,18 @@ void tst_Writing::longNames()
         && Load(address, nullptr, LoadParams(GFL_LOAD_METADATA));
     QDir::setCurrent(before);
     QVERIFY2(read && QFile::exists(folder.filePath(address)), gflLastErrorText());
+    // A crashed process with the same ID may have left files. Without standard input, files get descriptor 0.
+    for (int i = 0; i < 4000; i += 2)
+        WriteFile(folder.filePath(QString::asprintf(".%x-%x.part", unsigned(::getpid()), i)));
+    const int input = ::dup(0);
+    for (int i = 0; i < 2; ++i) {
+        ::close(0);
+        const bool isSaved = Save(path, *RandomBitmap(3, 3, GFL_RGB, 8)) == GFL_NO_ERROR,
+                   isRead = Load(path) != nullptr, isClosed = ::fcntl(0, F_GETFD) == -1;
+        ::dup2(input, 0);
+        QVERIFY2(isSaved && isRead && isClosed, gflLastErrorText());
+    }
+    ::close(input);
 }
 
 void tst_Writing::foldersWithoutRights()
@@ -377,7 +390,7 @@ void tst_Writing::generatedRows()
 /// Files of the fast compressor have the same content and are at most 6 % larger.
 void tst_Writing::fastDeflate()
 {
-    constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;
+    constexpr int kWidth = 601, kHeight = GFL_FAST_ROWS, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;
     GFL_SAVE_PARAMS fast = SaveParams("tiff", 4);
     fast.Flags |= GFL_SAVE_FAST;
     for (const int content : {kNoise, kGrain, kRamp, kFlat})
@@ -393,8 +406,10 @@ void tst_Writing::fastDeflate()
             }
             const QByteArray file = SavedBytes(*bitmap, fast);
             QCOMPARE(Difference(*LoadFromMemory(file), *bitmap), QString());
-            const int plain = SavedBytes(*bitmap, SaveParams("tiff", 4)).size();
-            QVERIFY2(file.size() <= 1.06 * plain, qPrintable(QStringLiteral("%1, %2").arg(file.size()).arg(plain)));
+            // Drawings are left to libdeflate.
+            const QByteArray plain = SavedBytes(*bitmap, SaveParams("tiff", 4));
+            QCOMPARE(file == plain, content == kRamp || content == kFlat);
+            QVERIFY2(file.size() <= 1.06 * plain.size(), QByteArray::number(file.size()));
         }
 }
 

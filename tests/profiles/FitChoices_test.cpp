@@ -92,20 +92,24 @@ void tst_FitChoices::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // Half the amount gives half the displacement and half the gain in stops.
-    options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
-    const FitResult half = Fit(Profile(entries), facts, options);
-    QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
-            < 0.002);
-    QVERIFY(std::abs(half.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops / 2.0) - 1.0) < 1e-4);
+    // Half the amount gives half the displacement and half the gain in stops; the most is 2.
+    for (const auto &[amount, limited] : {std::pair(0.5, 0.5), {3.0, 2.0}}) {
+        options.amountDistortion = options.amountChromatic = options.amountVignetting = amount;
+        const Correction half = Fit(Profile(entries), facts, options).correction;
+        const auto factorOf = [&](const std::optional<RadialMap> &one) {
+            return one->factor.AtSquared(radius * radius);
+        };
+        QVERIFY(std::abs(factorOf(half.geometry) - 1.0 - limited * (factor - 1.0)) * radius < 0.002);
+        QVERIFY(std::abs(factorOf(half.red) - 1.0 - limited * (factorOf(fit.correction.red) - 1.0)) * radius < 0.002);
+        QVERIFY(std::abs(half.light->gain.AtSquared(radius * radius) * std::exp2(limited * stops) - 1.0) < 1e-4);
+    }
 }
 
 void tst_FitChoices::choices_data()
 {
     QTest::addColumn<QVector<ProfileEntry>>("entries");
     QTest::addColumn<PictureFacts>("facts");
-    QTest::addColumn<QString>("expected"); // entries and weights in percent, for geometry and, after a bar, for light
-    QTest::addColumn<QString>("text");     // part of `assumed` or `why`
+    QTest::addColumn<QString>("expected"); // entries with weights, assumptions, and why something was left out
     const auto entry = [](double focal, double distance, double apex, bool isFisheye = false) {
         ProfileEntry made = Entry(focal);
         made.distanceM = distance;
@@ -123,42 +127,81 @@ void tst_FitChoices::choices_data()
         return facts;
     };
     const auto row = [](const char *name, const QVector<ProfileEntry> &entries, const PictureFacts &facts,
-                        const char *expected, const char *text = "") {
-        QTest::newRow(name) << entries << facts << QString::fromLatin1(expected) << QString::fromLatin1(text);
+                        const char *expected) {
+        QTest::newRow(name) << entries << facts << QString::fromLatin1(expected);
     };
     const QVector<ProfileEntry> zoom = {entry(40, 3, 4), entry(20, 3, 4)};
-    row("entries not sorted", zoom, shot(25, 3, 4), "0:40 1:60|0:40 1:60");
-    row("beyond the end", zoom, shot(60, 3, 4), "0:100|0:100", "60 mm is outside the profile's 20 to 40 mm");
-    row("within the tolerance beyond the end", zoom, shot(40.5, 3, 4), "0:100|0:100");
-    row("unknown focal length", zoom, shot(0, 3, 4), "|", "focal length is unknown");
-    row("unknown focal length, a single entry", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100",
-        "the profile's only one");
-    row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
-        "distance unknown: the farthest is used");
-    row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4), "0:100|0:100",
-        "0.2 m is outside the profile's 1 to 5 m: the nearest is used");
-    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity is outside the profile's 5 m");
-    row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
+    row("entries not sorted", zoom, shot(25, 3, 4), "20 mm f/4 3 m 60 %, 40 mm f/4 3 m 40 %\n");
+    row("beyond the end", zoom, shot(60, 3, 4),
+        "40 mm f/4 3 m 100 %\n60 mm is outside the profile's 20 to 40 mm: the nearest is used\n");
+    row("before the start", zoom, shot(19, 3, 4),
+        "20 mm f/4 3 m 100 %\n19 mm is outside the profile's 20 to 40 mm: the nearest is used\n");
+    row("within the tolerance beyond the end", zoom, shot(40.5, 3, 4), "40 mm f/4 3 m 100 %\n");
+    row("within the tolerance before the start", zoom, shot(19.8, 3, 4), "20 mm f/4 3 m 100 %\n");
+    row("unknown focal length", zoom, shot(0, 3, 4),
+        "\ndistortion, lateral color, vignetting: the focal length is unknown, and the profile has entries from 20 to "
+        "40 mm; give it with --focal");
+    row("unknown focal length, a single entry", {entry(40, 3, 4)}, shot(0, 3, 4),
+        "40 mm f/4 3 m 100 %\nfocal length unknown: the profile's only one is used\n");
+    row("an entry without a focal length", {entry(0, 3, 4)}, shot(20, 3, 4), "f/4 3 m 100 %\n");
+    row("one of two entries without a focal length", {entry(40, 3, 4), entry(0, 3, 4)}, shot(40, 3, 4),
+        "40 mm f/4 3 m 100 %\n");
+    row("an entry without any setting", {entry(0, 0, -10)}, shot(20, 3, 4),
+        "the entry at line 0 100 %\nthe profile's only vignetting, measured at an unknown aperture\n");
+    row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4),
+        "40 mm f/4 infinity 100 %\ndistance unknown: the farthest is used\n");
+    row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4),
+        "40 mm f/4 1 m 100 %\n0.2 m is outside the profile's 1 to 5 m: the nearest is used\n");
+    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4),
+        "40 mm f/4 5 m 100 %\ninfinity is outside the profile's 5 m: the nearest is used\n");
+    row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4),
+        "40 mm f/4 infinity 100 %\n");
     row("between a distance and infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4),
-        "1:75 0:25|1:75 0:25");
-    row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
-    row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32), "1:100|1:100",
-        "f/32 is outside the profile's f/2 to f/8: the nearest is used");
-    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
-    row("one aperture, the picture has another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100",
-        "at f/4, its only aperture");
-    row("one aperture, the picture's is unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100",
-        "at f/4, its only aperture");
-    row("the profile's aperture is unknown", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
+        "40 mm f/4 1 m 25 %, 40 mm f/4 infinity 75 %\n");
+    row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0),
+        "40 mm f/8 3 m 100 %\nvignetting: the aperture is unknown, and the profile has several");
+    row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32),
+        "40 mm f/8 3 m 100 %\nf/32 is outside the profile's f/2 to f/8: the nearest is used\n");
+    row("one aperture, slightly different", {entry(40, 3, 4)}, shot(40, 3, 4.05), "40 mm f/4 3 m 100 %\n");
+    row("one aperture, the picture has another", {entry(40, 3, 4)}, shot(40, 3, 5.6),
+        "40 mm f/4 3 m 100 %\nthe profile's vignetting at f/4, its only aperture\n");
+    row("one aperture, the picture's is unknown", {entry(40, 3, 4)}, shot(40, 3, 0),
+        "40 mm f/4 3 m 100 %\nthe profile's vignetting at f/4, its only aperture\n");
+    row("the profile's aperture is unknown", {entry(40, 3, -10)}, shot(40, 3, 4),
+        "40 mm 3 m 100 %\nthe profile's only vignetting, measured at an unknown aperture\n");
+    row("an entry without an aperture", {entry(40, 3, -10), entry(40, 3, 4)}, shot(40, 3, 4), "40 mm f/4 3 m 100 %\n");
     row("distortion from the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
-        "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
+        "distortion: 40 mm f/2 3 m 100 %; color: 40 mm f/2 3 m 100 %; light: 40 mm f/2 3 m 81 %, 40 mm f/8 3 m 19 %\n");
+    // 1/N^2: 0.2066 between 0.25 and 0.0156
     row("distances differ by focal length", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
-        "1:40 0:20 2:40|1:40 0:20 2:40");
-    row("an entry without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "1:100|1:100");
+        "20 mm f/4 1 m 20 %, 20 mm f/4 4 m 40 %, 40 mm f/4 2 m 40 %\n");
+    row("an entry without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "20 mm f/4 4 m 100 %\n");
     row("nearly equal settings: the last one", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4),
-        "1:100|1:100");
-    row("perspective and fisheye aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100",
-        "aren't mixed");
+        "40.3 mm f/4 3.05 m 100 %\n");
+    row("perspective and fisheye aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4),
+        "20 mm f/4 3 m 100 %\nperspective and fisheye entries aren't mixed: the nearest is used\n");
+    // A frame for each body, size and crop factor. The longest sides are 18 mm in the picture, and in the entries:
+    QVector<ProfileEntry> framed = {entry(20, 1, 4), entry(20, 4, 4), entry(40, 1, 4), entry(40, 4, 4)};
+    framed[0].model = framed[1].model = framed[2].model = framed[3].model = QStringLiteral("X"); // 24 mm
+    framed[1].sensorFormatFactor = 1.0;                                                          // 36 mm
+    framed[2].height = 6000.0;                                                                   // 20.4 mm
+    framed[3].make = QStringLiteral("Y");
+    framed[3].sensorFormatFactor = 1.2; // 30 mm
+    PictureFacts small = shot(25, 2, 4);
+    small.model = Known(QStringLiteral("SMALL"));
+    small.raw = true;
+    framed[0].raw = true;
+    row("several frames", framed, small,
+        "20 mm f/4 1 m 20 %, 20 mm f/4 4 m 40 %, 40 mm f/4 1 m 13 %, 40 mm f/4 4 m 27 %\n"
+        "made with another body, X: the picture's frame is 75 % of that body's\n"
+        "made with another body, X: the picture's frame is 50 % of that body's\n"
+        "made with another body, X: the picture's frame is 88 % of that body's\n"
+        "made with another body, X: the picture's frame is 60 % of that body's\n"
+        "the profile was measured on rendered pictures\n");
+    framed[0].raw = true;
+    row("raw data", {framed[0]}, shot(20, 1, 4),
+        "20 mm f/4 1 m 100 %\nmade with another body, X: the picture's frame is 100 % of that body's\n"
+        "the profile was measured on raw data\n");
 }
 
 void tst_FitChoices::choices()
@@ -166,23 +209,8 @@ void tst_FitChoices::choices()
     QFETCH(QVector<ProfileEntry>, entries);
     QFETCH(PictureFacts, facts);
     QFETCH(QString, expected);
-    QFETCH(QString, text);
     const FitResult fit = Fit(Profile(entries), facts, {});
-    const auto written = [](const QVector<EntryWeight> &weights) {
-        QStringList parts;
-        for (const EntryWeight &one : weights)
-            parts << QStringLiteral("%1:%2").arg(one.entry).arg(one.weight * 100.0, 0, 'f', 0);
-        parts.sort();
-        return parts;
-    };
-    for (int i : {0, 1}) {
-        const Case named(i == 0 ? "geometry" : "light");
-        QStringList want = expected.section(QLatin1Char('|'), i, i).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        want.sort();
-        QCOMPARE(written(i == 0 ? fit.geometryEntries : fit.lightEntries), want);
-    }
-    const QString said = fit.assumed.join(QLatin1Char('\n')) + fit.why;
-    QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
+    QCOMPARE((QStringList(fit.entries) + fit.assumed + QStringList(fit.why)).join(QLatin1Char('\n')), expected);
 }
 
 /// Notes on the entries used reach the user, notes on others don't; and an invalid gamma is ignored.
@@ -204,7 +232,7 @@ void tst_FitChoices::leftOut_data()
     QTest::addColumn<PictureFacts>("facts");
     QTest::addColumn<FitOptions>("options");
     QTest::addColumn<QString>("done"); // letters of the corrections made
-    QTest::addColumn<QString>("why");
+    QTest::addColumn<QString>("said"); // assumptions, and why something was left out
     const auto row = [](const char *name, const std::function<void(PictureFacts &, FitOptions &)> &change,
                         const char *done, const char *why) {
         PictureFacts facts = Facts();
@@ -222,22 +250,43 @@ void tst_FitChoices::leftOut_data()
         "corrected before", [&](PictureFacts &f, FitOptions &) { corrected(f); }, "c",
         "distortion, vignetting: corrected before (XMP)");
     row(
-        "corrected again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv", "");
+        "corrected again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv",
+        "distortion corrected again, although already corrected (XMP)\n"
+        "vignetting corrected again, although already corrected (XMP)\n");
     row(
-        "typed focal length", [](PictureFacts &f, FitOptions &o) { f.focalMm = {}, o.typed.focalMm = 24.0; }, "dcv",
-        "");
+        "tried before",
+        [](PictureFacts &f, FitOptions &) { f.distortionTried = f.chromaticTried = f.vignettingTried = true; }, "",
+        "distortion, lateral color, vignetting: an earlier run couldn't correct it (XMP vitrelux:Requested)");
+    row(
+        "typed setting",
+        [](PictureFacts &f, FitOptions &o) {
+            f.focalMm = f.aperture = f.distanceM = Known(99.0);
+            o.typed.focalMm = 24.0, o.typed.aperture = 4.0, o.typed.distanceM = 3.0;
+        },
+        "dcv", "");
+    row(
+        "invalid typed setting",
+        [](PictureFacts &, FitOptions &o) { o.typed.focalMm = o.typed.aperture = kInfinity, o.typed.distanceM = -1; },
+        "dcv",
+        "focal length unknown: the profile's only one is used\nthe profile's vignetting at f/4, its only aperture\n");
     row(
         "typed body", [](PictureFacts &f, FitOptions &o) { f.model = {}, o.typed.body = QStringLiteral("BODY"); },
         "dcv", "");
     row(
-        "no size", [](PictureFacts &f, FitOptions &) { f.pixels = QSize(); }, "", "size is unknown");
+        "typed body with its maker",
+        [](PictureFacts &, FitOptions &o) { o.typed.body = QStringLiteral(" Nikon  D70 "); }, "dcv",
+        "made with another body, BODY: the picture's frame is 90 % of that body's\n");
+    row(
+        "no size", [](PictureFacts &f, FitOptions &) { f.pixels = QSize(); }, "", "the picture's size is unknown");
     row(
         "chosen for a larger frame",
         [](PictureFacts &f, FitOptions &o) {
             f.model = Known(QStringLiteral("LARGE"));
             o.profile = QStringLiteral("made.lcp");
         },
-        "dcv", "");
+        "dcv",
+        "made with another body, BODY: the picture's frame is 150 % of that body's\n"
+        "the profile was made from a smaller frame (the picture's is 150 % of it): its edges are extrapolated\n");
 }
 
 void tst_FitChoices::leftOut()
@@ -245,19 +294,26 @@ void tst_FitChoices::leftOut()
     QFETCH(PictureFacts, facts);
     QFETCH(FitOptions, options);
     QFETCH(QString, done);
-    QFETCH(QString, why);
+    QFETCH(QString, said);
     const FitResult fit = Fit(Profile({Entry()}), facts, options);
     const QString letters = QString::fromLatin1(fit.distortion ? "d" : "")
         + QString::fromLatin1(fit.chromatic ? "c" : "") + QString::fromLatin1(fit.vignetting ? "v" : "");
     QCOMPARE(letters, done);
-    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
+    QCOMPARE((fit.assumed + QStringList(fit.why)).join(QLatin1Char('\n')), said);
     QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
-    const QString again = QStringLiteral("distortion corrected again, although already corrected (XMP)");
-    QCOMPARE(fit.assumed.contains(again), options.again);
+    FitResult gray = fit;
+    gray.correction.blue.reset(); // red alone is color too
+    LeaveOutColor(&gray);
+    QVERIFY(!gray.chromatic && !gray.correction.red);
+    const QStringList note = QStringList(QStringLiteral("left out: lateral color: the picture is gray"));
+    QCOMPARE(gray.assumed, fit.assumed + (fit.chromatic ? note : QStringList()));
+    QCOMPARE(gray.why, done == QLatin1String("c") ? note.first() : fit.why);
     facts.make = Known(QStringLiteral("Canon"));
     facts.model = Known(QStringLiteral("Canon EOS 40D"));
     facts.lensNames = {Known(QStringLiteral("EF24-105mm f/4L IS USM"))};
-    QCOMPARE(FitByLensfun(facts, options).assumed.contains(again), options.again);
+    QCOMPARE(FitByLensfun(facts, options)
+                 .assumed.contains(QStringLiteral("distortion corrected again, although already corrected (XMP)")),
+             options.again);
 }
 
 void tst_FitChoices::useless_data()
@@ -274,15 +330,23 @@ void tst_FitChoices::useless_data()
         QTest::newRow(name) << entry << distortion << color << QString::fromLatin1(why);
     };
     // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
-    row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
+    row("a fold near the center", false, true,
+        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds back 50 px from the center",
         [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
+    // Up to 519 px; 35 of 32 x 32 evenly spaced pixels are nearer, 3.4 %.
+    row("a fold farther out", false, true,
+        "distortion: 50 mm f/4 3 m (line 9) leaves 3 % of the picture: it folds back 519 px from the center",
+        [](ProfileEntry &e) { e.green->coefficients = {-47.2}; });
     row("all positions outside", false, true,
-        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies",
+        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies outside the photograph",
         [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
-    row("tangential terms move everything outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+    row("tangential terms move everything outside", false, true,
+        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies outside the photograph",
         [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
     row("both color models, reported once", true, false,
-        "lateral color: 50 mm f/4 3 m (line 9): the model for red leaves 0 %", [](ProfileEntry &e) {
+        "lateral color: 50 mm f/4 3 m (line 9): the model for red leaves 0 % of the picture: it folds back 0 px from "
+        "the center",
+        [](ProfileEntry &e) {
             e.redGreen->coefficients = {-1e12, 1e12, -1e12};
         });
     row("only one of two entries is a fisheye", true, true, "", [](ProfileEntry &e) {
@@ -298,12 +362,12 @@ void tst_FitChoices::useless()
     QFETCH(bool, color);
     QFETCH(QString, why);
     const FitResult fit = Fit(Profile({Entry(20.0), entry}), Facts({6000, 4000}, 45.0), {});
-    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.startsWith(why), qPrintable(fit.why));
+    QCOMPARE(fit.why, why);
     QCOMPARE(fit.distortion, distortion);
     QCOMPARE(fit.chromatic, color);
     QCOMPARE(fit.correction.blue.has_value(), color);
     QCOMPARE(fit.geometryEntries.isEmpty(), !distortion);
-    QVERIFY(fit.vignetting && !fit.why.contains(QLatin1Char('\n')));
+    QVERIFY(fit.vignetting);
 }
 
 QTEST_GUILESS_MAIN(tst_FitChoices)

@@ -455,8 +455,8 @@ void tst_FittedWarp::flatFields()
     constexpr int kWidth = 120, kHeight = 80;
     const double radius2 = std::pow((kWidth - 1) / 2.0, 2) + std::pow((kHeight - 1) / 2.0, 2);
     std::vector<double> gain;
-    for (int i = 0; i <= 64; ++i)
-        gain.push_back(1.0 / (1.0 - 0.75 * i / 64.0));
+    for (int i = 0; i <= 320; ++i) // far beyond the corner, so that gains are interpolated
+        gain.push_back(1.0 + 3.0 * i / 64.0);
     Correction correction;
     correction.width = kWidth;
     correction.height = kHeight;
@@ -464,7 +464,7 @@ void tst_FittedWarp::flatFields()
     const double gray = greatest ? std::round(0.7 * greatest) / greatest : 3.0;
     const Pixels source = Made(kWidth, kHeight, [&](int x, int y) {
         const double r2 = std::pow(x - (kWidth - 1) / 2.0, 2) + std::pow(y - (kHeight - 1) / 2.0, 2);
-        const double wanted = light(gray) * (1.0 - 0.75 * r2 / radius2);
+        const double wanted = light(gray) / (1.0 + 3.0 * r2 / radius2);
         double low = 0.0, high = 4.0;
         for (int i = 0; i < 60; ++i)
             (light((low + high) / 2.0) < wanted ? low : high) = (low + high) / 2.0;

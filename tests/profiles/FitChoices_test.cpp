@@ -92,6 +92,19 @@ void tst_FitChoices::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
+    // Entries without a model for a color move it by nothing and have no center.
+    for (int i = 0; i < 4; ++i)
+        entries[i].blueGreen.reset(); // at 20 mm, with a weight of 0.6
+    const RadialMap blue = *Fit(Profile(entries), facts, options).correction.blue;
+    const ProfileModel &one = *entries[4].blueGreen;
+    QVERIFY(std::abs(blue.centerX - (one.centerX * 6000.0 - 0.5)) < 1e-6
+            && std::abs(blue.centerY - (one.centerY * 4000.0 - 0.5)) < 1e-6);
+    const double x2 = std::pow(radius / (one.focalLengthX * 6000.0), 2);
+    QVERIFY(std::abs(blue.factor.AtSquared(radius * radius)
+                     - (0.6 + 0.4 * one.scaleFactor * (1.0 + one.coefficients[0] * x2)))
+                * radius
+            < 0.002);
+
     // Half the amount gives half the displacement and half the gain in stops; the most is 2.
     for (const auto &[amount, limited] : {std::pair(0.5, 0.5), {3.0, 2.0}}) {
         options.amountDistortion = options.amountChromatic = options.amountVignetting = amount;

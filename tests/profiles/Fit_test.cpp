@@ -188,6 +188,7 @@ void tst_Fit::frames_data()
         "67 % of its sides, according to the 35 mm");
     row("a nonsensical 35 mm equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm is ignored");
     row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, according to the digital zoom");
+    row("the most credible zoom", {3000, 2000}, zoomed(50.0), 3000, 0.02, true, "2 % of its sides");
     row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 is ignored");
     row("digital zoom included in the 35 mm equivalent", {3000, 2000}, both, 3000, 0.5, true, "50 %");
     row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "center of a 1.50:1 frame");

@@ -2,6 +2,7 @@
 // database.
 #include "KImage.h"
 #include "LensfunDatabase.h"
+#include "MadeProfiles.h"
 #include "ProfileMatch.h"
 #include "TestFiles.h"
 
@@ -13,6 +14,7 @@
 
 namespace {
 
+using made::Known;
 using Pattern = QRegularExpression;
 
 constexpr int kDecoys = 4000;
@@ -270,38 +272,61 @@ void tst_FindLens::similarNamesInLensfun_data()
 {
     QTest::addColumn<QString>("camera"); // "MAKE/MODEL"
     QTest::addColumn<double>("focalMm");
-    QTest::addColumn<QString>("title"); // empty: none
-    const QString canon = "Canon/Canon EOS 5D Mark III"_s, sony = "SONY/ILCE-7M2"_s;
-    const QString tamron90 = "Tamron/TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004"_s;
-    QTest::newRow("150-600mm") << canon << 300.0
-                               << QString(); // two lenses fit, one of them measured on a smaller sensor
-    QTest::newRow("Tamron SP 90mm f/2.8 Di Macro VC USD F017") << canon << 90.0 << QString();
-    QTest::newRow("Tamron SP 90mm f/2.8 Di Macro VC USD F004") << canon << 90.0 << tamron90;
-    QTest::newRow("YN50mm f/1.8 II") << canon << 50.0 << QString();
-    QTest::newRow("YN50mm f/1.8") << canon << 50.0 << "Yongnuo/Yongnuo YN 50mm f/1.8"_s;
-    QTest::newRow("Zeiss Planar T* 1.4/50 ZE") << canon << 50.0 << QString();
-    QTest::newRow("E 28-75mm F2.8-2.8") << sony << 50.0 << "Tamron/E 28-75mm F2.8-2.8"_s;
-    QTest::newRow("ZEISS Batis 2/40") << sony << 40.0 << QString();
+    QTest::addColumn<QString>("expected"); // title, reason and notes or nearest
+    const auto row = [](const char *lens, const char *camera, double focalMm, const QByteArray &expected) {
+        QTest::newRow(lens) << QString::fromUtf8(camera) << focalMm << QString::fromUtf8(expected);
+    };
+    const char *const canon = "Canon/Canon EOS 5D Mark III", *const sony = "SONY/ILCE-7M2";
+    row("150-600mm", canon, 300.0,
+        "\ntwo lenses in lensfun fit equally well: \"Sigma/Sigma 150-600mm f/5-6.3 DG OS HSM | C\" and \"Tamron/Tamron "
+        "SP "
+        "AF 150-600mm f/5-6.3 Di VC USD (A011)\""); // one of them measured on a smaller sensor
+    const QByteArray unknown = "\nlensfun doesn't know the lens \"",
+                     f004 = "TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004";
+    row("Tamron SP 90mm f/2.8 Di Macro VC USD F017", canon, 90.0,
+        unknown + "Tamron SP 90mm f/2.8 Di Macro VC USD F017\"\nCanon/Canon TS-E 90mm f/2.8: another maker\nTamron/"
+            + f004 + ": another model number");
+    row("Tamron SP 90mm f/2.8 Di Macro VC USD F004", canon, 90.0,
+        "Tamron/" + f004 + "\nlensfun's data for \"" + f004 + "\"");
+    row("YN50mm f/1.8 II", canon, 50.0,
+        unknown
+            + "YN50mm f/1.8 II\"\nCanon/Canon EF 50mm f/1.8 MkII: another maker\nCanon/Canon EF 50mm f/1.8 STM: "
+              "another maker");
+    row("YN50mm f/1.8", canon, 50.0, "Yongnuo/Yongnuo YN 50mm f/1.8\nlensfun's data for \"Yongnuo YN 50mm f/1.8\"");
+    row("Zeiss Planar T* 1.4/50 ZE", canon, 50.0,
+        unknown
+            + "Zeiss Planar T* 1.4/50 ZE\"\nCanon/Canon EF 50mm f/1.4 USM: another maker\n"
+              "Pentax/Pentax SMC Takumar 50mm f/1.4: another maker\nPentax/Super-Takumar 50mm f/1.4: another maker");
+    row("E 28-75mm F2.8-2.8", sony, 50.0,
+        "Tamron/E 28-75mm F2.8-2.8\nlensfun's data for \"Tamron E 28-75mm F2.8-2.8\"");
+    row("ZEISS Batis 2/40", sony, 40.0, unknown + "ZEISS Batis 2/40\"");
+    row("none", canon, 40.0, "\nthe picture doesn't name its lens; name it with --lens");
+    row("35mm f/2", "Maker/Thing", 35.0, "\nlensfun doesn't know the camera \"Thing\"");
+    row("35mm f/2 without a camera", "/", 35.0, "\nlensfun needs the camera's name; give it with --body");
+    row("none, fixed", "Canon/Canon PowerShot G11", 20.0,
+        "Canon/Canon PowerShot G11 & compatibles (Standard)\nlensfun's data for \"Canon PowerShot G11 & compatibles "
+        "(Standard)\"");
+    row("none, fixed, too long", "Canon/Canon PowerShot G11", 50.0,
+        "\nlensfun doesn't know the lens of the camera \"Canon PowerShot G11\"");
 }
 
 void tst_FindLens::similarNamesInLensfun()
 {
     QFETCH(QString, camera);
     QFETCH(double, focalMm);
-    QFETCH(QString, title);
+    QFETCH(QString, expected);
+    const QString lens = QLatin1String(QTest::currentDataTag());
     PictureFacts facts;
-    facts.make.value = camera.section(QLatin1Char('/'), 0, 0);
-    facts.model.value = camera.section(QLatin1Char('/'), 1);
-    facts.focalMm.value = focalMm;
-    facts.lensNames.resize(1);
-    facts.lensNames[0].value = QLatin1String(QTest::currentDataTag());
-    for (QString *source : {&facts.make.source, &facts.model.source, &facts.focalMm.source, &facts.lensNames[0].source})
-        *source = "test"_s;
-    const bool isBare =
-        qstrcmp(QTest::currentDataTag(), "YN50mm f/1.8") == 0; // the other names have more words, or no aperture
-    QCOMPARE(WithNameOfNumbers(facts).lensNames.size(), isBare ? 2 : 1);
-    const LensfunMatch found = LensfunDatabase::Instance().Find(facts);
-    QVERIFY2(found.title == title, qPrintable(found.title + QLatin1Char(' ') + found.reason));
+    facts.make = Known(camera.section(QLatin1Char('/'), 0, 0));
+    facts.model = Known(camera.section(QLatin1Char('/'), 1));
+    facts.focalMm = Known(focalMm);
+    if (!lens.startsWith("none"_s))
+        facts.lensNames = {Known(lens)};
+    // The other names have more words, or no aperture.
+    QCOMPARE(WithNameOfNumbers(facts).lensNames.size(), facts.lensNames.size() + (lens == "YN50mm f/1.8"_s));
+    LensfunMatch found = LensfunDatabase::Instance().Find(facts);
+    found.nearest.removeDuplicates(); // several names of one lens
+    QCOMPARE((QStringList{found.title, found.reason} + found.notes + found.nearest).join(QLatin1Char('\n')), expected);
 }
 
 QTEST_GUILESS_MAIN(tst_FindLens)

@@ -6,6 +6,7 @@
 #include "LensfunFit.h"
 #include "MadeProfiles.h"
 #include "PictureLight.h"
+#include "Table.h"
 
 #include <QtTest>
 
@@ -123,98 +124,60 @@ void tst_FitChoices::choices_data()
     QTest::addColumn<QVector<ProfileEntry>>("entries");
     QTest::addColumn<PictureFacts>("facts");
     QTest::addColumn<QString>("expected"); // entries with weights, assumptions, and why something was left out
-    const auto entry = [](double focal, double distance, double apex, bool isFisheye = false) {
-        ProfileEntry made = Entry(focal);
-        made.distanceM = distance;
-        made.hasAperture = apex > -9.0;
-        made.apertureApex = made.hasAperture ? apex : 0.0;
-        if (isFisheye)
-            made.kind = ProfileEntry::Kind::Fisheye;
-        return made;
+    const auto numbers = [](const QString &text) {
+        QVector<double> values;
+        for (const QString &one : text.split(QLatin1Char(' ')))
+            values << one.toDouble();
+        return values;
     };
-    const auto shot = [](double focal, double distance, double aperture) {
+    const auto entries = [&](const QString &text) {
+        QVector<ProfileEntry> all;
+        for (const QString &one : text.split(QLatin1Char(';'))) {
+            const QVector<double> values = numbers(one);
+            all << Entry(values[0]);
+            all.last().distanceM = values[1];
+            all.last().hasAperture = values[2] > -9.0;
+            all.last().apertureApex = std::max(values[2], 0.0);
+            all.last().kind = values.size() > 3 ? ProfileEntry::Kind::Fisheye : ProfileEntry::Kind::Perspective;
+        }
+        return all;
+    };
+    const auto shot = [&](const QString &text) {
+        const QVector<double> values = numbers(text);
+        const auto fact = [](double value) { return value > 0.0 ? Known(value) : Fact<double>(); };
         PictureFacts facts = Facts();
-        facts.focalMm = focal > 0.0 ? Known(focal) : Fact<double>();
-        facts.distanceM = distance > 0.0 ? Known(distance) : Fact<double>();
-        facts.aperture = aperture > 0.0 ? Known(aperture) : Fact<double>();
+        facts.focalMm = fact(values[0]);
+        facts.distanceM = fact(values[1]);
+        facts.aperture = fact(values[2]);
         return facts;
     };
-    const auto row = [](const char *name, const QVector<ProfileEntry> &entries, const PictureFacts &facts,
-                        const char *expected) {
-        QTest::newRow(name) << entries << facts << QString::fromLatin1(expected);
-    };
-    const QVector<ProfileEntry> zoom = {entry(40, 3, 4), entry(20, 3, 4)};
-    row("entries not sorted", zoom, shot(25, 3, 4), "20 mm f/4 3 m 60 %, 40 mm f/4 3 m 40 %\n");
-    row("beyond the end", zoom, shot(60, 3, 4),
-        "40 mm f/4 3 m 100 %\n60 mm is outside the profile's 20 to 40 mm: the nearest is used\n");
-    row("before the start", zoom, shot(19, 3, 4),
-        "20 mm f/4 3 m 100 %\n19 mm is outside the profile's 20 to 40 mm: the nearest is used\n");
-    row("within the tolerance beyond the end", zoom, shot(40.5, 3, 4), "40 mm f/4 3 m 100 %\n");
-    row("within the tolerance before the start", zoom, shot(19.8, 3, 4), "20 mm f/4 3 m 100 %\n");
-    row("unknown focal length", zoom, shot(0, 3, 4),
-        "\ndistortion, lateral color, vignetting: the focal length is unknown, and the profile has entries from 20 to "
-        "40 mm; give it with --focal");
-    row("unknown focal length, a single entry", {entry(40, 3, 4)}, shot(0, 3, 4),
-        "40 mm f/4 3 m 100 %\nfocal length unknown: the profile's only one is used\n");
-    row("an entry without a focal length", {entry(0, 3, 4)}, shot(20, 3, 4), "f/4 3 m 100 %\n");
-    row("one of two entries without a focal length", {entry(40, 3, 4), entry(0, 3, 4)}, shot(40, 3, 4),
-        "40 mm f/4 3 m 100 %\n");
-    row("an entry without any setting", {entry(0, 0, -10)}, shot(20, 3, 4),
-        "the entry at line 0 100 %\nthe profile's only vignetting, measured at an unknown aperture\n");
-    row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4),
-        "40 mm f/4 infinity 100 %\ndistance unknown: the farthest is used\n");
-    row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4),
-        "40 mm f/4 1 m 100 %\n0.2 m is outside the profile's 1 to 5 m: the nearest is used\n");
-    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4),
-        "40 mm f/4 5 m 100 %\ninfinity is outside the profile's 5 m: the nearest is used\n");
-    row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4),
-        "40 mm f/4 infinity 100 %\n");
-    row("between a distance and infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4),
-        "40 mm f/4 1 m 25 %, 40 mm f/4 infinity 75 %\n");
-    row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0),
-        "40 mm f/8 3 m 100 %\nvignetting: the aperture is unknown, and the profile has several");
-    row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32),
-        "40 mm f/8 3 m 100 %\nf/32 is outside the profile's f/2 to f/8: the nearest is used\n");
-    row("one aperture, slightly different", {entry(40, 3, 4)}, shot(40, 3, 4.05), "40 mm f/4 3 m 100 %\n");
-    row("one aperture, the picture has another", {entry(40, 3, 4)}, shot(40, 3, 5.6),
-        "40 mm f/4 3 m 100 %\nthe profile's vignetting at f/4, its only aperture\n");
-    row("one aperture, the picture's is unknown", {entry(40, 3, 4)}, shot(40, 3, 0),
-        "40 mm f/4 3 m 100 %\nthe profile's vignetting at f/4, its only aperture\n");
-    row("the profile's aperture is unknown", {entry(40, 3, -10)}, shot(40, 3, 4),
-        "40 mm 3 m 100 %\nthe profile's only vignetting, measured at an unknown aperture\n");
-    row("an entry without an aperture", {entry(40, 3, -10), entry(40, 3, 4)}, shot(40, 3, 4), "40 mm f/4 3 m 100 %\n");
-    row("distortion from the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
-        "distortion: 40 mm f/2 3 m 100 %; color: 40 mm f/2 3 m 100 %; light: 40 mm f/2 3 m 81 %, 40 mm f/8 3 m 19 %\n");
-    // 1/N^2: 0.2066 between 0.25 and 0.0156
-    row("distances differ by focal length", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
-        "20 mm f/4 1 m 20 %, 20 mm f/4 4 m 40 %, 40 mm f/4 2 m 40 %\n");
-    row("an entry without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "20 mm f/4 4 m 100 %\n");
-    row("nearly equal settings: the last one", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4),
-        "40.3 mm f/4 3.05 m 100 %\n");
-    row("perspective and fisheye aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4),
-        "20 mm f/4 3 m 100 %\nperspective and fisheye entries aren't mixed: the nearest is used\n");
+    for (const QStringList &row : ReadTable(QStringLiteral(CHOICES)))
+        QTest::newRow(qPrintable(row[0])) << entries(row[1]) << shot(row[2]) << row[3];
     // A frame for each body, size and crop factor. The longest sides are 18 mm in the picture, and in the entries:
-    QVector<ProfileEntry> framed = {entry(20, 1, 4), entry(20, 4, 4), entry(40, 1, 4), entry(40, 4, 4)};
+    QVector<ProfileEntry> framed = entries(QStringLiteral("20 1 4;20 4 4;40 1 4;40 4 4"));
     framed[0].model = framed[1].model = framed[2].model = framed[3].model = QStringLiteral("X"); // 24 mm
     framed[1].sensorFormatFactor = 1.0;                                                          // 36 mm
     framed[2].height = 6000.0;                                                                   // 20.4 mm
     framed[3].make = QStringLiteral("Y");
     framed[3].sensorFormatFactor = 1.2; // 30 mm
-    PictureFacts small = shot(25, 2, 4);
+    PictureFacts small = shot(QStringLiteral("25 2 4"));
     small.model = Known(QStringLiteral("SMALL"));
     small.raw = true;
     framed[0].raw = true;
-    row("several frames", framed, small,
-        "20 mm f/4 1 m 20 %, 20 mm f/4 4 m 40 %, 40 mm f/4 1 m 13 %, 40 mm f/4 4 m 27 %\n"
-        "made with another body, X: the picture's frame is 75 % of that body's\n"
-        "made with another body, X: the picture's frame is 50 % of that body's\n"
-        "made with another body, X: the picture's frame is 88 % of that body's\n"
-        "made with another body, X: the picture's frame is 60 % of that body's\n"
-        "the profile was measured on rendered pictures\n");
+    QTest::newRow("several frames")
+        << framed << small
+        << QStringLiteral("20 mm f/4 1 m 20 %, 20 mm f/4 4 m 40 %, 40 mm f/4 1 m 13 %, 40 mm f/4 4 m 27 %\n"
+                          "made with another body, X: the picture's frame is 75 % of that body's\n"
+                          "made with another body, X: the picture's frame is 50 % of that body's\n"
+                          "made with another body, X: the picture's frame is 88 % of that body's\n"
+                          "made with another body, X: the picture's frame is 60 % of that body's\n"
+                          "the profile was measured on rendered pictures\n");
     framed[0].raw = true;
-    row("raw data", {framed[0]}, shot(20, 1, 4),
-        "20 mm f/4 1 m 100 %\nmade with another body, X: the picture's frame is 100 % of that body's\n"
-        "the profile was measured on raw data\n");
+    QTest::newRow("raw data")
+        << framed.mid(0, 1) << shot(QStringLiteral("20 1 4"))
+        << QStringLiteral(
+               "20 mm f/4 1 m 100 %\nmade with another body, X: the picture's frame is 100 % of that body's\n"
+               "the profile was measured on raw data\n");
 }
 
 void tst_FitChoices::choices()

@@ -2,7 +2,9 @@
 #include "FitOptions.h"
 #include "PictureFacts.h"
 
+#include "Case.h"
 #include "KImage.h"
+#include "Table.h"
 #include "TestFiles.h"
 
 #include <QTemporaryDir>
@@ -158,50 +160,9 @@ void tst_PictureFacts::crop()
 
 void tst_PictureFacts::doneBefore()
 {
-    const struct {
-        const char *name;
-        Values values;
-        // Letters of the corrections already made, with their source, and of those tried before. "!" if nothing is left
-        // to do, "+" if nothing is for distortion alone.
-        const char *expected;
-    } rows[] = {
-        {"a raw converter's profile", "Xmp.crs.AlreadyApplied=True|Xmp.crs.LensProfileEnable=1|",
-         "d: XMP crs:LensProfileEnable; v: XMP crs:LensProfileEnable; +"},
-        {"only its distortion",
-         "Xmp.crs.AlreadyApplied=True|Xmp.crs.LensProfileEnable=1|"
-         "Xmp.crs.LensProfileVignettingScale=0|",
-         "d: XMP crs:LensProfileEnable; +"},
-        {"only its color",
-         "Xmp.crs.AlreadyApplied=True|Xmp.crs.LensProfileEnable=1|"
-         "Xmp.crs.LensProfileDistortionScale=0|Xmp.crs.LensProfileVignettingScale=0|"
-         "Xmp.crs.LensProfileChromaticAberrationScale=1|",
-         "c: XMP crs:LensProfileChromaticAberrationScale; "},
-        {"lateral color", "Xmp.crs.AlreadyApplied=True|Xmp.crs.AutoLateralCA=1|", "c: XMP crs:AutoLateralCA; "},
-        {"not applied yet", "Xmp.crs.AlreadyApplied=False|Xmp.crs.LensProfileEnable=1|", ""},
-        {"our own record",
-         "Xmp.vitrelux.Corrections=distortion, lateral color|"
-         "Xmp.vitrelux.Requested=distortion, vignetting|",
-         "d: XMP vitrelux:Corrections; c: XMP vitrelux:Corrections; V!+"},
-        {"our own record of nothing", "Xmp.vitrelux.Requested=distortion, lateral color, vignetting|", "DCV"},
-        {"a phone", "Exif.Image.Make=Apple|Exif.Image.Model=iPhone 12|",
-         "d: iPhone 12 corrects its own pictures; c: iPhone 12 corrects its own pictures; v: iPhone 12 corrects its "
-         "own pictures; !+"},
-        {"an old drone", "Exif.Image.Make=DJI|Exif.Image.Model=FC6310|", ""},
-        {"a newer drone", "Exif.Image.Make=DJI|Exif.Image.Model=FC7303|",
-         "d: FC7303 corrects its own pictures; c: FC7303 corrects its own pictures; v: FC7303 corrects its own "
-         "pictures; !+"},
-        {"a switch that is on", "Exif.Image.Make=NIKON|Exif.Nikon3.VignetteControl=3|",
-         "v: maker note, vignette control; "},
-        {"a switch that is off", "Exif.Image.Make=NIKON|Exif.Nikon3.VignetteControl=0|", ""},
-        {"a switch that doesn't apply", "Exif.Image.Make=NIKON|Exif.Nikon3.VignetteControl=256|", ""},
-        {"three switches on", "Exif.Image.Make=Canon|Exif.Canon.VignettingCorr2=32 0 0 0 0 1 1 1|",
-         "d: maker note, distortion correction setting; c: maker note, chromatic aberration setting; v: maker note, "
-         "peripheral lighting; !+"},
-        {"one of three switches on", "Exif.Image.Make=Canon|Exif.Canon.VignettingCorr2=32 0 0 0 0 1 0 0|",
-         "v: maker note, peripheral lighting; "},
-    };
-    for (const auto &row : rows) {
-        const PictureFacts facts = Facts(row.values);
+    for (const QStringList &row : ReadTable(QStringLiteral(DONE_BEFORE))) {
+        const Case named(row[0]);
+        const PictureFacts facts = Facts(row[1].toUtf8());
         QString text;
         for (const auto &[done, name] :
              {std::pair(facts.distortionDone, "d"), {facts.chromaticDone, "c"}, {facts.vignettingDone, "v"}})
@@ -214,12 +175,11 @@ void tst_PictureFacts::doneBefore()
         text += QLatin1String(WasDoneBefore(facts, options) ? "!" : "");
         options.chromatic = options.vignetting = false;
         text += QLatin1String(WasDoneBefore(facts, options) ? "+" : "");
-        QVERIFY2(text == QLatin1String(row.expected),
-                 qPrintable(QLatin1String(row.name) + QStringLiteral(": ") + text));
+        QCOMPARE(text.trimmed(), row[2]);
         options.distortion = false; // nothing is requested
-        QVERIFY2(WasDoneBefore(facts, options), row.name);
+        QVERIFY(WasDoneBefore(facts, options));
         options.again = true;
-        QVERIFY2(!WasDoneBefore(facts, options), row.name);
+        QVERIFY(!WasDoneBefore(facts, options));
     }
 }
 

@@ -4,6 +4,7 @@
 #include "LensfunDatabase.h"
 #include "MadeProfiles.h"
 #include "ProfileMatch.h"
+#include "Table.h"
 #include "TestFiles.h"
 
 #include <QRegularExpression>
@@ -32,15 +33,9 @@ struct Row {
 QVector<Row> ReadRows()
 {
     QVector<Row> rows;
-    const QStringList lines = QString::fromUtf8(ReadFile(QStringLiteral(VITRELUX_LENSES))).split(QLatin1Char('\n'));
-    for (const QString &line : lines) {
-        QStringList cells = line.split(QLatin1Char('\t'));
-        if (cells.size() != 10)
-            continue;
-        cells.replaceInStrings(Pattern("^-$"_s), QString());
+    for (const QStringList &cells : ReadTable(QStringLiteral(VITRELUX_LENSES)))
         rows.append({cells[0], cells[1], cells[2].toDouble(), cells[3], cells[4], cells[5].split(QLatin1Char(';')),
                      cells[6] == "same"_s, cells[7], cells[8], cells[9]});
-    }
     return rows;
 }
 
@@ -273,41 +268,8 @@ void tst_FindLens::similarNamesInLensfun_data()
     QTest::addColumn<QString>("camera"); // "MAKE/MODEL"
     QTest::addColumn<double>("focalMm");
     QTest::addColumn<QString>("expected"); // title, reason and notes or nearest
-    const auto row = [](const char *lens, const char *camera, double focalMm, const QByteArray &expected) {
-        QTest::newRow(lens) << QString::fromUtf8(camera) << focalMm << QString::fromUtf8(expected);
-    };
-    const char *const canon = "Canon/Canon EOS 5D Mark III", *const sony = "SONY/ILCE-7M2";
-    row("150-600mm", canon, 300.0,
-        "\ntwo lenses in lensfun fit equally well: \"Sigma/Sigma 150-600mm f/5-6.3 DG OS HSM | C\" and \"Tamron/Tamron "
-        "SP "
-        "AF 150-600mm f/5-6.3 Di VC USD (A011)\""); // one of them measured on a smaller sensor
-    const QByteArray unknown = "\nlensfun doesn't know the lens \"",
-                     f004 = "TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004";
-    row("Tamron SP 90mm f/2.8 Di Macro VC USD F017", canon, 90.0,
-        unknown + "Tamron SP 90mm f/2.8 Di Macro VC USD F017\"\nCanon/Canon TS-E 90mm f/2.8: another maker\nTamron/"
-            + f004 + ": another model number");
-    row("Tamron SP 90mm f/2.8 Di Macro VC USD F004", canon, 90.0,
-        "Tamron/" + f004 + "\nlensfun's data for \"" + f004 + "\"");
-    row("YN50mm f/1.8 II", canon, 50.0,
-        unknown
-            + "YN50mm f/1.8 II\"\nCanon/Canon EF 50mm f/1.8 MkII: another maker\nCanon/Canon EF 50mm f/1.8 STM: "
-              "another maker");
-    row("YN50mm f/1.8", canon, 50.0, "Yongnuo/Yongnuo YN 50mm f/1.8\nlensfun's data for \"Yongnuo YN 50mm f/1.8\"");
-    row("Zeiss Planar T* 1.4/50 ZE", canon, 50.0,
-        unknown
-            + "Zeiss Planar T* 1.4/50 ZE\"\nCanon/Canon EF 50mm f/1.4 USM: another maker\n"
-              "Pentax/Pentax SMC Takumar 50mm f/1.4: another maker\nPentax/Super-Takumar 50mm f/1.4: another maker");
-    row("E 28-75mm F2.8-2.8", sony, 50.0,
-        "Tamron/E 28-75mm F2.8-2.8\nlensfun's data for \"Tamron E 28-75mm F2.8-2.8\"");
-    row("ZEISS Batis 2/40", sony, 40.0, unknown + "ZEISS Batis 2/40\"");
-    row("none", canon, 40.0, "\nthe picture doesn't name its lens; name it with --lens");
-    row("35mm f/2", "Maker/Thing", 35.0, "\nlensfun doesn't know the camera \"Thing\"");
-    row("35mm f/2 without a camera", "/", 35.0, "\nlensfun needs the camera's name; give it with --body");
-    row("none, fixed", "Canon/Canon PowerShot G11", 20.0,
-        "Canon/Canon PowerShot G11 & compatibles (Standard)\nlensfun's data for \"Canon PowerShot G11 & compatibles "
-        "(Standard)\"");
-    row("none, fixed, too long", "Canon/Canon PowerShot G11", 50.0,
-        "\nlensfun doesn't know the lens of the camera \"Canon PowerShot G11\"");
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_LENSFUN)))
+        QTest::newRow(qPrintable(row[0])) << row[1] << row[2].toDouble() << row[3];
 }
 
 void tst_FindLens::similarNamesInLensfun()

@@ -7,11 +7,11 @@
 #include "LensfunFit.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
+#include "Table.h"
 
 #include <QtTest>
 
 #include <cmath>
-#include <functional>
 
 Q_DECLARE_METATYPE(ProfileEntry)
 Q_DECLARE_METATYPE(PictureFacts)
@@ -163,73 +163,26 @@ void tst_Fit::frames_data()
     QTest::addColumn<double>("ratio");  // q
     QTest::addColumn<bool>("ownCenter");
     QTest::addColumn<QString>("text"); // `assumed` and `why`
-    using Change = std::function<void(PictureFacts &)>;
-    const auto row = [](const char *name, const QSize &size, const Change &change, double longPx, double ratio,
-                        bool ownCenter, const char *text) {
-        PictureFacts facts = Facts(size);
-        change(facts);
-        QTest::newRow(name) << facts << longPx << ratio << ownCenter << QString::fromLatin1(text);
-    };
-    const auto body = [](const char *name) {
-        return [name](PictureFacts &facts) { facts.model = Known(QString::fromLatin1(name)); };
-    };
-    const Change none = [](PictureFacts &) {};
-    const auto number = [](Fact<double> PictureFacts::*fact, double value) {
-        return [fact, value](PictureFacts &facts) { facts.*fact = Known(value); };
-    };
-    const auto equivalent = [&](double value) { return number(&PictureFacts::focal35Mm, value); };
-    const auto zoomed = [&](double value) { return number(&PictureFacts::digitalZoom, value); };
-    const auto both = [&](PictureFacts &facts) { zoomed(2.0)(facts), equivalent(72.0)(facts); };
-    const auto crop = [](bool PictureFacts::*how) { return [how](PictureFacts &facts) { facts.*how = true; }; };
-    row("the profile's own frame", {3000, 2000}, none, 3000, 1.0, true, "");
-    row("body in another spelling", {3000, 2000}, body("MAKER-Body"), 3000, 1.0, true, "");
-    row("a rounded 35 mm equivalent", {3000, 2000}, equivalent(36.4), 3000, 1.0, true, "");
-    row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true,
-        "only part of the sensor, 67 % of its sides, according to the 35 mm equivalent of 54 mm");
-    row("a 35 mm equivalent of a larger sensor", {3000, 2000}, equivalent(24.0), 3000, 1.0, true,
-        "the whole sensor, though the 35 mm equivalent of 24 mm would need a larger one");
-    row("a nonsensical 35 mm equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true,
-        "the 35 mm equivalent of 65535 mm is ignored: it would mean less than 2 % of the sensor's sides");
-    row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true,
-        "only part of the sensor, 50 % of its sides, according to the digital zoom");
-    row("the most credible zoom", {3000, 2000}, zoomed(50.0), 3000, 0.02, true,
-        "only part of the sensor, 2 % of its sides, according to the digital zoom");
-    row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true,
-        "the digital zoom of 1000000 is ignored: it would mean less than 2 % of the sensor's sides");
-    row("digital zoom included in the 35 mm equivalent", {3000, 2000}, both, 3000, 0.5, true,
-        "only part of the sensor, 50 % of its sides, according to the 35 mm equivalent of 72 mm");
-    row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "cropped from the center of a 1.50:1 frame");
-    row("4 : 3", {2000, 1500}, none, 2250, 1.0, false, "cropped from the center of a 1.50:1 frame");
-    row("square", {2000, 2000}, none, 3000, 1.0, false, "cropped from the center of a 1.50:1 frame");
-    row("nearly 3 : 2", {3000, 1970}, none, 3000, 1.0, true, "");
-    row("a smaller body", {3000, 2000}, body("SMALL"), 3000, 0.75, false,
-        "made with another body, BODY: the picture's frame is 75 % of that body's");
-    row("a smaller body, 4 : 3", {2000, 1500}, body("SMALL"), 2000,
-        (0.8 * 43.266615 / 2.0) / (43.266615 / 1.5 * 3.0 / std::sqrt(13.0)), false,
-        "made with another body, BODY: the picture's frame is 72 % of that body's");
-    row("a slightly larger body", {3000, 2000}, body("NEAR"), 3000, 1.5 / 1.46, false,
-        "made with another body, BODY: the picture's frame is 103 % of that body's");
-    row("a larger body", {3000, 2000}, body("LARGE"), 0, 0, false,
-        "distortion, lateral color, vignetting: the profile was made from a smaller frame (the picture's is 150 % of "
-        "it)");
-    row("an unknown body", {3000, 2000}, body("THING"), 0, 0, false,
-        "distortion, lateral color, vignetting: the size of the sensor of \"THING\" is unknown");
-    row(
-        "an unknown body, with focal plane", {3000, 2000},
-        [](PictureFacts &f) {
-            f.model = Known(QStringLiteral("THING"));
-            f.focalPlaneWidthMm = Known(18.0);
-        },
-        3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false,
-        "made with another body, BODY: the picture's frame is 75 % of that body's");
-    row(
-        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false,
-        "distortion, lateral color, vignetting: the picture doesn't name its camera; name it with --body");
-    row("cropped at an angle", {3000, 2000}, crop(&PictureFacts::cropTurned), 0, 0, false,
-        "the picture was cropped at an angle, so the center of its lens is unknown");
-    row("a crop that can't be read", {3000, 2000}, crop(&PictureFacts::cropLost), 0, 0, false,
-        "the picture was cropped, and its place in the original can't be read (XMP crs:CropLeft, CropTop, CropRight, "
-        "CropBottom)");
+    for (const QStringList &row : ReadTable(QStringLiteral(FRAMES))) {
+        PictureFacts facts =
+            Facts(QSize(row[1].section(QLatin1Char(' '), 0, 0).toInt(), row[1].section(QLatin1Char(' '), 1).toInt()));
+        const std::pair<const char *, Fact<double> PictureFacts::*> numbers[] = {
+            {"focal35=", &PictureFacts::focal35Mm},
+            {"zoom=", &PictureFacts::digitalZoom},
+            {"plane=", &PictureFacts::focalPlaneWidthMm}};
+        for (const QString &fact : row[2].split(QLatin1Char(';'))) {
+            const QString value = fact.section(QLatin1Char('='), 1);
+            facts.cropTurned |= fact.startsWith(QLatin1String("turned"));
+            facts.cropLost |= fact.startsWith(QLatin1String("lost"));
+            if (fact.startsWith(QLatin1String("model=")))
+                facts.model = value.isEmpty() ? Fact<QString>() : Known(value);
+            for (const auto &[name, number] : numbers)
+                if (fact.startsWith(QLatin1String(name)))
+                    facts.*number = Known(value.toDouble());
+        }
+        QTest::newRow(qPrintable(row[0]))
+            << facts << row[3].toDouble() << row[4].toDouble() << (row[5] == QLatin1String("1")) << row[6];
+    }
 }
 
 void tst_Fit::frames()

@@ -11,7 +11,9 @@ inline QVector<QStringList> ReadTable(const QString &path)
 {
     QVector<QStringList> rows;
     QFile file(path);
-    const QString text = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("can't open %s", qPrintable(path));
+    const QString text = QString::fromUtf8(file.readAll());
     for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
         QStringList cells = line.split(QLatin1Char('\t'));
         for (QString &cell : cells)

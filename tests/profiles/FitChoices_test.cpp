@@ -201,6 +201,19 @@ void tst_FitChoices::oddities()
     // A light of 0.25 becomes 0.25^gamma; an invalid gamma has no effect.
     for (const auto &[gamma, light] : {std::pair(0.5, 0.5), {2.0, 0.0625}, {0.0, 0.25}, {qQNaN(), 0.25}})
         QVERIFY(std::abs(LightOf(raw, false, gamma).curve.Light(0, 0.25) - light) < 1e-9);
+    // Light of 0.5: sRGB's formula, 0.5^(563/256), and linear floats.
+    PictureFacts rendered;
+    const QString note = QStringLiteral("no color profile with curves: treated as sRGB");
+    for (const auto &[encoding, isFloat, light, text] :
+         {std::tuple(ColorEncoding::Srgb, false, std::pow(0.555 / 1.055, 2.4), QString()),
+          {ColorEncoding::AdobeRgb, false, std::pow(0.5, 563.0 / 256.0), QString()},
+          {ColorEncoding::Unknown, false, std::pow(0.555 / 1.055, 2.4), note},
+          {ColorEncoding::Srgb, true, 0.5, QString()}}) {
+        rendered.encoding.value = encoding;
+        const PictureLight found = LightOf(rendered, isFloat, 2.0);
+        QVERIFY(std::abs(found.curve.Light(0, 0.5) - light) < 1e-9);
+        QCOMPARE(found.assumed, text);
+    }
 }
 
 void tst_FitChoices::leftOut_data()

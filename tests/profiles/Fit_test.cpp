@@ -277,7 +277,7 @@ void tst_Fit::parts()
 void tst_Fit::lensfunFrames()
 {
     const auto fit = [](const QSize &size, const char *model = "Canon EOS 40D",
-                        const char *lens = "EF24-105mm f/4L IS USM") {
+                        const char *lens = "EF-S18-55mm f/3.5-5.6 IS") {
         PictureFacts facts = Facts(size, 24.0);
         facts.make = Known(QStringLiteral("Canon"));
         facts.model = Known(QString::fromLatin1(model));
@@ -287,6 +287,25 @@ void tst_Fit::lensfunFrames()
         options.framing = Framing::Keep;
         return FitByLensfun(facts, options);
     };
+    const auto text = [](const FitResult &result) {
+        return (QStringList{result.profile, result.entries, result.reason, result.why} + result.assumed)
+            .join(QLatin1Char('\n'));
+    };
+    const QString found = QStringLiteral("lensfun:Canon/Canon EF-S 18-55mm f/3.5-5.6 IS\nat 24 mm\nlensfun's data for "
+                                         "\"Canon EF-S 18-55mm f/3.5-5.6 IS\"\n");
+    QCOMPARE(text(fit({6000, 4000})), found);
+    QVERIFY(text(fit({6000, 4000}, "Canon EOS 40D", "EF24-105mm f/4L IS USM"))
+                .endsWith(QLatin1String("\"\nlateral color, vignetting: lensfun has no model for it with this lens")));
+    PictureFacts bare = Facts({6000, 4000});
+    bare.make = Known(QStringLiteral("Canon"));
+    bare.model = Known(QStringLiteral("Canon EOS 40D"));
+    bare.lensNames = {Known(QStringLiteral("EF-S18-55mm f/3.5-5.6 IS"))};
+    bare.distanceM = {};
+    QCOMPARE(text(FitByLensfun(bare, {})), found + QStringLiteral("\ndistant subject"));
+    bare.aperture = {};
+    QCOMPARE(text(FitByLensfun(bare, {})), found + QStringLiteral("vignetting: the picture's aperture is unknown"));
+    bare.focalMm = {};
+    QVERIFY(FitByLensfun(bare, {}).why == QLatin1String("the picture's focal length is unknown; give it with --focal"));
     const CorrectionTwin whole(fit({6000, 4000}).correction);
     for (const QSize &size : {QSize(6000, 3376), QSize(4000, 4000)}) {
         const Case named(size);
@@ -298,7 +317,9 @@ void tst_Fit::lensfunFrames()
         const SourcePlaces same = whole.At(100.0 + left, 200.0 + top);
         QVERIFY(std::hypot(same.green.x - 100.0 - left, same.green.y - 200.0 - top) > 10.0);
         QVERIFY(std::hypot(part.green.x + left - same.green.x, part.green.y + top - same.green.y) < 0.01);
-        QVERIFY(std::abs(part.gain - same.gain) < 1e-3);
+        QVERIFY(same.gain > 1.1 && std::abs(part.gain - same.gain) < 1e-3);
+        QVERIFY(std::hypot(part.red.x + left - same.red.x, part.red.y + top - same.red.y) < 0.01
+                && same.red.x != same.green.x);
     }
     // A lens moves light on a sensor of 22.2 mm as on the same part of one of 36 mm.
     const char *const calibratedOnce = "EF24-70mm f/2.8L II USM";

@@ -87,6 +87,11 @@ void tst_Framing::framings()
     QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
     options.framingFactor = 5.0;
     QCOMPARE(fit(Framing::Factor).zoom, 2.0);
+    entry.geometry->coefficients = {0.0}; // a quarter of the field at a zoom of 2, all at 1
+    for (double zoom : {2.0, 1.0}) {
+        options.framingFactor = zoom;
+        QVERIFY(std::abs(fit(Framing::Factor).fieldShare - 1.0 / (zoom * zoom)) < 1e-9);
+    }
     // A model that folds inside the picture: the area beyond the fold is empty, and the zoom stays within its bounds.
     entry.geometry->coefficients = {-9.0};
     const FitResult folded = fit(Framing::Fill);

@@ -256,9 +256,20 @@ void tst_ProfileIndex::typedFacts()
                 + result.nearest)
             .join(QLatin1Char('\n'));
     };
+    const QString found = path + QStringLiteral("\n35 mm f/4 2 m 100 %\nmade for the lens \"EF24-70mm f/2.8L USM\"\n");
     const QString left = QStringLiteral("lateral color, vignetting: the profile has no model for it");
     QCOMPARE(fit(),
              path + QStringLiteral("\n35 mm f/4 2 m 100 %\nmade for the lens \"EF24-70mm f/2.8L USM\"\n") + left);
+    // A second profile, whose corners differ by 2.9 or 3.1 px: 137 px times the difference of the coefficients.
+    const QString second = folder.filePath(QStringLiteral("b.lcp"));
+    for (const char *coefficient : {"-0.1212", "-0.1226"}) {
+        QFile first(path);
+        QVERIFY(first.open(QIODevice::ReadOnly));
+        Write(second, first.readAll().replace("-0.1", coefficient));
+        QVERIFY(fit() == found + left || qstrcmp(coefficient, "-0.1226") == 0);
+    }
+    QVERIFY2(fit().startsWith(QLatin1String("\n\n\ntwo profiles fit equally well: ")), qPrintable(fit()));
+    QVERIFY(QFile::remove(second));
     options.typed.focalMm = 99.0;
     QCOMPARE(fit(),
              QStringLiteral("\n\n\nno profile for the lens \"EF24-70mm f/2.8L USM\"\n\"EF24-70mm f/2.8L USM\" on M "

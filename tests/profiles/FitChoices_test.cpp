@@ -110,8 +110,8 @@ void tst_FitChoices::blending()
     for (const auto &[amount, limited] : {std::pair(0.5, 0.5), {3.0, 2.0}}) {
         options.amountDistortion = options.amountChromatic = options.amountVignetting = amount;
         const Correction half = Fit(Profile(entries), facts, options).correction;
-        const auto factorOf = [&](const std::optional<RadialMap> &one) {
-            return one->factor.AtSquared(radius * radius);
+        const auto factorOf = [&](const std::optional<RadialMap> &shown) {
+            return shown->factor.AtSquared(radius * radius);
         };
         QVERIFY(std::abs(factorOf(half.geometry) - 1.0 - limited * (factor - 1.0)) * radius < 0.002);
         QVERIFY(std::abs(factorOf(half.red) - 1.0 - limited * (factorOf(fit.correction.red) - 1.0)) * radius < 0.002);

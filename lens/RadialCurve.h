@@ -19,8 +19,6 @@ public:
     RadialCurve(double step, std::vector<double> nodes);
 
     double AtSquared(double squaredRadius) const; // inline, because it runs for every corner of a cell
-    double Step() const { return m_step; }
-    const std::vector<double> &Nodes() const { return m_nodes; }
     /// Returns the squared radius of the last node; infinite for a constant.
     double EndSquared() const;
 

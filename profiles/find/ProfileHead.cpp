@@ -33,7 +33,7 @@ void SetLensInfo(const QString &text, ProfileHead *head)
     head->maxAperture = NumberOrZero(parts[3]);
 }
 
-/// Reader of the first entry. Fields are attributes or element texts; those of models are ignored.
+/// Reader of the first entry. Fields are attributes or element texts; models have none with the names used here.
 class HeadReader {
 public:
     HeadReader(QIODevice *device, ProfileHead *head) : m_xml(device), m_head(head) { }
@@ -127,10 +127,6 @@ private:
             AddOnce(value, &m_head->lensIds);
         else if (field == QLatin1String("LensInfo"))
             SetLensInfo(value, m_head);
-        else if (field == QLatin1String("ImageWidth"))
-            m_head->width = NumberOrZero(value);
-        else if (field == QLatin1String("ImageLength"))
-            m_head->height = NumberOrZero(value);
         else if (field == QLatin1String("SensorFormatFactor"))
             m_head->sensorFormatFactor = NumberOrZero(value);
         else if (field == QLatin1String("CameraRawProfile"))

@@ -14,7 +14,6 @@ struct ProfileHead {
     double maxFocalMm = 0.0;
     double minAperture = 0.0; // f-number wide open, at the shortest and the longest focal length; 0: not given
     double maxAperture = 0.0;
-    double width = 0.0, height = 0.0;
     double sensorFormatFactor = 0.0;
     bool raw = false;
 };

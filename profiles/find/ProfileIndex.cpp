@@ -19,7 +19,7 @@
 namespace {
 
 constexpr quint32 kMagic = 0x564c5058; // "VLPX"
-constexpr quint32 kVersion = 2;        // caches of another version are rebuilt: increase it with every format change
+constexpr quint32 kVersion = 3;        // caches of another version are rebuilt: increase it with every format change
 constexpr qint64 kUnread = -1;         // modification time of files that failed to open or read
 constexpr const char *kMisnamed = "its name is not UTF-8";
 
@@ -28,7 +28,7 @@ QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
     const ProfileHead &head = profile.head;
     return out << profile.path << profile.bytes << profile.modifiedMs << profile.error << head.make << head.model
                << head.lensNames << head.lensIds << head.minFocalMm << head.maxFocalMm << head.minAperture
-               << head.maxAperture << head.width << head.height << head.sensorFormatFactor << head.raw;
+               << head.maxAperture << head.sensorFormatFactor << head.raw;
 }
 
 /// Reads a list as QDataStream would, but without first allocating as many texts as the data claims to have.
@@ -51,8 +51,8 @@ QDataStream &operator>>(QDataStream &in, IndexedProfile &profile)
     in >> profile.path >> profile.bytes >> profile.modifiedMs >> profile.error >> head.make >> head.model;
     head.lensNames = ReadTexts(in);
     head.lensIds = ReadTexts(in);
-    return in >> head.minFocalMm >> head.maxFocalMm >> head.minAperture >> head.maxAperture >> head.width >> head.height
-        >> head.sensorFormatFactor >> head.raw;
+    return in >> head.minFocalMm >> head.maxFocalMm >> head.minAperture >> head.maxAperture >> head.sensorFormatFactor
+        >> head.raw;
 }
 
 QByteArray Checksum(const QByteArray &content)

@@ -100,6 +100,7 @@ private Q_SLOTS:
     void brokenModels() { CompareSizes(24, Break); }
     void exactEdges_data() { AddMachines(); }
     void exactEdges();
+    void serves();
     void bandsAreTheWhole();
     void someRowsOfTheSource();
 
@@ -208,9 +209,32 @@ void tst_FloatWarp::exactEdges()
     }
 }
 
+void tst_FloatWarp::serves()
+{
+    const Pixels pixels = RandomPixels(5, 3, 4, 32, 1);
+    const std::pair<const char *, void (*)(GFL_BITMAP &)> changes[] = {
+        {"three channels", [](GFL_BITMAP &bitmap) { bitmap.ComponentsPerPixel = 3; }},
+        {"16 bits", [](GFL_BITMAP &bitmap) { bitmap.BitsPerComponent = 16; }},
+        {"padded pixels", [](GFL_BITMAP &bitmap) { bitmap.BytesPerPixel = 20; }},
+        {"short rows", [](GFL_BITMAP &bitmap) { bitmap.BytesPerLine = 5 * 16 - 1; }},
+        {"too wide", [](GFL_BITMAP &bitmap) { bitmap.Width = 1 << 24, bitmap.BytesPerLine = 1 << 28; }},
+        {"too high", [](GFL_BITMAP &bitmap) { bitmap.Height = 1 << 24; }}};
+    for (const auto &[name, change] : changes) {
+        GuardedImage picture(pixels, 0);
+        GFL_BITMAP &bitmap = *picture.image.m_bitmap, before = bitmap;
+        QVERIFY(FloatWarp::Serves(picture.image));
+        change(bitmap);
+        QVERIFY2(!FloatWarp::Serves(picture.image), name);
+        bitmap = before;
+    }
+    QVERIFY(!FloatWarp::Serves(KImage()));
+}
+
 void tst_FloatWarp::bandsAreTheWhole()
 {
     newLCP lcp = StrongModels(90, 30, 0, 5);
+    GuardedImage any(RandomPixels(90, 30, 4, 32, 5), 0);
+    QVERIFY(FloatWarp(lcp, {}, Frame::Landscape, any.image).RenderFrom(any.image, 0, any.image, 0, Unwritten::Stays));
     const Pixels source = RandomPixels(90, 30, 4, 32, 5), before = RandomPixels(90, 30, 4, 32, 6);
     for (Frame frame : {Frame::Landscape, Frame::Turned}) {
         for (Corrections corrections :

@@ -156,6 +156,8 @@ void tst_ProfileReport::problemsOfTheFileItself()
     QCOMPARE(ReadProfileReport(m_folder.filePath(QStringLiteral("missing.lcp"))).problem,
              QStringLiteral("can't be opened: No such file or directory"));
     QCOMPARE(ReadProfileReport(m_folder.path()).problem, QStringLiteral("a folder; expected an .lcp profile (XML)"));
+    QCOMPARE(Report(QByteArray((16 << 20) + 1, ' ')).problem,
+             QStringLiteral("not a profile: the file is larger than 16 MiB"));
     const QString pipe = m_folder.filePath(QStringLiteral("pipe.lcp"));
     QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
     QCOMPARE(ReadProfileReport(pipe).problem, QStringLiteral("not a regular file; expected an .lcp profile (XML)"));

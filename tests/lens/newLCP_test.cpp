@@ -14,14 +14,40 @@ namespace {
 
 using Coefficients = QVector<float>;
 
-struct SubModel {
-    const char *tag;
-    LensParam newLCP::*model;
-};
-const SubModel kSubModels[] = {{"ChromaticGreenModel", &newLCP::greenModel},
-                               {"ChromaticRedGreenModel", &newLCP::redGreenModel},
-                               {"ChromaticBlueGreenModel", &newLCP::blueGreenModel},
-                               {"VignetteModel", &newLCP::vignetteModel}};
+constexpr LensParam newLCP::*kModels[] = {&newLCP::distortionModel, &newLCP::greenModel, &newLCP::redGreenModel,
+                                          &newLCP::blueGreenModel, &newLCP::vignetteModel};
+constexpr const char *kTags[] = {"", "ChromaticGreenModel", "ChromaticRedGreenModel", "ChromaticBlueGreenModel",
+                                 "VignetteModel"};
+
+/// Returns a model's values: focal length in pixels and as stored vertically, center in pixels, scale factor,
+/// tangential terms, and coefficients after a slash.
+QString Text(const LensParam &model)
+{
+    QString text = QLatin1String(model.found ? "found" : "none");
+    for (double value : {double(model.focalPixels), model.focalLengthY, model.centerX, model.centerY,
+                         double(model.scaleFactor), model.tangential1, model.tangential2})
+        text += QStringLiteral(" %1").arg(value);
+    text += QLatin1String(" /");
+    for (float value : model.coefficients)
+        text += QStringLiteral(" %1").arg(double(value));
+    return text;
+}
+
+/// Returns all values of a profile.
+QStringList Text(const newLCP &lcp)
+{
+    QStringList text(QStringLiteral("%1 x %2, factor %3, kind %4, scale %5")
+                         .arg(lcp.imageWidth)
+                         .arg(lcp.imageLength)
+                         .arg(double(lcp.sensorFormatFactor))
+                         .arg(lcp.modelKind)
+                         .arg(double(lcp.scale)));
+    for (const auto model : kModels)
+        text << Text(lcp.*model);
+    return text;
+}
+
+const QString kNoModel = QStringLiteral("none 0 0 0 0 1 0 0 /");
 
 /// Returns all value elements of a model, each with a different number.
 QByteArray EveryValue()
@@ -72,29 +98,14 @@ void tst_newLCP::readsOnlyTheFirstEntry()
     // Hundreds of entries, one per focal length, aperture and distance, are normal.
     const newLCP lcp = Read(Profile(FullEntry(0) + FullEntry(0.3) + FullEntry(0.5).repeated(300)), &ok);
     QVERIFY(ok);
-    QCOMPARE(lcp.imageWidth, 4001.0);
-    QCOMPARE(lcp.imageLength, 3001.0);
-    QCOMPARE(lcp.sensorFormatFactor, 1.5F);
-    QCOMPARE(lcp.modelKind, 0);
-
-    const LensParam &main = lcp.distortionModel;
-    QCOMPARE(QPointF(main.tangential1, main.tangential2), QPointF(0.001F, -0.002F));
-    QCOMPARE(main.focalLengthY, double(0.9F));
-    const LensParam *models[] = {&main, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel, &lcp.vignetteModel};
-    const Coefficients coefficients[] = {
-        {-0.011F, 0.012F, -0.013F}, {0.021F}, {0.031F, 0.032F}, {0.041F}, {-0.51F, 0.52F, -0.53F}};
-    const float focalLengths[] = {0.8F, 0.81F, 0.83F, 0.85F, 0.87F}, scaleFactors[] = {1, 1, 0.999F, 1.001F, 1};
-    const float centers[][2] = {{0.51F, 0.52F}, {0.511F, 0.521F}, {0.512F, 0.522F}, {0.513F, 0.523F}, {0.514F, 0.524F}};
-    for (int i = 0; i < 5; ++i) {
-        const Case named("i", i);
-        QVERIFY(models[i]->found);
-        QCOMPARE(models[i]->coefficients, coefficients[i]);
-        QCOMPARE(models[i]->scaleFactor, scaleFactors[i]);
-        // Positions are in units of the size minus one, focal lengths in units of the width minus one.
-        QCOMPARE(models[i]->focalPixels, float(double(focalLengths[i]) * 4000));
-        QCOMPARE(models[i]->centerX, double(centers[i][0]) * 4000);
-        QCOMPARE(models[i]->centerY, double(centers[i][1]) * 3000);
-    }
+    // Positions are in units of the size minus one, focal lengths in units of the width minus one.
+    QCOMPARE(Text(lcp),
+             (QStringList{QStringLiteral("4001 x 3001, factor 1.5, kind 0, scale 0"),
+                          QStringLiteral("found 3200 0.9 2040 1560 1 0.001 -0.002 / -0.011 0.012 -0.013"),
+                          QStringLiteral("found 3240 0.82 2044 1563 1 0 0 / 0.021"),
+                          QStringLiteral("found 3320 0.84 2048 1566 0.999 0 0 / 0.031 0.032"),
+                          QStringLiteral("found 3400 0.86 2052 1569 1.001 0 0 / 0.041"),
+                          QStringLiteral("found 3480 0.88 2056 1572 1 0 0 / -0.51 0.52 -0.53")}));
 }
 
 void tst_newLCP::perspectiveValues()
@@ -129,30 +140,28 @@ void tst_newLCP::perspectiveValues()
 
 void tst_newLCP::subModelsReadTheirOwnValues()
 {
-    const Coefficients radial{0.1F, 0.2F, 0.3F}, vignette{0.01F, 0.02F, 0.03F};
-    const float scaleFactors[] = {1.0F, 1.5F, 1.5F, 1.0F}; // green and vignette models have no scale factor
-    for (int i = 0; i < 4; ++i) {
+    const char *const values[] = {
+        "found 50 0.25 12.5 37.5 1 0.001 0.002 / 0.1 0.2 0.3", "found 50 0.25 12.5 37.5 1 0 0 / 0.1 0.2 0.3",
+        "found 50 0.25 12.5 37.5 1.5 0 0 / 0.1 0.2 0.3", "found 50 0.25 12.5 37.5 1.5 0 0 / 0.1 0.2 0.3",
+        "found 50 0.25 12.5 37.5 1 0 0 / 0.01 0.02 0.03"};
+    for (int i = 1; i < 5; ++i) {
         const Case named("i", i);
-        const QByteArray model = Resource("PerspectiveModel", Resource(kSubModels[i].tag, EveryValue()));
-        const newLCP lcp = Read(Profile(Entry(Size("101", "51") + model)));
-        const LensParam &read = lcp.*kSubModels[i].model;
-        QVERIFY(read.found);
-        QCOMPARE(read.coefficients, i == 3 ? vignette : radial);
-        QCOMPARE(read.scaleFactor, scaleFactors[i]);
-        QVERIFY(read.tangential1 == 0 && read.tangential2 == 0);
-        QCOMPARE(read.focalPixels, 50.0F);
-        QCOMPARE(read.focalLengthY, 0.25);
-        QCOMPARE(QPointF(read.centerX, read.centerY), QPointF(12.5, 37.5));
-        QCOMPARE(lcp.distortionModel.focalPixels, 0.0F); // the outer model is unaffected
-        QVERIFY(lcp.distortionModel.coefficients.isEmpty());
+        const QByteArray model = Resource("PerspectiveModel", Resource(kTags[i], EveryValue()));
+        QStringList expected{QStringLiteral("101 x 51, factor 1, kind 0, scale 0"),
+                             QStringLiteral("found 0 0 0 0 1 0 0 /"),
+                             kNoModel,
+                             kNoModel,
+                             kNoModel,
+                             kNoModel};
+        expected[1 + i] = QLatin1String(values[i]);
+        QCOMPARE(Text(Read(Profile(Entry(Size("101", "51") + model)))), expected);
     }
     const std::pair<const char *, int> kinds[] = {{"PerspectiveModel", 0}, {"FisheyeModel", 1}, {"GeometricModel", 0}};
     for (const auto &[tag, kind] : kinds) { // an unknown tag is still read
-        const Case named(tag, kind);
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + Resource(tag, EveryValue()))));
-        QVERIFY(lcp.distortionModel.found);
-        QCOMPARE(lcp.modelKind, kind);
-        QCOMPARE(lcp.distortionModel.coefficients, radial);
+        QCOMPARE(Text(lcp),
+                 (QStringList{QStringLiteral("101 x 51, factor 1, kind %1, scale 0").arg(kind),
+                              QLatin1String(values[0]), kNoModel, kNoModel, kNoModel, kNoModel}));
     }
 }
 
@@ -161,20 +170,16 @@ void tst_newLCP::reset()
     newLCP lcp =
         Read(Profile(Entry(Size("101", "51") + Metadata("24", "4", "1.5") + Resource("FisheyeModel", EveryValue()))));
     lcp.scale = 0.5F;
-    for (const SubModel &subModel : kSubModels) {
-        (lcp.*subModel.model).scaleFactor = 2.0F;
-        (lcp.*subModel.model).Found();
+    for (const auto model : kModels) {
+        (lcp.*model).scaleFactor = 2.0F;
+        (lcp.*model).Found();
     }
     lcp.Reset();
-    QVERIFY(lcp.sensorFormatFactor == 1.0F && lcp.scale == 0.0F && lcp.modelKind == 0);
-    QVERIFY(lcp.imageWidth == 0.0 && lcp.imageLength == 0.0);
-    const LensParam &distortion = lcp.distortionModel;
-    QVERIFY(!distortion.found && distortion.scaleFactor == 1.0F && distortion.focalPixels == 0.0F);
-    for (const SubModel &subModel : kSubModels) {
-        const LensParam &model = lcp.*subModel.model;
-        QVERIFY2(!model.found && model.scaleFactor == 1.0F && model.focalPixels == 0.0F, subModel.tag);
-    }
-    QCOMPARE(distortion.coefficients.size(), 3); // kept; reading again would append to them
+    // Some values are kept; reading again would append to the coefficients.
+    QCOMPARE(Text(lcp),
+             (QStringList{QStringLiteral("0 x 0, factor 1, kind 0, scale 0"),
+                          QStringLiteral("none 0 0.25 12.5 37.5 1 0.001 0.002 / 0.1 0.2 0.3"), kNoModel, kNoModel,
+                          kNoModel, kNoModel}));
 }
 
 void tst_newLCP::ignoresMetadataAfterTheModel()
@@ -183,10 +188,9 @@ void tst_newLCP::ignoresMetadataAfterTheModel()
     bool ok = false;
     const newLCP lcp = Read(Profile(Entry(Value("ImageLength", "51") + model + Value("ImageWidth", "101"))), &ok);
     QVERIFY(ok);
-    QCOMPARE(lcp.imageWidth, 0.0);
-    QCOMPARE(lcp.imageLength, 51.0);
-    QCOMPARE(lcp.distortionModel.focalPixels, -0.5F); // the width minus one is -1
-    QCOMPARE(QPointF(lcp.distortionModel.centerX, lcp.distortionModel.centerY), QPointF(-0.5, 12.5));
+    QCOMPARE(Text(lcp), // the width minus one is -1
+             (QStringList{QStringLiteral("0 x 51, factor 1, kind 0, scale 0"),
+                          QStringLiteral("found -0.5 0.5 -0.5 12.5 1 0 0 /"), kNoModel, kNoModel, kNoModel, kNoModel}));
 }
 
 void tst_newLCP::unusable()
@@ -221,9 +225,7 @@ void tst_newLCP::unusable()
                 : WriteFile(m_folder.filePath(QStringLiteral("bad.lcp")), content);
             const newLCP lcp(fileName, ok);
             QVERIFY2(ok == (content.isNull() && preset), content.left(200).constData());
-            QVERIFY(!lcp.distortionModel.found && lcp.modelKind == 0);
-            for (const SubModel &subModel : kSubModels)
-                QVERIFY(!(lcp.*subModel.model).found);
+            QVERIFY(!Text(lcp).join(QLatin1Char('\n')).contains(QLatin1String("found")) && lcp.modelKind == 0);
         }
     }
 }

@@ -6,6 +6,7 @@
 #include "LensfunFit.h"
 #include "MadeProfiles.h"
 #include "PictureLight.h"
+#include "Table.h"
 
 #include <QtTest>
 
@@ -92,73 +93,91 @@ void tst_FitChoices::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // Half the amount gives half the displacement and half the gain in stops.
-    options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
-    const FitResult half = Fit(Profile(entries), facts, options);
-    QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
+    // Entries without a model for a color move it by nothing and have no center.
+    for (int i = 0; i < 4; ++i)
+        entries[i].blueGreen.reset(); // at 20 mm, with a weight of 0.6
+    const RadialMap blue = *Fit(Profile(entries), facts, options).correction.blue;
+    const ProfileModel &one = *entries[4].blueGreen;
+    QVERIFY(std::abs(blue.centerX - (one.centerX * 6000.0 - 0.5)) < 1e-6
+            && std::abs(blue.centerY - (one.centerY * 4000.0 - 0.5)) < 1e-6);
+    const double x2 = std::pow(radius / (one.focalLengthX * 6000.0), 2);
+    QVERIFY(std::abs(blue.factor.AtSquared(radius * radius)
+                     - (0.6 + 0.4 * one.scaleFactor * (1.0 + one.coefficients[0] * x2)))
+                * radius
             < 0.002);
-    QVERIFY(std::abs(half.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops / 2.0) - 1.0) < 1e-4);
+
+    // Half the amount gives half the displacement and half the gain in stops; the most is 2.
+    for (const auto &[amount, limited] : {std::pair(0.5, 0.5), {3.0, 2.0}}) {
+        options.amountDistortion = options.amountChromatic = options.amountVignetting = amount;
+        const Correction half = Fit(Profile(entries), facts, options).correction;
+        const auto factorOf = [&](const std::optional<RadialMap> &shown) {
+            return shown->factor.AtSquared(radius * radius);
+        };
+        QVERIFY(std::abs(factorOf(half.geometry) - 1.0 - limited * (factor - 1.0)) * radius < 0.002);
+        QVERIFY(std::abs(factorOf(half.red) - 1.0 - limited * (factorOf(fit.correction.red) - 1.0)) * radius < 0.002);
+        QVERIFY(std::abs(half.light->gain.AtSquared(radius * radius) * std::exp2(limited * stops) - 1.0) < 1e-4);
+    }
 }
 
 void tst_FitChoices::choices_data()
 {
     QTest::addColumn<QVector<ProfileEntry>>("entries");
     QTest::addColumn<PictureFacts>("facts");
-    QTest::addColumn<QString>("expected"); // entries and weights in percent, for geometry and, after a bar, for light
-    QTest::addColumn<QString>("text");     // part of `assumed` or `why`
-    const auto entry = [](double focal, double distance, double apex, bool isFisheye = false) {
-        ProfileEntry made = Entry(focal);
-        made.distanceM = distance;
-        made.hasAperture = apex > -9.0;
-        made.apertureApex = made.hasAperture ? apex : 0.0;
-        if (isFisheye)
-            made.kind = ProfileEntry::Kind::Fisheye;
-        return made;
+    QTest::addColumn<QString>("expected"); // entries with weights, assumptions, and why something was left out
+    const auto numbers = [](const QString &text) {
+        QVector<double> values;
+        for (const QString &one : text.split(QLatin1Char(' ')))
+            values << one.toDouble();
+        return values;
     };
-    const auto shot = [](double focal, double distance, double aperture) {
+    const auto entries = [&](const QString &text) {
+        QVector<ProfileEntry> all;
+        for (const QString &one : text.split(QLatin1Char(';'))) {
+            const QVector<double> values = numbers(one);
+            all << Entry(values[0]);
+            all.last().distanceM = values[1];
+            all.last().hasAperture = values[2] > -9.0;
+            all.last().apertureApex = std::max(values[2], 0.0);
+            all.last().kind = values.size() > 3 ? ProfileEntry::Kind::Fisheye : ProfileEntry::Kind::Perspective;
+        }
+        return all;
+    };
+    const auto shot = [&](const QString &text) {
+        const QVector<double> values = numbers(text);
+        const auto fact = [](double value) { return value > 0.0 ? Known(value) : Fact<double>(); };
         PictureFacts facts = Facts();
-        facts.focalMm = focal > 0.0 ? Known(focal) : Fact<double>();
-        facts.distanceM = distance > 0.0 ? Known(distance) : Fact<double>();
-        facts.aperture = aperture > 0.0 ? Known(aperture) : Fact<double>();
+        facts.focalMm = fact(values[0]);
+        facts.distanceM = fact(values[1]);
+        facts.aperture = fact(values[2]);
         return facts;
     };
-    const auto row = [](const char *name, const QVector<ProfileEntry> &entries, const PictureFacts &facts,
-                        const char *expected, const char *text = "") {
-        QTest::newRow(name) << entries << facts << QString::fromLatin1(expected) << QString::fromLatin1(text);
-    };
-    const QVector<ProfileEntry> zoom = {entry(40, 3, 4), entry(20, 3, 4)};
-    row("entries not sorted", zoom, shot(25, 3, 4), "0:40 1:60|0:40 1:60");
-    row("beyond the end", zoom, shot(60, 3, 4), "0:100|0:100", "60 mm is outside the profile's 20 to 40 mm");
-    row("within the tolerance beyond the end", zoom, shot(40.5, 3, 4), "0:100|0:100");
-    row("unknown focal length", zoom, shot(0, 3, 4), "|", "focal length is unknown");
-    row("unknown focal length, a single entry", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100",
-        "the profile's only one");
-    row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
-        "distance unknown: the farthest is used");
-    row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4), "0:100|0:100",
-        "0.2 m is outside the profile's 1 to 5 m: the nearest is used");
-    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity is outside the profile's 5 m");
-    row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
-    row("between a distance and infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4),
-        "1:75 0:25|1:75 0:25");
-    row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
-    row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32), "1:100|1:100",
-        "f/32 is outside the profile's f/2 to f/8: the nearest is used");
-    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
-    row("one aperture, the picture has another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100",
-        "at f/4, its only aperture");
-    row("one aperture, the picture's is unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100",
-        "at f/4, its only aperture");
-    row("the profile's aperture is unknown", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
-    row("distortion from the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
-        "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
-    row("distances differ by focal length", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
-        "1:40 0:20 2:40|1:40 0:20 2:40");
-    row("an entry without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "1:100|1:100");
-    row("nearly equal settings: the last one", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4),
-        "1:100|1:100");
-    row("perspective and fisheye aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100",
-        "aren't mixed");
+    for (const QStringList &row : ReadTable(QStringLiteral(CHOICES)))
+        QTest::newRow(qPrintable(row[0])) << entries(row[1]) << shot(row[2]) << row[3];
+    // A frame for each body, size and crop factor. The longest sides are 18 mm in the picture, and in the entries:
+    QVector<ProfileEntry> framed = entries(QStringLiteral("20 1 4;20 4 4;40 1 4;40 4 4"));
+    framed[0].model = framed[1].model = framed[2].model = framed[3].model = QStringLiteral("X"); // 24 mm
+    framed[1].sensorFormatFactor = 1.0;                                                          // 36 mm
+    framed[2].height = 6000.0;                                                                   // 20.4 mm
+    framed[3].make = QStringLiteral("Y");
+    framed[3].sensorFormatFactor = 1.2; // 30 mm
+    PictureFacts small = shot(QStringLiteral("25 2 4"));
+    small.model = Known(QStringLiteral("SMALL"));
+    small.raw = true;
+    framed[0].raw = true;
+    QTest::newRow("several frames")
+        << framed << small
+        << QStringLiteral("20 mm f/4 1 m 20 %, 20 mm f/4 4 m 40 %, 40 mm f/4 1 m 13 %, 40 mm f/4 4 m 27 %\n"
+                          "made with another body, X: the picture's frame is 75 % of that body's\n"
+                          "made with another body, X: the picture's frame is 50 % of that body's\n"
+                          "made with another body, X: the picture's frame is 88 % of that body's\n"
+                          "made with another body, X: the picture's frame is 60 % of that body's\n"
+                          "the profile was measured on rendered pictures\n");
+    framed[0].raw = true;
+    QTest::newRow("raw data")
+        << framed.mid(0, 1) << shot(QStringLiteral("20 1 4"))
+        << QStringLiteral(
+               "20 mm f/4 1 m 100 %\nmade with another body, X: the picture's frame is 100 % of that body's\n"
+               "the profile was measured on raw data\n");
 }
 
 void tst_FitChoices::choices()
@@ -166,23 +185,8 @@ void tst_FitChoices::choices()
     QFETCH(QVector<ProfileEntry>, entries);
     QFETCH(PictureFacts, facts);
     QFETCH(QString, expected);
-    QFETCH(QString, text);
     const FitResult fit = Fit(Profile(entries), facts, {});
-    const auto written = [](const QVector<EntryWeight> &weights) {
-        QStringList parts;
-        for (const EntryWeight &one : weights)
-            parts << QStringLiteral("%1:%2").arg(one.entry).arg(one.weight * 100.0, 0, 'f', 0);
-        parts.sort();
-        return parts;
-    };
-    for (int i : {0, 1}) {
-        const Case named(i == 0 ? "geometry" : "light");
-        QStringList want = expected.section(QLatin1Char('|'), i, i).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        want.sort();
-        QCOMPARE(written(i == 0 ? fit.geometryEntries : fit.lightEntries), want);
-    }
-    const QString said = fit.assumed.join(QLatin1Char('\n')) + fit.why;
-    QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
+    QCOMPARE((QStringList(fit.entries) + fit.assumed + QStringList(fit.why)).join(QLatin1Char('\n')), expected);
 }
 
 /// Notes on the entries used reach the user, notes on others don't; and an invalid gamma is ignored.
@@ -197,6 +201,19 @@ void tst_FitChoices::oddities()
     // A light of 0.25 becomes 0.25^gamma; an invalid gamma has no effect.
     for (const auto &[gamma, light] : {std::pair(0.5, 0.5), {2.0, 0.0625}, {0.0, 0.25}, {qQNaN(), 0.25}})
         QVERIFY(std::abs(LightOf(raw, false, gamma).curve.Light(0, 0.25) - light) < 1e-9);
+    // Light of 0.5: sRGB's formula, 0.5^(563/256), and linear floats.
+    PictureFacts rendered;
+    const QString note = QStringLiteral("no color profile with curves: treated as sRGB");
+    for (const auto &[encoding, isFloat, light, text] :
+         {std::tuple(ColorEncoding::Srgb, false, std::pow(0.555 / 1.055, 2.4), QString()),
+          {ColorEncoding::AdobeRgb, false, std::pow(0.5, 563.0 / 256.0), QString()},
+          {ColorEncoding::Unknown, false, std::pow(0.555 / 1.055, 2.4), note},
+          {ColorEncoding::Srgb, true, 0.5, QString()}}) {
+        rendered.encoding.value = encoding;
+        const PictureLight found = LightOf(rendered, isFloat, 2.0);
+        QVERIFY(std::abs(found.curve.Light(0, 0.5) - light) < 1e-9);
+        QCOMPARE(found.assumed, text);
+    }
 }
 
 void tst_FitChoices::leftOut_data()
@@ -204,7 +221,7 @@ void tst_FitChoices::leftOut_data()
     QTest::addColumn<PictureFacts>("facts");
     QTest::addColumn<FitOptions>("options");
     QTest::addColumn<QString>("done"); // letters of the corrections made
-    QTest::addColumn<QString>("why");
+    QTest::addColumn<QString>("said"); // assumptions, and why something was left out
     const auto row = [](const char *name, const std::function<void(PictureFacts &, FitOptions &)> &change,
                         const char *done, const char *why) {
         PictureFacts facts = Facts();
@@ -222,22 +239,43 @@ void tst_FitChoices::leftOut_data()
         "corrected before", [&](PictureFacts &f, FitOptions &) { corrected(f); }, "c",
         "distortion, vignetting: corrected before (XMP)");
     row(
-        "corrected again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv", "");
+        "corrected again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv",
+        "distortion corrected again, although already corrected (XMP)\n"
+        "vignetting corrected again, although already corrected (XMP)\n");
     row(
-        "typed focal length", [](PictureFacts &f, FitOptions &o) { f.focalMm = {}, o.typed.focalMm = 24.0; }, "dcv",
-        "");
+        "tried before",
+        [](PictureFacts &f, FitOptions &) { f.distortionTried = f.chromaticTried = f.vignettingTried = true; }, "",
+        "distortion, lateral color, vignetting: an earlier run couldn't correct it (XMP vitrelux:Requested)");
+    row(
+        "typed setting",
+        [](PictureFacts &f, FitOptions &o) {
+            f.focalMm = f.aperture = f.distanceM = Known(99.0);
+            o.typed.focalMm = 24.0, o.typed.aperture = 4.0, o.typed.distanceM = 3.0;
+        },
+        "dcv", "");
+    row(
+        "invalid typed setting",
+        [](PictureFacts &, FitOptions &o) { o.typed.focalMm = o.typed.aperture = kInfinity, o.typed.distanceM = -1; },
+        "dcv",
+        "focal length unknown: the profile's only one is used\nthe profile's vignetting at f/4, its only aperture\n");
     row(
         "typed body", [](PictureFacts &f, FitOptions &o) { f.model = {}, o.typed.body = QStringLiteral("BODY"); },
         "dcv", "");
     row(
-        "no size", [](PictureFacts &f, FitOptions &) { f.pixels = QSize(); }, "", "size is unknown");
+        "typed body with its maker",
+        [](PictureFacts &, FitOptions &o) { o.typed.body = QStringLiteral(" Nikon  D70 "); }, "dcv",
+        "made with another body, BODY: the picture's frame is 90 % of that body's\n");
+    row(
+        "no size", [](PictureFacts &f, FitOptions &) { f.pixels = QSize(); }, "", "the picture's size is unknown");
     row(
         "chosen for a larger frame",
         [](PictureFacts &f, FitOptions &o) {
             f.model = Known(QStringLiteral("LARGE"));
             o.profile = QStringLiteral("made.lcp");
         },
-        "dcv", "");
+        "dcv",
+        "made with another body, BODY: the picture's frame is 150 % of that body's\n"
+        "the profile was made from a smaller frame (the picture's is 150 % of it): its edges are extrapolated\n");
 }
 
 void tst_FitChoices::leftOut()
@@ -245,19 +283,26 @@ void tst_FitChoices::leftOut()
     QFETCH(PictureFacts, facts);
     QFETCH(FitOptions, options);
     QFETCH(QString, done);
-    QFETCH(QString, why);
+    QFETCH(QString, said);
     const FitResult fit = Fit(Profile({Entry()}), facts, options);
     const QString letters = QString::fromLatin1(fit.distortion ? "d" : "")
         + QString::fromLatin1(fit.chromatic ? "c" : "") + QString::fromLatin1(fit.vignetting ? "v" : "");
     QCOMPARE(letters, done);
-    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
+    QCOMPARE((fit.assumed + QStringList(fit.why)).join(QLatin1Char('\n')), said);
     QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
-    const QString again = QStringLiteral("distortion corrected again, although already corrected (XMP)");
-    QCOMPARE(fit.assumed.contains(again), options.again);
+    FitResult gray = fit;
+    gray.correction.blue.reset(); // red alone is color too
+    LeaveOutColor(&gray);
+    QVERIFY(!gray.chromatic && !gray.correction.red);
+    const QStringList note = QStringList(QStringLiteral("left out: lateral color: the picture is gray"));
+    QCOMPARE(gray.assumed, fit.assumed + (fit.chromatic ? note : QStringList()));
+    QCOMPARE(gray.why, done == QLatin1String("c") ? note.first() : fit.why);
     facts.make = Known(QStringLiteral("Canon"));
     facts.model = Known(QStringLiteral("Canon EOS 40D"));
     facts.lensNames = {Known(QStringLiteral("EF24-105mm f/4L IS USM"))};
-    QCOMPARE(FitByLensfun(facts, options).assumed.contains(again), options.again);
+    QCOMPARE(FitByLensfun(facts, options)
+                 .assumed.contains(QStringLiteral("distortion corrected again, although already corrected (XMP)")),
+             options.again);
 }
 
 void tst_FitChoices::useless_data()
@@ -274,15 +319,23 @@ void tst_FitChoices::useless_data()
         QTest::newRow(name) << entry << distortion << color << QString::fromLatin1(why);
     };
     // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
-    row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
+    row("a fold near the center", false, true,
+        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds back 50 px from the center",
         [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
+    // Up to 519 px; 35 of 32 x 32 evenly spaced pixels are nearer, 3.4 %.
+    row("a fold farther out", false, true,
+        "distortion: 50 mm f/4 3 m (line 9) leaves 3 % of the picture: it folds back 519 px from the center",
+        [](ProfileEntry &e) { e.green->coefficients = {-47.2}; });
     row("all positions outside", false, true,
-        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies",
+        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies outside the photograph",
         [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
-    row("tangential terms move everything outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+    row("tangential terms move everything outside", false, true,
+        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies outside the photograph",
         [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
     row("both color models, reported once", true, false,
-        "lateral color: 50 mm f/4 3 m (line 9): the model for red leaves 0 %", [](ProfileEntry &e) {
+        "lateral color: 50 mm f/4 3 m (line 9): the model for red leaves 0 % of the picture: it folds back 0 px from "
+        "the center",
+        [](ProfileEntry &e) {
             e.redGreen->coefficients = {-1e12, 1e12, -1e12};
         });
     row("only one of two entries is a fisheye", true, true, "", [](ProfileEntry &e) {
@@ -298,12 +351,12 @@ void tst_FitChoices::useless()
     QFETCH(bool, color);
     QFETCH(QString, why);
     const FitResult fit = Fit(Profile({Entry(20.0), entry}), Facts({6000, 4000}, 45.0), {});
-    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.startsWith(why), qPrintable(fit.why));
+    QCOMPARE(fit.why, why);
     QCOMPARE(fit.distortion, distortion);
     QCOMPARE(fit.chromatic, color);
     QCOMPARE(fit.correction.blue.has_value(), color);
     QCOMPARE(fit.geometryEntries.isEmpty(), !distortion);
-    QVERIFY(fit.vignetting && !fit.why.contains(QLatin1Char('\n')));
+    QVERIFY(fit.vignetting);
 }
 
 QTEST_GUILESS_MAIN(tst_FitChoices)

@@ -73,6 +73,13 @@ void tst_Framing::framings()
     const FitResult all = fit(Framing::All);
     QVERIFY2(std::abs(all.zoom - 0.60093 / 0.62539) < 3e-4, qPrintable(QString::number(all.zoom)));
     QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
+    double mirrored[4]; // whichever corner is the farthest
+    for (int i = 0; i < 4; ++i) {
+        entry.geometry->centerX = i & 1 ? 0.52 : 0.48, entry.geometry->centerY = i & 2 ? 0.52 : 0.48;
+        mirrored[i] = fit(Framing::All).zoom;
+        QVERIFY(mirrored[i] < all.zoom && std::abs(mirrored[i] - mirrored[0]) < 1e-6);
+    }
+    entry.geometry->centerX = entry.geometry->centerY = 0.5;
     // Fill: the midpoint of a long edge, 999.5 px from the picture's center, is sampled at 1,000 px, where the source
     // ends: 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
     const FitResult fill = fit(Framing::Fill);
@@ -80,6 +87,11 @@ void tst_Framing::framings()
     QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
     options.framingFactor = 5.0;
     QCOMPARE(fit(Framing::Factor).zoom, 2.0);
+    entry.geometry->coefficients = {0.0}; // a quarter of the field at a zoom of 2, all at 1
+    for (double zoom : {2.0, 1.0}) {
+        options.framingFactor = zoom;
+        QVERIFY(std::abs(fit(Framing::Factor).fieldShare - 1.0 / (zoom * zoom)) < 1e-9);
+    }
     // A model that folds inside the picture: the area beyond the fold is empty, and the zoom stays within its bounds.
     entry.geometry->coefficients = {-9.0};
     const FitResult folded = fit(Framing::Fill);

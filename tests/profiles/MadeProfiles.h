@@ -79,7 +79,7 @@ inline void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));
     if (file.open(QIODevice::WriteOnly))
-        file.write("Maker;BODY;1.5\nMaker;SMALL;2\nMaker;LARGE;1\nMaker;NEAR;1.46\n");
+        file.write("Maker;BODY;1.5\nMaker;SMALL;2\nMaker;LARGE;1\nMaker;NEAR;1.46\nNikon;Nikon D70;1.6666\n");
     file.close();
     QDir::setSearchPaths(QStringLiteral("Data"), {folder.path()});
 }

@@ -84,7 +84,8 @@ private:
         if (m_spelling == Spelling::Decorated && node.name.isEmpty())
             elements.prepend(
                 "<stCamera:AlternateLensNames><rdf:Bag><rdf:li>Other name</rdf:li><rdf:li>Third</rdf:li></rdf:Bag>"
-                "</stCamera:AlternateLensNames>");
+                "</stCamera:AlternateLensNames><stCamera:AlternateLensIDs><rdf:Bag><rdf:li>12</rdf:li></rdf:Bag>"
+                "</stCamera:AlternateLensIDs>");
         const QByteArray content = elements.join();
         if (HasDescription())
             return '<' + tag + "><" + m_rdf + "Description" + attributes + ">\n" + content + "</" + m_rdf

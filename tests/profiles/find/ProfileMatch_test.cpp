@@ -1,11 +1,15 @@
-// Tests of ProfileMatch.h: the right profile among decoys, and none if the right one is missing.
+// Tests of ProfileMatch.h: what is found, why, and what is said if nothing is.
 #include "ProfileMatch.h"
 
 #include "MadeProfiles.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using made::Known;
+
+Q_DECLARE_METATYPE(PictureFacts)
+Q_DECLARE_METATYPE(IndexedProfile)
 
 namespace {
 
@@ -13,37 +17,6 @@ QString Text(const char *text)
 {
     return QString::fromUtf8(text);
 }
-
-/// Lenses with similar names, of other generations, or with other apertures; each is a decoy for the others.
-const char *const kLenses[] = {
-    "Canon EF-S 18-55mm f/3.5-5.6",
-    "Canon EF-S 18-55mm f/3.5-5.6 IS",
-    "Canon EF-S 18-55mm f/3.5-5.6 IS II",
-    "Canon EF-S 18-55mm f/3.5-5.6 IS STM",
-    "Canon EF 70-200mm f/2.8L IS USM",
-    "Canon EF 70-200mm f/2.8L IS II USM",
-    "Canon EF 70-200mm f/4L IS USM",
-    "Canon EF 70-200mm f/2.8L USM",
-    "Canon EF 28-80mm f/3.5-5.6 USM IV",
-    "Canon EF 28-80mm f/3.5-5.6 USM II",
-    "Nikkor AF 50mm f/1.8D",
-    "Nikon AI-S Nikkor 50mm f/1.8",
-    "Nikkor AF-S 50mm f/1.8G",
-    "Yongnuo YN 50mm f/1.8",
-    "Nikkor AF-S 18-55mm f/3.5-5.6G DX VR",
-    "Nikkor AF-S 18-55mm f/3.5-5.6G DX ED II",
-    "Nikkor AF-S 18-200mm f/3.5-5.6G DX VR IF-ED",
-    "Nikkor AF-S 18-70mm f/3.5-4.5G DX IF-ED",
-    "Sigma 10-20mm f/4-5.6 EX DC HSM",
-    "Sigma 10-20mm f/3.5 EX DC HSM",
-    "Sigma 85mm f/1.4 EX DG HSM",
-    "Sigma 85mm F1.4 DG DN | Art 020",
-    "Olympus Zuiko Digital ED 14-42mm f/3.5-5.6",
-    "Olympus M.Zuiko Digital ED 14-42mm f/3.5-5.6",
-    "XF 50mm f/2 R WR",
-    "XF 50mm f/1 R WR",
-    "Tamron AF 28-300mm f/3.5-6.3 XR Di LD Aspherical (IF)",
-};
 
 IndexedProfile ProfileOf(const QString &lens)
 {
@@ -53,15 +26,6 @@ IndexedProfile ProfileOf(const QString &lens)
     profile.head.model = QStringLiteral("Reference");
     profile.head.lensNames = QStringList{lens};
     return profile;
-}
-
-QVector<IndexedProfile> AllBut(const QString &missing)
-{
-    QVector<IndexedProfile> profiles;
-    for (const char *lens : kLenses)
-        if (Text(lens) != missing)
-            profiles.append(ProfileOf(Text(lens)));
-    return profiles;
 }
 
 PictureFacts PictureWith(const QString &make, const QString &lens, double focalMm)
@@ -87,193 +51,176 @@ ProfileMatcher Matcher(double referenceFactor = 1.0, double cameraFactor = 1.5)
 class tst_ProfileMatch : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void lensAmongDecoys_data();
-    void lensAmongDecoys();
-    void bodies_data();
-    void bodies();
-    void namesEquallyGoodProfiles();
-    void settingsOutsideTheLens_data();
-    void settingsOutsideTheLens();
-    void fixedLens();
-    void bodyDoesNotOutweighTheLens();
-    void sourcesInOrderOfTrust();
-    void namelessLensOfAMount();
+    void matches_data();
+    void matches();
     void sameCameras();
 };
 
-void tst_ProfileMatch::lensAmongDecoys_data()
+void tst_ProfileMatch::matches_data()
 {
-    QTest::addColumn<QString>("make");
-    QTest::addColumn<QString>("lens"); // as cameras or exiftool write it
-    QTest::addColumn<double>("focalMm");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char *make, const char *lens, double focalMm, const char *expected) {
-        QTest::newRow(lens) << Text(make) << Text(lens) << focalMm << Text(expected);
+    QTest::addColumn<QVector<IndexedProfile>>("profiles");
+    QTest::addColumn<PictureFacts>("facts");
+    QTest::addColumn<QString>("expected");              // path, "none" or "ambiguous"; reason; notes or nearest misses
+    QTest::addColumn<QPair<double, double>>("factors"); // crop factors of the reference and of the picture's camera
+    const auto row = [](const char *name, const QVector<IndexedProfile> &profiles, const PictureFacts &facts,
+                        const char *expected, double referenceFactor = 1.0, double cameraFactor = 1.5) {
+        QTest::newRow(name) << profiles << facts << QString::fromUtf8(expected)
+                            << qMakePair(referenceFactor, cameraFactor);
     };
-    row("Canon", "EF-S18-55mm f/3.5-5.6 IS", 34, "Canon EF-S 18-55mm f/3.5-5.6 IS");
-    row("Canon", "EF-S18-55mm f/3.5-5.6 IS STM", 18, "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
-    row("Canon", "EF70-200mm f/2.8L IS USM", 200, "Canon EF 70-200mm f/2.8L IS USM");
-    row("Canon", "Canon EF 28-80mm f/3.5-5.6 USM IV", 60, "Canon EF 28-80mm f/3.5-5.6 USM IV");
-    row("NIKON CORPORATION", "AF Nikkor 50mm f/1.8D", 50, "Nikkor AF 50mm f/1.8D");
-    row("NIKON CORPORATION", "AF-S DX VR Zoom-Nikkor 18-55mm f/3.5-5.6G", 28, "Nikkor AF-S 18-55mm f/3.5-5.6G DX VR");
-    row("NIKON CORPORATION", "AF-S DX VR Zoom-Nikkor 18-200mm f/3.5-5.6G IF-ED [II]", 105,
-        "Nikkor AF-S 18-200mm f/3.5-5.6G DX VR IF-ED");
-    row("PENTAX Corporation", "Sigma AF 10-20mm F4-5.6 EX DC", 10, "Sigma 10-20mm f/4-5.6 EX DC HSM");
-    row("SONY", "85mm F1.4 DG DN | Art 020", 85, "Sigma 85mm F1.4 DG DN | Art 020");
-    row("OLYMPUS IMAGING CORP.", "Olympus Zuiko Digital ED 14-42mm F3.5-5.6", 24,
-        "Olympus Zuiko Digital ED 14-42mm f/3.5-5.6");
-    row("FUJIFILM", "XF50mmF2 R WR", 50, "XF 50mm f/2 R WR");
-}
+    const auto on = [](IndexedProfile profile, const char *make, const char *model) {
+        profile.head.make = QString::fromUtf8(make);
+        profile.head.model = QString::fromUtf8(model);
+        return profile;
+    };
+    const auto raw = [](IndexedProfile profile) {
+        profile.head.raw = true;
+        return profile;
+    };
+    const auto canon = [](const char *lens, double focalMm) {
+        return PictureWith(QStringLiteral("Canon"), Text(lens), focalMm);
+    };
+    const IndexedProfile kit = ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6 IS"));
+    const PictureFacts byKit = canon("EF-S18-55mm f/3.5-5.6 IS", 34);
+    const char *const foundKit = "Canon EF-S 18-55mm f/3.5-5.6 IS\nmade for the lens \"Canon EF-S 18-55mm f/3.5-5.6 "
+                                 "IS\"\nmade on another camera, Reference";
+#define MISSED_KIT(why)                                                                                                \
+    "\nno profile for the lens \"EF-S18-55mm f/3.5-5.6 IS\"\n<Canon EF-S 18-55mm f/3.5-5.6 IS>: " why
+    row("larger frame than the picture's", {kit}, byKit, foundKit);
+    row("nearly the same frame", {kit}, byKit, foundKit, 1.56);
+    row("smaller frame", {kit}, byKit, MISSED_KIT("made on a smaller sensor, which shows only 94 % of the field"), 1.6);
+    row("camera not in the table", {kit}, byKit,
+        MISSED_KIT("made on another camera, and the sensor of Camera is unknown"), 1.0, 0.0);
+    row("reference not in the table", {kit}, byKit, MISSED_KIT("made on another camera, of unknown sensor size"), 0.0);
+    IndexedProfile stated = kit;
+    stated.head.sensorFormatFactor = 1.5;
+    row("reference not in the table, but the profile states its factor", {stated}, byKit, foundKit, 0.0);
+    row("same body, not in the table", {on(kit, "CANON", "Canon Camera")}, byKit,
+        "Canon EF-S 18-55mm f/3.5-5.6 IS\nmade for the lens \"Canon EF-S 18-55mm f/3.5-5.6 IS\"", 0.0, 0.0);
 
-void tst_ProfileMatch::lensAmongDecoys()
-{
-    QFETCH(QString, make);
-    QFETCH(QString, lens);
-    QFETCH(double, focalMm);
-    QFETCH(QString, expected);
-    const PictureFacts facts = PictureWith(make, lens, focalMm);
-    const ProfileMatch found = Matcher().Match(AllBut(QString()), facts);
-    QVERIFY2(found.path == expected, qPrintable(found.path + QLatin1String(": ") + found.reason));
-    const ProfileMatch none = Matcher().Match(AllBut(expected), facts);
-    QVERIFY2(none.path.isEmpty(), qPrintable(none.path));
-    QVERIFY2(none.reason.contains(lens), qPrintable(none.reason));
-}
+    // Settings outside the lens.
+    IndexedProfile ranged = kit;
+    ranged.head.minFocalMm = 18, ranged.head.maxFocalMm = 55;
+    ranged.head.minAperture = 3.5, ranged.head.maxAperture = 5.6;
+    const auto shot = [&](double focalMm, double aperture) {
+        PictureFacts facts = byKit;
+        facts.focalMm = Known(focalMm);
+        facts.aperture = Known(aperture);
+        return facts;
+    };
+    row("rounded focal lengths", {ranged}, shot(55.8, 8), foundKit);
+    row("rounded to below the shortest", {ranged}, shot(17.8, 8), foundKit);
+    row("too long", {ranged}, shot(60, 8), MISSED_KIT("its lens has no 60 mm"));
+    row("too short", {ranged}, shot(17, 8), MISSED_KIT("its lens has no 17 mm"));
+    row("wide open", {ranged}, shot(18, 3.4), foundKit);
+    row("too wide open", {ranged}, shot(18, 2.8), MISSED_KIT("its lens doesn't open to f/2.8"));
 
-void tst_ProfileMatch::bodies_data()
-{
-    QTest::addColumn<double>("referenceFactor");
-    QTest::addColumn<double>("cameraFactor");
-    QTest::addColumn<bool>("sameBody");
-    QTest::addColumn<bool>("found");
-    QTest::newRow("larger frame than the picture's") << 1.0 << 1.5 << false << true;
-    QTest::newRow("nearly the same frame") << 1.56 << 1.5 << false << true;
-    QTest::newRow("smaller frame") << 1.6 << 1.5 << false << false;
-    QTest::newRow("camera not in the table") << 1.0 << 0.0 << false << false;
-    QTest::newRow("reference not in the table") << 0.0 << 1.5 << false << false;
-    QTest::newRow("same body, not in the table") << 0.0 << 0.0 << true << true;
-}
+    // Equally good profiles, ranked by body, then by whether they were made for raw pictures.
+    const IndexedProfile long50 = ProfileOf(Text("Canon EF 50mm f/1.8 STM")),
+                         short50 = ProfileOf(Text("EF50mm f/1.8 STM"));
+    const PictureFacts by50 = canon("EF50mm f/1.8 STM", 50);
+    row("two that fit equally well", {long50, short50}, by50,
+        "ambiguous\ntwo profiles fit equally well: <Canon EF 50mm f/1.8 STM> and <EF50mm f/1.8 STM>; choose one with "
+        "--profile\n<Canon EF 50mm f/1.8 STM>\n<EF50mm f/1.8 STM>");
+    row("one of them for raw pictures", {long50, raw(short50)}, by50,
+        "Canon EF 50mm f/1.8 STM\nmade for the lens \"Canon EF 50mm f/1.8 STM\"\nmade on another camera, Reference");
+    row("that one by the same maker", {long50, on(raw(short50), "Canon", "Reference")}, by50,
+        "EF50mm f/1.8 STM\nmade for the lens \"EF50mm f/1.8 STM\"\nmade on another camera, Reference\nmade for raw "
+        "pictures");
+    const IndexedProfile first = ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6"));
+    IndexedProfile second = ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6 II"));
+    PictureFacts numbered = canon("Canon EF-S 18-55mm f/3.5-5.6 [II]", 34);
+    numbered.lensIds = {Known(QStringLiteral("6")), Known(QStringLiteral("7"))};
+    second.head.lensIds = QStringList{QStringLiteral("5"), QStringLiteral("7")};
+    row("two lenses, one with the picture's ID", {on(first, "Canon", "Reference"), on(second, "Canon", "Reference")},
+        numbered,
+        "Canon EF-S 18-55mm f/3.5-5.6 II\nmade for the lens \"Canon EF-S 18-55mm f/3.5-5.6 II\"\nmade on another "
+        "camera, Reference");
+    row("the ID in another maker's profile", {on(first, "Canon", "Reference"), second}, numbered,
+        "ambiguous\ntwo profiles fit equally well: <Canon EF-S 18-55mm f/3.5-5.6> and <Canon EF-S 18-55mm f/3.5-5.6 "
+        "II>; "
+        "choose one with --profile\n<Canon EF-S 18-55mm f/3.5-5.6>\n<Canon EF-S 18-55mm f/3.5-5.6 II>");
 
-void tst_ProfileMatch::bodies()
-{
-    QFETCH(double, referenceFactor);
-    QFETCH(double, cameraFactor);
-    QFETCH(bool, sameBody);
-    QFETCH(bool, found);
-    IndexedProfile profile = ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6 IS"));
-    if (sameBody) {
-        profile.head.make = QStringLiteral("CANON");
-        profile.head.model = QStringLiteral("Canon Camera");
-    }
-    const ProfileMatch match =
-        Matcher(referenceFactor, cameraFactor)
-            .Match({profile}, PictureWith(QStringLiteral("Canon"), Text("EF-S18-55mm f/3.5-5.6 IS"), 34));
-    QCOMPARE(!match.path.isEmpty(), found);
-    QCOMPARE(match.nearest.size(), found ? 0 : 1);
-    QCOMPARE(match.notes.size(), found && !sameBody ? 1 : 0); // another body is noted
-}
-
-void tst_ProfileMatch::namesEquallyGoodProfiles()
-{
-    QVector<IndexedProfile> two = {ProfileOf(Text("Canon EF 50mm f/1.8 STM")), ProfileOf(Text("EF50mm f/1.8 STM"))};
-    const PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("EF50mm f/1.8 STM"), 50);
-    const ProfileMatch equal = Matcher().Match(two, facts);
-    QVERIFY2(equal.path.isEmpty(), qPrintable(equal.path));
-    QVERIFY2(equal.reason.contains(two[0].path) && equal.reason.contains(two[1].path), qPrintable(equal.reason));
-    // Profiles are ranked by body, then by whether they were made for raw pictures.
-    two[1].head.raw = true;
-    QCOMPARE(Matcher().Match(two, facts).path, two[0].path);
-    two[1].head.make = QStringLiteral("Canon");
-    QCOMPARE(Matcher().Match(two, facts).path, two[1].path);
-    QCOMPARE(Matcher().Match(two, facts).notes.size(), 2); // another body, and made for raw pictures
-}
-
-void tst_ProfileMatch::settingsOutsideTheLens_data()
-{
-    QTest::addColumn<double>("focalMm");
-    QTest::addColumn<double>("aperture");
-    QTest::addColumn<bool>("found");
-    QTest::newRow("inside") << 34.0 << 8.0 << true;
-    QTest::newRow("rounded focal length") << 55.8 << 8.0 << true;
-    QTest::newRow("too long") << 60.0 << 8.0 << false;
-    QTest::newRow("wide open") << 18.0 << 3.4 << true;
-    QTest::newRow("too wide open") << 18.0 << 2.8 << false;
-}
-
-void tst_ProfileMatch::settingsOutsideTheLens()
-{
-    QFETCH(double, focalMm);
-    QFETCH(double, aperture);
-    QFETCH(bool, found);
-    IndexedProfile profile = ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6 IS"));
-    profile.head.minFocalMm = 18;
-    profile.head.maxFocalMm = 55;
-    profile.head.minAperture = 3.5;
-    profile.head.maxAperture = 5.6;
-    PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("EF-S18-55mm f/3.5-5.6 IS"), focalMm);
-    facts.aperture = Known(aperture);
-    QCOMPARE(!Matcher().Match({profile}, facts).path.isEmpty(), found);
-}
-
-void tst_ProfileMatch::fixedLens()
-{
-    IndexedProfile compact = ProfileOf(Text("6.1-30.5 mm"));
-    compact.head.make = QStringLiteral("Canon");
-    compact.head.model = QStringLiteral("Canon PowerShot G11");
-    PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("6.1 - 30.5 mm"), 12);
-    facts.model = Known(QStringLiteral("Canon PowerShot G11"));
-    QCOMPARE(Matcher().Match({compact}, facts).path, compact.path);
-    // A profile for an interchangeable lens doesn't match a camera with a fixed lens.
+    // Fixed lenses.
+    const IndexedProfile compact = on(ProfileOf(Text("6.1-30.5 mm")), "Canon", "Canon PowerShot G11");
+    PictureFacts byCompact = canon("6.1 - 30.5 mm", 12);
+    byCompact.model = Known(QStringLiteral("Canon PowerShot G11"));
+    row("a fixed lens", {compact}, byCompact, "6.1-30.5 mm\nmade for the camera \"Canon PowerShot G11\"");
     IndexedProfile mounted = compact;
     mounted.head.lensNames = QStringList{Text("Canon EF 12mm f/2.8L USM")};
-    QVERIFY(Matcher().Match({mounted}, facts).path.isEmpty());
-    facts.model = Known(QStringLiteral("Canon PowerShot G12"));
-    QVERIFY(Matcher().Match({compact}, facts).path.isEmpty());
-}
+    row("a fixed lens, a profile for an interchangeable one", {mounted}, byCompact,
+        "\nno profile for the camera \"Canon PowerShot G11\", and the picture doesn't name its lens; name it with "
+        "--lens");
+    byCompact.model = Known(QStringLiteral("Canon PowerShot G12"));
+    row("a fixed lens of another camera", {compact}, byCompact,
+        "\nno profile for the camera \"Canon PowerShot G12\", and the picture doesn't name its lens; name it with "
+        "--lens");
+    PictureFacts nameless = canon("", 50);
+    nameless.lensNames.clear();
+    for (const char *lens : {"Sigma 50mm f/1.4", "50mm f/1.4"}) // a prime for a mount
+        row(lens, {on(ProfileOf(Text(lens)), "Canon", "Camera")}, nameless,
+            "\nno profile for the camera \"Camera\", and the picture doesn't name its lens; name it with --lens");
+    nameless.model = {};
+    row("neither camera nor lens", {kit}, nameless, "\nthe picture doesn't say which camera and lens took it");
 
-void tst_ProfileMatch::bodyDoesNotOutweighTheLens()
-{
-    IndexedProfile right = ProfileOf(Text("XF23mmF1.4 R LM WR")), wrong = ProfileOf(Text("XF23mmF1.4 R"));
-    wrong.head.make = QStringLiteral("FUJIFILM");
-    wrong.head.model = QStringLiteral("Camera");
-    const PictureFacts facts = PictureWith(QStringLiteral("FUJIFILM"), Text("XF23mmF1.4 R LM WR"), 23);
-    QCOMPARE(Matcher().Match({wrong, right}, facts).path, right.path);
-    QVERIFY(Matcher().Match({wrong}, facts).path.isEmpty());
-}
+    // The body doesn't outweigh the lens.
+    const IndexedProfile right = ProfileOf(Text("XF23mmF1.4 R LM WR")),
+                         wrong = on(ProfileOf(Text("XF23mmF1.4 R")), "FUJIFILM", "Camera");
+    const PictureFacts by23 = PictureWith(QStringLiteral("FUJIFILM"), Text("XF23mmF1.4 R LM WR"), 23);
+    row("the lens on another body", {wrong, right}, by23,
+        "XF23mmF1.4 R LM WR\nmade for the lens \"XF23mmF1.4 R LM WR\"\nmade on another camera, Reference");
+    row("another lens on the same body", {wrong}, by23,
+        "\nno profile for the lens \"XF23mmF1.4 R LM WR\"\n\"XF23mmF1.4 R\" on Camera (XF23mmF1.4 R): another design");
 
-void tst_ProfileMatch::sourcesInOrderOfTrust()
-{
-    PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("50mm F1.4 DG HSM | Art 014"), 50);
-    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // the maker note's wrong name for the lens
-    const QVector<IndexedProfile> profiles = {ProfileOf(Text("Canon EF 50mm f/1.4 USM"))};
-    QVERIFY(Matcher().Match(profiles, facts).path.isEmpty());
+    // Sources in the order of trust.
+    PictureFacts facts = canon("50mm F1.4 DG HSM | Art 014", 50);
+    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM")));
+    row("the maker note's wrong name", {ProfileOf(Text("Canon EF 50mm f/1.4 USM"))}, facts,
+        "\nno profile for the lens \"50mm F1.4 DG HSM | Art 014\"\n<Canon EF 50mm f/1.4 USM>: another maker");
     facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);
     facts.lensMake = Known(QStringLiteral("Samyang"));
-    QVERIFY(Matcher().Match({ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts).path.isEmpty());
+    row("the lens's maker", {ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts,
+        "\nno profile for the lens \"85mm F1.4\"\n<AF-S Nikkor 85mm f/1.4G>: another maker");
     // One lens number stands for two lenses: even if only one of them has a profile, the match is ambiguous.
-    facts = PictureWith(QStringLiteral("Canon"), Text("Canon EF 28-70mm f/2.8L USM or Sigma 28-105mm f/2.8 EX"), 50);
     const QVector<IndexedProfile> zoom = {ProfileOf(Text("Canon EF 28-70mm f/2.8L USM"))};
-    QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
+    const char *const either =
+        "ambiguous\nthe picture's lens is <Canon EF 28-70mm f/2.8L USM> or \"Sigma 28-105mm f/2.8 EX\"; name it with "
+        "--lens or choose with --profile\n<Canon EF 28-70mm f/2.8L USM>\nSigma 28-105mm f/2.8 EX";
+    facts = canon("Canon EF 28-70mm f/2.8L USM or Sigma 28-105mm f/2.8 EX", 50);
+    row("one of two lenses", zoom, facts, either);
     facts.lensNames.append(Known(Text("EF28-70mm f/2.8L USM")));
-    QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
+    row("one of two lenses, named by a less trusted source", zoom, facts, either);
     std::swap(facts.lensNames[0], facts.lensNames[1]);
-    QCOMPARE(Matcher().Match(zoom, facts).path, zoom[0].path);
-    facts.lensNames = {Known(Text("Canon EF 28-70mm f/2.8L USM | Canon EF 28-70mm f/2.8L USM II"))};
-    QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
-    // A mount in a profile's lens name implies the maker.
-    facts = PictureWith(QStringLiteral("SONY"), Text("Sigma 18-200mm f/3.5-6.3 OS"), 50);
-    QVERIFY(Matcher().Match({ProfileOf(Text("E 18-200mm F3.5-6.3 OSS"))}, facts).path.isEmpty());
+    row("one of two lenses, named by a trusted source", zoom, facts,
+        "Canon EF 28-70mm f/2.8L USM\nmade for the lens \"Canon EF 28-70mm f/2.8L USM\"\nmade on another camera, "
+        "Reference");
+    row("one of two generations", zoom, canon("Canon EF 28-70mm f/2.8L USM | Canon EF 28-70mm f/2.8L USM II", 50),
+        "ambiguous\nthe picture's lens is <Canon EF 28-70mm f/2.8L USM> or \"Canon EF 28-70mm f/2.8L USM II\"; name it "
+        "with --lens or choose with --profile\n<Canon EF 28-70mm f/2.8L USM>\nCanon EF 28-70mm f/2.8L USM II");
+    row("the maker implied by a mount", {ProfileOf(Text("E 18-200mm F3.5-6.3 OSS"))},
+        PictureWith(QStringLiteral("SONY"), Text("Sigma 18-200mm f/3.5-6.3 OS"), 50),
+        "\nno profile for the lens \"Sigma 18-200mm f/3.5-6.3 OS\"\n<E 18-200mm F3.5-6.3 OSS>: another maker");
+    QVector<IndexedProfile> four;
+    for (const char *end : {" USM", " IS II", "", " IS STM"})
+        four << ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6") + Text(end));
+    row("the nearest three of four", four, byKit,
+        "\nno profile for the lens \"EF-S18-55mm f/3.5-5.6 IS\"\n<Canon EF-S 18-55mm f/3.5-5.6 IS II>: another "
+        "generation\n<Canon EF-S 18-55mm f/3.5-5.6 IS STM>: another focus motor\n<Canon EF-S 18-55mm f/3.5-5.6>: "
+        "another stabilizer");
 }
 
-void tst_ProfileMatch::namelessLensOfAMount()
+void tst_ProfileMatch::matches()
 {
-    IndexedProfile prime = ProfileOf(Text("Sigma 50mm f/1.4"));
-    prime.head.make = QStringLiteral("Canon");
-    prime.head.model = QStringLiteral("Camera");
-    PictureFacts facts = PictureWith(QStringLiteral("Canon"), QString(), 50);
-    facts.lensNames.clear();
-    QVERIFY(Matcher().Match({prime}, facts).path.isEmpty());
-    prime.head.lensNames = QStringList{Text("50mm f/1.4")};
-    QVERIFY(Matcher().Match({prime}, facts).path.isEmpty());
+    QFETCH(QVector<IndexedProfile>, profiles);
+    QFETCH(PictureFacts, facts);
+    QFETCH(QString, expected);
+    using Factors = QPair<double, double>;
+    QFETCH(Factors, factors);
+    const ProfileMatch match = Matcher(factors.first, factors.second).Match(profiles, facts);
+    QString text = (QStringList{match.isAmbiguous ? QStringLiteral("ambiguous") : match.path, match.reason}
+                    + match.notes + match.nearest)
+                       .join(QLatin1Char('\n'));
+    text.replace(QRegularExpression(QStringLiteral("\"([^\"\n]+)\" on Reference \\(\\1\\)")), QStringLiteral("<\\1>"));
+    QCOMPARE(text, expected);
 }
 
 void tst_ProfileMatch::sameCameras()

@@ -8,7 +8,6 @@
 #include <QtTest>
 
 #include <cstring>
-#include <numeric>
 
 namespace {
 
@@ -21,15 +20,16 @@ template <typename Function> int Position(Function function)
     return int(bytes / sizeof(void *));
 }
 
-template <typename... Functions> QVector<int> Positions(Functions... functions)
+template <typename... Functions> QList<int> Positions(Functions... functions)
 {
     return {Position(functions)...};
 }
 
-QVector<int> FromTwoTo(int last)
+QList<int> FromTwoTo(int last)
 {
-    QVector<int> numbers(last - 1);
-    std::iota(numbers.begin(), numbers.end(), 2);
+    QList<int> numbers;
+    for (int number = 2; number <= last; ++number)
+        numbers << number;
     return numbers;
 }
 

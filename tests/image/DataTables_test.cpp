@@ -1,6 +1,7 @@
 // Tests of the camera and lens tables: parsing, looking up rows, and finding each row of the real tables.
 #include "CameraProperties.h"
 #include "Case.h"
+#include "Files.h"
 #include "KImage.h"
 #include "LensIDProperties.h"
 #include "Threads.h"
@@ -16,9 +17,7 @@ class TestTable {
 public:
     TestTable(const char *name, const QByteArray &text)
     {
-        QFile file(m_folder.filePath(QLatin1String(name)));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(text);
+        WriteFile(m_folder.filePath(QLatin1String(name)), text);
         QDir::setSearchPaths(QStringLiteral("Data"), {m_folder.path()});
     }
     ~TestTable() { QDir::setSearchPaths(QStringLiteral("Data"), {QStringLiteral(":/Data")}); }
@@ -30,9 +29,8 @@ private:
 /// Returns the rows of a real table, parsed independently.
 QVector<QStringList> RowsOf(const char *name)
 {
-    QFile file{QString::fromLatin1(name)};
     QVector<QStringList> rows;
-    for (const QByteArray &line : file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>()) {
+    for (const QByteArray &line : ReadFile(QString::fromLatin1(name)).split('\n')) {
         const QString row = QString::fromUtf8(line).section(QLatin1Char('#'), 0, 0);
         if (!row.isEmpty())
             rows.append(row.split(QLatin1Char(';')));

@@ -1,8 +1,10 @@
 // Checks the content of the program's output files: depth, channels, compression and the photograph's metadata.
 #include "Case.h"
-#include "CorrectFile.h"
 #include "FittedFiles.h"
 #include "ProgramRun.h"
+#include "TestFiles.h"
+#include "TiffRaster.h"
+#include "lens_reference.h"
 
 #include <QFile>
 #include <QImage>
@@ -15,8 +17,6 @@
 #include <cmath>
 #include <exiv2/exiv2.hpp>
 #include <tiffio.h>
-
-#include "TestFiles.h"
 
 namespace {
 
@@ -171,6 +171,7 @@ void tst_CorrectedMetadata::plainRun()
     profile.width = 60;
     profile.height = 40;
     profile.vignette = Samples::LensModel{0.9, 0.51, 0.48, {0, 0, 0}};
+    const QByteArray text = QByteArray::fromStdString(ProfileText(profile));
     constexpr int kForms[][2] = {{0, 3}, {8, 3}, {8, 4}, {16, 3}, {16, 4}, {32, 3}, {32, 4}};
     for (const auto &[bits, channels] : kForms) { // 0 bits: JPEG
         const Case named(bits, "bits", channels, "channels");
@@ -182,7 +183,10 @@ void tst_CorrectedMetadata::plainRun()
         else
             WriteTiff(path, raster);
         AddMetadata(path);
-        const QString output = CorrectFile(path, profile, Vignetting);
+        const QString profilePath = WriteFile(folder.filePath("p.lcp"_s), text);
+        const ProgramResult run = ProgramRun().Run({"correct"_s, "--plain"_s, "--profile"_s, profilePath, path});
+        QVERIFY2(run.exitCode == 0, run.error);
+        const QString output = QString::fromUtf8(run.output).trimmed();
         const auto source = OpenMetadata(path), result = OpenMetadata(output);
         CompareMetadata(*result, *source);
         QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results have XMP

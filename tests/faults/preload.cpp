@@ -174,26 +174,16 @@ REPLACE(int, __libc_start_main,
 }
 
 // Memory. C++'s operator new calls malloc().
-REPLACE(void *, malloc, (size_t size))
-{
-    return Counts("alloc") && Fails("malloc") ? nullptr : __libc_malloc(size);
-}
-REPLACE(void *, calloc, (size_t count, size_t size))
-{
-    return Counts("alloc") && Fails("calloc") ? nullptr : __libc_calloc(count, size);
-}
-REPLACE(void *, realloc, (void *old, size_t size))
-{
-    return Counts("alloc") && Fails("realloc") ? nullptr : __libc_realloc(old, size);
-}
-REPLACE(void *, aligned_alloc, (size_t alignment, size_t size))
-{
-    return Counts("alloc") && Fails("aligned_alloc") ? nullptr : __libc_memalign(alignment, size);
-}
-REPLACE(void *, memalign, (size_t alignment, size_t size))
-{
-    return Counts("alloc") && Fails("memalign") ? nullptr : __libc_memalign(alignment, size);
-}
+#define ALLOCATION(name, parameters, allocate)                                                                         \
+    REPLACE(void *, name, parameters)                                                                                  \
+    {                                                                                                                  \
+        return Counts("alloc") && Fails(#name) ? nullptr : allocate;                                                   \
+    }
+ALLOCATION(malloc, (size_t size), __libc_malloc(size))
+ALLOCATION(calloc, (size_t count, size_t size), __libc_calloc(count, size))
+ALLOCATION(realloc, (void *old, size_t size), __libc_realloc(old, size))
+ALLOCATION(aligned_alloc, (size_t alignment, size_t size), __libc_memalign(alignment, size))
+ALLOCATION(memalign, (size_t alignment, size_t size), __libc_memalign(alignment, size))
 REPLACE(int, posix_memalign, (void **result, size_t alignment, size_t size))
 {
     *result = Counts("alloc") && Fails("posix_memalign") ? nullptr : __libc_memalign(alignment, size);

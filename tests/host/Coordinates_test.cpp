@@ -1,12 +1,15 @@
 // Runs the whole program on pictures whose pixel values are their coordinates. Every pixel of the result then
 // holds its source position, which is compared with the lens models in double precision.
-#include "CorrectFile.h"
+#include "LensOracle.h"
+#include "ProgramRun.h"
+#include "TestFiles.h"
+#include "TiffRaster.h"
 
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
-
-#include "TiffRaster.h"
+#include <stdexcept>
 
 using Samples::LensModel;
 using Samples::LensProfile;
@@ -34,6 +37,27 @@ LensProfile WithChromatic(LensProfile profile)
     profile.redGreen = LensModel{0.81, 0.512, 0.489, {0.013, -0.004}, 0, 0, 1.004};
     profile.blueGreen = LensModel{0.79, 0.494, 0.507, {-0.011, 0.003, 0.002}, 0, 0, 0.997};
     return profile;
+}
+
+/// Corrects a picture with exactly @p corrections enabled. Sets the size of @p profile to the picture's in landscape
+/// orientation. Throws std::runtime_error if the program fails.
+TiffRaster Corrected(const TiffRaster &source, LensProfile *profile, int corrections)
+{
+    profile->width = std::max(source.width, source.height);
+    profile->height = std::min(source.width, source.height);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("a.tiff"_s), profilePath = folder.filePath("a.lcp"_s);
+    WriteTiff(path, source);
+    WriteFile(profilePath, QByteArray::fromStdString(ProfileText(*profile)));
+    QStringList arguments = {"correct"_s, "--plain"_s, "--profile"_s, profilePath, path};
+    for (const auto &[correction, option] : {std::pair(Distortion, "--distortion"_s), std::pair(Chromatic, "--ca"_s),
+                                             std::pair(Vignetting, "--vignetting"_s)})
+        if (corrections & correction)
+            arguments << option;
+    const ProgramResult result = ProgramRun().Run(arguments);
+    if (result.exitCode != 0)
+        throw std::runtime_error(result.error.toStdString());
+    return ReadTiff(folder.filePath("a_corrected.tiff"_s));
 }
 
 /// Expected source of channel c at (x, y).
@@ -143,6 +167,7 @@ void tst_Coordinates::everyPixelHasItsSourcePosition()
                 for (int c = 0; c < 3; ++c)
                     source.At(x, y, c) = float(coordinate({double(x), double(y)}, c) / coordinate(range, c));
         const TiffRaster result = Corrected(source, &profile, corrections);
+        QCOMPARE(QSize(result.width, result.height), size);
         deviation.Note(result, LensOracle(profile, corrections), [&](const Expected &at, double got) {
             double expected = 0;
             if (at.channel.content == Content::Sampled)

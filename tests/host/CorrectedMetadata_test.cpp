@@ -1,8 +1,10 @@
-// Checks the content of the program's output files: depth, channels, compression, alpha and the photograph's metadata.
+// Checks the content of the program's output files: depth, channels, compression and the photograph's metadata.
 #include "Case.h"
-#include "CorrectFile.h"
 #include "FittedFiles.h"
 #include "ProgramRun.h"
+#include "TestFiles.h"
+#include "TiffRaster.h"
+#include "lens_reference.h"
 
 #include <QFile>
 #include <QImage>
@@ -16,64 +18,31 @@
 #include <exiv2/exiv2.hpp>
 #include <tiffio.h>
 
-#include "TestFiles.h"
-
-using Samples::LensProfile;
-
 namespace {
 
 constexpr int kDeflate = 8; // value of TIFF's Compression tag
 
-/// Returns a profile with pincushion distortion: corners map outside the source, so that every kind of pixel occurs.
-LensProfile OutwardProfile()
+/// Returns a picture in which all samples of a row differ; the fourth channel, if any, is half transparent.
+TiffRaster Ramp(int channels, int bits)
 {
-    const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
-    LensProfile profile;
-    profile.width = 60;
-    profile.height = 40;
-    profile.distortion = at({0.08, 0.05});
-    profile.green = profile.distortion;
-    profile.redGreen = at({0.06});
-    profile.blueGreen = at({-0.06});
-    profile.vignette = at({-0.3, 0.05, 0});
-    return profile;
-}
-
-/// Returns a gray picture with a black square in the middle; the fourth channel, if any, is @p alpha.
-TiffRaster SquareOnGray(int width, int height, int channels, int bits, float alpha)
-{
-    TiffRaster raster = BlankRaster(width, height, channels, bits);
-    const float full = bits == 8 ? 255.0f : bits == 16 ? 65535.0f : 1.0f;
-    const auto level = [=](float share) { return bits == 32 ? share : std::round(share * full); };
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
+    TiffRaster raster = BlankRaster(60, 40, channels, bits);
+    for (int y = 0; y < raster.height; ++y)
+        for (int x = 0; x < raster.width; ++x)
             for (int c = 0; c < channels; ++c) {
-                const bool black = std::abs(x - width / 2) < width / 6 && std::abs(y - height / 2) < height / 6;
-                raster.At(x, y, c) = level(c == 3 ? alpha : black ? 0.0f : 0.4f);
+                const int code = c == 3 ? 128 : y + x + 60 * c;
+                raster.At(x, y, c) = bits == 32 ? float(code) / 256.0f : float(bits == 16 ? 257 * code : code);
             }
     return raster;
-}
-
-enum class Alpha { Opaque, Clear, Kept, Unsure };
-
-/// Returns the expected alpha of a pixel, from its colors' source positions and, with chromatic models, from its value.
-Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
-{
-    if (pixel.Holds(Content::Unsure))
-        return Alpha::Unsure;
-    if (pixel.Holds(Content::Outside)) // with chromatic models, the warp skips the alpha of such pixels
-        return corrections & Chromatic ? Alpha::Kept : Alpha::Clear;
-    return corrections & Chromatic && black ? Alpha::Clear : Alpha::Opaque;
 }
 
 /// Returns whether a tag describes how the file stores pixels, or is a block whose content is compared tag by tag.
 bool IsStorageTag(const std::string &key)
 {
     static const char *const names[] = {
-        "ImageWidth",   "ImageLength",       "BitsPerSample", "Compression",     "PhotometricInterpretation",
-        "StripOffsets", "SamplesPerPixel",   "RowsPerStrip",  "StripByteCounts", "PlanarConfiguration",
-        "SampleFormat", "InterColorProfile", "IPTCNAA",       "XMLPacket",       "ExifTag",
-        "GPSTag"};
+        "ImageWidth",   "ImageLength",     "BitsPerSample",     "Compression",     "PhotometricInterpretation",
+        "StripOffsets", "SamplesPerPixel", "RowsPerStrip",      "StripByteCounts", "PlanarConfiguration",
+        "SampleFormat", "ExtraSamples",    "InterColorProfile", "IPTCNAA",         "XMLPacket",
+        "ExifTag",      "GPSTag"};
     if (key == "Exif.Photo.MakerNote" || key == "Exif.MakerNote.Offset") // the note's own tags are compared
         return true;
     return std::any_of(std::begin(names), std::end(names),
@@ -98,9 +67,19 @@ Exiv2::Image::AutoPtr OpenMetadata(const QString &path)
     return image;
 }
 
-QByteArray ColorProfile(Exiv2::Image &image)
+/// Fails unless a result has all EXIF and IPTC data and the color profile of its source.
+void CompareMetadata(Exiv2::Image &result, Exiv2::Image &source)
 {
-    return QByteArray(reinterpret_cast<const char *>(image.iccProfile()->pData_), int(image.iccProfile()->size_));
+    const QStringList carried = Texts(result.exifData());
+    for (const QString &text : Texts(source.exifData()))
+        QVERIFY2(carried.contains(text), qPrintable(text));
+    QVERIFY(source.exifData().findKey(Exiv2::ExifKey("Exif.CanonCs.LensType")) != source.exifData().end());
+    QCOMPARE(Texts(result.iptcData()), Texts(source.iptcData()));
+    const auto profile = [](Exiv2::Image &image) {
+        return QByteArray(reinterpret_cast<const char *>(image.iccProfile()->pData_), int(image.iccProfile()->size_));
+    };
+    QVERIFY(!profile(source).isEmpty());
+    QCOMPARE(profile(result), profile(source));
 }
 
 void AddMetadata(const QString &path)
@@ -178,91 +157,48 @@ class tst_CorrectedMetadata : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void depthAndAlpha_data();
-    void depthAndAlpha();
-    void copiesMetadata();
+    void plainRun();
     void formatsKeepMetadata_data();
     void formatsKeepMetadata();
     void kinds_data();
     void kinds();
 };
 
-void tst_CorrectedMetadata::depthAndAlpha_data()
+/// Corrects vignetting with a gain of 1 everywhere.
+void tst_CorrectedMetadata::plainRun()
 {
-    QTest::addColumn<int>("corrections"); // 0: vignetting with a gain of 1 everywhere
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<int>("channels");
-    QTest::addColumn<int>("bits");
-    const QSize landscape(120, 80), portrait(80, 120);
-    for (int bits : {8, 16, 32})
-        for (int channels : {3, 4})
-            QTest::addRow("%d bits, %d channels", bits, channels) << 0 << landscape << channels << bits;
-    for (int corrections : {Vignetting + 0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
-        for (const QSize &size : {landscape, portrait})
-            for (int bits : {8, 16})
-                QTest::addRow("corrections %d, width %d, %d bits", corrections, size.width(), bits)
-                    << corrections << size << (bits == 16 ? 4 : 3) << bits;
-}
-
-void tst_CorrectedMetadata::depthAndAlpha()
-{
-    QFETCH(const int, corrections);
-    QFETCH(const QSize, size);
-    QFETCH(const int, channels);
-    QFETCH(const int, bits);
-    const float full = bits == 8 ? 255.0f : 65535.0f;
-    const TiffRaster source = SquareOnGray(size.width(), size.height(), channels, bits, 0.5f);
-    LensProfile profile = OutwardProfile();
-    if (corrections == 0)
-        profile.vignette->coefficients = {0, 0, 0};
-    const TiffRaster result = Corrected(source, &profile, corrections == 0 ? Vignetting : corrections);
-    QCOMPARE(result.channels, bits == 32 ? 3 : 4);
-    QCOMPARE(result.compression, kDeflate);
-    const Samples::Hold hold = HoldOf(size.width(), size.height());
-    const LensOracle oracle(profile, corrections);
-    int seen[4] = {};
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x) {
-            for (int c = 0; corrections == 0 && c < 3; ++c)
-                QCOMPARE(result.At(x, y, c), source.At(x, y, c));
-            if (bits == 32)
-                continue;
-            const OraclePixel pixel = oracle.At(Turned({double(x), double(y)}, size.width(), hold));
-            const bool black = result.At(x, y, 0) + result.At(x, y, 1) + result.At(x, y, 2) == 0;
-            const Alpha alpha = ExpectedAlpha(pixel, corrections, black);
-            ++seen[int(alpha)];
-            const float before = hold == Samples::Hold::Portrait ? 0 : channels == 4 ? source.At(x, y, 3) : full;
-            const float expected = alpha == Alpha::Opaque ? full : alpha == Alpha::Clear ? 0 : before;
-            if (alpha != Alpha::Unsure && result.At(x, y, 3) != expected)
-                QFAIL(qPrintable("(%1, %2): %3 instead of %4"_s.arg(x).arg(y).arg(result.At(x, y, 3)).arg(expected)));
-        }
-    QVERIFY(bits == 32 || seen[int(Alpha::Opaque)] > 100);
-    if (corrections & (Distortion | Chromatic))
-        QVERIFY(seen[int(Alpha::Clear)] > 100); // outside, or the black square
-    if (corrections & Chromatic)
-        QVERIFY(seen[int(Alpha::Kept)] > 20);
-}
-
-void tst_CorrectedMetadata::copiesMetadata()
-{
-    for (const int bits : {0, 8, 16, 32}) { // 0: JPEG
-        const Case named("bits", bits);
+    Samples::LensProfile profile;
+    profile.width = 60;
+    profile.height = 40;
+    profile.vignette = Samples::LensModel{0.9, 0.51, 0.48, {0, 0, 0}};
+    const QByteArray text = QByteArray::fromStdString(ProfileText(profile));
+    constexpr int kForms[][2] = {{0, 3}, {8, 3}, {8, 4}, {16, 3}, {16, 4}, {32, 3}, {32, 4}};
+    for (const auto &[bits, channels] : kForms) { // 0 bits: JPEG
+        const Case named(bits, "bits", channels, "channels");
         const QTemporaryDir folder;
         const QString path = folder.filePath(bits == 0 ? "source.jpg"_s : "source.tiff"_s);
+        const TiffRaster raster = Ramp(channels, bits);
         if (bits == 0)
             WriteJpeg(path, 60, 40);
         else
-            WriteTiff(path, SquareOnGray(60, 40, 3, bits, 1));
+            WriteTiff(path, raster);
         AddMetadata(path);
-        const auto source = OpenMetadata(path), result = OpenMetadata(CorrectFile(path, OutwardProfile(), Distortion));
-        QVERIFY(source->exifData().findKey(Exiv2::ExifKey("Exif.CanonCs.LensType")) != source->exifData().end());
-        const QStringList carried = Texts(result->exifData());
-        for (const QString &text : Texts(source->exifData()))
-            QVERIFY2(carried.contains(text), qPrintable(text));
-        QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
-        QVERIFY(source->iccProfile()->size_ > 0);
+        const QString profilePath = WriteFile(folder.filePath("p.lcp"_s), text);
+        const ProgramResult run = ProgramRun().Run({"correct"_s, "--plain"_s, "--profile"_s, profilePath, path});
+        QVERIFY2(run.exitCode == 0, run.error);
+        const QString output = QString::fromUtf8(run.output).trimmed();
+        const auto source = OpenMetadata(path), result = OpenMetadata(output);
+        CompareMetadata(*result, *source);
         QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results have XMP
-        QCOMPARE(ColorProfile(*result), ColorProfile(*source));
+        const TiffRaster written = ReadTiff(output);
+        QCOMPARE(written.channels, bits == 32 ? 3 : 4);
+        QCOMPARE(written.bits, qMax(8, bits));
+        QCOMPARE(written.compression, kDeflate);
+        for (int i = 0; bits > 0 && i < 60 * 40; ++i) {
+            for (int c = 0; c < 3; ++c)
+                QCOMPARE(written.At(i % 60, i / 60, c), raster.At(i % 60, i / 60, c));
+            QVERIFY(bits == 32 || written.At(i % 60, i / 60, 3) == float((1 << bits) - 1)); // opaque
+        }
     }
 }
 
@@ -307,11 +243,7 @@ void tst_CorrectedMetadata::formatsKeepMetadata()
         return;
     }
     const auto source = OpenMetadata(path), result = OpenMetadata(output);
-    const QStringList carried = Texts(result->exifData());
-    for (const QString &text : Texts(source->exifData()))
-        QVERIFY2(carried.contains(text), qPrintable(text));
-    QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
-    QCOMPARE(ColorProfile(*result), ColorProfile(*source));
+    CompareMetadata(*result, *source);
     QCOMPARE(result->xmpData()["Xmp.xmp.Rating"].toString(), std::string("4"));
     QCOMPARE(result->exifData()["Exif.Photo.PixelXDimension"].toLong(), 300L);
     if (compression > 0)

@@ -29,9 +29,8 @@ private:
 /// Returns the rows of a real table, parsed independently.
 QVector<QStringList> RowsOf(const char *name)
 {
-    QFile file{QString::fromLatin1(name)};
     QVector<QStringList> rows;
-    for (const QByteArray &line : file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>()) {
+    for (const QByteArray &line : ReadFile(QString::fromLatin1(name)).split('\n')) {
         const QString row = QString::fromUtf8(line).section(QLatin1Char('#'), 0, 0);
         if (!row.isEmpty())
             rows.append(row.split(QLatin1Char(';')));

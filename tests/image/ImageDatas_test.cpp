@@ -89,8 +89,8 @@ QByteArray Xml(const Pairs &pairs)
 class tst_ImageDatas : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void cleanup();
+    void initTestCase() { QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.path()); }
+    void cleanup() { ImageDatas::settings = nullptr; }
 
     void defaults();
     void settingsSurvive();
@@ -101,27 +101,16 @@ private:
     ImageDatas m_shared;
 };
 
-void tst_ImageDatas::initTestCase()
-{
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.path());
-}
-
-void tst_ImageDatas::cleanup()
-{
-    ImageDatas::settings = nullptr;
-}
-
 void tst_ImageDatas::defaults()
 {
     const ImageDatas datas;
     QCOMPARE(datas.thumbnailSize, QSize(128, 128));
     QCOMPARE(datas.thumbnailExtensions, QStringList(QStringLiteral(".THM")));
-    QVector<QVariant> values;
+    QVariantList values;
     for (const auto &pair : Written(datas))
         values.append(pair.second);
-    QCOMPARE(
-        values,
-        QVector<QVariant>({0, 50.0F, 0, 50.0F, 0.0F, 0.0F, 0.0F, 0, false, true, 0, false, 2.2F, 2.5F, 1.0F, 1.0F}));
+    QCOMPARE(values,
+             (QVariantList{0, 50.0F, 0, 50.0F, 0.0F, 0.0F, 0.0F, 0, false, true, 0, false, 2.2F, 2.5F, 1.0F, 1.0F}));
 }
 
 void tst_ImageDatas::settingsSurvive()
@@ -145,11 +134,9 @@ void tst_ImageDatas::settingsSurvive()
     fromManager.LoadSettings(manager);
     QCOMPARE(Written(m_shared), Written(ImageDatas())); // loading changes only the record itself
     m_shared.LoadSettings(hash);
-    const std::pair<const char *, const ImageDatas *> loaded[] = {
-        {"hash", &fromHash}, {"XML", &fromXml}, {"manager", &fromManager}, {"shared", &m_shared}};
-    for (const auto &[name, record] : loaded) {
-        const Case named(name);
-        const ImageDatas &datas = *record;
+    int number = 0;
+    for (const ImageDatas &datas : {fromHash, fromXml, fromManager, m_shared}) {
+        const Case named("record", ++number);
         QCOMPARE(Written(datas), UnusualPairs());
         QCOMPARE(datas.thumbnailSize, QSize(128, 128));
         QCOMPARE(datas.thumbnailExtensions, QStringList(QStringLiteral(".THM")));

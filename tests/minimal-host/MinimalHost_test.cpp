@@ -1,10 +1,10 @@
 // The installed files after they were moved: used by a host that was built with only these files, and by the program.
 #include "Case.h"
+#include "FittedFiles.h"
 #include "ProgramTest.h"
 #include "TiffRaster.h"
 
 #include <QDir>
-#include <exiv2/exiv2.hpp>
 
 class MinimalHost_test : public ProgramTest {
     Q_OBJECT
@@ -57,17 +57,8 @@ void MinimalHost_test::fitted()
              none.error);
     QVERIFY(!QFile::exists(Path("b_corrected.tiff"_s)));
 
-    const auto image = Exiv2::ImageFactory::open(Path("b.jpg"_s).toStdString());
-    image->exifData()["Exif.Image.Make"] = "Maker";
-    image->exifData()["Exif.Image.Model"] = "BODY";
-    image->exifData()["Exif.Photo.FocalLength"] = "24/1";
-    image->writeMetadata();
-    WriteFile(Path("q.lcp"_s), R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
-        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile" xmlns:p="http://ns.adobe.com/photoshop/1.0/">
-        <r:Description><p:CameraProfiles><r:Seq><r:li><r:Description s:FocalLength="24"
-        s:Make="Maker" s:Model="BODY" s:ImageWidth="6000" s:ImageLength="4000" s:SensorFormatFactor="1.5">
-        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.1"/></r:Description></r:li></r:Seq>
-        </p:CameraProfiles></r:Description></r:RDF>)");
+    WriteMetadata(Path("b.jpg"_s), {kLens, "50/1", "8/1"});
+    WriteFile(Path("q.lcp"_s), Profile(kLens));
     const ProgramResult fitted = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg q.lcp"_s);
     QVERIFY2(fitted.exitCode == 0, fitted.error);
     QVERIFY2(fitted.output.contains("Profile: " + Path("q.lcp"_s).toUtf8() + '\n'), fitted.output);

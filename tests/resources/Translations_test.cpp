@@ -7,12 +7,10 @@
 
 namespace {
 
-QList<QDomElement> Descendants(const QDomNode &node, const char *tag)
+QList<QDomElement> Descendants(const QDomElement &element, const char *tag)
 {
     QList<QDomElement> found;
-    const QDomNodeList nodes = node.nodeType() == QDomNode::DocumentNode
-        ? node.toDocument().elementsByTagName(QLatin1String(tag))
-        : node.toElement().elementsByTagName(QLatin1String(tag));
+    const QDomNodeList nodes = element.elementsByTagName(QLatin1String(tag));
     for (int i = 0; i < nodes.size(); ++i)
         found << nodes.at(i).toElement();
     return found;
@@ -26,7 +24,7 @@ QMap<QString, QDomElement> Messages(const QString &path)
     QMap<QString, QDomElement> messages;
     if (!file.open(QIODevice::ReadOnly) || !document.setContent(&file))
         return messages;
-    for (const QDomElement &context : Descendants(document, "context")) {
+    for (const QDomElement &context : Descendants(document.documentElement(), "context")) {
         const QString name = context.firstChildElement(QStringLiteral("name")).text();
         for (const QDomElement &message : Descendants(context, "message"))
             messages[name + QLatin1String(": ") + message.firstChildElement(QStringLiteral("source")).text()] = message;

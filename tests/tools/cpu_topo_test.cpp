@@ -6,8 +6,6 @@
 
 #include <QtTest>
 
-#include <cstring>
-
 using Ids = std::vector<unsigned>;
 using Caches = std::vector<RecordedCache>;
 
@@ -105,40 +103,25 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
 
 struct FailureRow {
     const char *name;
-    void (*spoil)(RecordedMachine &);
+    RecordedMachine machine;
     unsigned error;
-    int bindings;
+    int bindings = 0, forbiddenCpu = -1, unbindableCpu = -1;
 };
 
-const FailureRow kFailures[] = {
-    {"restricted to some processors", [](R &m) { m.forbiddenCpu = 2; }, kTopologyAffinityError, 0},
-    {"binding refused", [](R &m) { m.unbindableCpu = 2; }, kTopologyBindError, 3},
-    {"leaf 11 without threads",
-     [](R &m) {
-         m.Levels({{2, 1, 4}});
-     },
-     kTopologyGeneralError, 0},
-    {"leaf 11 that never ends",
-     [](R &m) {
-         m.Levels(std::vector<RecordedLevel>(20, {1, 1, 2}));
-     },
-     kTopologyGeneralError, 0},
-    {"more leaves than the record holds",
-     [](R &m) {
-         m.Set(0, 0, {0x1E, 0x756E6547, 0x6C65746E, 0x49656E69});
-     },
-     kTopologyGeneralError, 0},
-    {"more caches than the record holds",
-     [](R &m) {
-         m.Caches(4, Caches(7, {1, D, 1, 64, 8}));
-     },
-     kTopologyGeneralError, 0},
-    {"cores counted as threads, before leaf 4",
-     [](R &m) {
-         m.AmdCores(0xF, 4, 0).Set(0, 0, {1, 0x68747541, 0x444D4163, 0x69746E65});
-     },
-     kTopologyLegacyError, 0},
-};
+std::vector<FailureRow> Failures()
+{
+    const R four = R(R::Intel, 0xB, Range(0, 4)).PerPackage(4).Caches(4, {{1, D, 1, 64, 8}});
+    const CpuidRegisters manyLeaves = {0x1E, 0x756E6547, 0x6C65746E, 0x49656E69};
+    return {
+        {"restricted to some processors", four, kTopologyAffinityError, 0, 2},
+        {"binding refused", four, kTopologyBindError, 3, -1, 2},
+        {"leaf 11 without threads", R(four).Levels({{2, 1, 4}}), kTopologyGeneralError},
+        {"leaf 11 that never ends", R(four).Levels(std::vector<RecordedLevel>(20, {1, 1, 2})), kTopologyGeneralError},
+        {"more leaves than the record holds", R(four).Set(0, 0, manyLeaves), kTopologyGeneralError},
+        {"more caches than the record holds", R(four).Caches(4, Caches(7, {1, D, 1, 64, 8})), kTopologyGeneralError},
+        {"cores counted as threads, before leaf 4", R(R::Amd, 1, Range(0, 4)).PerPackage(4).AmdCores(0xF, 4, 0),
+         kTopologyLegacyError}};
+}
 
 } // namespace
 
@@ -210,11 +193,11 @@ void tst_CpuTopo::ordinals()
 
 void tst_CpuTopo::failures()
 {
-    for (const FailureRow &failure : kFailures) {
+    for (const FailureRow &failure : Failures()) {
         const Case named(failure.name);
-        RecordedMachine machine(R::Intel, 0xB, Range(0, 4));
-        machine.PerPackage(4).Caches(4, {{1, D, 1, 64, 8}});
-        failure.spoil(machine);
+        RecordedMachine machine = failure.machine;
+        machine.forbiddenCpu = failure.forbiddenCpu;
+        machine.unbindableCpu = failure.unbindableCpu;
         SetCpuMachine(&machine);
         QVERIFY2(GetSysLogicalProcessorCount() == 0u && glbl_ptr->error == failure.error, failure.name);
         const Ids counts = {GetSysProcessorCoreCount(), GetSysEachCacheCount(0), GetthreadCount(0, 0),

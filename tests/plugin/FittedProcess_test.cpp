@@ -143,7 +143,6 @@ private Q_SLOTS:
     void grayStaysGray();
     void independentOfThreadCount();
     void readsOnlyAnnouncedRows();
-    void formats_data();
     void formats();
     void recordOfResult();
 
@@ -398,76 +397,73 @@ void tst_FittedProcess::readsOnlyAnnouncedRows()
             }
 }
 
-void tst_FittedProcess::formats_data()
-{
-    QTest::addColumn<int>("bits"); // of the picture
-    QTest::addColumn<int>("channels");
-    QTest::addColumn<double>("gamma"); // of its ICC profile; 0: none
-    QTest::addColumn<int>("resultBits");
-    QTest::addColumn<double>("value"); // expected for 0.4, half opaque if there is alpha
-    QTest::addColumn<QString>("assumed");
-    // Row names begin with the format.
-    QTest::newRow("jpeg, 16 bits") << 16 << 3 << 0.0 << 8 << 0.4 << "8 bits per channel instead of 16"_s;
-    QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "no opacity: transparent pixels are black"_s;
-    QTest::newRow("jpeg, gray") << 8 << 1 << 0.0 << 8 << 0.4 << QString();
-    QTest::newRow("png, alpha") << 16 << 4 << 0.0 << 16 << 0.4 << QString();
-    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4)
-                                 << "16 bits per channel instead of floats (clipped to 0 to 1), with the sRGB curve"_s;
-    QTest::newRow("png, gray floats with profile")
-        << 32 << 1 << 1.75 << 16 << 0.4 << "16 bits per channel instead of floats (clipped to 0 to 1)"_s;
-    QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4)
-                                 << "no color profile with curves: treated as sRGB"_s;
-    QTest::newRow("jpeg, empty borders") << 8 << 3 << 0.0 << 8 << 0.4 << "no opacity: transparent pixels are black"_s;
-    QTest::newRow("png, gray, empty borders")
-        << 8 << 1 << 0.0 << 8 << 0.4
-        << "RGB with opacity instead of gray, because some pixels are empty, and without the gray color profile"_s;
-    QTest::newRow("exr, 16 bits with alpha and profile") << 16 << 4 << 1.75 << 32 << std::pow(0.4, 1.75) << QString();
-    QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();
-}
-
 /// Corrects a flat picture, so that positions don't affect the values.
 void tst_FittedProcess::formats()
 {
-    QFETCH(const int, bits);
-    QFETCH(const int, channels);
-    QFETCH(const double, gamma);
-    QFETCH(const double, value);
-    QFETCH(const QString, assumed);
-    const QString format = QString::fromLatin1(QTest::currentDataTag()).section(QLatin1Char(','), 0, 0);
-    TiffRaster source = BlankRaster(300, 200, channels, bits);
-    for (size_t i = 0; i < source.values.size(); ++i)
-        source.values[i] = float((channels == 4 && i % 4 == 3 ? 0.5 : 0.4) * (bits == 32 ? 1.0 : (1 << bits) - 1.0));
-    if (bits == 32) // the tables have no entry for NaN
-        std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
-    const QString path = Put(source, RgbProfile(gamma));
-    const bool leavesEmpty = QByteArray(QTest::currentDataTag()).contains("empty");
-    void *record = Record({{"Disto"_s, "1"_s},
-                           {"Framing"_s, leavesEmpty ? "all"_s : "1.2"_s},
-                           {"Format"_s, format},
-                           {"Quality"_s, "100"_s}});
-    QString output;
-    m_process.Process(path, record, output);
-    const QDomElement element = m_process.GetXmlParameters(record);
-    m_process.FreeParameters(record);
-    QVERIFY(Host().Def(path)->acceptedPending && !gflAcceptsPendingRows()); // only while the picture is locked
-    QCOMPARE(element.attribute("Format"_s), format);
-    QCOMPARE(element.attribute("Assumed"_s), assumed);
-    QVERIFY2(output.endsWith("a_corrected."_s + (format == "jpeg"_s ? "jpg"_s : format)), qPrintable(output));
-    const QByteArray list("channels\0chlist", 16), file = ReadFile(output); // of OpenEXR, which can store half floats
-    const int first = file.indexOf(list) + list.size() + 5;
-    QVERIFY(format != "exr"_s || file[file.indexOf('\0', first) + 1] == (bits == 8 ? 1 : 2));
-    KImage result;
-    result.ID_Read(output, /*nativeDepth=*/true);
-    QTEST(int(result.bitsPerComponent()), "resultBits");
-    const bool hasAlpha = (channels == 4 || leavesEmpty) && format != "jpeg"_s;
-    QCOMPARE(int(result.type()), int(hasAlpha ? GFL_RGBA : channels == 1 ? GFL_GREY : GFL_RGB));
-    KImage floats;
-    result.Convert(floats, GFL_RGBA, 32);
-    const auto *pixel = reinterpret_cast<const float *>(floats.getData(150, 100));
-    for (int c = 0; c < 3; ++c) // twice the rounding error of 8 bits
-        QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
-    QVERIFY(std::abs(pixel[3] - (channels == 4 && hasAlpha ? 0.5F : 1.0F)) < 0.001F);
-    QCOMPARE(reinterpret_cast<const float *>(floats.getData(150, 0))[3] == 0.0F, hasAlpha && leavesEmpty);
+    const char *const noOpacity = "no opacity: transparent pixels are black";
+    const struct {
+        const char *name; // begins with the format
+        int bits, channels;
+        double gamma; // of the ICC profile; 0: none
+        int resultBits;
+        double value; // expected for 0.4, half opaque if there is alpha
+        const char *assumed = "";
+    } rows[] = {
+        {"jpeg, 16 bits", 16, 3, 0.0, 8, 0.4, "8 bits per channel instead of 16"},
+        {"jpeg, alpha", 8, 4, 0.0, 8, 0.2, noOpacity},
+        {"jpeg, gray", 8, 1, 0.0, 8, 0.4},
+        {"png, alpha", 16, 4, 0.0, 16, 0.4},
+        {"png, floats", 32, 3, 0.0, 16, LightToSrgb(0.4),
+         "16 bits per channel instead of floats (clipped to 0 to 1), with the sRGB curve"},
+        {"png, gray floats with profile", 32, 1, 1.75, 16, 0.4,
+         "16 bits per channel instead of floats (clipped to 0 to 1)"},
+        {"exr, 8 bits", 8, 3, 0.0, 32, SrgbToLight(0.4), "no color profile with curves: treated as sRGB"},
+        {"jpeg, empty borders", 8, 3, 0.0, 8, 0.4, noOpacity},
+        {"png, gray, empty borders", 8, 1, 0.0, 8, 0.4,
+         "RGB with opacity instead of gray, because some pixels are empty, and without the gray color profile"},
+        {"exr, 16 bits with alpha and profile", 16, 4, 1.75, 32, std::pow(0.4, 1.75)},
+        {"exr, floats", 32, 1, 0.0, 32, 0.4},
+    };
+    for (const auto &[name, bits, channels, gamma, resultBits, value, assumed] : rows) {
+        const Case named(name);
+        const QString format = QString::fromLatin1(name).section(QLatin1Char(','), 0, 0);
+        TiffRaster source = BlankRaster(300, 200, channels, bits);
+        for (size_t i = 0; i < source.values.size(); ++i)
+            source.values[i] =
+                float((channels == 4 && i % 4 == 3 ? 0.5 : 0.4) * (bits == 32 ? 1.0 : (1 << bits) - 1.0));
+        if (bits == 32) // the tables have no entry for NaN
+            std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
+        const QString path = Put(source, RgbProfile(gamma));
+        const bool leavesEmpty = QByteArray(name).contains("empty");
+        void *record = Record({{"Disto"_s, "1"_s},
+                               {"Framing"_s, leavesEmpty ? "all"_s : "1.2"_s},
+                               {"Format"_s, format},
+                               {"Quality"_s, "100"_s}});
+        QString output;
+        m_process.Process(path, record, output);
+        const QDomElement element = m_process.GetXmlParameters(record);
+        m_process.FreeParameters(record);
+        QVERIFY(Host().Def(path)->acceptedPending && !gflAcceptsPendingRows()); // only while the picture is locked
+        QCOMPARE(element.attribute("Format"_s), format);
+        QCOMPARE(element.attribute("Assumed"_s), QLatin1String(assumed));
+        QVERIFY2(output.endsWith("a_corrected."_s + (format == "jpeg"_s ? "jpg"_s : format)), qPrintable(output));
+        const QByteArray list("channels\0chlist", 16),
+            file = ReadFile(output); // of OpenEXR, which can store half floats
+        const int first = file.indexOf(list) + list.size() + 5;
+        QVERIFY(format != "exr"_s || file[file.indexOf('\0', first) + 1] == (bits == 8 ? 1 : 2));
+        KImage result;
+        result.ID_Read(output, /*nativeDepth=*/true);
+        QCOMPARE(int(result.bitsPerComponent()), resultBits);
+        const bool hasAlpha = (channels == 4 || leavesEmpty) && format != "jpeg"_s;
+        QCOMPARE(int(result.type()), int(hasAlpha ? GFL_RGBA : channels == 1 ? GFL_GREY : GFL_RGB));
+        KImage floats;
+        result.Convert(floats, GFL_RGBA, 32);
+        const auto *pixel = reinterpret_cast<const float *>(floats.getData(150, 100));
+        for (int c = 0; c < 3; ++c) // twice the rounding error of 8 bits
+            QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
+        QVERIFY(std::abs(pixel[3] - (channels == 4 && hasAlpha ? 0.5F : 1.0F)) < 0.001F);
+        QCOMPARE(reinterpret_cast<const float *>(floats.getData(150, 0))[3] == 0.0F, hasAlpha && leavesEmpty);
+    }
 }
 
 /// The record of one correction after another, made by a program that left XMP, or by the camera.

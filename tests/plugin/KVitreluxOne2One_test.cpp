@@ -340,7 +340,8 @@ void tst_KVitreluxOne2One::xmlForm()
 
 void tst_KVitreluxOne2One::rightAngleFrames()
 {
-    const std::pair<QSize, int> rows[] = {{{41, 21}, 1}, {{21, 41}, 1}, {{31, 31}, 1}, {{80, 60}, 4}}; // a preview
+    // landscape, portrait, square, and a preview, which is smaller than the profile's frame
+    const std::pair<QSize, int> rows[] = {{{41, 21}, 1}, {{21, 41}, 1}, {{31, 31}, 1}, {{80, 60}, 4}};
     for (const auto &[size, reduction] : rows) {
         const Case named(size, "reduction", reduction);
         const int width = size.width(), height = size.height();

@@ -142,9 +142,7 @@ private Q_SLOTS:
     void listWrapsAround();
     void reducedSize();
     void states();
-    void picture_data();
     void picture();
-    void profileChosen_data();
     void profileChosen();
     void quickToggles();
     void applyToAllAndStore();
@@ -243,107 +241,96 @@ void tst_UIVitreluxPage::states()
     QCOMPARE(desk.State(), "unset waiting next"_s);
 }
 
-void tst_UIVitreluxPage::picture_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<QString>("boxes"); // checked ones: distortion, color, vignetting
-    QTest::addColumn<bool>("split");
-    QTest::newRow("landscape, distortion") << QSize(400, 300) << "100"_s << false;
-    QTest::newRow("portrait, color, split") << QSize(300, 401) << "010"_s << true;
-    QTest::newRow("reduced by half, vignetting") << QSize(2048, 1536) << "001"_s << false;
-}
-
 void tst_UIVitreluxPage::picture()
 {
-    QFETCH(QSize, size);
-    QFETCH(QString, boxes);
-    QFETCH(bool, split);
-    FakeImageDef *def = MakePicture(kA, size.width(), size.height());
-    KVitreluxOne2One::Params params;
-    params.disto = boxes[0] == QLatin1Char('1');
-    params.ca = boxes[1] == QLatin1Char('1');
-    params.falloff = boxes[2] == QLatin1Char('1');
-    params.lcpFilename =
-        Profile({true, true, true}, qMax(size.width(), size.height()), qMin(size.width(), size.height()));
-    TestWizard desk({kA});
-    desk.ChooseProfile(params.lcpFilename);
-    const char *box = params.disto ? "m_cbDistortion" : params.ca ? "m_cbCA" : "m_cbVignetting";
-    desk.Click(box);
-    if (split)
-        QTest::keyClick(desk.Find<QCheckBox>("m_cbPreview"), Qt::Key_Space);
-    QCOMPARE(desk.Record(kA).remove(QLatin1Char(' ')), boxes + params.lcpFilename);
+    const std::tuple<QSize, QString, bool> rows[] = {
+        {{400, 300}, "100"_s, false}, {{300, 401}, "010"_s, true}, {{2048, 1536}, "001"_s, false}}; // reduced by half
+    for (const auto &[size, boxes, split] : rows) { // the boxes are distortion, color and vignetting
+        const Case named(size, "boxes", boxes, "split", split);
+        Host().Clear();
+        FakeImageDef *def = MakePicture(kA, size.width(), size.height());
+        KVitreluxOne2One::Params params;
+        params.disto = boxes[0] == QLatin1Char('1');
+        params.ca = boxes[1] == QLatin1Char('1');
+        params.falloff = boxes[2] == QLatin1Char('1');
+        params.lcpFilename =
+            Profile({true, true, true}, qMax(size.width(), size.height()), qMin(size.width(), size.height()));
+        TestWizard desk({kA});
+        desk.ChooseProfile(params.lcpFilename);
+        const char *box = params.disto ? "m_cbDistortion" : params.ca ? "m_cbCA" : "m_cbVignetting";
+        desk.Click(box);
+        if (split)
+            QTest::keyClick(desk.Find<QCheckBox>("m_cbPreview"), Qt::Key_Space);
+        QCOMPARE(desk.Record(kA).remove(QLatin1Char(' ')), boxes + params.lcpFilename);
 
-    const QWidget *frame = desk.Find<QWidget>("frame");
-    const QSize reducedSize = def->reducedSizes.value(0);
-    params.scale = float(reducedSize.width()) / float(size.width());
-    KImage reduced, work;
-    def->pixels.Resize(reduced, reducedSize.width(), reducedSize.height());
-    reduced.Convert(work, GFL_RGBA, 32);
-    const QImage source = Fitted(work, *frame);
-    desk.process.Process(qMakePair(static_cast<KIImageDef *>(def), &work), &params);
-    QImage expected = Fitted(work, *frame);
-    QVERIFY(expected != source);
-    if (split)
-        QPainter(&expected).drawImage(0, 0, source, 0, 0, source.width() / 2);
-    const auto shown = [&] { return desk.preview->grab(PlaceOf(source, *frame)).toImage().convertToFormat(kFormat); };
-    QTRY_VERIFY(desk.IsUpToDate());
-    QCOMPARE(shown(), expected);
-    desk.Click(box); // during the render, the uncorrected picture is shown; the wait label hides its center
-    const QRect corner(0, 0, source.width() / 4, source.height() / 4);
-    QCOMPARE(shown().copy(corner), source.copy(corner));
-}
-
-void tst_UIVitreluxPage::profileChosen_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("enabled"); // of the boxes
-    QTest::addColumn<QString>("checked"); // all three were checked before
-    const auto row = [](const char *name, const QString &typed, const char *enabled, const char *checked) {
-        QTest::newRow(name) << typed << enabled << checked;
-    };
-    row("all models", m_whole, "111", "011");
-    row("distortion only", Profile({}, 400, 300), "100", "000");
-    row("no vignette", Profile({true, true, false}, 400, 300), "110", "010");
-    row("text file", WriteFile(m_dir.filePath("text.lcp"_s), "no profile"), "000", "000");
-    row("canceled", QString(), "111", "111");
+        const QWidget *frame = desk.Find<QWidget>("frame");
+        const QSize reducedSize = def->reducedSizes.value(0);
+        params.scale = float(reducedSize.width()) / float(size.width());
+        KImage reduced, work;
+        def->pixels.Resize(reduced, reducedSize.width(), reducedSize.height());
+        reduced.Convert(work, GFL_RGBA, 32);
+        const QImage source = Fitted(work, *frame);
+        desk.process.Process(qMakePair(static_cast<KIImageDef *>(def), &work), &params);
+        QImage expected = Fitted(work, *frame);
+        QVERIFY(expected != source);
+        if (split)
+            QPainter(&expected).drawImage(0, 0, source, 0, 0, source.width() / 2);
+        const auto shown = [&] {
+            return desk.preview->grab(PlaceOf(source, *frame)).toImage().convertToFormat(kFormat);
+        };
+        QTRY_VERIFY(desk.IsUpToDate());
+        QCOMPARE(shown(), expected);
+        desk.Click(box); // during the render, the uncorrected picture is shown; the wait label hides its center
+        const QRect corner(0, 0, source.width() / 4, source.height() / 4);
+        QCOMPARE(shown().copy(corner), source.copy(corner));
+    }
 }
 
 void tst_UIVitreluxPage::profileChosen()
 {
-    QFETCH(QString, typed);
-    QFETCH(QString, enabled);
-    QFETCH(QString, checked);
-    const QString before = "/before.lcp"_s, all = "111"_s;
-    StoreSettings(true, before);
-    for (const QString &file : {kA, kB})
-        MakePicture(file, 400, 300);
-    TestWizard desk({kA, kB});
-    const auto *list = desk.Find<QComboBox>("comboBoxImageDef");
-    const QString file = QLatin1Char('/') + list->currentText(), other = file == kA ? kB : kA;
-    QStringList windows = {"Select lens camera profile|Profile (*.lcp)|16"_s}; // Qt's own dialog
-    if (enabled == QLatin1String("000"))
-        windows.append("Non supported file format"_s);
-    QCOMPARE(desk.ChooseProfile(typed), windows);
-    const QString profile = typed.isEmpty() ? before : typed;
-    QCOMPARE(desk.Boxes(), enabled + checked);
-    QCOMPARE(desk.Record(file).remove(QLatin1Char(' ')), checked + profile);
-    QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
-    QTRY_VERIFY(desk.IsUpToDate());
+    const struct {
+        const char *name;
+        QString typed, enabled, checked; // states of the boxes, all checked before
+    } rows[] = {{"all models", m_whole, "111"_s, "011"_s},
+                {"distortion only", Profile({}, 400, 300), "100"_s, "000"_s},
+                {"no vignette", Profile({true, true, false}, 400, 300), "110"_s, "010"_s},
+                {"text file", WriteFile(m_dir.filePath("text.lcp"_s), "no profile"), "000"_s, "000"_s},
+                {"canceled", QString(), "111"_s, "111"_s}};
+    for (const auto &[name, typed, enabled, checked] : rows) {
+        const Case named(name);
+        Host().Clear();
+        const QString before = "/before.lcp"_s, all = "111"_s;
+        StoreSettings(true, before);
+        for (const QString &file : {kA, kB})
+            MakePicture(file, 400, 300);
+        TestWizard desk({kA, kB});
+        const auto *list = desk.Find<QComboBox>("comboBoxImageDef");
+        const QString file = QLatin1Char('/') + list->currentText(), other = file == kA ? kB : kA;
+        QStringList windows = {"Select lens camera profile|Profile (*.lcp)|16"_s}; // Qt's own dialog
+        if (enabled == QLatin1String("000"))
+            windows.append("Non supported file format"_s);
+        QCOMPARE(desk.ChooseProfile(typed), windows);
+        const QString profile = typed.isEmpty() ? before : typed;
+        QCOMPARE(desk.Boxes(), enabled + checked);
+        QCOMPARE(desk.Record(file).remove(QLatin1Char(' ')), checked + profile);
+        QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
+        QTRY_VERIFY(desk.IsUpToDate());
 
-    desk.Click("QToolButton_Next"); // a profile locks only the boxes of its picture
-    QCOMPARE(desk.Boxes(), all + all);
-    desk.Click("QToolButton_Next");
-    QCOMPARE(desk.Boxes(), enabled + checked);
-    desk.process.SetFiles({other}); // a previous job's profile locks no boxes
-    QCOMPARE(desk.Boxes(), all + all);
-    StoreSettings(true, profile);
-    desk.process.SetFiles({file}); // checked boxes are never locked
-    QCOMPARE(desk.Boxes(), all + all);
+        desk.Click("QToolButton_Next"); // a profile locks only the boxes of its picture
+        QCOMPARE(desk.Boxes(), all + all);
+        desk.Click("QToolButton_Next");
+        QCOMPARE(desk.Boxes(), enabled + checked);
+        desk.process.SetFiles({other}); // a previous job's profile locks no boxes
+        QCOMPARE(desk.Boxes(), all + all);
+        StoreSettings(true, profile);
+        desk.process.SetFiles({file}); // checked boxes are never locked
+        QCOMPARE(desk.Boxes(), all + all);
 
-    StoreSettings(false, profile);
-    desk.process.SetFiles({file});
-    desk.ChooseProfile(m_whole); // unlocks all boxes and checks none
-    QCOMPARE(desk.Boxes(), all + "000"_s);
+        StoreSettings(false, profile);
+        desk.process.SetFiles({file});
+        desk.ChooseProfile(m_whole); // unlocks all boxes and checks none
+        QCOMPARE(desk.Boxes(), all + "000"_s);
+    }
 }
 
 void tst_UIVitreluxPage::quickToggles()

@@ -8,7 +8,6 @@
 #include "KPoolMemManager.h"
 #include "KSystemInfo.h"
 #include "OwnFolders.h"
-#include "TestFiles.h"
 #include "analytics/KAnalyticsDb.h"
 #include "analytics/KAnalyticsManager.h"
 
@@ -22,7 +21,7 @@
 
 namespace {
 
-const QString kApplication = "KTools_test"_s;
+const QString kApplication = QStringLiteral("KTools_test");
 constexpr int kEvents = 40;
 
 /// Returns the number of processors on which the calling thread may run.
@@ -61,14 +60,14 @@ int RunAsApplication()
     std::getline(std::cin, go);
     KAnalyticsManager *analytics = KAnalyticsManager::instance();
     for (int i = 0; i < kEvents; ++i)
-        analytics->sendEventAction("c"_s, QString::fromStdString(go), i);
+        analytics->sendEventAction(QStringLiteral("c"), QString::fromStdString(go), i);
     std::cout << qPrintable(analytics->userId()) << std::endl;
     KTools::exit();
     return 0;
 }
 
 struct Application {
-    Application() { process.start(QCoreApplication::applicationFilePath(), {"--application"_s}); }
+    Application() { process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--application")}); }
     ~Application()
     {
         process.kill();
@@ -165,8 +164,8 @@ void tst_KTools::twoProcesses()
 {
     QFile::remove(m_folders->Store(kApplication));
     Application first, second;
-    QCOMPARE(first.ReadLine(), "started"_s);
-    QCOMPARE(second.ReadLine(), "started"_s);
+    QCOMPARE(first.ReadLine(), QStringLiteral("started"));
+    QCOMPARE(second.ReadLine(), QStringLiteral("started"));
     first.process.write("first\n");
     second.process.write("second\n");
     for (Application *application : {&first, &second}) {
@@ -176,10 +175,10 @@ void tst_KTools::twoProcesses()
         QCOMPARE(application->process.exitCode(), 0);
         QCOMPARE(application->process.readAllStandardError(), QByteArray());
     }
-    KAnalyticsDb store("look"_s, "QSQLITE"_s, nullptr);
+    KAnalyticsDb store(QStringLiteral("look"), QStringLiteral("QSQLITE"), nullptr);
     store.setFilePath(m_folders->Store(kApplication));
-    QSqlQuery rows =
-        store.executeQuery("SELECT SUM(value LIKE '%\"first\"%'), SUM(value LIKE '%\"second\"%') FROM events"_s);
+    QSqlQuery rows = store.executeQuery(
+        QStringLiteral("SELECT SUM(value LIKE '%\"first\"%'), SUM(value LIKE '%\"second\"%') FROM events"));
     QVERIFY(rows.next());
     // The process that held the lock stored all its events.
     QVERIFY(qMax(rows.value(0).toInt(), rows.value(1).toInt()) == kEvents);
@@ -187,7 +186,7 @@ void tst_KTools::twoProcesses()
 
 void tst_KTools::unwritableFolders()
 {
-    QFile inTheWay(m_folders->Data() + ".file"_s);
+    QFile inTheWay(m_folders->Data() + QStringLiteral(".file"));
     QVERIFY(inTheWay.open(QIODevice::WriteOnly));
     const QByteArray data = qgetenv("XDG_DATA_HOME"), config = qgetenv("XDG_CONFIG_HOME");
     qputenv("XDG_DATA_HOME", QFile::encodeName(inTheWay.fileName()));
@@ -195,7 +194,7 @@ void tst_KTools::unwritableFolders()
     Application application;
     qputenv("XDG_DATA_HOME", data);
     qputenv("XDG_CONFIG_HOME", config);
-    QCOMPARE(application.ReadLine(), "started"_s);
+    QCOMPARE(application.ReadLine(), QStringLiteral("started"));
     application.process.write("go\n");
     QVERIFY(!application.ReadLine().isEmpty()); // an identifier for this run
     QVERIFY(application.process.waitForFinished());

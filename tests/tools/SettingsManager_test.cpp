@@ -2,7 +2,6 @@
 #include "Case.h"
 #include "KSRFromKSettingsManager.h"
 #include "KSettingsManager.h"
-#include "TestFiles.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -25,9 +24,9 @@ private:
 
 namespace {
 
-const QString kOrganization = "TestOrganization"_s;
-const QString kApplication = "TestApplication"_s;
-const QString a = "group/a"_s;
+const QString kOrganization = QStringLiteral("TestOrganization");
+const QString kApplication = QStringLiteral("TestApplication");
+const QString a = QStringLiteral("group/a");
 
 /// A manager with a separate store, empty at the start of each test.
 class StoredManager : public KSettingsManager {
@@ -69,8 +68,8 @@ void tst_SettingsManager::storeOutlivesTheObject()
     CheckReads(true, &M::GetBool, &M::GetBool);
     CheckReads(-5, &M::GetInt, &M::GetInt);
     CheckReads(0.1, &M::GetDouble, &M::GetDouble);
-    CheckReads("ü; \"x\""_s, &M::GetString, &M::GetString);
-    CheckReads(QStringList{"t,wo"_s, QString()}, &M::GetStringList, &M::GetStringList);
+    CheckReads(QStringLiteral("ü; \"x\""), &M::GetString, &M::GetString);
+    CheckReads(QStringList{QStringLiteral("t,wo"), QString()}, &M::GetStringList, &M::GetStringList);
     CheckReads(QColor(1, 2, 3, 4), &M::GetColor, &M::GetColor);
     CheckReads(QByteArray("a\0b\xff", 4), &M::GetByteArray, &M::GetByteArray);
     CheckReads(QRect(1, -2, 300, 400), &M::GetRect, &M::GetRect);
@@ -93,9 +92,9 @@ void tst_SettingsManager::defaultsOnlySkipsTheStore()
 void tst_SettingsManager::firstDefaultWins()
 {
     StoredManager manager;
-    QCOMPARE(manager.GetBool("asked"_s), false); // adds a default
-    manager.SetDefault("asked"_s, true, /*overwrite=*/false);
-    QCOMPARE(manager.GetBool("asked"_s), false);
+    QCOMPARE(manager.GetBool(QStringLiteral("asked")), false); // adds a default
+    manager.SetDefault(QStringLiteral("asked"), true, /*overwrite=*/false);
+    QCOMPARE(manager.GetBool(QStringLiteral("asked")), false);
     manager.SetDefault(a, 5, /*overwrite=*/false);
     QCOMPARE(manager.GetInt(a), 5);
     manager.SetDefault(a, 6, /*overwrite=*/true);
@@ -103,8 +102,8 @@ void tst_SettingsManager::firstDefaultWins()
     QCOMPARE(manager.GetInt(a, 7), 7); // the argument, not the table
     manager.Set(a, 4);
     QCOMPARE(manager.GetInt(a), 4);
-    QCOMPARE(manager.GetInt("GROUP/A"_s, 7), 7);
-    const QString b = "b"_s;
+    QCOMPARE(manager.GetInt(QStringLiteral("GROUP/A"), 7), 7);
+    const QString b = QStringLiteral("b");
     for (const int argument : {5, 6}) {
         const Case named(argument);
         QCOMPARE(manager.Get(b, argument), QVariant(argument));
@@ -115,14 +114,15 @@ void tst_SettingsManager::firstDefaultWins()
 void tst_SettingsManager::unconvertibleValues()
 {
     StoredManager manager;
-    const std::pair<QVariant, QColor> rows[] = {{QColor(), QColor()}, {"#010203"_s, QColor(1, 2, 3)}, {3.5, QColor()}};
+    const std::pair<QVariant, QColor> rows[] = {
+        {QColor(), QColor()}, {QStringLiteral("#010203"), QColor(1, 2, 3)}, {3.5, QColor()}};
     for (const auto &[stored, color] : rows) {
         const Case named(stored);
         manager.Set(a, stored);
         QCOMPARE(manager.GetColor(a), color);
         QCOMPARE(manager.GetColor(a, Qt::red), color); // never the caller's default for a stored value
     }
-    manager.Set(a, "abc"_s);
+    manager.Set(a, QStringLiteral("abc"));
     QCOMPARE(manager.GetInt(a, 9), 9);
     QCOMPARE(manager.GetDouble(a, 9.5), 9.5);
     QCOMPARE(manager.GetBool(a, false), true); // any other text is true
@@ -135,14 +135,14 @@ void tst_SettingsManager::readerSkipsTheTable()
     StoredManager manager;
     KSRFromKSettingsManager reader(&manager);
     manager.SetDefault(a, 5, /*overwrite=*/true);
-    for (const QString &key : {a, "stored"_s}) {
+    for (const QString &key : {a, QStringLiteral("stored")}) {
         const Case named(key);
         const bool stored = key != a;
         QCOMPARE(reader.GetInt(key, 7), stored ? 1 : 7);
         QCOMPARE(reader.GetBool(key, false), stored);
         QCOMPARE(reader.GetDouble(key, 7.5), stored ? 1.0 : 7.5);
-        QCOMPARE(reader.GetString(key, "x"_s), stored ? "1"_s : "x"_s);
-        manager.Set("stored"_s, 1);
+        QCOMPARE(reader.GetString(key, QStringLiteral("x")), stored ? QStringLiteral("1") : QStringLiteral("x"));
+        manager.Set(QStringLiteral("stored"), 1);
     }
 }
 

@@ -14,13 +14,6 @@
 
 #include <atomic>
 
-/// Page that counts its initializations.
-class CountingPage : public QWizardPage {
-public:
-    void initializePage() override { ++shown; }
-    int shown = 0;
-};
-
 /// Process that records its calls and reports like a fitted one. Picture names choose the behavior: "bad" fails, "slow"
 /// waits for `go` and fails when it is interrupted, "none" finds no profile, "plain" reports nothing, "off" has all
 /// corrections switched off, "open" has no profile yet.
@@ -95,7 +88,7 @@ public:
         QString framing, format;
         QVector<QPair<QString, QString>> results;
     };
-    std::unique_ptr<CountingPage> page;
+    std::unique_ptr<QWizardPage> page;
     QString profile, framing;
     QStringList calls; // on the GUI thread
     std::atomic<int> records{0};

@@ -1,4 +1,5 @@
 // Tests of the wizard with the real plug-in: choices for pictures, fitted profiles, languages, and the keyboard.
+#include "Case.h"
 #include "KOmp.h"
 #include "TiffRaster.h"
 #include "WizardTest.h"
@@ -28,7 +29,6 @@ private Q_SLOTS:
     void choicesStayWithTheirPictures();
     void realPluginFits();
     void comparesFloatsAsLight();
-    void usesTheUsersLanguage_data();
     void usesTheUsersLanguage();
 
 private:
@@ -208,25 +208,6 @@ void tst_WizardPlugin::comparesFloatsAsLight()
     }
 }
 
-void tst_WizardPlugin::usesTheUsersLanguage_data()
-{
-    QTest::addColumn<QString>("ofPlugin"); // part of the plug-in's description
-    QTest::addColumn<QString>("ofWindow"); // part of the window's title
-    const auto row = [](const char *locale, const char *ofPlugin, const char *ofWindow) {
-        QTest::newRow(locale) << QString::fromUtf8(ofPlugin) << QString::fromUtf8(ofWindow);
-    };
-    row("fi_FI", "This plugin reuse", "lens correction"); // must come first: translators stay installed
-    row("zh_TW", "描述檔", "鏡頭校正");
-    row("zh_CN", "配置文件", "镜头校正");
-    row("fr_FR", "profils", "correction d'objectif");
-    row("es_ES", "perfiles", "corrección");
-    row("pl_PL", "jego profili", "korekcja");
-    row("ru_RU", "профилям", "коррекция");
-    row("it_IT", "profili", "correzione");
-    row("ja_JP", "プロファイル", "補正");
-    row("de_AT", "Verzeichnung", "korrektur");
-}
-
 /// Tab reaches all widgets on the page in reading order; no two buttons or labels have the same shortcut key.
 void tst_WizardPlugin::checkKeyboard() const
 {
@@ -254,37 +235,52 @@ void tst_WizardPlugin::checkKeyboard() const
 
 void tst_WizardPlugin::usesTheUsersLanguage()
 {
-    QFETCH(QString, ofPlugin);
-    QFETCH(QString, ofWindow);
-    QLocale::setDefault(QLocale(QString::fromLatin1(QTest::currentDataTag())));
-    m_host->TranslateWindows();
-    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
-    QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
-    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
-    m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
-    Show({plugin.Process()}, QString());
-    QVERIFY2(m_wizard->windowTitle().contains(ofWindow, Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
+    const struct {
+        const char *locale, *ofPlugin, *ofWindow; // parts of the plug-in's description and of the window's title
+    } rows[] = {{"fi_FI", "This plugin reuse", "lens correction"}, // must come first: translators stay installed
+                {"zh_TW", "描述檔", "鏡頭校正"},
+                {"zh_CN", "配置文件", "镜头校正"},
+                {"fr_FR", "profils", "correction d'objectif"},
+                {"es_ES", "perfiles", "corrección"},
+                {"pl_PL", "jego profili", "korekcja"},
+                {"ru_RU", "профилям", "коррекция"},
+                {"it_IT", "profili", "correzione"},
+                {"ja_JP", "プロファイル", "補正"},
+                {"de_AT", "Verzeichnung", "korrektur"}};
+    for (const auto &[locale, ofPlugin, ofWindow] : rows) {
+        const Case named(locale);
+        QLocale::setDefault(QLocale(QLatin1String(locale)));
+        m_host->TranslateWindows();
+        const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
+        QVERIFY2(plugin.Process()->Comment().contains(QString::fromUtf8(ofPlugin)),
+                 qPrintable(plugin.Process()->Comment()));
+        m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
+        m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
+        Show({plugin.Process()}, QString());
+        QVERIFY2(m_wizard->windowTitle().contains(QString::fromUtf8(ofWindow), Qt::CaseInsensitive),
+                 qPrintable(m_wizard->windowTitle()));
 
-    m_wizard->resize(1, 1); // the description on the plug-in's page must be fully visible even in a narrow window
-    WriteJpeg(Path("cut.jpg"), 60, 40);
-    WriteMetadata(Path("cut.jpg"), {kLens, "50/1", "8/1"});
-    WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
-    m_wizard->Add({Path("cut.jpg")});
-    QTRY_VERIFY(CanGoOn());
-    checkKeyboard();
-    Next();
-    QApplication::processEvents();
-    const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
-    const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
-        return label->text() == m_wizard->currentPage()->subTitle();
-    });
-    QVERIFY(header != labels.end());
-    QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
-    Next();
-    checkKeyboard();
-    QTRY_VERIFY(Close());
-    QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0]));
-    m_wizard.reset(); // must be deleted before the plug-in
+        m_wizard->resize(1, 1); // the description on the plug-in's page must be fully visible even in a narrow window
+        WriteJpeg(Path("cut.jpg"), 60, 40);
+        WriteMetadata(Path("cut.jpg"), {kLens, "50/1", "8/1"});
+        WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
+        m_wizard->Add({Path("cut.jpg")});
+        QTRY_VERIFY(CanGoOn());
+        checkKeyboard();
+        Next();
+        QApplication::processEvents();
+        const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
+        const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
+            return label->text() == m_wizard->currentPage()->subTitle();
+        });
+        QVERIFY(header != labels.end());
+        QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
+        Next();
+        checkKeyboard();
+        QTRY_VERIFY(Close());
+        QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0]));
+        m_wizard.reset(); // must be deleted before the plug-in
+    }
 }
 
 int main(int argc, char **argv)

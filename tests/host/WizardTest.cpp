@@ -8,7 +8,7 @@ void WizardTest::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
     m_process = std::make_unique<StandInProcess>();
-    m_process->page = std::make_unique<CountingPage>();
+    m_process->page = std::make_unique<QWizardPage>();
     m_process->profile = Path("p.lcp");
     WriteFile(m_process->profile, Profile(kLens));
     m_host->Settings().clear();

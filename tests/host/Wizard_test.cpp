@@ -199,13 +199,6 @@ void tst_Wizard::movesAndZooms()
     painter.drawRect(0, 0, 299, 89);
     painter.end();
     QCOMPARE(show(red), expected);
-    for (const int side : {45, 46}) { // enlarged to 90: from twice the size on, single pixels are shown
-        QImage stripes(100, side, QImage::Format_RGB32);
-        for (int i = 0; i < 100 * side; ++i)
-            stripes.setPixel(i % 100, i / 100, i % 2 ? 0xFFFFFFFF : 0xFF000000);
-        const QImage doubled = stripes.scaled(200, 90).copy(0, 2, 200, 86); // inside the mark of the focus
-        QCOMPARE(show(stripes).copy(50, 2, 200, 86) == doubled, side == 45);
-    }
 }
 
 void tst_Wizard::reportsEachResult()
@@ -392,7 +385,6 @@ void tst_Wizard::backKeepsChoices()
     m_wizard->Add({Path("b.jpg")});
     Next();
     QCOMPARE(m_process->calls, QStringList({"files a.jpg"_s, "files a.jpg b.jpg"_s}));
-    QCOMPARE(m_process->page->shown, 3);
     m_wizard->back();
     Find<QComboBox>("framing")->setCurrentIndex(2);
     Next();

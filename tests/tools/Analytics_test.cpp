@@ -1,7 +1,7 @@
 // Analytics: events and their text, the two stores, providers, and the manager.
 #include "Case.h"
-#include "Files.h"
 #include "OwnFolders.h"
+#include "TestFiles.h"
 #include "Threads.h"
 #include "analytics/BinaryJson.h"
 #include "analytics/KAnalyticsDb.h"
@@ -17,15 +17,15 @@
 
 namespace {
 
-const QString kApplication = QStringLiteral("Analytics_test"), kSqlite = QStringLiteral("QSQLITE");
-const QString kCategory = QStringLiteral("c"), kName = QStringLiteral("n");
+const QString kApplication = "Analytics_test"_s, kSqlite = "QSQLITE"_s;
+const QString kCategory = "c"_s, kName = "n"_s;
 
 /// Provider that records "category/name=value of type" of each event, and the other calls.
 class Sender : public KAnalyticsProvider {
 public:
     explicit Sender(QStringList *log) : KAnalyticsProvider(nullptr), m_log(log) { }
-    ~Sender() override { *m_log << QStringLiteral("deleted"); }
-    void waitBeforeExit() override { *m_log << QStringLiteral("waited"); }
+    ~Sender() override { *m_log << "deleted"_s; }
+    void waitBeforeExit() override { *m_log << "waited"_s; }
 
 protected:
     void storageChanged(QObject *store) override
@@ -33,16 +33,16 @@ protected:
         if (store == m_db || store == m_anFile)
             *m_log << QString::fromLatin1(store->metaObject()->className());
     }
-    void preFlush(QList<KAnalyticsRawEvent *> events) override { *m_log << QStringLiteral("pre%1").arg(events.size()); }
+    void preFlush(QList<KAnalyticsRawEvent *> events) override { *m_log << "pre%1"_s.arg(events.size()); }
     void flushEvent(KAnalyticsRawEvent *raw) override
     {
         KAnalyticsEvent event(nullptr);
         event.fromJson(raw->value());
         const QString name = event.category() + QLatin1Char('/') + event.name(), value = event.value().toString();
-        *m_log << QStringLiteral("%1=%2 of type %3").arg(name, value).arg(event.type());
+        *m_log << "%1=%2 of type %3"_s.arg(name, value).arg(event.type());
         delete raw;
     }
-    void postFlush() override { *m_log << QStringLiteral("post"); }
+    void postFlush() override { *m_log << "post"_s; }
 
 private:
     QStringList *m_log;
@@ -62,7 +62,7 @@ QString Names(const QList<KAnalyticsRawEvent *> &events)
     for (KAnalyticsRawEvent *raw : events) {
         KAnalyticsEvent event(nullptr);
         event.fromJson(raw->value());
-        names << QStringLiteral("%1:%2").arg(raw->id()).arg(event.name());
+        names << "%1:%2"_s.arg(raw->id()).arg(event.name());
     }
     qDeleteAll(events);
     return names.join(QLatin1Char(' '));
@@ -71,11 +71,11 @@ QString Names(const QList<KAnalyticsRawEvent *> &events)
 /// Returns the content of a binary store's file with one event.
 QByteArray StoreBytes()
 {
-    const QJsonObject event = {{QStringLiteral("name"), QStringLiteral("old")}};
-    return QJsonDocument(QJsonObject{{QStringLiteral("events"), QJsonArray{event}},
-                                     {QStringLiteral("userId"), QStringLiteral("me")},
-                                     {QStringLiteral("mine"), QJsonArray{1, 2}},
-                                     {QStringLiteral("wide"), QString(QChar(0x9375))}})
+    const QJsonObject event = {{"name"_s, "old"_s}};
+    return QJsonDocument(QJsonObject{{"events"_s, QJsonArray{event}},
+                                     {"userId"_s, "me"_s},
+                                     {"mine"_s, QJsonArray{1, 2}},
+                                     {"wide"_s, QString(QChar(0x9375))}})
         .toBinaryData();
 }
 
@@ -99,7 +99,6 @@ private Q_SLOTS:
     void eventsAsText();
     void propertiesNotify();
     void databaseKeepsEvents();
-    void damagedDatabase_data();
     void damagedDatabase();
     void binaryForms();
     void binaryFile();
@@ -109,7 +108,7 @@ private Q_SLOTS:
     void switchedOff();
 
 private:
-    QString Path() const { return m_dir->filePath(QStringLiteral("store")); }
+    QString Path() const { return m_dir->filePath("store"_s); }
     /// Opens a new session on the same file.
     KAnalyticsDb &OpenAnew();
 
@@ -138,7 +137,7 @@ void tst_Analytics::cleanup()
 KAnalyticsDb &tst_Analytics::OpenAnew()
 {
     m_db.reset();
-    m_db = std::make_unique<KAnalyticsDb>(QStringLiteral("test"), kSqlite, nullptr);
+    m_db = std::make_unique<KAnalyticsDb>("test"_s, kSqlite, nullptr);
     m_db->setFilePath(Path());
     return *m_db;
 }
@@ -149,7 +148,7 @@ void tst_Analytics::eventsAsText()
         int type;
         QVariant value;
         QByteArray typeText, valueText;
-    } written[] = {{0, QStringLiteral("a \"b\" \u00e9"), "action", "\"a \\\"b\\\" \xc3\xa9\""},
+    } written[] = {{0, "a \"b\" \u00e9"_s, "action", "\"a \\\"b\\\" \xc3\xa9\""},
                    {1, qint64(1500), "duration", "1500"},
                    {7, 0.5, "unknow", "0.5"}};
     for (const auto &row : written) {
@@ -222,50 +221,48 @@ void tst_Analytics::databaseKeepsEvents()
     QVERIFY(event.isNull());
     m_db->insertEvent(nullptr);
     m_db->insertEvent(Event("b"));
-    QCOMPARE(Names(OpenAnew().allEvents()), QStringLiteral("1:a 2:b"));
+    QCOMPARE(Names(OpenAnew().allEvents()), "1:a 2:b"_s);
     QVERIFY(OpenAnew().allEvents().isEmpty());
-    QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(made)); // as stored in the table
+    QCOMPARE(m_db->userId(/*create=*/false), "{%1}"_s.arg(made)); // as stored in the table
 
-    KAnalyticsDb second(QStringLiteral("second"), kSqlite, nullptr);
+    KAnalyticsDb second("second"_s, kSqlite, nullptr);
     second.setFilePath(Path()); // simulates another process: SQLite's locks are per connection
     m_db->insertEvent(Event("a"));
     second.insertEvent(Event("lost")); // the oldest of more than 1,000 that wait
     for (int i = 0; i < 1000; ++i)
         second.insertEvent(Event(i ? "more" : "kept out"));
-    QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out") + QStringLiteral(" 0:more").repeated(999));
+    QCOMPARE(Names(second.allEvents()), "0:kept out"_s + " 0:more"_s.repeated(999));
     QCOMPARE(second.userId(/*create=*/true), QString()); // one exists, but can't be read yet
     m_db->close();
     second.insertEvent(Event("b"));
-    QCOMPARE(Names(second.allEvents()), QStringLiteral("1:a 2:b"));
-    QCOMPARE(second.userId(/*create=*/true), QStringLiteral("{%1}").arg(made));
-}
-
-void tst_Analytics::damagedDatabase_data()
-{
-    QTest::addColumn<int>("from");
-    QTest::addColumn<int>("bytes");
-    QTest::addColumn<bool>("isDamaged");
-    QTest::newRow("header") << 0 << 100 << true;
-    QTest::newRow("root page of a table") << 4096 << 4096 << true;
-    QTest::newRow("nothing") << 0 << 0 << false;
-    QTest::newRow("unused end of the first page") << 2000 << 8 << false;
+    QCOMPARE(Names(second.allEvents()), "1:a 2:b"_s);
+    QCOMPARE(second.userId(/*create=*/true), "{%1}"_s.arg(made));
 }
 
 void tst_Analytics::damagedDatabase()
 {
-    QFETCH(int, from);
-    QFETCH(int, bytes);
-    QFETCH(bool, isDamaged);
-    OpenAnew().insertEvent(Event("old"));
-    m_db->close();
-    QByteArray file = ReadFile(Path());
-    WriteFile(Path(), file.replace(from, bytes, QByteArray(bytes, 'x')));
-    const QString aside = WriteFile(Path() + QStringLiteral(".damaged"), "of last time");
-    OpenAnew().insertEvent(Event("new"));
-    QCOMPARE(ReadFile(aside), isDamaged ? file : QByteArray("of last time"));
-    const QString id = m_db->userId(/*create=*/true);
-    QCOMPARE(Names(OpenAnew().allEvents()), isDamaged ? QStringLiteral("1:new") : QStringLiteral("1:old 2:new"));
-    QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(id));
+    const struct {
+        const char *name;
+        int from, bytes;
+        bool isDamaged;
+    } rows[] = {{"header", 0, 100, true},
+                {"root page of a table", 4096, 4096, true},
+                {"nothing", 0, 0, false},
+                {"unused end of the first page", 2000, 8, false}};
+    for (const auto &[name, from, bytes, isDamaged] : rows) {
+        const Case named(name);
+        init(); // with a new folder
+        OpenAnew().insertEvent(Event("old"));
+        m_db->close();
+        QByteArray file = ReadFile(Path());
+        WriteFile(Path(), file.replace(from, bytes, QByteArray(bytes, 'x')));
+        const QString aside = WriteFile(Path() + ".damaged"_s, "of last time");
+        OpenAnew().insertEvent(Event("new"));
+        QCOMPARE(ReadFile(aside), isDamaged ? file : QByteArray("of last time"));
+        const QString id = m_db->userId(/*create=*/true);
+        QCOMPARE(Names(OpenAnew().allEvents()), isDamaged ? "1:new"_s : "1:old 2:new"_s);
+        QCOMPARE(m_db->userId(/*create=*/false), "{%1}"_s.arg(id));
+    }
 }
 
 // Data from Qt's writer is read completely; truncated and self-referencing data is rejected.
@@ -274,9 +271,9 @@ void tst_Analytics::binaryForms()
     const QJsonObject inner = {{QString::fromUtf8("Schl\xC3\xBCssel"), QJsonValue::Null},
                                {QString::fromUtf8("\xE9\x8D\xB5"), QString::fromUtf8("\xE5\x80\xA4")}};
     const QJsonArray numbers = {0, -1, 67108863, -67108864, 67108864, 1e300, -0.1};
-    const QJsonObject root = {{QStringLiteral("array"), QJsonArray{numbers, QJsonArray(), QJsonObject(), true, false}},
-                              {QStringLiteral("object"), inner},
-                              {QStringLiteral("long"), QString(40000, QLatin1Char('l'))},
+    const QJsonObject root = {{"array"_s, QJsonArray{numbers, QJsonArray(), QJsonObject(), true, false}},
+                              {"object"_s, inner},
+                              {"long"_s, QString(40000, QLatin1Char('l'))},
                               {QString(), QString()}};
     QCOMPARE(ObjectOfBinaryJson(QJsonDocument(root).toBinaryData()), root);
     QCOMPARE(ObjectOfBinaryJson(QJsonDocument(numbers).toBinaryData()), QJsonObject());
@@ -301,23 +298,23 @@ void tst_Analytics::binaryFile()
         const bool isGood = bytes == whole;
         const QString path = WriteFile(Path(), bytes);
         if (!lock.isEmpty())
-            WriteFile(path + QStringLiteral(".lock"), lock);
+            WriteFile(path + ".lock"_s, lock);
         KAnalyticsFile file(nullptr);
         file.setFilePath(path);
-        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // doesn't wait forever for the lock
-        QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
-        QCOMPARE(file.getProviderArray(QStringLiteral("mine")), isGood ? QJsonArray({1, 2}) : QJsonArray());
+        QCOMPARE(file.userId(), isGood ? "me"_s : QString()); // doesn't wait forever for the lock
+        QVERIFY(!QFile::exists(path + ".lock"_s));
+        QCOMPARE(file.getProviderArray("mine"_s), isGood ? QJsonArray({1, 2}) : QJsonArray());
         const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // the caller keeps ownership
         file.insertEvent(event.get());
-        file.addProviderArray(QStringLiteral("mine"), QJsonArray{3});
-        file.setUserId(QStringLiteral("you"));
-        QCOMPARE(Names(file.allEvents()), isGood ? QStringLiteral("0:old") : QString());
+        file.addProviderArray("mine"_s, QJsonArray{3});
+        file.setUserId("you"_s);
+        QCOMPARE(Names(file.allEvents()), isGood ? "0:old"_s : QString());
         QCOMPARE(ReadFile(path), bytes); // nothing is ever written
     }
     KAnalyticsFile absent(nullptr);
-    absent.setFilePath(m_dir->filePath(QStringLiteral("absent")));
+    absent.setFilePath(m_dir->filePath("absent"_s));
     QVERIFY(absent.allEvents().isEmpty());
-    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList(QStringLiteral("store"))); // no lock file is left
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList("store"_s)); // no lock file is left
 }
 
 void tst_Analytics::storeAndIdentifier()
@@ -325,12 +322,12 @@ void tst_Analytics::storeAndIdentifier()
     QVERIFY(QFile::exists(m_folders->Store(kApplication)));
     const QString id = m_manager->userId();
     QVERIFY(id.startsWith(QLatin1Char('{')) && !QUuid(id).isNull());
-    QCOMPARE(QSettings(QStringLiteral("Brelt"), QString()).value(QStringLiteral("platformDef")).toString(), id);
+    QCOMPARE(QSettings("Brelt"_s, QString()).value("platformDef"_s).toString(), id);
     KAnalyticsManager::killInstance();
     QCOMPARE(KAnalyticsManager::instance()->userId(), id);
     KAnalyticsManager::killInstance();
-    QSqlDatabase::removeDatabase(QStringLiteral("analytics")); // a deleted session leaves its connection open
-    KAnalyticsDb other(QStringLiteral("other"), kSqlite, nullptr);
+    QSqlDatabase::removeDatabase("analytics"_s); // a deleted session leaves its connection open
+    KAnalyticsDb other("other"_s, kSqlite, nullptr);
     other.setFilePath(m_folders->Store(kApplication));
     KAnalyticsManager keptOut(/*useSettingsUserId=*/false, nullptr, /*useDb=*/true);
     QCOMPARE(keptOut.userId(), QString());
@@ -360,14 +357,14 @@ void tst_Analytics::duplicateAndDeletedProviders()
     QCOMPARE(asked.size(), 1);
     QVERIFY(m_log.isEmpty());
     RunLoop();
-    m_log.removeAll(QStringLiteral("/many= of type 0"));
+    m_log.removeAll("/many= of type 0"_s);
     m_manager->registerProvider(twice);
     m_manager->waitBeforeExit(); // the store is empty
     m_manager->sendEvent(Event("many"), /*flush=*/true);
     QCOMPARE(asked.size(), 2); // from the tenth on, each event requests a flush
     KAnalyticsManager::killInstance();
     QCOMPARE(m_log.join(QLatin1Char(' ')),
-             QStringLiteral("pre11 c/n=7 of type 0 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));
+             "pre11 c/n=7 of type 0 post KAnalyticsDb pre0 post pre0 post waited waited deleted"_s);
     const qint64 now = QDateTime::currentMSecsSinceEpoch(), tenDays = 10 * 24 * 3600 * qint64(1000);
     const std::pair<qint64, bool> stamps[] = {
         {now - tenDays + 60000, true}, {now - tenDays - 1, false}, {std::numeric_limits<qint64>::min(), false}};
@@ -384,42 +381,42 @@ void tst_Analytics::countersAndTimers()
     m_manager->stopTimerEvent(kCategory, kName);   // unknown timer
     for (const char *category : {"ab", "a", "ab"}) // keys join category and name directly
         m_manager->increaseCounterEvent(QString::fromLatin1(category), QLatin1String(category[1] ? "c" : "bc"));
-    m_manager->decreaseCounterEvent(QStringLiteral("ab"), QStringLiteral("c"));
+    m_manager->decreaseCounterEvent("ab"_s, "c"_s);
     m_manager->flushEvents(/*delayed=*/false);
-    m_manager->increaseCounterEvent(QStringLiteral("ab"), QStringLiteral("c"));
+    m_manager->increaseCounterEvent("ab"_s, "c"_s);
     for (int i = 0; i < 2; ++i)
-        m_manager->startTimerEvent(kCategory, QStringLiteral("t"));
+        m_manager->startTimerEvent(kCategory, "t"_s);
     QTest::qSleep(3);
     for (int i = 0; i < 2; ++i)
-        m_manager->stopTimerEvent(kCategory, QStringLiteral("t"));
+        m_manager->stopTimerEvent(kCategory, "t"_s);
     m_manager->flushEvents(/*delayed=*/false);
-    const QStringList sent = m_log.filter(QStringLiteral("/"));
+    const QStringList sent = m_log.filter("/"_s);
     QCOMPARE(sent.size(), 3);
-    QCOMPARE(sent[0], QStringLiteral("ab/c=2 of type 2"));
-    QVERIFY2(sent[1].startsWith(QStringLiteral("c/t=")) && sent[1].endsWith(QStringLiteral(" of type 1"))
+    QCOMPARE(sent[0], "ab/c=2 of type 2"_s);
+    QVERIFY2(sent[1].startsWith("c/t="_s) && sent[1].endsWith(" of type 1"_s)
                  && sent[1].mid(4).section(QLatin1Char(' '), 0, 0).toInt() >= 3,
              qPrintable(sent[1]));
-    QCOMPARE(sent[2], QStringLiteral("ab/c=1 of type 2")); // restarted, and stored at the flush
+    QCOMPARE(sent[2], "ab/c=1 of type 2"_s); // restarted, and stored at the flush
 }
 
 void tst_Analytics::switchedOff()
 {
     m_manager->registerProvider(new Sender(&m_log));
-    m_manager->startTimerEvent(kCategory, QStringLiteral("before"));
+    m_manager->startTimerEvent(kCategory, "before"_s);
     m_manager->setIsActive(false);
     QPointer<KAnalyticsEvent> event(Event("a"));
     m_manager->sendEvent(event, /*flush=*/true);
     m_manager->sendEvent(nullptr, /*flush=*/true);
     m_manager->sendEventAction(kCategory, kName, 1);
-    m_manager->stopTimerEvent(kCategory, QStringLiteral("before"));
+    m_manager->stopTimerEvent(kCategory, "before"_s);
     m_manager->increaseCounterEvent(kCategory, kName);
     m_manager->flushEvents(/*delayed=*/false);
     RunLoop();
-    QVERIFY(event.isNull() && m_log.filter(QStringLiteral("/")).isEmpty());
+    QVERIFY(event.isNull() && m_log.filter("/"_s).isEmpty());
     m_manager->setIsActive(true);
-    m_manager->stopTimerEvent(kCategory, QStringLiteral("before")); // the timer still runs
+    m_manager->stopTimerEvent(kCategory, "before"_s); // the timer still runs
     m_manager->flushEvents(/*delayed=*/false);
-    QCOMPARE(m_log.filter(QStringLiteral("/")).size(), 1);
+    QCOMPARE(m_log.filter("/"_s).size(), 1);
 }
 
 int main(int argc, char **argv)

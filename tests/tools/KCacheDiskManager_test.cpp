@@ -3,8 +3,8 @@
 
 #include "Case.h"
 #include "DiskChecks.h"
-#include "Files.h"
 #include "KSystemInfo.h"
+#include "TestFiles.h"
 #include "Threads.h"
 #include "Thrown.h"
 
@@ -39,7 +39,7 @@ private Q_SLOTS:
 private:
     QString Folder(int number) const
     {
-        return QStringLiteral("%1/BRELT.%2.%3").arg(m_dir->path()).arg(QCoreApplication::applicationPid()).arg(number);
+        return "%1/BRELT.%2.%3"_s.arg(m_dir->path()).arg(QCoreApplication::applicationPid()).arg(number);
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -58,13 +58,13 @@ void tst_KCacheDiskManager::namesAndFolders()
     QString first, name;
     for (int i = 0; i < 1025; ++i) {
         const Case named("i", i);
-        name = names.getUniqueFilename(m_dir->path(), QStringLiteral("BRELT"));
+        name = names.getUniqueFilename(m_dir->path(), "BRELT"_s);
         if (i == 0)
             first = name;
-        QCOMPARE(name, QStringLiteral("%1/%2").arg(Folder(i / 1024)).arg(i % 1024));
+        QCOMPARE(name, "%1/%2"_s.arg(Folder(i / 1024)).arg(i % 1024));
     }
     QCOMPARE(names.getTemporaryFoldersName(), QStringList(m_dir->path()));
-    QCOMPARE(names.getSystemDrives(), QStringList(QStringLiteral("/")));
+    QCOMPARE(names.getSystemDrives(), QStringList("/"_s));
     QVERIFY(!QFile::exists(first));
     QCOMPARE(names.getLastFolder(), Folder(1));
     WriteFile(first);
@@ -86,7 +86,7 @@ void tst_KCacheDiskManager::freeSpace()
     if (freeBytes < 3ull << 30)
         QSKIP("needs 3 GiB of free space for temporary files");
     KCacheDiskManager &names = *KCacheDiskManager::ms_instance;
-    names.setTemporaryFolders({QStringLiteral("/no/such/folder"), m_dir->path()});
+    names.setTemporaryFolders({"/no/such/folder"_s, m_dir->path()});
     int handedOut = 0;
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
@@ -94,7 +94,7 @@ void tst_KCacheDiskManager::freeSpace()
         const auto size = freeBytes - static_cast<unsigned long long>(row.leftMib * (1 << 20));
         QCOMPARE(!names.getTempFolder(size, kReserveLarge).isEmpty(), row.withReserve);
         QCOMPARE(!names.getTempFolder(size, kReserveSmall).isEmpty(), row.handedOut);
-        const QString name = row.handedOut ? Folder(0) + QStringLiteral("/%1").arg(handedOut++) : QString();
+        const QString name = row.handedOut ? Folder(0) + "/%1"_s.arg(handedOut++) : QString();
         QCOMPARE(names.getTempFile(size), name);
     }
     QCOMPARE(names.getTempFolder(~0ull, kReserveLarge), QString()); // the sum would exceed 64 bits
@@ -103,20 +103,20 @@ void tst_KCacheDiskManager::freeSpace()
 void tst_KCacheDiskManager::folderChanges()
 {
     KCacheDiskManager &names = *KCacheDiskManager::ms_instance;
-    names.setTemporaryFolders({QStringLiteral("/no/such/folder")});
+    names.setTemporaryFolders({"/no/such/folder"_s});
     QCOMPARE(names.getTempFile(0), QString());
-    const QString other = m_dir->filePath(QStringLiteral("other"));
+    const QString other = m_dir->filePath("other"_s);
     QVERIFY(QDir().mkdir(other));
-    names.setPrefix(QStringLiteral("X"));
+    names.setPrefix("X"_s);
     names.setTemporaryFolders({m_dir->path()});
     names.getTempFile(0);
     names.setTemporaryFolders({other});
     // The subfolder in the other folder gets the same number, and the file count continues. The first folder with
     // enough space is used.
     names.setTemporaryFolders({other, m_dir->path()});
-    QCOMPARE(names.getTempFile(0), QStringLiteral("%1/X.%2.0/1").arg(other).arg(QCoreApplication::applicationPid()));
+    QCOMPARE(names.getTempFile(0), "%1/X.%2.0/1"_s.arg(other).arg(QCoreApplication::applicationPid()));
     KCacheDiskManager::exit();
-    QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), {QStringLiteral("other")});
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), {"other"_s});
     QVERIFY(QDir(other).isEmpty());
 }
 
@@ -126,16 +126,16 @@ void tst_KCacheDiskManager::cleaning()
     for (const char *name : {"BRELT.999.3", "BRELT.998.0", "OTHER.1"}) {
         const Case named(name);
         QVERIFY(dir.mkdir(QString::fromLatin1(name)));
-        WriteFile(dir.filePath(QString::fromLatin1(name) + QStringLiteral("/7")));
+        WriteFile(dir.filePath(QString::fromLatin1(name) + "/7"_s));
     }
-    QVERIFY(dir.mkpath(QStringLiteral("BRELT.998.0/inner")));
-    QVERIFY(QFile::link(dir.filePath(QStringLiteral("OTHER.1")), dir.filePath(QStringLiteral("BRELT.link"))));
-    KCacheDiskManager::ms_instance->setTemporaryFolders({QStringLiteral("/no/such/folder"), m_dir->path()});
+    QVERIFY(dir.mkpath("BRELT.998.0/inner"_s));
+    QVERIFY(QFile::link(dir.filePath("OTHER.1"_s), dir.filePath("BRELT.link"_s)));
+    KCacheDiskManager::ms_instance->setTemporaryFolders({"/no/such/folder"_s, m_dir->path()});
     KCacheDiskManager::ms_instance->cleanTempFiles();
-    QVERIFY(!dir.exists(QStringLiteral("BRELT.999.3")));
-    QVERIFY(!dir.exists(QStringLiteral("BRELT.998.0/7")));
-    QVERIFY(dir.exists(QStringLiteral("BRELT.998.0/inner"))); // not ours: the folder stays
-    QVERIFY(dir.exists(QStringLiteral("OTHER.1/7")));         // a linked folder isn't ours either
+    QVERIFY(!dir.exists("BRELT.999.3"_s));
+    QVERIFY(!dir.exists("BRELT.998.0/7"_s));
+    QVERIFY(dir.exists("BRELT.998.0/inner"_s)); // not ours: the folder stays
+    QVERIFY(dir.exists("OTHER.1/7"_s));         // a linked folder isn't ours either
 }
 
 void tst_KCacheDiskManager::zeroingAllocator()
@@ -156,7 +156,7 @@ void tst_KCacheDiskManager::fourThreads()
     std::set<QString> got[4], all;
     InThreads(4, [&](int t) {
         for (int i = 0; i < 1000; ++i)
-            got[t].insert(KCacheDiskManager::ms_instance->getUniqueFilename(m_dir->path(), QStringLiteral("BRELT")));
+            got[t].insert(KCacheDiskManager::ms_instance->getUniqueFilename(m_dir->path(), "BRELT"_s));
     });
     for (const auto &mine : got)
         all.insert(mine.begin(), mine.end());
@@ -165,32 +165,27 @@ void tst_KCacheDiskManager::fourThreads()
 
 void tst_KCacheDiskManager::saveFailureReasons()
 {
-    const QString inside = m_dir->filePath(QStringLiteral("big.tiff")),
-                  absent = QStringLiteral("/no/such/folder/x.tiff");
-    const QString kept = WriteFile(m_dir->filePath(QStringLiteral("kept.tiff")), "pixels"),
-                  none = QStringLiteral("none");
-    const QString unwritable = QStringLiteral("Cannot write into file \"%1\"");
+    const QString inside = m_dir->filePath("big.tiff"_s), absent = "/no/such/folder/x.tiff"_s;
+    const QString kept = WriteFile(m_dir->filePath("kept.tiff"_s), "pixels"), none = "none"_s;
+    const QString unwritable = "Cannot write into file \"%1\""_s;
     const struct {
         QString fileName;
         qint64 size;
         QString message;
     } rows[] = {
-        {inside, kMoreThanAnyDisk,
-         QStringLiteral("Not enough free space on \"%1\" to finish operation").arg(m_dir->path())},
+        {inside, kMoreThanAnyDisk, "Not enough free space on \"%1\" to finish operation"_s.arg(m_dir->path())},
         {absent, kMoreThanAnyDisk, unwritable.arg(absent)}, // space is not checked if the folder is missing
         {m_dir->path(), 0, unwritable.arg(m_dir->path())},
         {inside, 0, none},
         {kept, 0, none},
     };
-    QCOMPARE(getFreeDiskSpace(QStringLiteral("/no/such/folder")), qint64(-1));
+    QCOMPARE(getFreeDiskSpace("/no/such/folder"_s), qint64(-1));
     for (const auto &row : rows) {
         const Case named(row.fileName, row.size);
-        QCOMPARE(Thrown([&] { CheckAndThrowForDiskSpace(row.fileName, row.size, QStringLiteral("place")); }),
-                 row.message);
+        QCOMPARE(Thrown([&] { CheckAndThrowForDiskSpace(row.fileName, row.size, "place"_s); }), row.message);
     }
     QCOMPARE(ReadFile(inside), QByteArray()); // left behind empty
-    QCOMPARE(Thrown([&] { CheckIfFileExists(absent, QString()); }),
-             QStringLiteral("\nFile \"%1\" is not found").arg(absent));
+    QCOMPARE(Thrown([&] { CheckIfFileExists(absent, QString()); }), "\nFile \"%1\" is not found"_s.arg(absent));
     QCOMPARE(Thrown([&] { CheckIfFileExists(m_dir->path(), QString()); }), none);
     QCOMPARE(ReadFile(kept), QByteArray("pixels"));
 }

@@ -2,9 +2,9 @@
 #include "KSystemInfo.h"
 
 #include "Case.h"
-#include "Files.h"
 #include "KSystemInfo_p.h"
 #include "RecordedMachine.h"
+#include "TestFiles.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -18,7 +18,7 @@ constexpr unsigned long long kMib = 1ull << 20, kGib = 1ull << 30;
 
 int OpenFiles()
 {
-    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size();
+    return QDir("/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
 }
 
 } // namespace
@@ -66,7 +66,7 @@ void tst_KSystemInfo::freeMemory()
     QTemporaryDir dir;
     for (const auto &[content, kilobytes] : rows) {
         const Case named(content, kilobytes);
-        const QString name = WriteFile(dir.filePath(QStringLiteral("meminfo")), content);
+        const QString name = WriteFile(dir.filePath("meminfo"_s), content);
         QCOMPARE(FreeBytesReported(name.toLocal8Bit().constData()), kilobytes * 1024);
     }
     QCOMPARE(FreeBytesReported("/no/such/proc/meminfo"), 0ull);
@@ -84,7 +84,7 @@ void tst_KSystemInfo::programsAndTheirPipes()
     qputenv("PATH", "/no/such/folder");
     const QString flavor = KSystemInfo::osDownloadVersion();
     qputenv("PATH", path);
-    QCOMPARE(flavor, QStringLiteral("linux64tar"));
+    QCOMPARE(flavor, "linux64tar"_s);
 }
 
 void tst_KSystemInfo::processors()
@@ -115,8 +115,7 @@ void tst_KSystemInfo::system()
 {
     QCOMPARE(InstalledBytes(128 * kMib), 128 * kMib);
     QCOMPARE(InstalledBytes(128 * kMib + 1), 256 * kMib);
-    QCOMPARE(KSystemInfo::osDescription(),
-             QStringLiteral("Linux_%1_%2").arg(QSysInfo::kernelVersion(), QSysInfo::machineHostName()));
+    QCOMPARE(KSystemInfo::osDescription(), "Linux_%1_%2"_s.arg(QSysInfo::kernelVersion(), QSysInfo::machineHostName()));
     const int most = KSystemInfo::MaxOpenFiles();
     QCOMPARE(KSystemInfo::SetMaxOpenFiles(most - 1), 0);
     QCOMPARE(qlonglong(sysconf(_SC_OPEN_MAX)), qlonglong(most - 1));

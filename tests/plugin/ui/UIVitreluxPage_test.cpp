@@ -17,7 +17,7 @@
 
 namespace {
 
-const QString kA = QStringLiteral("/a.jpg"), kB = QStringLiteral("/b.jpg"), kC = QStringLiteral("/c.jpg");
+const QString kA = "/a.jpg"_s, kB = "/b.jpg"_s, kC = "/c.jpg"_s;
 
 /// Makes an asymmetric picture: a gradient in each direction and a checkerboard pattern.
 FakeImageDef *MakePicture(const QString &file, int width, int height)
@@ -36,7 +36,7 @@ void StoreSettings(bool corrections, const QString &profile)
     const QString prefix = KVitreluxOne2One().UID() + QLatin1Char('/');
     for (const char *key : {"Disto", "CA", "Falloff"})
         Host().settings.insert(prefix + QLatin1String(key), corrections);
-    Host().settings.insert(prefix + QStringLiteral("LCPfilename"), profile);
+    Host().settings.insert(prefix + "LCPfilename"_s, profile);
 }
 
 /// A wizard with the page and an empty page after it.
@@ -74,9 +74,9 @@ public:
     QString State() const
     {
         const QVariant complete = preview->property("isComplete");
-        return (complete.isValid() ? complete.toString() : QStringLiteral("unset"))
-            + (Find<QWidget>("labelState")->isVisible() ? QStringLiteral(" waiting") : QString())
-            + (wizard.button(QWizard::NextButton)->isEnabled() ? QStringLiteral(" next") : QString());
+        return (complete.isValid() ? complete.toString() : "unset"_s)
+            + (Find<QWidget>("labelState")->isVisible() ? " waiting"_s : QString())
+            + (wizard.button(QWizard::NextButton)->isEnabled() ? " next"_s : QString());
     }
     bool IsUpToDate() const { return State() == QLatin1String("true next"); }
     /// Returns a file's record as "Disto CA Falloff profile".
@@ -96,6 +96,10 @@ public:
             text += QLatin1Char((Find<QCheckBox>(name)->*is)() ? '1' : '0');
         return text;
     }
+
+    QImage Frame() const { return preview->grab(Find<QWidget>("frame")->geometry()).toImage(); }
+    /// Returns which boxes are enabled, then which are checked.
+    QString Boxes() const { return Boxes(&QWidget::isEnabled) + Boxes(&QCheckBox::isChecked); }
 
     KVitreluxOne2One process;
     QWizard wizard; // deletes the page
@@ -130,21 +134,15 @@ QRect PlaceOf(const QImage &fitted, const QWidget &frame)
 
 class tst_UIVitreluxPage : public QObject {
     Q_OBJECT
-public Q_SLOTS:
-    void Open(const QUrl &url) { m_opened << url; }
-
 private Q_SLOTS:
     void initTestCase();
     void init() { Host().Clear(); }
     void cleanup() { QVERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
     void listWrapsAround();
-    void reducedSize_data();
     void reducedSize();
     void states();
-    void picture_data();
     void picture();
-    void profileChosen_data();
     void profileChosen();
     void quickToggles();
     void applyToAllAndStore();
@@ -152,7 +150,6 @@ private Q_SLOTS:
     void unavailablePicture();
     void endsDuringARender();
     void renderThatThrows();
-    void fileBrowserAndScripts();
     void animatedLabel();
 
 private:
@@ -160,12 +157,11 @@ private:
 
     QTemporaryDir m_dir;
     QString m_whole; // a profile with all models
-    QList<QUrl> m_opened;
 };
 
 QString tst_UIVitreluxPage::Profile(const ProfileModels &models, int width, int height)
 {
-    const QString name = QStringLiteral("%1%2%3.lcp").arg(models.chromatic).arg(models.vignetting).arg(width);
+    const QString name = "%1%2%3.lcp"_s.arg(models.chromatic).arg(models.vignetting).arg(width);
     WriteFile(m_dir.filePath(name), ProfileText(models, width, height));
     return m_dir.filePath(name);
 }
@@ -181,14 +177,14 @@ void tst_UIVitreluxPage::listWrapsAround()
 {
     for (const QString &file : {kA, kB, kC})
         MakePicture(file, 40, 30);
-    Host().missing = QStringList{QStringLiteral("/none.jpg")};
-    TestWizard desk({kA, kB, kC, QStringLiteral("/none.jpg")});
+    Host().missing = QStringList{"/none.jpg"_s};
+    TestWizard desk({kA, kB, kC, "/none.jpg"_s});
     auto *list = desk.Find<QComboBox>("comboBoxImageDef");
     QCOMPARE(list->count(), 3);
     const auto reduced = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };
     QCOMPARE(reduced(kA) + reduced(kB) + reduced(kC), 1); // only the first image is shown
     QCOMPARE(desk.Find<QWidget>("QToolButton_Prev")->toolTip() + desk.Find<QWidget>("QToolButton_Next")->toolTip(),
-             QStringLiteral("PrevNext"));
+             "PrevNext"_s);
     desk.Click("QToolButton_Prev");
     QCOMPARE(list->currentIndex(), 2);
     desk.Click("QToolButton_Next");
@@ -200,42 +196,39 @@ void tst_UIVitreluxPage::listWrapsAround()
         QCOMPARE(file + desk.Record(file), file + QLatin1String(Host().Def(file) == shown ? "0 0 1 " : "0 0 0 "));
 }
 
-void tst_UIVitreluxPage::reducedSize_data()
-{
-    QTest::addColumn<QSize>("whole");
-    QTest::addColumn<QSize>("reduced");
-    QTest::newRow("small enough") << QSize(800, 600) << QSize(800, 600);
-    QTest::newRow("landscape") << QSize(6000, 4000) << QSize(1024, 682);
-    QTest::newRow("portrait") << QSize(4000, 6000) << QSize(682, 1024);
-    QTest::newRow("one pixel") << QSize(1, 1) << QSize(1, 1);
-    QTest::newRow("one column, whose width truncates to 0") << QSize(1, 3000) << QSize(1, 1024);
-}
-
 void tst_UIVitreluxPage::reducedSize()
 {
-    QFETCH(QSize, whole);
-    FakeImageDef *def = Host().Def(kA);
-    def->pixels.AllocBitmap(whole.width(), whole.height(), GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    TestWizard desk({kA});
-    QTRY_VERIFY(desk.IsUpToDate());
-    QTEST(def->reducedSizes.value(0), "reduced");
-    QCOMPARE(def->locks, 0);
+    const std::pair<QSize, QSize> rows[] = {{{800, 600}, {800, 600}}, // small enough
+                                            {{6000, 4000}, {1024, 682}},
+                                            {{4000, 6000}, {682, 1024}},
+                                            {{1, 1}, {1, 1}},
+                                            {{1, 3000}, {1, 1024}}}; // the width truncates to 0
+    for (const auto &[whole, reduced] : rows) {
+        const Case named(whole);
+        Host().Clear();
+        FakeImageDef *def = Host().Def(kA);
+        def->pixels.AllocBitmap(whole.width(), whole.height(), GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+        TestWizard desk({kA});
+        QTRY_VERIFY(desk.IsUpToDate());
+        QCOMPARE(def->reducedSizes.value(0), reduced);
+        QCOMPARE(def->locks, 0);
+    }
 }
 
 void tst_UIVitreluxPage::states()
 {
     MakePicture(kA, 400, 300);
     TestWizard desk;
-    QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
+    QCOMPARE(desk.State(), "unset waiting next"_s);
     QSignalSpy changes(desk.page, &QWizardPage::completeChanged);
     desk.process.SetFiles({kA});
     QCOMPARE(changes.count(), 2); // one for the old job, one for the render; setting the boxes adds none
-    QCOMPARE(desk.State(), QStringLiteral("false waiting"));
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled), QStringLiteral("111"));
+    QCOMPARE(desk.State(), "false waiting"_s);
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled), "111"_s);
     desk.wizard.resize(900, 700);
     const auto center = [&](const char *name) { return desk.Find<QWidget>(name)->geometry().center(); };
     QVERIFY((center("labelState") - center("frame")).manhattanLength() <= 2);
-    QTRY_COMPARE(desk.State(), QStringLiteral("true next"));
+    QTRY_COMPARE(desk.State(), "true next"_s);
 
     QSignalSpy renders(desk.worker, &QThread::started);
     desk.wizard.resize(760, 560);
@@ -245,111 +238,99 @@ void tst_UIVitreluxPage::states()
     desk.process.SetFiles({});    // an empty job
     for (const char *name : {"m_cbDistortion", "pushButtonApplyAll", "QToolButton_Next", "toolButtonLensFile"})
         desk.Click(name);
-    QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
-}
-
-void tst_UIVitreluxPage::picture_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<QString>("boxes"); // checked ones: distortion, color, vignetting
-    QTest::addColumn<bool>("split");
-    QTest::newRow("landscape, distortion") << QSize(400, 300) << QStringLiteral("100") << false;
-    QTest::newRow("portrait, color, split") << QSize(300, 401) << QStringLiteral("010") << true;
-    QTest::newRow("reduced by half, vignetting") << QSize(2048, 1536) << QStringLiteral("001") << false;
+    QCOMPARE(desk.State(), "unset waiting next"_s);
 }
 
 void tst_UIVitreluxPage::picture()
 {
-    QFETCH(QSize, size);
-    QFETCH(QString, boxes);
-    QFETCH(bool, split);
-    FakeImageDef *def = MakePicture(kA, size.width(), size.height());
-    KVitreluxOne2One::Params params;
-    params.disto = boxes[0] == QLatin1Char('1');
-    params.ca = boxes[1] == QLatin1Char('1');
-    params.falloff = boxes[2] == QLatin1Char('1');
-    params.lcpFilename =
-        Profile({true, true, true}, qMax(size.width(), size.height()), qMin(size.width(), size.height()));
-    TestWizard desk({kA});
-    desk.ChooseProfile(params.lcpFilename);
-    const char *box = params.disto ? "m_cbDistortion" : params.ca ? "m_cbCA" : "m_cbVignetting";
-    desk.Click(box);
-    if (split)
-        QTest::keyClick(desk.Find<QCheckBox>("m_cbPreview"), Qt::Key_Space);
-    QCOMPARE(desk.Record(kA).remove(QLatin1Char(' ')), boxes + params.lcpFilename);
+    const std::tuple<QSize, QString, bool> rows[] = {
+        {{400, 300}, "100"_s, false}, {{300, 401}, "010"_s, true}, {{2048, 1536}, "001"_s, false}}; // reduced by half
+    for (const auto &[size, boxes, split] : rows) { // the boxes are distortion, color and vignetting
+        const Case named(size, "boxes", boxes, "split", split);
+        Host().Clear();
+        FakeImageDef *def = MakePicture(kA, size.width(), size.height());
+        KVitreluxOne2One::Params params;
+        params.disto = boxes[0] == QLatin1Char('1');
+        params.ca = boxes[1] == QLatin1Char('1');
+        params.falloff = boxes[2] == QLatin1Char('1');
+        params.lcpFilename =
+            Profile({true, true, true}, qMax(size.width(), size.height()), qMin(size.width(), size.height()));
+        TestWizard desk({kA});
+        desk.ChooseProfile(params.lcpFilename);
+        const char *box = params.disto ? "m_cbDistortion" : params.ca ? "m_cbCA" : "m_cbVignetting";
+        desk.Click(box);
+        if (split)
+            QTest::keyClick(desk.Find<QCheckBox>("m_cbPreview"), Qt::Key_Space);
+        QCOMPARE(desk.Record(kA).remove(QLatin1Char(' ')), boxes + params.lcpFilename);
 
-    const QWidget *frame = desk.Find<QWidget>("frame");
-    const QSize reducedSize = def->reducedSizes.value(0);
-    params.scale = float(reducedSize.width()) / float(size.width());
-    KImage reduced, work;
-    def->pixels.Resize(reduced, reducedSize.width(), reducedSize.height());
-    reduced.Convert(work, GFL_RGBA, 32);
-    const QImage source = Fitted(work, *frame);
-    desk.process.Process(qMakePair(static_cast<KIImageDef *>(def), &work), &params);
-    QImage expected = Fitted(work, *frame);
-    QVERIFY(expected != source);
-    if (split)
-        QPainter(&expected).drawImage(0, 0, source, 0, 0, source.width() / 2);
-    const auto shown = [&] { return desk.preview->grab(PlaceOf(source, *frame)).toImage().convertToFormat(kFormat); };
-    QTRY_VERIFY(desk.IsUpToDate());
-    QCOMPARE(shown(), expected);
-    desk.Click(box); // during the render, the uncorrected picture is shown; the wait label hides its center
-    const QRect corner(0, 0, source.width() / 4, source.height() / 4);
-    QCOMPARE(shown().copy(corner), source.copy(corner));
-}
-
-void tst_UIVitreluxPage::profileChosen_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("enabled"); // of the boxes
-    QTest::addColumn<QString>("checked"); // all three were checked before
-    const auto row = [](const char *name, const QString &typed, const char *enabled, const char *checked) {
-        QTest::newRow(name) << typed << enabled << checked;
-    };
-    row("all models", m_whole, "111", "011");
-    row("distortion only", Profile({}, 400, 300), "100", "000");
-    row("no vignette", Profile({true, true, false}, 400, 300), "110", "010");
-    row("text file", WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile"), "000", "000");
-    row("canceled", QString(), "111", "111");
+        const QWidget *frame = desk.Find<QWidget>("frame");
+        const QSize reducedSize = def->reducedSizes.value(0);
+        params.scale = float(reducedSize.width()) / float(size.width());
+        KImage reduced, work;
+        def->pixels.Resize(reduced, reducedSize.width(), reducedSize.height());
+        reduced.Convert(work, GFL_RGBA, 32);
+        const QImage source = Fitted(work, *frame);
+        desk.process.Process(qMakePair(static_cast<KIImageDef *>(def), &work), &params);
+        QImage expected = Fitted(work, *frame);
+        QVERIFY(expected != source);
+        if (split)
+            QPainter(&expected).drawImage(0, 0, source, 0, 0, source.width() / 2);
+        const auto shown = [&] {
+            return desk.preview->grab(PlaceOf(source, *frame)).toImage().convertToFormat(kFormat);
+        };
+        QTRY_VERIFY(desk.IsUpToDate());
+        QCOMPARE(shown(), expected);
+        desk.Click(box); // during the render, the uncorrected picture is shown; the wait label hides its center
+        const QRect corner(0, 0, source.width() / 4, source.height() / 4);
+        QCOMPARE(shown().copy(corner), source.copy(corner));
+    }
 }
 
 void tst_UIVitreluxPage::profileChosen()
 {
-    QFETCH(QString, typed);
-    QFETCH(QString, enabled);
-    QFETCH(QString, checked);
-    const QString before = QStringLiteral("/before.lcp"), all = QStringLiteral("111");
-    StoreSettings(true, before);
-    for (const QString &file : {kA, kB})
-        MakePicture(file, 400, 300);
-    TestWizard desk({kA, kB});
-    const auto *list = desk.Find<QComboBox>("comboBoxImageDef");
-    const QString file = QLatin1Char('/') + list->currentText(), other = file == kA ? kB : kA;
-    QStringList windows = {QStringLiteral("Select lens camera profile|Profile (*.lcp)|16")}; // Qt's own dialog
-    if (enabled == QLatin1String("000"))
-        windows.append(QStringLiteral("Non supported file format"));
-    QCOMPARE(desk.ChooseProfile(typed), windows);
-    const QString profile = typed.isEmpty() ? before : typed;
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled), enabled);
-    QCOMPARE(desk.Boxes(&QCheckBox::isChecked), checked);
-    QCOMPARE(desk.Record(file).remove(QLatin1Char(' ')), checked + profile);
-    QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
-    QTRY_VERIFY(desk.IsUpToDate());
+    const struct {
+        const char *name;
+        QString typed, enabled, checked; // states of the boxes, all checked before
+    } rows[] = {{"all models", m_whole, "111"_s, "011"_s},
+                {"distortion only", Profile({}, 400, 300), "100"_s, "000"_s},
+                {"no vignette", Profile({true, true, false}, 400, 300), "110"_s, "010"_s},
+                {"text file", WriteFile(m_dir.filePath("text.lcp"_s), "no profile"), "000"_s, "000"_s},
+                {"canceled", QString(), "111"_s, "111"_s}};
+    for (const auto &[name, typed, enabled, checked] : rows) {
+        const Case named(name);
+        Host().Clear();
+        const QString before = "/before.lcp"_s, all = "111"_s;
+        StoreSettings(true, before);
+        for (const QString &file : {kA, kB})
+            MakePicture(file, 400, 300);
+        TestWizard desk({kA, kB});
+        const auto *list = desk.Find<QComboBox>("comboBoxImageDef");
+        const QString file = QLatin1Char('/') + list->currentText(), other = file == kA ? kB : kA;
+        QStringList windows = {"Select lens camera profile|Profile (*.lcp)|16"_s}; // Qt's own dialog
+        if (enabled == QLatin1String("000"))
+            windows.append("Non supported file format"_s);
+        QCOMPARE(desk.ChooseProfile(typed), windows);
+        const QString profile = typed.isEmpty() ? before : typed;
+        QCOMPARE(desk.Boxes(), enabled + checked);
+        QCOMPARE(desk.Record(file).remove(QLatin1Char(' ')), checked + profile);
+        QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
+        QTRY_VERIFY(desk.IsUpToDate());
 
-    desk.Click("QToolButton_Next"); // a profile locks only the boxes of its picture
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
-    desk.Click("QToolButton_Next");
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), enabled + checked);
-    desk.process.SetFiles({other}); // a previous job's profile locks no boxes
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
-    StoreSettings(true, profile);
-    desk.process.SetFiles({file}); // checked boxes are never locked
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
+        desk.Click("QToolButton_Next"); // a profile locks only the boxes of its picture
+        QCOMPARE(desk.Boxes(), all + all);
+        desk.Click("QToolButton_Next");
+        QCOMPARE(desk.Boxes(), enabled + checked);
+        desk.process.SetFiles({other}); // a previous job's profile locks no boxes
+        QCOMPARE(desk.Boxes(), all + all);
+        StoreSettings(true, profile);
+        desk.process.SetFiles({file}); // checked boxes are never locked
+        QCOMPARE(desk.Boxes(), all + all);
 
-    StoreSettings(false, profile);
-    desk.process.SetFiles({file});
-    desk.ChooseProfile(m_whole); // unlocks all boxes and checks none
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + QStringLiteral("000"));
+        StoreSettings(false, profile);
+        desk.process.SetFiles({file});
+        desk.ChooseProfile(m_whole); // unlocks all boxes and checks none
+        QCOMPARE(desk.Boxes(), all + "000"_s);
+    }
 }
 
 void tst_UIVitreluxPage::quickToggles()
@@ -376,7 +357,7 @@ void tst_UIVitreluxPage::quickToggles()
                  name + QByteArray::number(changes.count())); // requests don't pile up
         const bool on = box->isChecked();
         QVERIFY2(desk.Record(kA).startsWith(QLatin1Char('1')) == on, name);
-        const QImage shown = desk.preview->grab(desk.Find<QWidget>("frame")->geometry()).toImage();
+        const QImage shown = desk.Frame();
         if (pictures[on].isNull())
             pictures[on] = shown;
         QVERIFY2(shown == pictures[on], name);
@@ -393,22 +374,20 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     desk.Click("m_cbCA");
     desk.Click("pushButtonApplyAll");
     desk.Click("QToolButton_Next");
-    QCOMPARE(desk.Boxes(&QCheckBox::isChecked), QStringLiteral("010"));
+    QCOMPARE(desk.Boxes(&QCheckBox::isChecked), "010"_s);
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), m_whole);
     const auto *path = desk.Find<QLineEdit>("lineEditLensPath"); // works although it is hidden
-    QCOMPARE(path->text(), QStringLiteral("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/"));
+    QCOMPARE(path->text(), "C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/"_s);
     ModalAnswers answers(m_dir.path());
     desk.Find<QAbstractButton>("toolButtonLensPath")->click();
     QCOMPARE(path->text(), m_dir.path());
-    QCOMPARE(
-        answers.seen,
-        QStringList(QStringLiteral("Select lens camera profiles Database directory|All Files (*)|17"))); // only folders
+    QCOMPARE(answers.seen,
+             QStringList("Select lens camera profiles Database directory|All Files (*)|17"_s)); // only folders
     Host().calls.clear();
     desk.process.OnValidatePage();
-    QCOMPARE(Host().calls.join(QLatin1Char(' ')),
-             QStringLiteral("set Disto set CA set Falloff set LCPfilename set LensPath"));
+    QCOMPARE(Host().calls.join(QLatin1Char(' ')), "set Disto set CA set Falloff set LCPfilename set LensPath"_s);
     for (const QString &file : {kA, kB, kC}) // the last is not in the job
-        QCOMPARE(file + desk.Record(file), file + QStringLiteral("0 1 0 ") + m_whole);
+        QCOMPARE(file + desk.Record(file), file + "0 1 0 "_s + m_whole);
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
 }
 
@@ -439,14 +418,13 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
     desk.process.setProperty("Correction", "fitted"_s);
     desk.process.SetFiles({photo});
     const auto *row = desk.Find<QLineEdit>("lineEditLensFile");
-    const auto frame = [&] { return desk.preview->grab(desk.Find<QWidget>("frame")->geometry()).toImage(); };
     QTRY_VERIFY(desk.IsUpToDate());
-    const QImage uncorrected = frame();
+    const QImage uncorrected = desk.Frame();
     desk.Click("m_cbDistortion");
     QTRY_VERIFY(desk.IsUpToDate());
     QCOMPARE(row->text() + row->placeholderText(), "Found: any name.lcp"_s);
     QVERIFY2(row->toolTip().startsWith(found), qPrintable(row->toolTip()));
-    QVERIFY(frame() != uncorrected);
+    QVERIFY(desk.Frame() != uncorrected);
     desk.Click("pushButtonApplyAll");
     desk.process.OnValidatePage(); // stores the defaults for later pictures
     QCOMPARE(desk.Record(photo) + desk.Record(other), "1 0 0 1 0 0 "_s);
@@ -455,7 +433,7 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
     QCOMPARE(row->placeholderText(), QString()); // not that of the previous picture
     QTRY_VERIFY(desk.IsUpToDate());
     QVERIFY2(row->placeholderText().startsWith("None found: "_s), qPrintable(row->placeholderText()));
-    QVERIFY(frame() == uncorrected);
+    QVERIFY(desk.Frame() == uncorrected);
 
     WriteFile(found, R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
         xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile" xmlns:p="http://ns.adobe.com/photoshop/1.0/">
@@ -464,10 +442,10 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
         <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.3"/></r:Description></r:li></r:Seq>
         </p:CameraProfiles></r:Description></r:RDF>)");
     QCOMPARE(desk.ChooseProfile(found).size(), 1); // no warning
-    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), "100100"_s);
+    QCOMPARE(desk.Boxes(), "100100"_s);
     QCOMPARE(desk.Record(other), "1 0 0 "_s + found);
     QTRY_VERIFY(desk.IsUpToDate());
-    const QImage filled = frame();
+    const QImage filled = desk.Frame();
     QVERIFY(filled != uncorrected);
     StoreSettings(true, found);
     Host().settings.insert(desk.process.UID() + "/Framing"_s, "all"_s);
@@ -475,7 +453,7 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
     desk.Click("m_cbCA");
     desk.Click("m_cbVignetting");
     QTRY_VERIFY(desk.IsUpToDate());
-    QVERIFY2(frame() != filled && frame() != uncorrected, "the preview must show the framing");
+    QVERIFY2(desk.Frame() != filled && desk.Frame() != uncorrected, "the preview must show the framing");
     row->actions().first()->trigger();
     QCOMPARE(desk.Record(other), "1 0 0 "_s);
     QTRY_VERIFY(row->placeholderText().startsWith("None found: "_s) && !row->actions().first()->isVisible());
@@ -501,10 +479,10 @@ void tst_UIVitreluxPage::unavailablePicture()
         TestWizard desk({kA});
         QTRY_VERIFY(desk.IsUpToDate());
         desk.process.SetFiles({file});
-        QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
+        QCOMPARE(desk.State(), "unset waiting next"_s);
         QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
         desk.Click("m_cbCA"); // there is no current record to change
-        QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
+        QCOMPARE(desk.Record(file), "0 0 0 "_s);
         desk.process.SetFiles({kA});
         QTRY_VERIFY(desk.IsUpToDate());
     }
@@ -545,21 +523,11 @@ void tst_UIVitreluxPage::renderThatThrows()
     }
 }
 
-void tst_UIVitreluxPage::fileBrowserAndScripts()
-{
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "Open");
-    KUI::SelectInFileBrowser(nullptr, {QUrl(QStringLiteral("file:///x/a")), QUrl(QStringLiteral("file:///x/b"))});
-    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-    QCOMPARE(m_opened, {QUrl(QStringLiteral("file:///x/"))}); // each folder once
-    QTest::ignoreMessage(QtCriticalMsg, "Cannot load closure-library.rcc file needed by KUI");
-    KUI::loadJSLibraries();
-}
-
 void tst_UIVitreluxPage::animatedLabel()
 {
     QStringList files;
     for (int width = 5; width < 8; ++width) {
-        files.append(m_dir.filePath(QStringLiteral("%1.png").arg(width)));
+        files.append(m_dir.filePath("%1.png"_s.arg(width)));
         QVERIFY(QImage(width, 9, QImage::Format_RGB32).save(files.last()));
     }
     QAnimatedLabel label(nullptr);

@@ -251,6 +251,26 @@ QByteArray InfoText(const GFL_FILE_INFORMATION &info)
                     info.ColorModel, {info.Xdpi, info.Ydpi});
 }
 
+QString BadRead(const QByteArray &file, const QByteArray &info, int type, const Samples &expected, double tolerance)
+{
+    GFL_FILE_INFORMATION got;
+    const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &got);
+    if (!read)
+        return QString::fromUtf8(gflLastErrorText());
+    if (InfoText(got) != info || read->Type != type || read->Width != got.Width || read->Height != got.Height
+        || read->BitsPerComponent != got.BitsPerComponent)
+        return QString::asprintf("got %s; expected %s, type %d; the picture is %d x %d, %d bits, type %d",
+                                 InfoText(got).constData(), info.constData(), type, read->Width, read->Height,
+                                 read->BitsPerComponent, read->Type);
+    return Difference(*read, expected, tolerance);
+}
+
+QString BadRead(const QByteArray &file, const QByteArray &info, const GFL_BITMAP &expected, double tolerance)
+{
+    const auto sample = [&](int x, int y, int c) { return SampleAt(expected, x, y, c); };
+    return BadRead(file, info, expected.Type, sample, tolerance);
+}
+
 QString BadCut(const QByteArray &file, int end, int begin)
 {
     for (int size = begin; size < end; ++size) {

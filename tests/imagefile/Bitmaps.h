@@ -95,6 +95,12 @@ QByteArray InfoText(const GFL_FILE_INFORMATION &info);
 /// within the first bytes, an unknown format; otherwise the first size that doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
 
+/// Loads a file and returns an empty string if its description is @p info, its picture agrees with that and has this
+/// @p type, and the samples are as expected; otherwise what differs.
+QString BadRead(const QByteArray &file, const QByteArray &info, int type, const Samples &expected,
+                double tolerance = 0.0);
+QString BadRead(const QByteArray &file, const QByteArray &info, const GFL_BITMAP &expected, double tolerance = 0.0);
+
 /// Temporary folder that returns the paths of its files.
 class Folder : public QTemporaryDir {
 public:

@@ -316,7 +316,7 @@ void tst_Loading::unknownFiles()
 /// A file is recognized by its first bytes, all of which matter.
 void tst_Loading::signatures()
 {
-    const QByteArray signatures = // dots may be any bytes, underlines are zeros
+    QByteArray signatures = // dots may be any bytes, underlines are zeros
         "FUJIFILMCCD-RAW,......HEAPCCDR,....ftypcrx ,IIRO,IIRS,MMOR,FOVb,_MRM,IIU_,II*_,MM_*,#?RADIANCE,#?RGBE,8BPS,"
         "RIFF....WEBP,\xFF\xD8\xFF,\x89PNG\r\n\x1A\n,\x76\x2F\x31\1,\xFF\x0A,___\x0CJXL \r\n\x87\n,\xFF\x4F\xFF\x51,"
         "___\x0CjP  \r\n\x87\n";
@@ -324,7 +324,9 @@ void tst_Loading::signatures()
     for (std::int32_t index = 0; const GFL_FORMAT *format = gflGetFormat(index); ++index)
         names += format->Name;
     const QByteArray unknown = " has an unknown format; known formats: " + names.join(", ");
-    for (const QByteArray &signature : QByteArray(signatures).replace('_', '\0').split(','))
+    for (const char *brand : {"avif", "avis", "heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1"})
+        signatures += ",....ftyp" + QByteArray(20, '.') + brand; // the last of the compatible ones
+    for (const QByteArray &signature : signatures.replace('_', '\0').split(','))
         for (int at = -1; at < signature.size(); ++at) {
             const Case named(signature, "changed at", at);
             QByteArray head = signature.leftJustified(64, '\x55');

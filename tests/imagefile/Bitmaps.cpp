@@ -126,6 +126,16 @@ QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolera
     return worst;
 }
 
+QByteArray ProfileBytes(void *profile)
+{
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    QByteArray bytes(int(size), '\0');
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    cmsCloseProfile(profile);
+    return bytes;
+}
+
 QByteArray InkProfile()
 {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
@@ -147,13 +157,8 @@ QByteArray InkProfile()
     cmsPipelineInsertStage(pipeline, cmsAT_END, table);
     cmsWriteTag(profile, cmsSigAToB0Tag, pipeline);
     cmsWriteTag(profile, cmsSigAToB1Tag, pipeline);
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    QByteArray bytes(int(size), '\0');
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
     cmsPipelineFree(pipeline);
-    cmsCloseProfile(profile);
-    return bytes;
+    return ProfileBytes(profile);
 }
 
 double GrayOfCyan(double cyan)

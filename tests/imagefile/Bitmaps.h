@@ -62,6 +62,9 @@ constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
                                    {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
+/// Returns the bytes of an lcms2 profile (cmsHPROFILE) and closes it.
+QByteArray ProfileBytes(void *profile);
+
 /// Returns a CMYK profile in which black reduces the lightness to 0 and each other ink by a third.
 QByteArray InkProfile();
 /// Returns the gray that @p cyan alone gives in that profile; both are fractions of the full range.

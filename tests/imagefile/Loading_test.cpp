@@ -350,28 +350,10 @@ void tst_Loading::truncatedTiff()
 void tst_Loading::absurdSizes()
 {
     const QByteArray tiles = TiffOf(16, 16, 8, {{322, 1u << 15}, {323, 1u << 15}, {324, 8}, {325, 100}});
-    const QPair<const char *, QByteArray> files[] = {
-        {"largest sides", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
-        {"no rows", TiffOf(10, 0, 1)},
-        {"gigapixels that aren't in the file", TiffOf(40000, 40000, 1)},
-        {"deflate bomb", TiffOf(40000, 40000, 8)},
-        {"fax bomb", TiffOf(1000000, 1000000, 4, {{258, 1}, {262, 1}, {277, 1}})},
-        {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},
-        {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')}};
-    for (const auto &[name, file] : files) {
-        largestBlock = 0;
-        gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
-        int error = 0;
-        const bool read = LoadFromMemory(file, &error) != nullptr;
-        gflLibraryExit();
-        QVERIFY2(!read, name);
-        QVERIFY2(error == GFL_ERROR_FILE_READ || error == GFL_ERROR_NO_MEMORY || error == GFL_ERROR_UNKNOWN_FORMAT,
-                 name);
-        QVERIFY2(largestBlock < 1000000, name);
-    }
     largestBlock = 0;
     gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
-    const QString bad = BadFault("jpeg size", SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg")))
+    const QString bad = BadFault("tiff size", TiffOf(10, 10, 1)) + BadFault("tiff tiles size", tiles)
+        + BadFault("jpeg size", SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg")))
         + BadFault("png size", SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png")));
     gflLibraryExit();
     QCOMPARE(bad, QString());

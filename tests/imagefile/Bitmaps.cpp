@@ -276,6 +276,13 @@ QString BadRead(const QByteArray &file, const QByteArray &info, const GFL_BITMAP
     return BadRead(file, info, expected.Type, sample, tolerance);
 }
 
+QByteArray WarningOf(const QByteArray &file)
+{
+    gflClearWarningText();
+    const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA));
+    return read ? gflLastWarningText() : "not read";
+}
+
 QString BadCut(const QByteArray &file, int end, int begin)
 {
     for (int size = begin; size < end; ++size) {

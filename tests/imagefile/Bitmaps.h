@@ -104,6 +104,9 @@ QString BadRead(const QByteArray &file, const QByteArray &info, int type, const 
                 double tolerance = 0.0);
 QString BadRead(const QByteArray &file, const QByteArray &info, const GFL_BITMAP &expected, double tolerance = 0.0);
 
+/// Loads a file with its metadata, which must succeed, and returns the warning.
+QByteArray WarningOf(const QByteArray &file);
+
 /// Temporary folder that returns the paths of its files.
 class Folder : public QTemporaryDir {
 public:

@@ -150,9 +150,7 @@ void tst_Jxl::damaged()
         const int end = inContainer ? file.indexOf("xml ") - 4 : file.size();
         QCOMPARE(BadCut(file, end - 1), QString());
         QCOMPARE(BadFault("jxl", file.left(end)), QString());
-        gflClearWarningText();
-        QVERIFY(LoadFromMemory(file.left(end + 40), nullptr, LoadParams(GFL_LOAD_METADATA)));
-        QVERIFY(QByteArray(gflLastWarningText()).contains("metadata") == inContainer);
+        QCOMPARE(WarningOf(file.left(end + 40)).contains("metadata"), inContainer);
     }
 }
 

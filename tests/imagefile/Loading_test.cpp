@@ -339,11 +339,9 @@ void tst_Loading::signatures()
 
 void tst_Loading::truncatedTiff()
 {
-    const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
-    for (int compression : {0, 2, 4}) {
-        const Case named("compression", compression);
-        const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
-        QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff doesn't need the offset of the next directory
+    for (int compression : {0, 2, 4}) { // libtiff doesn't need the offset of the next directory, the last 4 bytes
+        const QByteArray file = SavedBytes(*RandomBitmap(20, 15, GFL_RGB, 16), SaveParams("tiff", compression));
+        QCOMPARE(BadCut(file, file.size() - 4), QString());
     }
 }
 

@@ -197,6 +197,7 @@ void tst_Psd::mergedPicture()
 {
     for (const int bits : {8, 16, 32})
         for (const int compression : {0, 1}) {
+            const Case named(bits, "bits, compression", compression);
             const BitmapPtr bitmap = RandomBitmap(31, 17, GFL_RGBA, bits);
             QByteArray file = SavedBytes(*bitmap, SaveParams("psd", compression));
             const int opacity = file.indexOf("8BIMnorm\xFF") + 8;
@@ -209,14 +210,11 @@ void tst_Psd::mergedPicture()
             const BitmapPtr renamedPicture = LoadFromMemory(renamed.insert(opacity + 17, "abcdefgh"));
             QVERIFY(renamedPicture && Difference(*renamedPicture, *bitmap).isEmpty());
             const BitmapPtr merged = LoadFromMemory(file.replace(opacity, 1, "\xFE"));
-            const QByteArray name = QByteArray::number(bits) + (compression ? " bits, packed" : " bits");
-            QVERIFY2(exact && Difference(*exact, *bitmap).isEmpty(), name.constData());
-            QVERIFY2(merged && merged->Type == GFL_RGBA, name.constData());
+            QVERIFY(exact && Difference(*exact, *bitmap).isEmpty() && merged && merged->Type == GFL_RGBA);
             const auto expected = [&](int x, int y, int c) { // opacity too low to compare
                 return SampleAt(*bitmap, x, y, 3) < 0.1 ? SampleAt(*merged, x, y, c) : SampleAt(*bitmap, x, y, c);
             };
-            const QString difference = Difference(*merged, expected, bits == 8 ? 0.03 : 0.0003);
-            QVERIFY2(difference.isEmpty(), name + qPrintable(difference));
+            QCOMPARE(Difference(*merged, expected, bits == 8 ? 0.03 : 0.0003), QString());
         }
 }
 

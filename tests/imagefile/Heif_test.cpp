@@ -115,11 +115,6 @@ double Expected(const Spec &spec, int x, int y, int c)
     return value / spec.Greatest();
 }
 
-const char *NameOf(heif_compression_format coder)
-{
-    return coder == heif_compression_AV1 ? "AVIF" : "HEIC";
-}
-
 } // namespace
 
 class tst_Heif : public QObject {
@@ -177,7 +172,7 @@ void tst_Heif::orientations()
             spec.size = {67, 50};
             spec.orientation = orientation;
             for (bool hasExif : {false, true}) {
-                const Case named(NameOf(spec.coder), spec.bits, "bits, orientation", orientation,
+                const Case named("coder", spec.coder, spec.bits, "bits, orientation", orientation,
                                  hasExif ? "with EXIF" : "without");
                 spec.inGrid = hasExif && spec.coder == heif_compression_HEVC;
                 QByteArray file = Encode(spec, {{}, {}, hasExif ? SomeBlocks(5).exif : QByteArray()});
@@ -198,7 +193,7 @@ void tst_Heif::orientations()
 void tst_Heif::metadata()
 {
     for (auto coder : {heif_compression_AV1, heif_compression_HEVC}) {
-        const Case named(NameOf(coder));
+        const Case named("coder", coder);
         const BitmapPtr read = LoadFromMemory(Encode({coder}, SomeBlocks()), nullptr, LoadParams(GFL_LOAD_METADATA));
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(BlocksOf(*read).Text(), SomeBlocks(1).Text());
@@ -237,7 +232,7 @@ void tst_Heif::unrotatedOpacity()
 void tst_Heif::damaged()
 {
     for (auto coder : {heif_compression_AV1, heif_compression_HEVC}) {
-        const Case named(NameOf(coder));
+        const Case named("coder", coder);
         const QByteArray file = Encode({coder});
         QCOMPARE(BadCut(file, file.size()), QString());
         QCOMPARE(BadFault("heif", Encode({coder, 8, 3, {256, 48}})), QString());

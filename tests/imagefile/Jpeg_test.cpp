@@ -2,6 +2,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
+#include "MetadataFiles.h"
 
 #include <QScopeGuard>
 #include <QtTest>
@@ -137,11 +138,8 @@ void tst_Jpeg::bytesAfterEnd()
                    LoadParams(), &info);
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(8, 65535)); // from 3 and 65,535 per centimeter; 16 bits
     const Folder folder;
-    GFL_BITMAP *record = nullptr;
-    WriteFile(folder("a.jpg"), metric);
-    QCOMPARE(gflLoadMetadataUTF8(folder("a.jpg").toUtf8().constData(), &record), int(GFL_NO_ERROR));
-    const BitmapPtr owner(record);
-    QCOMPARE(QSize(record->Xdpi, record->Ydpi), QSize(8, 65535));
+    const BitmapPtr record = LoadMetadata(WriteFile(folder("a.jpg"), metric));
+    QVERIFY(record && QSize(record->Xdpi, record->Ydpi) == QSize(8, 65535));
     const QByteArray file = Encode(Spec()), body = file.left(file.size() - 2), end = file.right(2);
     const QByteArray comment = QByteArray("\xFF\xFE\xFF\xFF", 4) + QByteArray("\xFF\xD9").repeated(32766) + ' ';
     const BitmapPtr whole = LoadFromMemory(file);

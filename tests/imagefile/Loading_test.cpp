@@ -56,12 +56,9 @@ QByteArray TiffOf(quint32 width, quint32 height, quint32 compression, const QMap
     return PlainTiff(fields, QByteArray(100, '\x55'));
 }
 
-BitmapPtr PlainBitmap(QSize size, int value)
+BitmapPtr PlainBitmap(QSize size, double value)
 {
-    BitmapPtr bitmap = NewBitmap(size.width(), size.height(), GFL_RGB, 8);
-    std::fill_n(bitmap->Data, std::size_t(bitmap->BytesPerLine) * std::size_t(bitmap->Height),
-                static_cast<std::uint8_t>(value));
-    return bitmap;
+    return FilledBitmap(size.width(), size.height(), GFL_RGB, 8, [=](int, int, int) { return value; });
 }
 
 void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind)
@@ -209,7 +206,7 @@ void tst_Loading::embeddedPreviews()
     for (const auto &[embedding, preview, isUsed, segments] : rows) {
         const Case named(int(embedding), preview, segments);
         const QString path = m_folder("a");
-        const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
+        const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 1), SaveParams("jpeg"));
         if (embedding == InRaw) {
             WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview));
         } else if (embedding == InRawAsPixels) {

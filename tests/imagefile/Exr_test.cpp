@@ -166,11 +166,6 @@ void tst_Exr::damagedFiles()
     WriteForeign(path.toStdString(), Tiles, {{0, 0}, {15, 11}}, {{0, 0}, {15, 11}});
     const QByteArray good = ReadFile(path);
     QCOMPARE(BadCut(good, good.size() / 2), QString()); // the reduced versions at the end are not needed
-    int error = 0;
-    // A huge or negative number anywhere in the headers gives an error or a picture, but no crash.
-    for (int at = 4; at + 4 < 600; ++at)
-        for (const char *number : {"\xFF\xFF\xFF\x7F", "\0\0\0\x80", "\0\0\x10\0"})
-            LoadFromMemory(QByteArray(good).replace(at, 4, QByteArray(number, 4)), &error);
     QCOMPARE(BadFault("exr", good), QString());
 }
 

@@ -159,18 +159,16 @@ void tst_Jpeg::bytesAfterEnd()
 
 void tst_Jpeg::damaged()
 {
-    const QByteArray restarts = Encode(With([](Spec &s) { s.restart = 1; }));
+    const QByteArray restarts = Encode(With([](Spec &s) { s.restart = 1; })),
+                     scans = Encode(With([](Spec &s) { s.progressive = true; })),
+                     last = scans.mid(scans.lastIndexOf("\xFF\xDA")).chopped(2);
     const std::pair<const char *, QByteArray> rows[] = {
-        {"baseline", Encode(Spec())},
-        {"progressive", Encode(With([](Spec &s) { s.progressive = true; }))},
-        {"restart markers", restarts}};
+        {"baseline", Encode(Spec())}, {"progressive", scans}, {"restart markers", restarts}};
     for (const auto &[name, whole] : rows) {
         const Case named(name);
         QCOMPARE(BadCut(whole, whole.size() - 2), QString()); // the end marker is not needed
     }
     QCOMPARE(BadFault("jpeg", restarts), QString());
-    const QByteArray scans = Encode(With([](Spec &s) { s.progressive = true; })),
-                     last = scans.mid(scans.lastIndexOf("\xFF\xDA")).chopped(2);
     QCOMPARE(BadFault("jpeg scans", scans.chopped(2) + last.repeated(99)), QString());
 }
 

@@ -5,7 +5,6 @@
 #include "Files.h"
 #include "MetadataFiles.h"
 
-#include <QDir>
 #include <QtTest>
 
 #include <exiv2/exiv2.hpp>
@@ -207,11 +206,9 @@ void tst_Loading::embeddedPreviews()
         const Case named(int(embedding), preview, segments);
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 1), SaveParams("jpeg"));
-        if (embedding == InRaw) {
-            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview));
-        } else if (embedding == InRawAsPixels) {
+        if (embedding == InRaw || embedding == InRawAsPixels) {
             const QByteArray pixels(3 * preview.width() * preview.height(), '\xFF');
-            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, pixels, preview));
+            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, embedding == InRaw ? jpeg : pixels, preview));
         } else if (embedding == InExif) {
             QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
             Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());

@@ -126,6 +126,16 @@ QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolera
     return worst;
 }
 
+QByteArray ProfileBytes(void *profile)
+{
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    QByteArray bytes(int(size), '\0');
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    cmsCloseProfile(profile);
+    return bytes;
+}
+
 QByteArray InkProfile()
 {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
@@ -147,13 +157,8 @@ QByteArray InkProfile()
     cmsPipelineInsertStage(pipeline, cmsAT_END, table);
     cmsWriteTag(profile, cmsSigAToB0Tag, pipeline);
     cmsWriteTag(profile, cmsSigAToB1Tag, pipeline);
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    QByteArray bytes(int(size), '\0');
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
     cmsPipelineFree(pipeline);
-    cmsCloseProfile(profile);
-    return bytes;
+    return ProfileBytes(profile);
 }
 
 double GrayOfCyan(double cyan)
@@ -249,6 +254,33 @@ QByteArray InfoText(const GFL_FILE_INFORMATION &info)
     return InfoText(format && qstrcmp(format->Name, info.FormatName) == 0 ? info.FormatName : "names don't match",
                     info.Description, {info.Width, info.Height}, info.ComponentsPerPixel, info.BitsPerComponent,
                     info.ColorModel, {info.Xdpi, info.Ydpi});
+}
+
+QString BadRead(const QByteArray &file, const QByteArray &info, int type, const Samples &expected, double tolerance)
+{
+    GFL_FILE_INFORMATION got;
+    const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &got);
+    if (!read)
+        return QString::fromUtf8(gflLastErrorText());
+    if (InfoText(got) != info || read->Type != type || read->Width != got.Width || read->Height != got.Height
+        || read->BitsPerComponent != got.BitsPerComponent)
+        return QString::asprintf("got %s; expected %s, type %d; the picture is %d x %d, %d bits, type %d",
+                                 InfoText(got).constData(), info.constData(), type, read->Width, read->Height,
+                                 read->BitsPerComponent, read->Type);
+    return Difference(*read, expected, tolerance);
+}
+
+QString BadRead(const QByteArray &file, const QByteArray &info, const GFL_BITMAP &expected, double tolerance)
+{
+    const auto sample = [&](int x, int y, int c) { return SampleAt(expected, x, y, c); };
+    return BadRead(file, info, expected.Type, sample, tolerance);
+}
+
+QByteArray WarningOf(const QByteArray &file)
+{
+    gflClearWarningText();
+    const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA));
+    return read ? gflLastWarningText() : "not read";
 }
 
 QString BadCut(const QByteArray &file, int end, int begin)

@@ -62,6 +62,9 @@ constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
                                    {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
+/// Returns the bytes of an lcms2 profile (cmsHPROFILE) and closes it.
+QByteArray ProfileBytes(void *profile);
+
 /// Returns a CMYK profile in which black reduces the lightness to 0 and each other ink by a third.
 QByteArray InkProfile();
 /// Returns the gray that @p cyan alone gives in that profile; both are fractions of the full range.
@@ -94,6 +97,15 @@ QByteArray InfoText(const GFL_FILE_INFORMATION &info);
 /// Returns an empty string if truncating a file to any size from @p begin to below @p end bytes gives a read error or,
 /// within the first bytes, an unknown format; otherwise the first size that doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
+
+/// Loads a file and returns an empty string if its description is @p info, its picture agrees with that and has this
+/// @p type, and the samples are as expected; otherwise what differs.
+QString BadRead(const QByteArray &file, const QByteArray &info, int type, const Samples &expected,
+                double tolerance = 0.0);
+QString BadRead(const QByteArray &file, const QByteArray &info, const GFL_BITMAP &expected, double tolerance = 0.0);
+
+/// Loads a file with its metadata, which must succeed, and returns the warning.
+QByteArray WarningOf(const QByteArray &file);
 
 /// Temporary folder that returns the paths of its files.
 class Folder : public QTemporaryDir {

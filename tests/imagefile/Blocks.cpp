@@ -7,16 +7,7 @@ namespace {
 /// Returns the same profile on each call; new ones would differ, because lcms2 stores the creation time.
 QByteArray SomeProfile()
 {
-    static const QByteArray made = [] {
-        QByteArray icc;
-        const cmsHPROFILE profile = cmsCreate_sRGBProfile();
-        cmsUInt32Number size = 0;
-        cmsSaveProfileToMem(profile, nullptr, &size);
-        icc.resize(static_cast<int>(size));
-        cmsSaveProfileToMem(profile, icc.data(), &size);
-        cmsCloseProfile(profile);
-        return icc;
-    }();
+    static const QByteArray made = ProfileBytes(cmsCreate_sRGBProfile());
     return made;
 }
 

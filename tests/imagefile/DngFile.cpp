@@ -1,4 +1,5 @@
 #include "DngFile.h"
+#include "TiffDirectory.h"
 
 #include <QVector>
 #include <QtEndian>
@@ -9,12 +10,6 @@
 namespace {
 
 enum Type : quint16 { kByte = 1, kText = 2, kShort = 3, kLong = 4, kRational = 5, kBytes = 7, kSignedRational = 10 };
-
-struct Field {
-    quint16 tag;
-    Type type;
-    QByteArray bytes;
-};
 
 template <class T> QByteArray Numbers(std::initializer_list<T> values)
 {
@@ -27,35 +22,15 @@ template <class T> QByteArray Numbers(std::initializer_list<T> values)
 }
 
 /// Returns one field per number, of 16 bits if it fits.
-QVector<Field> Plain(const QMap<int, quint32> &values)
+QVector<TiffField> Plain(const QMap<int, quint32> &values)
 {
-    QVector<Field> fields;
+    QVector<TiffField> fields;
     for (const int tag : values.keys()) {
         const quint32 value = values[tag];
         const bool isShort = value < 65536 && tag != 254 && tag != 330;
         fields.append({quint16(tag), isShort ? kShort : kLong, isShort ? Numbers({quint16(value)}) : Numbers({value})});
     }
     return fields;
-}
-
-/// Appends the values and the directory, and returns the directory's offset.
-quint32 AddDirectory(const QVector<Field> &fields, QByteArray *file)
-{
-    QByteArray directory = Numbers({quint16(fields.size())});
-    for (const Field &field : fields) {
-        const bool isRational = field.type == kRational || field.type == kSignedRational;
-        const int typeBytes = field.type == kShort ? 2 : field.type == kLong ? 4 : isRational ? 8 : 1;
-        directory += Numbers({field.tag, quint16(field.type)}) + Numbers({quint32(field.bytes.size() / typeBytes)});
-        if (field.bytes.size() <= 4) {
-            directory += field.bytes.leftJustified(4, '\0');
-        } else {
-            directory += Numbers({quint32(file->size())});
-            *file += field.bytes + QByteArray(field.bytes.size() % 2, '\0');
-        }
-    }
-    const auto at = static_cast<quint32>(file->size());
-    *file += directory + Numbers({quint32(0)});
-    return at;
 }
 
 QByteArray SensorValues(QSize size, const SensorColor &color)
@@ -70,8 +45,8 @@ QByteArray SensorValues(QSize size, const SensorColor &color)
 
 QByteArray PlainTiff(const QMap<int, quint32> &fields, const QByteArray &pixels)
 {
-    QByteArray file = QByteArray("II*\0\0\0\0\0", 8) + pixels;
-    return file.replace(4, 4, Numbers({AddDirectory(Plain(fields), &file)}));
+    const auto at = quint32(8 + pixels.size());
+    return QByteArray("II*\0", 4) + Numbers({at}) + pixels + TiffDirectory(Plain(fields), at, false);
 }
 
 QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &preview, QSize previewSize,
@@ -87,16 +62,17 @@ QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &previ
     const QMap<int, quint32> whole = {{254, 0},     {256, w},       {257, h},   {258, 16}, {259, 1},
                                       {262, 32803}, {273, 8},       {274, 1},   {277, 1},  {278, h},
                                       {279, bytes}, {50717, 65535}, {50778, 21}};
-    QVector<Field> fields = Plain(whole);
+    QVector<TiffField> fields = Plain(whole);
     if (!preview.isEmpty()) {
         w = quint32(previewSize.width()), h = quint32(previewSize.height()), bytes = quint32(preview.size());
         const bool isJpeg = preview.startsWith("\xFF\xD8");
         const QMap<int, quint32> reduced = {
             {254, 1},         {256, w}, {257, h}, {259, isJpeg ? 7 : 1}, {262, isJpeg ? 6 : 2},
             {273, previewAt}, {277, 3}, {278, h}, {279, bytes}};
-        QVector<Field> small = Plain(reduced);
+        QVector<TiffField> small = Plain(reduced);
         small.insert(3, {258, kShort, Numbers<quint16>({8, 8, 8})});
-        fields += Plain({{330, AddDirectory(small, &file)}});
+        fields += Plain({{330, quint32(file.size())}});
+        file += TiffDirectory(small, quint32(file.size()), false);
     }
     // XYZ to linear sRGB (IEC 61966-2-1), in ten-thousandths
     QByteArray matrix;
@@ -108,6 +84,7 @@ QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &previ
                {50721, kSignedRational, matrix},          {50728, kRational, Numbers<quint32>({1, 2, 1, 1, 3, 4})}};
     for (auto block = blocks.begin(); block != blocks.end(); ++block)
         fields.append({block.key(), kBytes, block.value()});
-    std::sort(fields.begin(), fields.end(), [](const Field &a, const Field &b) { return a.tag < b.tag; });
-    return file.replace(4, 4, Numbers({AddDirectory(fields, &file)}));
+    std::sort(fields.begin(), fields.end(), [](const TiffField &a, const TiffField &b) { return a.tag < b.tag; });
+    file.replace(4, 4, Numbers({quint32(file.size())}));
+    return file + TiffDirectory(fields, quint32(file.size()), false);
 }

@@ -142,20 +142,21 @@ void tst_Exr::foreignFiles()
         const QRect &window = file.data;
         WriteForeign(path.toStdString(), file.kind, {{-3, 2}, {12, 13}},
                      {{window.left(), window.top()}, {window.right(), window.bottom()}}, file.channels, file.dpi);
-        GFL_FILE_INFORMATION info;
-        const BitmapPtr got = Load(path, nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
-        QVERIFY2(got, gflLastErrorText());
         const int dpi = file.dpi > 0 && file.dpi < 65535 ? qRound(file.dpi) : 0;
-        QCOMPARE(InfoText(info), InfoText("exr", "OpenEXR", {16, 12}, file.components, 32, file.model, {dpi, dpi}));
         const bool isChroma = file.kind == LuminanceChroma, isGray = file.channels.contains('Y') && !isChroma,
                    hasAlpha = file.channels.contains('A');
-        QCOMPARE(int(got->Type), int(hasAlpha ? GFL_RGBA : file.model == GFL_CM_GREY ? GFL_GREY : GFL_RGB));
         const auto expected = [&](int x, int y, int c) {
             const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGray ? 0 : c));
             const bool isThere = isChroma || isGray || file.channels.contains("RGBA"[c]);
             return !window.contains(x - 3, y + 2) || !isThere ? 0.0 : c == 3 ? 0.5 : hasAlpha ? color / 0.5 : color;
         };
-        QCOMPARE(Difference(*got, expected, isChroma ? 0.002 : 0.0), QString());
+        QCOMPARE(BadRead(ReadFile(path),
+                         InfoText("exr", "OpenEXR", {16, 12}, file.components, 32, file.model, {dpi, dpi}),
+                         hasAlpha                        ? GFL_RGBA
+                             : file.model == GFL_CM_GREY ? GFL_GREY
+                                                         : GFL_RGB,
+                         expected, isChroma ? 0.002 : 0.0),
+                 QString());
     }
 }
 
@@ -165,11 +166,6 @@ void tst_Exr::damagedFiles()
     WriteForeign(path.toStdString(), Tiles, {{0, 0}, {15, 11}}, {{0, 0}, {15, 11}});
     const QByteArray good = ReadFile(path);
     QCOMPARE(BadCut(good, good.size() / 2), QString()); // the reduced versions at the end are not needed
-    int error = 0;
-    // A huge or negative number anywhere in the headers gives an error or a picture, but no crash.
-    for (int at = 4; at + 4 < 600; ++at)
-        for (const char *number : {"\xFF\xFF\xFF\x7F", "\0\0\0\x80", "\0\0\x10\0"})
-            LoadFromMemory(QByteArray(good).replace(at, 4, QByteArray(number, 4)), &error);
     QCOMPARE(BadFault("exr", good), QString());
 }
 

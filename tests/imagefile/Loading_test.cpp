@@ -5,7 +5,6 @@
 #include "Files.h"
 #include "MetadataFiles.h"
 
-#include <QDir>
 #include <QtTest>
 
 #include <exiv2/exiv2.hpp>
@@ -56,12 +55,9 @@ QByteArray TiffOf(quint32 width, quint32 height, quint32 compression, const QMap
     return PlainTiff(fields, QByteArray(100, '\x55'));
 }
 
-BitmapPtr PlainBitmap(QSize size, int value)
+BitmapPtr PlainBitmap(QSize size, double value)
 {
-    BitmapPtr bitmap = NewBitmap(size.width(), size.height(), GFL_RGB, 8);
-    std::fill_n(bitmap->Data, std::size_t(bitmap->BytesPerLine) * std::size_t(bitmap->Height),
-                static_cast<std::uint8_t>(value));
-    return bitmap;
+    return FilledBitmap(size.width(), size.height(), GFL_RGB, 8, [=](int, int, int) { return value; });
 }
 
 void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind, bool isDamaged = false)
@@ -199,12 +195,10 @@ void tst_Loading::embeddedPreviews()
     for (const auto &[embedding, preview, isUsed, segments] : rows) {
         const Case named(int(embedding), preview, segments);
         const QString path = m_folder("a");
-        const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
-        if (embedding == InRaw) {
-            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview));
-        } else if (embedding == InRawAsPixels) {
+        const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 1), SaveParams("jpeg"));
+        if (embedding == InRaw || embedding == InRawAsPixels) {
             const QByteArray pixels(3 * preview.width() * preview.height(), '\xFF');
-            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, pixels, preview));
+            WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, embedding == InRaw ? jpeg : pixels, preview));
         } else if (embedding == InExif) {
             QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
             Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
@@ -279,7 +273,7 @@ void tst_Loading::missingFiles()
 /// A file is recognized by its first bytes, all of which matter.
 void tst_Loading::signatures()
 {
-    const QByteArray signatures = // dots may be any bytes, underlines are zeros
+    QByteArray signatures = // dots may be any bytes, underlines are zeros
         "FUJIFILMCCD-RAW,......HEAPCCDR,....ftypcrx ,IIRO,IIRS,MMOR,FOVb,_MRM,IIU_,II*_,MM_*,#?RADIANCE,#?RGBE,8BPS,"
         "RIFF....WEBP,\xFF\xD8\xFF,\x89PNG\r\n\x1A\n,\x76\x2F\x31\1,\xFF\x0A,___\x0CJXL \r\n\x87\n,\xFF\x4F\xFF\x51,"
         "___\x0CjP  \r\n\x87\n";
@@ -287,7 +281,9 @@ void tst_Loading::signatures()
     for (std::int32_t index = 0; const GFL_FORMAT *format = gflGetFormat(index); ++index)
         names += format->Name;
     const QByteArray unknown = " has an unknown format; known formats: " + names.join(", ");
-    for (const QByteArray &signature : QByteArray(signatures).replace('_', '\0').split(','))
+    for (const char *brand : {"avif", "avis", "heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1"})
+        signatures += ",....ftyp" + QByteArray(20, '.') + brand; // the last of the compatible ones
+    for (const QByteArray &signature : signatures.replace('_', '\0').split(','))
         for (int at = -1; at < signature.size(); ++at) {
             const Case named(signature, "changed at", at);
             QByteArray head = signature.leftJustified(64, '\x55');
@@ -300,11 +296,9 @@ void tst_Loading::signatures()
 
 void tst_Loading::truncatedTiff()
 {
-    const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
-    for (int compression : {0, 2, 4}) {
-        const Case named("compression", compression);
-        const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
-        QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff doesn't need the offset of the next directory
+    for (int compression : {0, 2, 4}) { // libtiff doesn't need the offset of the next directory, the last 4 bytes
+        const QByteArray file = SavedBytes(*RandomBitmap(20, 15, GFL_RGB, 16), SaveParams("tiff", compression));
+        QCOMPARE(BadCut(file, file.size() - 4), QString());
     }
 }
 

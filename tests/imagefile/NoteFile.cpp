@@ -1,44 +1,15 @@
 #include "NoteFile.h"
+#include "TiffDirectory.h"
 
 namespace {
 
-QByteArray Number(quint32 number, int bytes, bool isBigEndian)
-{
-    QByteArray result;
-    for (int i = 0; i < bytes; ++i)
-        result.append(static_cast<char>(number >> 8 * (isBigEndian ? bytes - 1 - i : i)));
-    return result;
-}
-
-struct Field {
-    quint16 tag, type;
-    QByteArray value; // as stored in the file
-};
-
-/// Returns a directory that begins @p at bytes from the base of its offsets, followed by its values.
-QByteArray Directory(const QVector<Field> &fields, quint32 at, bool big)
-{
-    QByteArray directory = Number(quint32(fields.size()), 2, big), values;
-    for (const Field &field : fields) {
-        const int each = field.type == 5 ? 8 : field.type == 4 ? 4 : field.type == 3 ? 2 : 1;
-        const quint32 valueAt = at + 2 + 12 * quint32(fields.size()) + 4 + quint32(values.size());
-        const bool fits = field.value.size() <= 4;
-        directory += Number(field.tag, 2, big) + Number(field.type, 2, big)
-            + Number(quint32(field.value.size() / each), 4, big)
-            + (fits ? field.value.leftJustified(4, '\0') : Number(valueAt, 4, big));
-        if (!fits)
-            values += field.value + QByteArray(field.value.size() % 2, '\0');
-    }
-    return directory + Number(0, 4, big) + values;
-}
-
 /// Returns fields that exist in the maker's notes: mostly texts, some fractions or shorts.
-QVector<Field> FieldsOf(const NoteKind &kind)
+QVector<TiffField> FieldsOf(const NoteKind &kind)
 {
     const bool big = kind.isBigEndian;
-    const auto text = [](quint16 tag, QByteArray value) { return Field{tag, 2, value + '\0'}; };
+    const auto text = [](quint16 tag, QByteArray value) { return TiffField{tag, 2, value + '\0'}; };
     const auto fraction = [big](quint16 tag, quint32 over, quint32 under) {
-        return Field{tag, 5, Number(over, 4, big) + Number(under, 4, big)};
+        return TiffField{tag, 5, TiffNumber(over, 4, big) + TiffNumber(under, 4, big)};
     };
     const QByteArray make = kind.make;
     if (make == "Canon")
@@ -51,7 +22,7 @@ QVector<Field> FieldsOf(const NoteKind &kind)
     if (make.startsWith("NIKON"))
         return {{1, 7, "0210"}, text(4, "FINE   "), text(7, "AF-C  "), fraction(0x86, 7, 5)};
     if (make.startsWith("PENTAX"))
-        return {{0, 3, Number(3, 2, big) + Number(0, 2, big)},
+        return {{0, 3, TiffNumber(3, 2, big) + TiffNumber(0, 2, big)},
                 {6, 7, QByteArray("\7\344\2\3", 4)},
                 text(0x229, "1234567"),
                 {0x3F, 1, QByteArray("\4\374", 2)},
@@ -109,33 +80,34 @@ QByteArray NoteOf(const NoteKind &kind, quint32 place)
     if (kind.base != NoteKind::Block)
         at = kind.base == NoteKind::Note ? mark : 8;
     at += quint32(kind.shift);
-    QVector<Field> fields = FieldsOf(kind);
+    QVector<TiffField> fields = FieldsOf(kind);
     if (kind.name == QByteArray("Olympus E-1")) { // a nested directory at the end, stored as bytes
-        const QVector<Field> nested = {{0x100, 2, QByteArray("D4040\0", 6)},
-                                       {0x101, 2, QByteArray("AB0123456789\0", 13)}};
-        fields.append({0x2010, 7, Directory(nested, 0, kind.isBigEndian)});
-        const int before = Directory(fields, at, kind.isBigEndian).size() - fields.last().value.size();
-        fields.last().value = Directory(nested, at + quint32(before), kind.isBigEndian);
+        const QVector<TiffField> nested = {{0x100, 2, QByteArray("D4040\0", 6)},
+                                           {0x101, 2, QByteArray("AB0123456789\0", 13)}};
+        fields.append({0x2010, 7, TiffDirectory(nested, 0, kind.isBigEndian)});
+        const int before = TiffDirectory(fields, at, kind.isBigEndian).size() - fields.last().value.size();
+        fields.last().value = TiffDirectory(nested, at + quint32(before), kind.isBigEndian);
     }
-    return kind.mark + Directory(fields, at, kind.isBigEndian);
+    return kind.mark + TiffDirectory(fields, at, kind.isBigEndian);
 }
 
 QByteArray ExifWithNote(const NoteKind &kind, quint32 *place)
 {
     const bool big = kind.isBigEndian;
     const QByteArray make = QByteArray(kind.make) + '\0',
-                     head = (big ? "MM" : "II") + Number(42, 2, big) + Number(8, 4, big);
+                     head = (big ? "MM" : "II") + TiffNumber(42, 2, big) + TiffNumber(8, 4, big);
     // The first directory has YCbCrPositioning (531), which is not copied, so that everything after it moves.
     const auto first = [&](quint32 exifAt) {
-        return Directory({{271, 2, make},
-                          {272, 2, QByteArray("Model of a camera\0", 18)},
-                          {531, 3, Number(1, 2, big)},
-                          {34665, 4, Number(exifAt, 4, big)}},
-                         8, big);
+        return TiffDirectory({{271, 2, make},
+                              {272, 2, QByteArray("Model of a camera\0", 18)},
+                              {531, 3, TiffNumber(1, 2, big)},
+                              {34665, 4, TiffNumber(exifAt, 4, big)}},
+                             8, big);
     };
     const auto exifAt = 8 + quint32(first(0).size());
     const auto exif = [&](const QByteArray &note) {
-        return Directory({{33434, 5, Number(1, 4, big) + Number(250, 4, big)}, {37500, 7, note}}, exifAt, big);
+        return TiffDirectory({{33434, 5, TiffNumber(1, 4, big) + TiffNumber(250, 4, big)}, {37500, 7, note}}, exifAt,
+                             big);
     };
     const quint32 noteSize = quint32(NoteOf(kind, 0).size());
     const QByteArray sized = exif(QByteArray(int(noteSize), '\0'));
@@ -146,5 +118,5 @@ QByteArray ExifWithNote(const NoteKind &kind, quint32 *place)
 QByteArray JpegWithExif(QByteArray jpeg, const QByteArray &exif)
 {
     const QByteArray payload = QByteArray("Exif\0\0", 6) + exif;
-    return jpeg.insert(2, "\xFF\xE1" + Number(quint32(payload.size()) + 2, 2, true) + payload);
+    return jpeg.insert(2, "\xFF\xE1" + TiffNumber(quint32(payload.size()) + 2, 2, true) + payload);
 }

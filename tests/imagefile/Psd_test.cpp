@@ -159,24 +159,20 @@ void tst_Psd::reads()
 
 void tst_Psd::Read(const Spec &spec, int type)
 {
-    GFL_FILE_INFORMATION info;
-    const BitmapPtr read = LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
-    QVERIFY2(read, gflLastErrorText());
-    QCOMPARE(int(read->Type), type);
     const QByteArray model = spec.mode == Cmyk ? " CMYK" : spec.mode == Lab ? " LAB" : "";
     const int models[] = {GFL_CM_GREY, GFL_CM_GREY, GFL_CM_PALETTE, GFL_CM_RGB, GFL_CM_CMYK, -1,
                           -1,          -1,          GFL_CM_GREY,    GFL_CM_LAB};
-    QCOMPARE(InfoText(info),
-             InfoText("psd", (spec.isLarge ? "PSB" : "PSD") + model, {kWidth, kHeight},
-                      spec.mode == Indexed ? 3 : spec.channels, std::max(8, spec.bits), models[spec.mode]));
+    const QByteArray info =
+        InfoText("psd", (spec.isLarge ? "PSB" : "PSD") + model, {kWidth, kHeight},
+                 spec.mode == Indexed ? 3 : spec.channels, std::max(8, spec.bits), models[spec.mode]);
     const double levels = spec.bits < 16 ? 255 : spec.bits == 16 ? 65535 : 1e6;
     // Removing white magnifies the rounding errors of both stored numbers by up to a factor of 100.
     const double tolerance = spec.mode == Lab ? (spec.bits == 8 ? 0.02 : 0.004)
         : !spec.profile.isEmpty()             ? 0.01
                                               : 1.51 / levels * (spec.layers < 0 ? 100 : 1);
     const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
-    const QString form = QStringLiteral("mode %1, %2 bits: ").arg(spec.mode).arg(spec.bits);
-    QCOMPARE(form + Difference(*read, expected, tolerance), form);
+    const Case named("mode", spec.mode, spec.bits, "bits");
+    QCOMPARE(BadRead(Encode(spec), info, type, expected, tolerance), QString());
 }
 
 /// Compares whole files with what the format's description specifies.
@@ -201,6 +197,7 @@ void tst_Psd::mergedPicture()
 {
     for (const int bits : {8, 16, 32})
         for (const int compression : {0, 1}) {
+            const Case named(bits, "bits, compression", compression);
             const BitmapPtr bitmap = RandomBitmap(31, 17, GFL_RGBA, bits);
             QByteArray file = SavedBytes(*bitmap, SaveParams("psd", compression));
             const int opacity = file.indexOf("8BIMnorm\xFF") + 8;
@@ -213,14 +210,11 @@ void tst_Psd::mergedPicture()
             const BitmapPtr renamedPicture = LoadFromMemory(renamed.insert(opacity + 17, "abcdefgh"));
             QVERIFY(renamedPicture && Difference(*renamedPicture, *bitmap).isEmpty());
             const BitmapPtr merged = LoadFromMemory(file.replace(opacity, 1, "\xFE"));
-            const QByteArray name = QByteArray::number(bits) + (compression ? " bits, packed" : " bits");
-            QVERIFY2(exact && Difference(*exact, *bitmap).isEmpty(), name.constData());
-            QVERIFY2(merged && merged->Type == GFL_RGBA, name.constData());
+            QVERIFY(exact && Difference(*exact, *bitmap).isEmpty() && merged && merged->Type == GFL_RGBA);
             const auto expected = [&](int x, int y, int c) { // opacity too low to compare
                 return SampleAt(*bitmap, x, y, 3) < 0.1 ? SampleAt(*merged, x, y, c) : SampleAt(*bitmap, x, y, c);
             };
-            const QString difference = Difference(*merged, expected, bits == 8 ? 0.03 : 0.0003);
-            QVERIFY2(difference.isEmpty(), name + qPrintable(difference));
+            QCOMPARE(Difference(*merged, expected, bits == 8 ? 0.03 : 0.0003), QString());
         }
 }
 

@@ -1,5 +1,5 @@
 // Tests of several threads that use the layer at once on different files, like a preview and a batch.
-#include "Bitmaps.h"
+#include "MetadataFiles.h"
 
 #include <QtTest>
 
@@ -31,9 +31,7 @@ void Work(const QString &path, const char *format, unsigned seed, std::atomic<in
         const BitmapPtr read = Load(path, nullptr, load), small = LoadThumbnail(path, {50, 50}, load);
         *failures += !read || !Difference(*read, *bitmap, isJpeg ? 0.02 : 0.0).isEmpty();
         *failures += !small || small->Width != 50;
-        GFL_BITMAP *metadata = nullptr;
-        *failures += gflLoadMetadataUTF8(path.toUtf8().constData(), &metadata) != GFL_NO_ERROR;
-        gflFreeBitmap(metadata);
+        *failures += !LoadMetadata(path);
     }
 }
 

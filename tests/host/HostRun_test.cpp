@@ -61,6 +61,7 @@ private Q_SLOTS:
     void firstInterruptFinishesThePicture();
     void removesWorkFoldersOfKilledRuns();
     void standardStreams();
+    void notification();
     void environment();
     void names();
     void progressOnTerminal();
@@ -400,6 +401,22 @@ void HostRunTest::standardStreams()
     m_run->Run({"-c"_s, line});
     QCOMPARE(Names(m_dir->path()).filter(".vitrelux-"_s), QStringList());
     QCOMPARE(ReadFile(Path("code"_s)).trimmed().toInt(), 128 + SIGPIPE);
+}
+
+void HostRunTest::notification()
+{
+    const QString arguments = Path("arguments"_s), command = Path("notify-send"_s);
+    WriteFile(command,
+              "#!/bin/sh\nprintf '%s\\n' \"$@\" >" + arguments.toUtf8() + ".new && /bin/mv " + arguments.toUtf8()
+                  + ".new " + arguments.toUtf8() + '\n');
+    QVERIFY(QFile::setPermissions(command, QFile::ReadOwner | QFile::ExeOwner));
+    WriteFile(Path(kOutput), "old");
+    m_run->Set("PATH", m_dir->path());
+    QCOMPARE(RunProbe("", "--notify --skip-existing a.jpg n<o>.jpg"_s).exitCode, 1);
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(arguments), 60000); // the program doesn't wait for it
+    QCOMPARE(ReadFile(arguments),
+             QByteArray("--icon=vitrelux\n--app-name=Vitrelux\n--\n"
+                        "Vitrelux: 1 skipped, 1 failed\nn&lt;o&gt;.jpg: no such file\n"));
 }
 
 void HostRunTest::environment()

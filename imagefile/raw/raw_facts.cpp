@@ -59,7 +59,8 @@ public:
             m_facts->exif[key] = Fraction(value, unit);
     }
     void Exif(const char *key, std::uint16_t value) { m_facts->exif[key] = value; }
-    /// Adds several rationals; unknown values are 0/0, as EXIF 2.32 specifies for LensSpecification.
+    /// Adds several rationals; impossible values become 0/0, which EXIF 2.32 defines as unknown in LensSpecification. A
+    /// 0, LibRaw's value for unknown, remains 0.
     void Exif(const char *key, std::initializer_list<float> values, std::uint32_t unit)
     {
         Exiv2::URationalValue list;

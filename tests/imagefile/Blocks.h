@@ -14,5 +14,6 @@ struct Blocks {
 /// Returns an ICC profile made by lcms2, an XMP packet, and EXIF with only an orientation.
 Blocks SomeBlocks(int orientation = 6);
 
-/// Returns the blocks of a loaded bitmap. The EXIF is that of SomeBlocks with the bitmap's orientation, if it has one.
+/// Returns the blocks of a loaded bitmap. Its EXIF is that of SomeBlocks with the bitmap's orientation; empty
+/// if the bitmap has none.
 Blocks BlocksOf(const GFL_BITMAP &bitmap);

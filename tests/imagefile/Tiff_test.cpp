@@ -59,7 +59,7 @@ template <class... Change> Spec With(Spec spec, Change... change)
     return spec;
 }
 
-/// Lab of kLabColors relative to D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
+/// The colors of kLabColors in Lab relative to D65 (x 0.3127, y 0.329), by the same formulas without conversion to D50.
 constexpr double kLabD65[kLabCount][3] = {
     {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
 
@@ -352,7 +352,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QVERIFY(WriteFile(path, spec));
     const BitmapPtr got = Load(path);
     QVERIFY2(got, gflLastErrorText());
-    // Values not stored at this depth, mixed inks and divided colors are rounded.
+    // Values stored at another depth, mixed inks, and colors divided by their opacity are rounded.
     const bool isInk = spec.photometric == PHOTOMETRIC_SEPARATED;
     const bool exact = spec.bits == bits && !isInk && !spec.extra.contains(EXTRASAMPLE_ASSOCALPHA) && bits != 32;
     const double rounding = bits == 32 ? 1e-6 : 0.51 / (std::exp2(bits) - 1.0);

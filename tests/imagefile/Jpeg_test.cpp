@@ -198,8 +198,7 @@ void tst_Jpeg::pendingRows()
         const BitmapPtr pending = Load(path, nullptr, params);
         QVERIFY2(whole && pending, gflLastErrorText());
         int ready = 0;
-        const BitmapPtr direct =
-            LoadFromMemory(file, nullptr, params); // complete, because the caller may free the file
+        const BitmapPtr direct = LoadFromMemory(file, nullptr, params); // complete: the caller may free the file
         QCOMPARE(gflWaitForRows(direct.get(), 0, &ready), int(GFL_NO_ERROR));
         QCOMPARE(ready, how.height);
         for (const int wanted : {1, how.height / 2, how.height}) {

@@ -11,6 +11,14 @@ struct Blocks {
     QByteArray Text() const { return icc.toHex() + '\n' + xmp + '\n' + exif.toHex(); }
 };
 
+/// Frees an ICC profile or XMP packet by @p release and returns its bytes; empty for null.
+template <class Data> QByteArray TakeBytes(Data *data, void (*release)(Data *))
+{
+    const QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
+    release(data);
+    return bytes;
+}
+
 /// Returns an ICC profile made by lcms2, an XMP packet, and EXIF with only an orientation.
 Blocks SomeBlocks(int orientation = 6);
 

@@ -1,4 +1,5 @@
 // Tests of the XMP of edited pictures: which of the source's properties are kept, changed or dropped.
+#include "Blocks.h"
 #include "Case.h"
 #include "Files.h"
 #include "MetadataFiles.h"
@@ -28,11 +29,10 @@ QByteArray Packet(const QByteArray &attributes, const QByteArray &elements)
 QStringList XmpTexts(const GFL_BITMAP *bitmap)
 {
     QStringList texts;
-    GFL_XMP_DATA *data = gflBitmapGetXMPEx(bitmap);
+    const QByteArray packet = TakeBytes(gflBitmapGetXMPEx(bitmap), gflFreeXMP);
     Exiv2::XmpData xmp;
-    if (data)
-        Exiv2::XmpParser::decode(xmp, std::string(reinterpret_cast<char *>(data->Data), data->Length));
-    gflFreeXMP(data);
+    if (!packet.isEmpty())
+        Exiv2::XmpParser::decode(xmp, packet.toStdString());
     for (const Exiv2::Xmpdatum &datum : xmp)
         texts << QString::fromStdString(datum.key().substr(4) + '=' + datum.toString());
     texts.sort();

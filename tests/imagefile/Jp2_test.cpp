@@ -12,7 +12,7 @@ namespace {
 
 struct Kind {
     const char *name;
-    int channels, bits; // stored
+    int channels, bits; // as stored in the file
     bool isSigned = false;
     bool isBoxed = true;
     int precinct = 0; // side in pixels; 0: the maximum

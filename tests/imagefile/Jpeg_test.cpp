@@ -148,7 +148,7 @@ void tst_Jpeg::bytesAfterEnd()
         {"junk before the end", body + QByteArray(50, '\x11') + end},
         {"no end marker", body},
         {"long comments", QByteArray(file).insert(2, comment + comment)},
-        {"twice", file + file}};
+        {"the file twice", file + file}};
     for (const auto &[name, odd] : rows) {
         const Case named(name);
         const BitmapPtr bitmap = LoadFromMemory(odd);

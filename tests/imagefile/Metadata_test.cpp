@@ -1,5 +1,6 @@
 // Tests of metadata, with Exiv2 as the reference for input and output.
 #include "Bitmaps.h"
+#include "Blocks.h"
 #include "Case.h"
 #include "DngFile.h"
 #include "Files.h"
@@ -212,18 +213,12 @@ BitmapPtr Picture(const QString &source, int type = GFL_RGB, int bits = 8)
 
 QByteArray IccOf(const QString &path)
 {
-    GFL_ICCPROFILE_DATA *data = gflLoadICCProfileUTF8(path.toUtf8().constData());
-    QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
-    gflFreeICCProfile(data);
-    return bytes;
+    return TakeBytes(gflLoadICCProfileUTF8(path.toUtf8().constData()), gflFreeICCProfile);
 }
 
 QByteArray XmpOf(const QString &path)
 {
-    GFL_XMP_DATA *data = gflLoadXMPUTF8(path.toUtf8().constData());
-    QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
-    gflFreeXMP(data);
-    return bytes;
+    return TakeBytes(gflLoadXMPUTF8(path.toUtf8().constData()), gflFreeXMP);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Tests of several threads that use the layer at once on different files, like a preview and a batch.
+// Tests of several threads that use the layer at once on different files, as a preview and a batch do.
 #include "MetadataFiles.h"
 #include "Threads.h"
 

@@ -1,4 +1,4 @@
-// A host for tests: settings in a map, and file descriptions with the test's pictures.
+// A host for tests: settings in a map, and image descriptions with the test's pictures.
 #pragma once
 
 #include "KIApplication.h"

@@ -482,7 +482,8 @@ void tst_Inside::readers()
     QVERIFY(pieces == bytes);
 }
 
-/// The first row is from Apple's Technical Note TN1023; the others have runs of 2, 3 and 131, and 130 different bytes.
+/// The first row is from Apple's Technical Note TN1023; the others have runs of 2, 3 and 131, and 130 bytes without a
+/// run.
 void tst_Inside::packBits()
 {
     const std::pair<QByteArray, QByteArray> rows[] = {

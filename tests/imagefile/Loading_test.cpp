@@ -161,7 +161,8 @@ void tst_Loading::thumbnails()
         QCOMPARE(QSize(info.Width, info.Height), size);
         QCOMPARE(QSize(got->Width, got->Height), expected);
         QCOMPARE(int(got->Type), int(GFL_RGBA));
-        // Each pixel is the mean of whole pixels. JPEG averages other pixels, which hardly matters in a ramp.
+        // Each pixel is the mean of whole pixels of the picture. JPEG averages other pixels, which hardly matters in a
+        // ramp.
         const auto mean = [&, whole = size](int x, int y, int c) {
             const int w = got->Width, h = got->Height, endX = (x + 1) * whole.width() / w,
                       endY = (y + 1) * whole.height() / h, beginX = x * whole.width() / w,
@@ -282,7 +283,7 @@ void tst_Loading::signatures()
         names += format->Name;
     const QByteArray unknown = " has an unknown format; known formats: " + names.join(", ");
     for (const char *brand : {"avif", "avis", "heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1"})
-        signatures += ",....ftyp" + QByteArray(20, '.') + brand; // the last of the compatible ones
+        signatures += ",....ftyp" + QByteArray(20, '.') + brand; // as the last compatible brand
     for (const QByteArray &signature : signatures.replace('_', '\0').split(','))
         for (int at = -1; at < signature.size(); ++at) {
             const Case named(signature, "changed at", at);

@@ -15,7 +15,8 @@ namespace {
 
 constexpr int kWidth = 37, kHeight = 23; // prime, so that tiles and strips extend past the edge
 
-/// File to generate. Samples are pseudo-random over the full range.
+/// File to generate. Samples are pseudo-random over the full range, except in Lab, YCbCr, JPEG and files with a
+/// profile.
 struct Spec {
     int bits = 8;
     int samples = 3;
@@ -73,8 +74,8 @@ int LabValue(const Spec &spec, int x, int c)
     return int(std::lround(c == 0 ? number / 100 * lightest : number * unit + zero));
 }
 
-/// Returns a sample as an integer of spec.bits or, for floats, in units of 1/255. Opacity is sometimes 0, mostly
-/// large, and never less than premultiplied colors.
+/// Returns a sample as an integer of spec.bits or, for floats, in units of 1/255. With premultiplied colors,
+/// opacity is sometimes 0, otherwise large, and never less than the colors.
 quint32 Raw(const Spec &spec, int x, int y, int s)
 {
     const quint32 noise =

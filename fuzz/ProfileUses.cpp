@@ -48,7 +48,7 @@ void Check(const FitResult &fit, const LensProfile &profile)
     }
 }
 
-/// Renders the correction of a picture that is wider than the units of sharp sampling.
+/// Renders the correction of a picture; callers pass one that is wider than a unit of sharp sampling.
 void RenderSharp(const FitResult &fit, bool isFloat)
 {
     const Correction &correction = fit.correction;

@@ -9,7 +9,7 @@ void StartKernel()
 {
     static const bool started = [] {
         qInstallMessageHandler(
-            [](QtMsgType, const QMessageLogContext &, const QString &) {}); // messages about damaged input
+            [](QtMsgType, const QMessageLogContext &, const QString &) {}); // discards messages about damaged input
         qputenv("XDG_DATA_HOME", "/dev/null"); // otherwise all fuzzers would share one event file
         KImage::init(nullptr);
         return true;

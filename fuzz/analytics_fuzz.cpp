@@ -1,4 +1,4 @@
-// Reads arbitrary bytes as an event in JSON and as a file of events in Qt's binary JSON.
+// Reads arbitrary bytes as an event in JSON or as a file of events in Qt's binary JSON.
 #include "Target.h"
 #include "analytics/KAnalyticsEvent.h"
 #include "analytics/KAnalyticsFile.h"

@@ -1,4 +1,4 @@
-// Parses arbitrary words, one per line, as a command line, and plans the outputs of its pictures.
+// Parses arbitrary words, one per line, as a command line, and plans the outputs for the pictures that it names.
 #include "Target.h"
 #include "command/CommandLine.h"
 

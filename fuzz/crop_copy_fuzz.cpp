@@ -1,4 +1,5 @@
-// Copies arbitrary rectangles between small images of any type and depth. Nothing outside the rectangle may change.
+// Copies arbitrary rectangles between small images of any type and depth. Nothing outside the target
+// rectangle may change.
 #include "Images.h"
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Checks invariants of every returned bitmap; reads all pixels.
+/// Checks the invariants of every returned bitmap, and reads all of its pixels.
 void Check(const GFL_BITMAP &bitmap)
 {
     const int channels = bitmap.Type == GFL_GREY ? 1 : bitmap.Type == GFL_RGB ? 3 : 4;
@@ -37,7 +37,7 @@ void TryMetadata(GFL_BITMAP *bitmap)
 
 void TrySaving(const GFL_BITMAP &bitmap, const char *format)
 {
-    constexpr int kMaxSide = 200; // the target is the metadata writer, not the pixel writer
+    constexpr int kMaxSide = 200; // more pixels would only slow down the test of the metadata writers
     if (bitmap.Width > kMaxSide || bitmap.Height > kMaxSide)
         return;
     GFL_SAVE_PARAMS params;

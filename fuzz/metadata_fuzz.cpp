@@ -1,4 +1,4 @@
-// Reads arbitrary bytes as an EXIF block into both kinds of list, analyzes them, and copies the block to an edited
+// Reads arbitrary bytes as an EXIF block into both kinds of list, analyzes the lists, and copies the block to an edited
 // picture.
 #include "ImageDef.h"
 #include "KException.h"

@@ -1,4 +1,4 @@
-// Expands arbitrary patterns of output names for arbitrary pictures.
+// Expands arbitrary patterns for output names, with pictures of arbitrary names.
 #include "Target.h"
 #include "app/OutputPlan.h"
 

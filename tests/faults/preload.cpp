@@ -1,10 +1,10 @@
 // Library for LD_PRELOAD that makes one call of a given kind fail; scripts/faults runs the program with it. Environment
 // variables:
 //   FAULT_KIND   one of kKinds
-//   FAULT_AT     number of the call that fails, from 1; 0 only counts
+//   FAULT_AT     number of the call that fails, from 1; 0: calls are only counted
 //   FAULT_BELOW  only counts calls on files below this folder; without it, calls on all files
-//   FAULT_LOG    file that gets "count N" when main() returns, if FAULT_AT is 0; otherwise the name and number of the
-//                call that fails, and the stack
+//   FAULT_LOG    file that receives "count N" when main() returns, if FAULT_AT is 0; otherwise the name and number of
+//                the call that fails, and the stack
 // Counting begins with main(): calls by the loader and by static constructors are not affected.
 #ifndef _GNU_SOURCE
 #define _GNU_SOURCE
@@ -50,7 +50,7 @@ const char *folder = "/";
 const char *logName = nullptr;
 std::atomic<bool> counting{false};
 std::atomic<long> calls{0};
-thread_local bool inside = false; // calls by this library aren't counted
+thread_local bool inside = false; // true during this library's own calls, which aren't counted
 
 void Log(const char *text, long number)
 {

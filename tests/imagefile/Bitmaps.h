@@ -26,7 +26,7 @@ using Samples = std::function<double(int x, int y, int c)>;
 
 BitmapPtr FilledBitmap(int width, int height, int type, int bits, const Samples &value);
 
-/// Returns a bitmap of random samples in the full range (floats: 0 to 1), the same for the same seed.
+/// Returns a bitmap of random samples over the full range (floats: 0 to 1); the same seed gives the same bitmap.
 BitmapPtr RandomBitmap(int width, int height, int type, int bits, unsigned seed = 1);
 
 /// Returns a smooth ramp in x and y, which suits JPEG.
@@ -46,11 +46,11 @@ QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 /// fraction of the full range; otherwise where and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// Does the same with expected values from a formula.
+/// Does the same with expected samples from a function, but doesn't compare form and size.
 QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
 
-/// sRGB colors, as fractions of the full range, and in Lab relative to D50: by IEC 61966-2-1's curve, B. Lindbloom's
-/// matrix for D50 (Bradford) and CIE 15's formula.
+/// Color in Lab relative to D50, and in sRGB as fractions of the full range. The Lab values were computed with the
+/// curve of IEC 61966-2-1, B. Lindbloom's matrix for D50 (Bradford) and the formula of CIE 15.
 struct LabColor {
     double lab[3];
     double rgb[3];
@@ -65,7 +65,7 @@ constexpr int kLabCount = 5;
 /// Returns the bytes of an lcms2 profile (cmsHPROFILE) and closes it.
 QByteArray ProfileBytes(void *profile);
 
-/// Returns a CMYK profile in which black reduces the lightness to 0 and each other ink by a third.
+/// Returns a CMYK profile in which full black reduces the lightness to 0, and each of the other inks by a third.
 QByteArray InkProfile();
 /// Returns the gray that @p cyan alone gives in that profile; both are fractions of the full range.
 double GrayOfCyan(double cyan);
@@ -94,17 +94,17 @@ QByteArray InfoText(const char *format, const QByteArray &description, QSize siz
                     QSize dpi = QSize(0, 0));
 QByteArray InfoText(const GFL_FILE_INFORMATION &info);
 
-/// Returns an empty string if truncating a file to any size from @p begin to below @p end bytes gives a read error or,
-/// within the first bytes, an unknown format; otherwise the first size that doesn't.
+/// Truncates a file to each size from @p begin to @p end - 1 bytes. Returns an empty string if every load gives a read
+/// error or, for at most 16 bytes, an unknown format; otherwise the first size at which it doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
 
-/// Loads a file and returns an empty string if its description is @p info, its picture agrees with that and has this
-/// @p type, and the samples are as expected; otherwise what differs.
+/// Loads a file. Returns an empty string if its description is @p info, its picture has the described size and depth
+/// and is of this @p type, and the samples are as expected; otherwise the differences.
 QString BadRead(const QByteArray &file, const QByteArray &info, int type, const Samples &expected,
                 double tolerance = 0.0);
 QString BadRead(const QByteArray &file, const QByteArray &info, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// Loads a file with its metadata, which must succeed, and returns the warning.
+/// Loads a file with its metadata and returns the warning, or "not read" if the load failed.
 QByteArray WarningOf(const QByteArray &file);
 
 /// Temporary folder that returns the paths of its files.
@@ -113,8 +113,9 @@ public:
     QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }
 };
 
-/// Damages @p good by each of the rows of faults.tsv for @p kind and loads it. Returns an empty string if all loads
-/// fail with the error and the text of the row; otherwise the first row that differs.
+/// Damages @p good as described by each row of faults.tsv for @p kind, and loads it. Returns an empty string if there
+/// are such rows and every load fails with the error and the text of its row; otherwise the first row for which it
+/// doesn't.
 QString BadFault(const QByteArray &kind, const QByteArray &good);
 
 /// Returns the low @p bytes bytes of a number, highest first.

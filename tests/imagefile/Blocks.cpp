@@ -27,14 +27,8 @@ Blocks SomeBlocks(int orientation)
 Blocks BlocksOf(const GFL_BITMAP &bitmap)
 {
     Blocks blocks;
-    if (GFL_ICCPROFILE_DATA *icc = gflBitmapGetICCProfileEx(&bitmap)) {
-        blocks.icc = QByteArray(reinterpret_cast<char *>(icc->Data), static_cast<int>(icc->Length));
-        gflFreeICCProfile(icc);
-    }
-    if (GFL_XMP_DATA *xmp = gflBitmapGetXMPEx(&bitmap)) {
-        blocks.xmp = QByteArray(reinterpret_cast<char *>(xmp->Data), static_cast<int>(xmp->Length));
-        gflFreeXMP(xmp);
-    }
+    blocks.icc = TakeBytes(gflBitmapGetICCProfileEx(&bitmap), gflFreeICCProfile);
+    blocks.xmp = TakeBytes(gflBitmapGetXMPEx(&bitmap), gflFreeXMP);
     if (GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(&bitmap)) {
         for (const GFL_EXIF_ENTRYEX *entry = exif->Root; entry; entry = entry->Next)
             if (entry->Tag == 274 && entry->Data)

@@ -11,8 +11,17 @@ struct Blocks {
     QByteArray Text() const { return icc.toHex() + '\n' + xmp + '\n' + exif.toHex(); }
 };
 
+/// Frees an ICC profile or XMP packet by @p release and returns its bytes; empty for null.
+template <class Data> QByteArray TakeBytes(Data *data, void (*release)(Data *))
+{
+    const QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
+    release(data);
+    return bytes;
+}
+
 /// Returns an ICC profile made by lcms2, an XMP packet, and EXIF with only an orientation.
 Blocks SomeBlocks(int orientation = 6);
 
-/// Returns the blocks of a loaded bitmap. The EXIF is that of SomeBlocks with the bitmap's orientation, if it has one.
+/// Returns the blocks of a loaded bitmap. Its EXIF is that of SomeBlocks with the bitmap's orientation; empty
+/// if the bitmap has none.
 Blocks BlocksOf(const GFL_BITMAP &bitmap);

@@ -21,7 +21,7 @@ template <class T> QByteArray Numbers(std::initializer_list<T> values)
     return bytes;
 }
 
-/// Returns one field per number, of 16 bits if it fits.
+/// Returns one field per number: of 16 bits if the number fits and the tag allows it, otherwise of 32 bits.
 QVector<TiffField> Plain(const QMap<int, quint32> &values)
 {
     QVector<TiffField> fields;

@@ -13,7 +13,8 @@ struct SensorColor {
 QByteArray PlainTiff(const QMap<int, quint32> &fields, const QByteArray &pixels);
 
 /// Returns a DNG of one uniform color. The camera's matrix is that of sRGB, so sensor and picture differ only by the
-/// white balance; neutral gray is 0.5, 1, 0.75. The sensor's values start at byte 8, row by row. @p preview, if not
-/// empty, is a JPEG of @p previewSize or its RGB pixels. @p blocks are additional byte fields.
+/// white balance; the camera's neutral gray is 0.5, 1, 0.75. The sensor's values start at byte 8, row by row.
+/// @p preview, if not empty, has @p previewSize and is either a JPEG or plain RGB pixels. @p blocks are additional
+/// fields, by tag.
 QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &preview = QByteArray(),
                    QSize previewSize = QSize(), const QMap<quint16, QByteArray> &blocks = {});

@@ -1,4 +1,5 @@
 // Tests of the XMP of edited pictures: which of the source's properties are kept, changed or dropped.
+#include "Blocks.h"
 #include "Case.h"
 #include "Files.h"
 #include "MetadataFiles.h"
@@ -28,11 +29,10 @@ QByteArray Packet(const QByteArray &attributes, const QByteArray &elements)
 QStringList XmpTexts(const GFL_BITMAP *bitmap)
 {
     QStringList texts;
-    GFL_XMP_DATA *data = gflBitmapGetXMPEx(bitmap);
+    const QByteArray packet = TakeBytes(gflBitmapGetXMPEx(bitmap), gflFreeXMP);
     Exiv2::XmpData xmp;
-    if (data)
-        Exiv2::XmpParser::decode(xmp, std::string(reinterpret_cast<char *>(data->Data), data->Length));
-    gflFreeXMP(data);
+    if (!packet.isEmpty())
+        Exiv2::XmpParser::decode(xmp, packet.toStdString());
     for (const Exiv2::Xmpdatum &datum : xmp)
         texts << QString::fromStdString(datum.key().substr(4) + '=' + datum.toString());
     texts.sort();
@@ -61,7 +61,7 @@ private:
 void tst_EditedXmp::edited()
 {
     const std::tuple<const char *, QByteArray, QByteArray> rows[] = {
-        // kept, in addition to the record: "NAME=VALUE; ..."
+        // name, packet, properties kept in addition to the record: "NAME=VALUE; ..."
         {"no packet", "", ""},
         {"extended packet", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), ""},
         {"damaged packet", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", ""},
@@ -106,7 +106,7 @@ void tst_EditedXmp::edited()
         const GFL_XMP_ITEM record[] = {{"Xmp.crs.LensProfileName", "now"},
                                        {"Xmp.crs.LensProfileDigest", ""}, // removed
                                        {"Xmp.vitrelux.Zoom", "1"}};
-        const BitmapPtr first = SmoothBitmap(4, 3, GFL_RGB, 8); // the record doesn't need XMP to have been read before
+        const BitmapPtr first = SmoothBitmap(4, 3, GFL_RGB, 8); // works even if no XMP was read before
         QCOMPARE(gflBitmapMarkEdited(first.get(), first.get(), record, 3), int(GFL_NO_ERROR));
         const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), picture = SmoothBitmap(40, 30, GFL_RGB, 8);
         QCOMPARE(gflBitmapCopyMetadata(source.get(), picture.get()), int(GFL_NO_ERROR));

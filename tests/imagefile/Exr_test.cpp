@@ -18,7 +18,7 @@
 
 namespace {
 
-/// Returns the value at a position in the data window of files written by OpenEXR, which is exact in half precision.
+/// Returns the value that WriteForeign stores at a position of the data window. It is exact in half precision.
 float ValueAt(int x, int y, int c)
 {
     return static_cast<float>(x + 8 * y + 64 * c) / 256.0f;
@@ -87,8 +87,8 @@ void tst_Exr::writeThenRead()
         const Case named("row", i);
         const int compression = i / 9 - 1, type = types[i / 3 % 3], bits = depths[i % 3]; // compression -1: default
         const int stored = compression < 0 ? int(Imf::PIZ_COMPRESSION) : compression;
-        // 8 bits are stored as half, 16 and 32 bits as float, except by the methods above 5 (B44, DWA), which store all
-        // as half. Lossy methods, from 5 on, have larger errors.
+        // 8-bit samples are stored as half, deeper ones as float. The methods above 5 (B44, DWA) store all samples as
+        // half. The methods from 5 on are lossy and have larger errors.
         const double rounding = bits == 8 ? 0x1p-12 : bits == 16 ? 0x1p-25 : 0.0;
         const double tolerance = stored > 5 ? 0.01 : stored == 5 ? std::max(rounding, 0x1p-16) : rounding;
         const BitmapPtr bitmap = stored > 5 ? SmoothBitmap(67, 39, type, bits) : RandomBitmap(67, 39, type, bits);
@@ -101,8 +101,8 @@ void tst_Exr::writeThenRead()
                  int(bits == 8 || stored > 5 ? Imf::HALF : Imf::FLOAT));
         const BitmapPtr got = Load(path);
         QVERIFY2(got && got->Type == type && got->BitsPerComponent == 32 && got->Xdpi == 300, gflLastErrorText());
-        // With alpha, colors are stored multiplied by it. The error then doubles, because both product and alpha are
-        // rounded; two float operations add theirs.
+        // With alpha, colors are stored multiplied by it. The error then doubles, because both the product and alpha
+        // are rounded; two float operations add their own errors.
         const double limit = type == GFL_RGBA ? 2 * tolerance + 0x1p-22 : tolerance;
         const auto multiplied = [&](const GFL_BITMAP &b, int x, int y, int c) {
             return SampleAt(b, x, y, c) * (type == GFL_RGBA ? SampleAt(*bitmap, x, y, 3) : 1.0);

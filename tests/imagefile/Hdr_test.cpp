@@ -72,12 +72,12 @@ void tst_Hdr::reads()
         {"unpacked",
          File("", axes, Rgbe(128, 64, 0) + Rgbe(255, 1, 2, -7)),
          {0.5f, 0.25f, 0.0f, 1.9921875f, 0.0078125f, 0.015625f}},
-        {"black regardless of its mantissas",
+        {"black with mantissas",
          File("", axes, Rgbe(9, 9, 9, -136) + Rgbe(0, 0, 1, -127)),
          {0, 0, 0, 0, 0, float(std::ldexp(1.0, -127))}},
         {"exposures", File(exposures, axes, Rgbe(128, 64, 0) + Rgbe(8, 8, 8, 0)), {0.0625f, 0.03125f, 0, 1, 1, 1}},
         {"old runs", File("", "-Y 1 +X 260", runs), QVector<float>(3 * 260, 0.5f)},
-        {"like packed", File("", "-Y 4 +X 8", marks), marked},
+        {"resembles a packed row", File("", "-Y 4 +X 8", marks), marked},
         {"too narrow to be packed", File("", "-Y 1 +X 7", QByteArray("\2\2\0\7", 4).repeated(7)), narrow},
         {"packed", File("", "-Y 1 +X 9", PackedRow()), packed}};
     for (const auto &file : files) {

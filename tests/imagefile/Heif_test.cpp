@@ -1,4 +1,4 @@
-// Tests of HEIF and AVIF, with libheif's encoders as the reference; lossless for RGB by H.273's identity matrix.
+// Tests of HEIF and AVIF, with libheif's encoders as the reference. H.273's identity matrix makes RGB lossless.
 #include "Bitmaps.h"
 #include "Blocks.h"
 #include "Case.h"
@@ -18,10 +18,10 @@ struct Spec {
     bool isFullRange = true;
     bool isBlended = false; // colors multiplied by opacity
     int primaries = 1, curve = 13;
-    bool inGrid = false; // in a grid of one tile, instead of a crop
+    bool inGrid = false; // stored as a grid of one tile instead of with a crop
 
     int Greatest() const { return (1 << bits) - 1; }
-    /// Returns an arbitrary sample for the position; opacity takes all quarters; blended colors never exceed it.
+    /// Returns an arbitrary sample for the position. Opacity is a multiple of 1/4; blended colors never exceed it.
     int Sample(int x, int y, int c) const
     {
         const int value = (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);
@@ -94,8 +94,8 @@ QByteArray Encode(const Spec &spec, const Blocks &blocks = {})
     return ReadFile(folder("a"));
 }
 
-/// Reorders the properties of an AVIF rotated by a right angle as cameras write them: the size of the stored picture,
-/// then the rotation. libheif writes the rotation, then the size as displayed.
+/// Changes the order of the properties in an AVIF that is rotated by a right angle. Cameras write the size of the
+/// stored picture, then the rotation; libheif writes the rotation, then the size of the rotated picture.
 QByteArray SizeBeforeRotation(QByteArray file)
 {
     const int size = file.indexOf("ispe") + 8,
@@ -199,7 +199,7 @@ void tst_Heif::metadata()
         QCOMPARE(BlocksOf(*read).Text(), SomeBlocks(1).Text());
     }
     Blocks large;
-    large.xmp = QByteArray((64 << 20) + 1, ' '); // a byte more than is read
+    large.xmp = QByteArray((64 << 20) + 1, ' '); // one byte above the limit
     QVERIFY(WarningOf(Encode({}, large)).contains("a block that can't be read"));
     const struct {
         const char *name;
@@ -216,7 +216,8 @@ void tst_Heif::metadata()
     QVERIFY(WarningOf(Encode({}, large)).contains("ICC profile"));
 }
 
-/// Reads a file as written by avifenc 0.11, whose opacity has no rotation; libheif 1.15 assumes a wrong size for it.
+/// Reads a file like those of avifenc 0.11: the colors are rotated, the opacity isn't. libheif 1.15 then assumes a
+/// wrong size for the opacity.
 void tst_Heif::unrotatedOpacity()
 {
     QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});

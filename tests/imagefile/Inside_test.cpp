@@ -122,7 +122,7 @@ void tst_Inside::texts()
     const struct {
         const char *key;
         int type;          // TIFF field type
-        QByteArray values; // "VALUE=TEXT|...": Exiv2's form; the expected text
+        QByteArray values; // "VALUE=TEXT|...": value in Exiv2's form, expected text
     } rows[] = {
         {"Image.Model", 2, "E-M1      =E-M1"},
         {"Image.Orientation", 3, "1=Top-left (1)|8=Left-bottom (8)|0=0|9=9"},
@@ -174,7 +174,7 @@ void tst_Inside::lensId()
         nikon[std::string(group) + "MaxFocalLength"] = uint16_t(72);
         nikon[std::string(group) + "MaxApertureAtMinFocal"] = uint16_t(44);
         nikon[std::string(group) + "MaxApertureAtMaxFocal"] = uint16_t(48);
-        QCOMPARE(LensId(nikon), std::string("8 40 121 3.6 4")); // in steps of a 24th of a factor of two, from 5 mm
+        QCOMPARE(LensId(nikon), std::string("8 40 121 3.6 4")); // from n: 5 * 2^(n / 24) mm; f-number 2^(n / 24)
     }
     Exiv2::ExifData canon;
     canon["Exif.CanonCs.Lens"] = "44 20 2"; // longest, shortest, units per millimeter
@@ -221,8 +221,8 @@ void tst_Inside::lists()
     QVERIFY(ExifOfRawList({nullptr, 0}).empty());
 }
 
-/// Writes TIFFs, in which each call of the sink fails once, and then reads them. BigTIFF is normally written from 4 GiB
-/// on; here it is also written from one byte on.
+/// Writes each TIFF again and again, so that every call to the sink fails once, and then reads the complete file.
+/// BigTIFF is normally used from 4 GiB on; here it is also used from one byte on.
 void tst_Inside::bigTiff()
 {
     Metadata metadata;
@@ -407,7 +407,7 @@ void tst_Inside::metadataMap()
     const QByteArray exif = QByteArray("\1\0\x0F\1\2\0\7\0\0\0", 10) + number(at + 100) + QByteArray(4, '\0');
     const QByteArray end = first.leftJustified(50, '.') + "ninebytes." + exif.leftJustified(40, '.') + "seven..";
     const std::tuple<const char *, QByteArray, int> rows[] = {
-        // the position of the pointer to the second page; 0: none
+        // name, file, position of the pointer to the second page (0: none)
         {"two pages", little + QByteArray("\0\1\0\0more", 8), 36},
         {"big-endian", QByteArray("MM\0*\0\0\0\x08\0\1", 10) + field + QByteArray("\0\0\1\0", 4), 22},
         {"one page", little + QByteArray(4, '\0'), 0},
@@ -433,7 +433,7 @@ void tst_Inside::metadataMap()
     }
 }
 
-/// Freeing a picture ends its decoding, which would otherwise never end here.
+/// Freeing a picture stops its decoder, which would otherwise run forever here.
 void tst_Inside::freedWhilePending()
 {
     const auto decode = [](RowSink *rows) {
@@ -451,7 +451,7 @@ void tst_Inside::freedWhilePending()
     QCOMPARE(ready, 16);
 }
 
-/// The readers of bytes at the end of a file, and pieces larger than a buffer.
+/// Reads bytes at the end of a file, past it, and in pieces that are larger than the readers' buffers.
 void tst_Inside::readers()
 {
     QByteArray bytes(300000, '\0');
@@ -482,7 +482,8 @@ void tst_Inside::readers()
     QVERIFY(pieces == bytes);
 }
 
-/// The first row is from Apple's Technical Note TN1023; the others have runs of 2, 3 and 131, and 130 different bytes.
+/// The first row is from Apple's Technical Note TN1023; the others have runs of 2, 3 and 131, and 130 bytes without a
+/// run.
 void tst_Inside::packBits()
 {
     const std::pair<QByteArray, QByteArray> rows[] = {
@@ -506,11 +507,12 @@ void tst_Inside::packBits()
     }
 }
 
-/// Boxes of ISO 14496-12 after a byte: empty, with a 64-bit length, and past the end.
+/// Finds boxes of ISO 14496-12 from byte 1 on: an empty one, one with a 64-bit length, and one that extends past the
+/// end.
 void tst_Inside::boxes()
 {
     const char file[] = ".\0\0\0\x08"
-                        "free\0\0\0\1long\0\0\0\0\0\0\0\x12..\0\0\0\x0Clast.."; // and a zero
+                        "free\0\0\0\1long\0\0\0\0\0\0\0\x12..\0\0\0\x0Clast.."; // and the terminating zero
     std::string found;
     for (const IsoBox &box : IsoBoxesIn(Source(file, sizeof file), 1, 99))
         found += Text("%s %d %d %d; ", box.name, int(box.begin), int(box.end), int(box.isComplete));

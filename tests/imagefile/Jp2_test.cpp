@@ -12,7 +12,7 @@ namespace {
 
 struct Kind {
     const char *name;
-    int channels, bits; // stored
+    int channels, bits; // as stored in the file
     bool isSigned = false;
     bool isBoxed = true;
     int precinct = 0; // side in pixels; 0: the maximum
@@ -149,7 +149,7 @@ void tst_Jp2::metadata()
     image->exifData()["Exif.Image.Orientation"] = uint16_t(6);
     image->xmpData()["Xmp.xmp.Rating"] = "4";
     image->iptcData()["Iptc.Application2.City"] = "Sydney";
-    // A time that Exiv2 would write with more letters.
+    // Exiv2 would write this time with more characters.
     const QByteArray city = QByteArray("\x1C\2\x5A\0\6", 5) + "Sydney",
                      time = QByteArray("\x1C\2\x3C\0\6", 5) + "101112";
     const BitmapPtr read =

@@ -109,7 +109,7 @@ void tst_Jpeg::readsWhatLibjpegDecodes()
         {"progressive", With([](Spec &s) { s.progressive = true; })},
         {"arithmetic", With([](Spec &s) { s.arithmetic = true; })},
         {"restarts", With([](Spec &s) { s.restart = 2; })},
-        // libjpeg writes the Adobe marker with these two, which means inverted CMYK: 255 is no ink.
+        // libjpeg writes the Adobe marker into the files below. It means inverted CMYK: 255 is no ink.
         {"CMYK", With([](Spec &s) { s.in = s.stored = JCS_CMYK, s.lumaSampling = 1; })},
         {"YCCK", With([](Spec &s) { s.in = JCS_CMYK, s.stored = JCS_YCCK, s.lumaSampling = 1; })},
         {"CMYK with a profile", With([](Spec &s) { s.in = s.stored = JCS_CMYK, s.hasInkProfile = true; })}};
@@ -136,7 +136,7 @@ void tst_Jpeg::bytesAfterEnd()
     GFL_FILE_INFORMATION info;
     LoadFromMemory(metric.replace(metric.indexOf("JFIF") + 7, 5, QByteArray("\2\0\3\xFF\xFF", 5)), nullptr,
                    LoadParams(), &info);
-    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(8, 65535)); // from 3 and 65,535 per centimeter; 16 bits
+    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(8, 65535)); // from 3 and 65,535 per centimeter; dpi have 16 bits
     const Folder folder;
     const BitmapPtr record = LoadMetadata(WriteFile(folder("a.jpg"), metric));
     QVERIFY(record && QSize(record->Xdpi, record->Ydpi) == QSize(8, 65535));
@@ -148,7 +148,7 @@ void tst_Jpeg::bytesAfterEnd()
         {"junk before the end", body + QByteArray(50, '\x11') + end},
         {"no end marker", body},
         {"long comments", QByteArray(file).insert(2, comment + comment)},
-        {"twice", file + file}};
+        {"the file twice", file + file}};
     for (const auto &[name, odd] : rows) {
         const Case named(name);
         const BitmapPtr bitmap = LoadFromMemory(odd);
@@ -198,7 +198,7 @@ void tst_Jpeg::pendingRows()
         const BitmapPtr pending = Load(path, nullptr, params);
         QVERIFY2(whole && pending, gflLastErrorText());
         int ready = 0;
-        const BitmapPtr direct = LoadFromMemory(file, nullptr, params); // the caller may free the file
+        const BitmapPtr direct = LoadFromMemory(file, nullptr, params); // complete: the caller may free the file
         QCOMPARE(gflWaitForRows(direct.get(), 0, &ready), int(GFL_NO_ERROR));
         QCOMPARE(ready, how.height);
         for (const int wanted : {1, how.height / 2, how.height}) {

@@ -161,7 +161,8 @@ void tst_Loading::thumbnails()
         QCOMPARE(QSize(info.Width, info.Height), size);
         QCOMPARE(QSize(got->Width, got->Height), expected);
         QCOMPARE(int(got->Type), int(GFL_RGBA));
-        // The mean of whole pixels. JPEG delivers other means, but the picture is a ramp.
+        // Each pixel is the mean of whole pixels of the picture. JPEG averages other pixels, which hardly matters in a
+        // ramp.
         const auto mean = [&, whole = size](int x, int y, int c) {
             const int w = got->Width, h = got->Height, endX = (x + 1) * whole.width() / w,
                       endY = (y + 1) * whole.height() / h, beginX = x * whole.width() / w,
@@ -182,14 +183,14 @@ void tst_Loading::embeddedPreviews()
         Embedding embedding;
         QSize preview;
         bool isUsed;      // for a box of 90 x 90 and a picture of 300 x 200
-        int segments = 0; // more before the JPEG's EXIF, which may be the fourth
+        int segments = 0; // more before the JPEG's EXIF, which is only found among the first four
     };
     QVector<Row> rows = {{BeforePage, {60, 40}, false},
                          {AsPageOfTheSecond, {120, 80}, false},
                          {Damaged, {120, 80}, false},
                          {InExif, {120, 80}, true, 2},
                          {InExif, {120, 80}, false, 3}};
-    // Larger than the box, too small, other proportions.
+    // Previews larger than the box, too small, and with other proportions.
     for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
     for (const auto &[embedding, preview, isUsed, segments] : rows) {
@@ -273,7 +274,7 @@ void tst_Loading::missingFiles()
 /// A file is recognized by its first bytes, all of which matter.
 void tst_Loading::signatures()
 {
-    QByteArray signatures = // dots may be any bytes, underlines are zeros
+    QByteArray signatures = // dots may be any bytes, underscores are zeros
         "FUJIFILMCCD-RAW,......HEAPCCDR,....ftypcrx ,IIRO,IIRS,MMOR,FOVb,_MRM,IIU_,II*_,MM_*,#?RADIANCE,#?RGBE,8BPS,"
         "RIFF....WEBP,\xFF\xD8\xFF,\x89PNG\r\n\x1A\n,\x76\x2F\x31\1,\xFF\x0A,___\x0CJXL \r\n\x87\n,\xFF\x4F\xFF\x51,"
         "___\x0CjP  \r\n\x87\n";
@@ -282,7 +283,7 @@ void tst_Loading::signatures()
         names += format->Name;
     const QByteArray unknown = " has an unknown format; known formats: " + names.join(", ");
     for (const char *brand : {"avif", "avis", "heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1"})
-        signatures += ",....ftyp" + QByteArray(20, '.') + brand; // the last of the compatible ones
+        signatures += ",....ftyp" + QByteArray(20, '.') + brand; // as the last compatible brand
     for (const QByteArray &signature : signatures.replace('_', '\0').split(','))
         for (int at = -1; at < signature.size(); ++at) {
             const Case named(signature, "changed at", at);
@@ -302,13 +303,13 @@ void tst_Loading::truncatedTiff()
     }
 }
 
-/// Each file is refused without much memory. Those that are only damaged can be described.
+/// Each file is refused without using much memory. Files of which only the pixels are damaged can still be described.
 void tst_Loading::refusedFiles()
 {
     constexpr int kUnknown = GFL_ERROR_UNKNOWN_FORMAT, kRead = GFL_ERROR_FILE_READ, kMemory = GFL_ERROR_NO_MEMORY;
     const struct {
         int error;
-        const char *text; // of the error, after the path
+        const char *text; // start of the error text, after the path
         QByteArray bytes;
         bool isDescribed = false;
     } rows[] = {

@@ -1,5 +1,6 @@
 // Tests of metadata, with Exiv2 as the reference for input and output.
 #include "Bitmaps.h"
+#include "Blocks.h"
 #include "Case.h"
 #include "DngFile.h"
 #include "Files.h"
@@ -134,7 +135,7 @@ QByteArray Iptc()
     add(2, 25, "two");
     add(2, 60, "101112"); // a shorter time than Exiv2 would write
     add(2, 120, QByteArray());
-    add(2, 202, QByteArray(32768, 'p')); // the shortest and the longest of their forms
+    add(2, 202, QByteArray(32768, 'p')); // the shortest in the extended form; next, the longest in the standard form
     add(2, 202, QByteArray(32767, 'q'));
     return iptc;
 }
@@ -160,7 +161,7 @@ QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
     return jpeg.insert(2, segments);
 }
 
-/// Returns a raw file with all blocks. With EXIF the other blocks change: Exiv2 writes them in its own form.
+/// Returns a raw file with all blocks. If there is EXIF, Exiv2 rewrites the other blocks in its own form.
 QByteArray RawSource(const Exiv2::ExifData &exif)
 {
     const QByteArray file =
@@ -212,18 +213,12 @@ BitmapPtr Picture(const QString &source, int type = GFL_RGB, int bits = 8)
 
 QByteArray IccOf(const QString &path)
 {
-    GFL_ICCPROFILE_DATA *data = gflLoadICCProfileUTF8(path.toUtf8().constData());
-    QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
-    gflFreeICCProfile(data);
-    return bytes;
+    return TakeBytes(gflLoadICCProfileUTF8(path.toUtf8().constData()), gflFreeICCProfile);
 }
 
 QByteArray XmpOf(const QString &path)
 {
-    GFL_XMP_DATA *data = gflLoadXMPUTF8(path.toUtf8().constData());
-    QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
-    gflFreeXMP(data);
-    return bytes;
+    return TakeBytes(gflLoadXMPUTF8(path.toUtf8().constData()), gflFreeXMP);
 }
 
 } // namespace
@@ -320,7 +315,7 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
 
 void tst_Metadata::iptcEntries()
 {
-    // The two forms that ImageMagick 6 writes into a PNG: plain IPTC, or a Photoshop resource with it.
+    // The two forms that ImageMagick 6 writes into a PNG: plain IPTC, or a Photoshop resource that contains it.
     const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
     const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
     const std::pair<const char *, QByteArray> texts[] = {{"iptc", set}, {"iptc", block}, {"8bim", block}};
@@ -344,7 +339,7 @@ void tst_Metadata::iptcEntries()
              "15a CharacterSet=\x1B%G; 80000200 RecordVersion=0004; 219 Keywords=one; 219 Keywords=two; "
              "23c TimeCreated=101112; 278 Caption=; 2ca Preview="
                  + QByteArray(32768, 'p') + "; 2ca Preview=" + QByteArray(32767, 'q') + "; ");
-    iptc->ItemsList[3].Id += 0x10000; // not a record and a data set
+    iptc->ItemsList[3].Id += 0x10000; // too large for a record and a data set
     const BitmapPtr target = SmoothBitmap(4, 3, GFL_RGB, 8);
     gflClearWarningText();
     QCOMPARE(gflBitmapSetIPTC(target.get(), iptc), int(GFL_NO_ERROR));
@@ -459,7 +454,7 @@ struct GermanNumbers : std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-/// Returns the raw and the printed text of a file's last item with this key, separated by a bar.
+/// Returns the raw and the printed text of a file's last item with this key, separated by a vertical bar.
 QByteArray ListItem(const QString &path, const QByteArray &key)
 {
     GFL_METADATA_LIST *list = nullptr;
@@ -479,7 +474,7 @@ void tst_Metadata::metadataList()
     exif["Exif.Image.ImageDescription"] = std::string(1100, 'd');
     SetValues("Photo.LensModel=F\xFCnfziger|Photo.PixelXDimension=12000|Photo.FocalLength=455/10|Photo.MeteringMode=2|"
               "NikonLd2.Version=48 50 48 49|NikonLd2.LensIDNumber=165",
-              &exif); // ISO 8859-1; version 0201
+              &exif); // LensModel is in ISO 8859-1; the version is 0201
     WriteFile(m_folder("a.jpg"), JpegSource(exif));
     WriteFile(m_folder("a.dng"), RawSource({}));
     // A CR3 consists of boxes; CMT1 and CMT2 hold the first directory and that of EXIF as separate TIFFs.
@@ -575,7 +570,8 @@ void tst_Metadata::blocksThatAreTooLarge()
     }
 }
 
-// Beyond a segment, Exiv2 drops values over 20,000 bytes. If that isn't enough, the maker note is left out.
+/// If the EXIF doesn't fit into a segment, Exiv2 drops values over 20,000 bytes. If it still doesn't fit, the maker
+/// note is dropped too.
 void tst_Metadata::exifTooLargeForJpeg()
 {
     for (int noteBytes : {70000, 19000}) {

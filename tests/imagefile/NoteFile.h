@@ -8,12 +8,12 @@ struct NoteKind {
     const char *name, *make;
     QByteArray mark; // the header, with a TIFF header for the kinds that have one
     bool isBigEndian;
-    enum Base { Block, Note, OwnHeader } base; // base of the offsets; OwnHeader: the last 8 bytes of the mark
-    int shift;                                 // mistakenly added to all offsets
-    enum Result { Stays, Moves, IsRebuilt } result;
+    enum Base { Block, Note, OwnHeader } base;      // base of the offsets; OwnHeader: the last 8 bytes of the mark
+    int shift;                                      // that the camera mistakenly added to all offsets
+    enum Result { Stays, Moves, IsRebuilt } result; // in a copy: at the same place, at another place, or encoded anew
 };
 
-/// Returns the kinds of notes of common makers; two of them have wrong offsets.
+/// Returns the kinds of notes of common makers; two kinds have wrong offsets.
 const QVector<NoteKind> &NoteKinds();
 
 /// Returns a note that begins at byte @p place of its EXIF block: texts and fractions, partly stored by offset.

@@ -141,7 +141,7 @@ void tst_Png::Read(const Spec &spec, int type)
                                : GFL_CM_GREY);
     const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
     QCOMPARE(BadRead(file, info, type, expected, 1e-9), QString());
-    const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams()); // not in place, but through a row buffer
+    const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams()); // read through a row buffer, not in place
     QVERIFY2(read && read->Type == type && read->BitsPerComponent == 8, gflLastErrorText());
     QCOMPARE(Difference(*read, expected, 0.51 / 255), QString());
 }

@@ -20,7 +20,7 @@ struct Spec {
     int bits = 8;
     bool isPacked = false;
     bool isLarge = false;
-    int layers = 0; // the file's count: negative if the fourth channel is opacity
+    int layers = 0; // number of layers in the file: negative if the fourth channel is opacity
     QByteArray profile;
 
     /// Returns a stored sample as a fraction of the full range: arbitrary, except in Lab and in CMYK with a profile.
@@ -183,7 +183,7 @@ void tst_Psd::writes()
     bitmap->Ydpi = 150;
     const quint16 samples[] = {0x0101, 0x0101, 0x0101, 0x0203};
     std::copy(std::begin(samples), std::end(samples), reinterpret_cast<quint16 *>(bitmap->Data));
-    // Gray without color data; the resource of the resolution; no layers.
+    // Gray without color data; the resolution resource; no layers.
     const QByteArray head = "384250530001000000000000000100000001000000040010000100000000"
                             "0000001C3842494D03ED000000000010012C000000010001009600000001000100000000",
                      bytes = head + "00000101010101010203", packed = head + "00010005FB01010203";
@@ -192,7 +192,7 @@ void tst_Psd::writes()
 }
 
 /// Pictures with alpha are written as a layer, and blended with white for other programs. Reading either gives the same
-/// picture except for rounding; the blend is read if the opacity of the layer as a whole is below 100 %.
+/// picture except for rounding; the blend is used if the opacity of the layer as a whole is below 100 %.
 void tst_Psd::mergedPicture()
 {
     for (const int bits : {8, 16, 32})
@@ -202,7 +202,7 @@ void tst_Psd::mergedPicture()
             QByteArray file = SavedBytes(*bitmap, SaveParams("psd", compression));
             const int opacity = file.indexOf("8BIMnorm\xFF") + 8;
             const BitmapPtr exact = LoadFromMemory(file);
-            QByteArray renamed = file; // a layer name 8 bytes longer, with the lengths of the sections around it
+            QByteArray renamed = file; // 8 bytes more in the layer's name, and in the lengths of the sections around it
             const int section = bits == 8 ? opacity - 60 : opacity - 76; // deeper samples have a block of their own
             for (const int at : {section, opacity - 56, opacity + 4})
                 renamed.replace(at, 4, BigEndian(qFromBigEndian<quint32>(renamed.constData() + at) + 8, 4));
@@ -211,7 +211,7 @@ void tst_Psd::mergedPicture()
             QVERIFY(renamedPicture && Difference(*renamedPicture, *bitmap).isEmpty());
             const BitmapPtr merged = LoadFromMemory(file.replace(opacity, 1, "\xFE"));
             QVERIFY(exact && Difference(*exact, *bitmap).isEmpty() && merged && merged->Type == GFL_RGBA);
-            const auto expected = [&](int x, int y, int c) { // opacity too low to compare
+            const auto expected = [&](int x, int y, int c) { // pixels of low opacity aren't compared
                 return SampleAt(*bitmap, x, y, 3) < 0.1 ? SampleAt(*merged, x, y, c) : SampleAt(*bitmap, x, y, c);
             };
             QCOMPARE(Difference(*merged, expected, bits == 8 ? 0.03 : 0.0003), QString());

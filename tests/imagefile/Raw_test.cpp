@@ -128,9 +128,9 @@ void tst_Raw::damagedFiles()
                 || size > good.size() - 130); // the texts at the end are not needed
     }
     const int directory = 8 + 64 * 48 * 2;
-    for (int at = directory; at < good.size(); at += 3) // must give an error or a picture
+    for (int at = directory; at < good.size(); at += 3) // must neither crash nor hang
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);
-    // A CR2's signature is recognized without the suffix: not a TIFF.
+    // A CR2 is recognized by its signature, without the suffix, and isn't read as a TIFF.
     QCOMPARE(BadFault("tiff", SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"))), QString());
     QCOMPARE(BadFault("raw", good), QString());
     gflSetMaxPixels(1000000);

@@ -1,11 +1,11 @@
-// Tests of several threads that use the layer at once on different files, like a preview and a batch.
+// Tests of several threads that use the layer at once on different files, as a preview and a batch do.
 #include "MetadataFiles.h"
+#include "Threads.h"
 
 #include <QtTest>
 
 #include <atomic>
 #include <thread>
-#include <vector>
 
 class tst_Threads : public QObject {
     Q_OBJECT
@@ -40,12 +40,9 @@ void Work(const QString &path, const char *format, unsigned seed, std::atomic<in
 void tst_Threads::concurrentFiles()
 {
     std::atomic<int> failures{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back(Work, m_folder.filePath(QString::number(i)), i % 2 ? "jpeg" : "tiff", unsigned(100 * i),
-                             &failures);
-    for (std::thread &thread : threads)
-        thread.join();
+    InThreads(4, [&](int i) {
+        Work(m_folder.filePath(QString::number(i)), i % 2 ? "jpeg" : "tiff", unsigned(100 * i), &failures);
+    });
     QCOMPARE(failures.load(), 0);
 }
 

@@ -15,7 +15,8 @@ namespace {
 
 constexpr int kWidth = 37, kHeight = 23; // prime, so that tiles and strips extend past the edge
 
-/// File to generate. Samples are pseudo-random over the full range.
+/// File to generate. Samples are pseudo-random over the full range, except in Lab, YCbCr, JPEG and files with a
+/// profile.
 struct Spec {
     int bits = 8;
     int samples = 3;
@@ -59,7 +60,7 @@ template <class... Change> Spec With(Spec spec, Change... change)
     return spec;
 }
 
-/// Lab of kLabColors relative to D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
+/// The colors of kLabColors in Lab relative to D65 (x 0.3127, y 0.329), by the same formulas without conversion to D50.
 constexpr double kLabD65[kLabCount][3] = {
     {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
 
@@ -73,8 +74,8 @@ int LabValue(const Spec &spec, int x, int c)
     return int(std::lround(c == 0 ? number / 100 * lightest : number * unit + zero));
 }
 
-/// Returns a sample as an integer of spec.bits or, for floats, in units of 1/255. Opacity is sometimes 0, mostly
-/// large, and never less than premultiplied colors.
+/// Returns a sample as an integer of spec.bits or, for floats, in units of 1/255. With premultiplied colors,
+/// opacity is sometimes 0, otherwise large, and never less than the colors.
 quint32 Raw(const Spec &spec, int x, int y, int s)
 {
     const quint32 noise =
@@ -352,7 +353,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QVERIFY(WriteFile(path, spec));
     const BitmapPtr got = Load(path);
     QVERIFY2(got, gflLastErrorText());
-    // Values not stored at this depth, mixed inks and divided colors are rounded.
+    // Values stored at another depth, mixed inks, and colors divided by their opacity are rounded.
     const bool isInk = spec.photometric == PHOTOMETRIC_SEPARATED;
     const bool exact = spec.bits == bits && !isInk && !spec.extra.contains(EXTRASAMPLE_ASSOCALPHA) && bits != 32;
     const double rounding = bits == 32 ? 1e-6 : 0.51 / (std::exp2(bits) - 1.0);

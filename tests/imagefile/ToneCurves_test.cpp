@@ -16,16 +16,6 @@ using Light = std::function<double(double)>;
 
 constexpr int kPoints = 513;
 
-QByteArray Bytes(cmsHPROFILE profile)
-{
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    QByteArray bytes(int(size), '\0');
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    cmsCloseProfile(profile);
-    return bytes;
-}
-
 cmsToneCurve *Table(const Light &light, int entries)
 {
     std::vector<cmsUInt16Number> table;
@@ -39,7 +29,7 @@ QByteArray RgbProfile(cmsToneCurve *red, cmsToneCurve *green, cmsToneCurve *blue
     const cmsCIExyY white = {0.3127, 0.3290, 1.0};
     const cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1.0}, {0.30, 0.60, 1.0}, {0.15, 0.06, 1.0}};
     cmsToneCurve *curves[] = {red, green, blue};
-    const QByteArray bytes = Bytes(cmsCreateRGBProfile(&white, &primaries, curves));
+    const QByteArray bytes = ProfileBytes(cmsCreateRGBProfile(&white, &primaries, curves));
     for (cmsToneCurve *curve : curves)
         cmsFreeToneCurve(curve);
     return bytes;
@@ -48,7 +38,7 @@ QByteArray RgbProfile(cmsToneCurve *red, cmsToneCurve *green, cmsToneCurve *blue
 QByteArray GrayProfile(double gamma)
 {
     cmsToneCurve *curve = cmsBuildGamma(nullptr, gamma);
-    const QByteArray bytes = Bytes(cmsCreateGrayProfile(cmsD50_xyY(), curve));
+    const QByteArray bytes = ProfileBytes(cmsCreateGrayProfile(cmsD50_xyY(), curve));
     cmsFreeToneCurve(curve);
     return bytes;
 }
@@ -81,7 +71,7 @@ void tst_ToneCurves::curvesMatchProfile()
         QVector<Light> light;
         double tolerance; // formulas have 16 fractional bits, tables 16 bits in total
     } rows[] = {
-        {"sRGB", Bytes(cmsCreate_sRGBProfile()), {Srgb, Srgb, Srgb}, 3e-5},
+        {"sRGB", ProfileBytes(cmsCreate_sRGBProfile()), {Srgb, Srgb, Srgb}, 3e-5},
         {"gamma 1.8, table, linear",
          RgbProfile(cmsBuildGamma(nullptr, 1.8), Table(Power(2.0), 257), cmsBuildGamma(nullptr, 1.0)),
          {Power(1.8), Power(2.0), Power(1.0)},
@@ -106,9 +96,9 @@ void tst_ToneCurves::curvesMatchProfile()
 void tst_ToneCurves::profilesWithoutCurves()
 {
     std::vector<double> light(6);
-    const QByteArray whole = Bytes(cmsCreate_sRGBProfile());
+    const QByteArray whole = ProfileBytes(cmsCreate_sRGBProfile());
     const std::pair<const char *, QByteArray> rows[] = {{"CMYK", InkProfile()},
-                                                        {"Lab", Bytes(cmsCreateLab4Profile(nullptr))},
+                                                        {"Lab", ProfileBytes(cmsCreateLab4Profile(nullptr))},
                                                         {"text", "no profile"},
                                                         {"empty", {}},
                                                         {"truncated", whole.left(200)}};

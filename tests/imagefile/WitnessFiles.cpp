@@ -1,7 +1,7 @@
-// Writes pictures with metadata to a folder, and copies of these and of given pictures made by the layer, for other
-// programs to read: witness_files FOLDER [PICTURE...]. Sources are NAME.source.jpg, or NAME.read.heic and so on, copies
-// NAME.source.tiff, .png and so on. FORM.pixels.tiff, .png and .psd hold the same pixels. sensor.dng is a camera raw
-// file without metadata.
+// Writes pictures with metadata to a folder. Then the layer copies these and given pictures, for other programs to
+// read: witness_files FOLDER [PICTURE...]. A source is named NAME.source.jpg, or NAME.read.heic and the like; its
+// copies end in .tiff, .jpeg, .png and .psd instead. FORM.pixels.tiff, .png and .psd hold the same pixels. sensor.dng
+// is a camera raw file without metadata.
 #include "Bitmaps.h"
 #include "DngFile.h"
 #include "Files.h"
@@ -37,14 +37,14 @@ int main(int count, char **arguments)
         std::fputs("usage: witness_files FOLDER [PICTURE...]\n", stderr);
         return 2;
     }
+    const QString folder = QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/');
     const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
     bool done = true;
     for (const NoteKind &kind : NoteKinds()) {
         quint32 place = 0;
         const QString name =
             QString::fromLatin1(kind.name).remove(QLatin1Char(',')).replace(QLatin1Char(' '), QLatin1Char('-'));
-        const QString path =
-            QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/') + name + QLatin1String(".source.jpg");
+        const QString path = folder + name + QLatin1String(".source.jpg");
         WriteFile(path, JpegWithExif(jpeg, ExifWithNote(kind, &place)));
         done = WriteCopies(path) && done;
     }
@@ -57,15 +57,12 @@ int main(int count, char **arguments)
                  {"alpha8", GFL_RGBA, 8},
                  {"alpha16", GFL_RGBA, 16}};
     for (const auto &form : forms)
-        for (const char *format : {"tiff", "png", "psd"}) {
-            const QString path = QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/') + QLatin1String(form.name);
-            done = Save(path + QLatin1String(".pixels.") + QLatin1String(format),
+        for (const char *format : {"tiff", "png", "psd"})
+            done = Save(folder + QLatin1String(form.name) + QLatin1String(".pixels.") + QLatin1String(format),
                         *SmoothBitmap(40, 30, form.type, form.bits), SaveParams(format))
                     == GFL_NO_ERROR
                 && done;
-        }
-    WriteFile(QString::fromLocal8Bit(arguments[1]) + QLatin1String("/sensor.dng"),
-              DngFile(QSize(240, 160), {0.2, 0.4, 0.3}));
+    WriteFile(folder + QLatin1String("sensor.dng"), DngFile(QSize(240, 160), {0.2, 0.4, 0.3}));
     for (int i = 2; i < count; ++i)
         done = WriteCopies(QString::fromLocal8Bit(arguments[i])) && done;
     if (!done)

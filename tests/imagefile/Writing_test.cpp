@@ -1,5 +1,5 @@
-// Tests of writing: pictures read back in the closest form that the format supports, and the effect on files, even
-// after failures.
+// Tests of writing: whether pictures read back in the closest form that the format supports, and what happens to files,
+// even after failures.
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
@@ -67,8 +67,8 @@ private:
     void (*m_handler)(int) = SIG_DFL;
 };
 
-/// Source of rows on demand from a bitmap without padding, up to a given row: in order, or GFL_FAST_ROWS at a time on
-/// any thread.
+/// Provides rows on demand from a bitmap without padding. They must be requested in order or, if `isFast`, in aligned
+/// groups of up to GFL_FAST_ROWS in any order. Other requests fail, and so do rows from `end` on.
 struct Maker {
     const std::uint8_t *pixels;
     int end;
@@ -140,7 +140,7 @@ void tst_Writing::WriteThenRead(const Format &f, int type, int bits)
 
 void tst_Writing::runs()
 {
-    // Runs of every length around the limits of packing, which random samples never contain.
+    // Runs of every length up to well above the limits of packing. Random samples never contain them.
     constexpr int kLongest = 240;
     const int width = kLongest * (kLongest + 1) / 2;
     const BitmapPtr bitmap = NewBitmap(width, 1, GFL_RGB, 8);
@@ -349,7 +349,7 @@ void tst_Writing::generatedRows()
     const auto save = [&](int end, const GFL_SAVE_PARAMS &params) {
         Maker maker = {bitmap->Data, end, (params.Flags & GFL_SAVE_FAST) && params.Compression == 4, {0}};
         const int error = gflSaveRowsUTF8(path.toUtf8().constData(), &shape, Maker::Make, &maker, &params);
-        return error == GFL_NO_ERROR && maker.made != shape.Height ? -1 : error; // each row once
+        return error == GFL_NO_ERROR && maker.made != shape.Height ? -1 : error; // each row must be requested once
     };
     struct Form {
         const char *format;
@@ -406,7 +406,7 @@ void tst_Writing::fastDeflate()
             }
             const QByteArray file = SavedBytes(*bitmap, fast);
             QCOMPARE(Difference(*LoadFromMemory(file), *bitmap), QString());
-            // Drawings are left to libdeflate.
+            // Ramps and flat areas, as in drawings, are left to libdeflate.
             const QByteArray plain = SavedBytes(*bitmap, SaveParams("tiff", 4));
             QCOMPARE(file == plain, content == kRamp || content == kFlat);
             QVERIFY2(file.size() <= 1.06 * plain.size(), QByteArray::number(file.size()));

@@ -1,4 +1,5 @@
-// The installed files after they were moved: used by a host that was built with only these files, and by the program.
+// Tests that the installed files work after they were moved: for a host that was built with only these files, and for
+// the program.
 #include "Case.h"
 #include "FittedFiles.h"
 #include "ProgramTest.h"
@@ -34,7 +35,7 @@ void MinimalHost_test::sameFileAsTheProgram()
     QCOMPARE(QSize(picture.width, picture.height), QSize(60, 40));
     QCOMPARE(picture.bits, 8);
 
-    // Single corrections must give different pictures; otherwise equality would prove nothing.
+    // With only one of the corrections, the pictures must differ; otherwise equality would prove nothing.
     for (const QString &switches : {"--distortion --vignetting"_s, "--distortion"_s, "--vignetting"_s}) {
         const Case named(switches);
         const ProgramResult program =
@@ -47,8 +48,8 @@ void MinimalHost_test::sameFileAsTheProgram()
     }
 }
 
-/// A profile with one entry corrects a picture of any size. Without a profile, the host prints the reason and writes
-/// nothing.
+/// A profile with one entry corrects a picture of any size. If the host can't choose a profile, it prints the reason
+/// and writes nothing.
 void MinimalHost_test::fitted()
 {
     WriteJpeg(Path("b.jpg"_s), 45, 30);
@@ -85,7 +86,7 @@ void MinimalHost_test::failsWithAMessage()
     }
 }
 
-/// If a library is missing, the program must not load that of the build folder instead.
+/// If a library is missing, the program must not load the copy in the build folder instead.
 void MinimalHost_test::partsAreFoundNextToTheProgram()
 {
     const QString layer = "libvitrelux-imagefile.so"_s, plugin = "libKVitrelux.so"_s;

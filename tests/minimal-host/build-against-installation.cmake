@@ -4,7 +4,7 @@ set(first_home "${WORK_DIR}/installed")
 set(home "${WORK_DIR}/moved")
 
 file(REMOVE_RECURSE "${WORK_DIR}")
-unset(ENV{DESTDIR}) # set while packages are made; it would redirect the installation
+unset(ENV{DESTDIR}) # set during packaging; it would redirect the installation
 execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${first_home}"
     OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 file(RENAME "${first_home}" "${home}") # anything that depends on the original location fails from here on

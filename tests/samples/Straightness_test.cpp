@@ -1,5 +1,5 @@
-// Corrects the sample pictures with the program and compares straight edges and even patches with the painted scenes,
-// before and after: bends, color fringes and dark corners.
+// Corrects the sample pictures with the program. Compares their straight edges and even patches with the painted
+// scenes, before and after the correction, to measure bends, color fringes and dark corners.
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
@@ -20,13 +20,13 @@ namespace {
 
 /// Aberrations that a sample must have before its correction.
 struct Limits {
-    double moved;  ///< minimum distance by which the lens moves an edge, in pixels
-    double fringe; ///< minimum width of the widest fringe, in pixels
-    double corner; ///< maximum relative light in each corner patch
+    double moved;  ///< the lens moves at least one edge by more than this, in pixels
+    double fringe; ///< the widest red and the widest blue fringe are wider than this, in pixels
+    double corner; ///< each corner patch has less light than this, relative to the scene
 };
 constexpr Limits kBefore[] = {{10, 1.5, 0.8}, {10, 1.5, 0.8}, {40, 0.8, 0.9}};
-constexpr double kShiftPx = 0.3;     // largest distance of a corrected edge from its place in the scene
-constexpr double kLightAfter = 0.02; // largest deviation from 1
+constexpr double kShiftPx = 0.3;     // upper limit of the distance of a corrected edge from its place in the scene
+constexpr double kLightAfter = 0.02; // upper limit of the deviation of a corrected patch's relative light from 1
 
 TiffRaster ReadJpeg(const QString &path)
 {
@@ -47,16 +47,17 @@ double Bilinear(const TiffRaster &picture, Point p, int channel)
 }
 
 struct Figures {
-    double shift[3] = {}, moved = 0; ///< the largest of all edges, in pixels; `shift` is measured from the placement
-    std::vector<double> light = {};  ///< of each patch, relative to the scene
-    int windows = 0;                 ///< in which an edge was measured
+    double shift[3] = {};           ///< largest distance of an edge from its placement, in pixels; per channel
+    double moved = 0;               ///< largest distance of an edge's placement from its place in the scene, in pixels
+    std::vector<double> light = {}; ///< light of each patch, relative to the scene
+    int windows = 0;                ///< number of windows in which an edge was measured, counted per channel
 };
 
 /// Maps a point of the scene to the picture.
 using Placement = std::function<Point(Point)>;
 
-/// Measures the shifts of edges in windows along them, as the step of a least-squares fit of the scene's derivative
-/// across the edge to the difference between picture and scene.
+/// Measures the light of the patches, and the shifts of the edges in windows along them. A shift is the factor with
+/// which the scene's derivative across the edge best fits the difference between picture and scene, by least squares.
 Figures Measure(const char *what, const TiffRaster &picture, const Sample &sample, const Placement &placement)
 {
     Figures figures;

@@ -5,8 +5,8 @@
 #include <QString>
 #include <QtTest>
 
-/// Names a test case while it exists. QVERIFY and QCOMPARE return from the test on failure, and the destructor then
-/// prints the name:
+/// Names a test case for as long as the object exists. QVERIFY and QCOMPARE return from the test on failure, and the
+/// destructor then prints the name:
 ///
 ///     for (const auto &row : rows) {
 ///         const Case named("width", row.width, "height", row.height);

@@ -1,4 +1,4 @@
-// A host for tests: settings in a map, and file descriptions with the test's pictures.
+// A host for tests: settings in a map, and image descriptions with the test's pictures.
 #pragma once
 
 #include "KIApplication.h"
@@ -56,9 +56,9 @@ public:
     void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
     KImage pixels;                // empty if the description has none
-    int locks = 0;                // locks held; one at another depth counts as 1,000
+    int locks = 0;                // locks held; one that isn't at the native depth counts as 1,000
     bool gone = false;            // the file was deleted after it was described: Lock throws
-    QList<QSize> reducedSizes;    // locked sizes, in order
+    QList<QSize> reducedSizes;    // sizes passed to Lock, in order
     bool acceptedPending = false; // at the last full-size lock, the caller accepted pending rows
 
 private:
@@ -127,7 +127,7 @@ public:
 
     QMap<QString, QVariant> settings;
     QStringList missing;                     // files without a description
-    QStringList calls;                       // in order, for example "set Disto"; only from the GUI thread
+    QStringList calls;                       // in order, for example "set Disto"; must come from the GUI thread
     KUIInstances *interfaceKernel = nullptr; // shared with plug-ins
 
 private:

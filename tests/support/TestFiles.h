@@ -12,7 +12,8 @@ inline QString operator""_s(const char *text, std::size_t size)
     return QString::fromUtf8(text, static_cast<int>(size));
 }
 
-/// Writes a JPEG of a gradient with noise, always the same. It compresses poorly, so the file isn't tiny.
+/// Writes a JPEG of a gradient with noise, which is the same on each call. Noise compresses poorly, so the file isn't
+/// tiny.
 void WriteJpeg(const QString &path, int width, int height);
 
 /// Selects the models of a profile.

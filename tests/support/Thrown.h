@@ -1,4 +1,4 @@
-// Catches a call's exception as text to compare.
+// Catches the exception of a call and returns its message for comparisons.
 #pragma once
 
 #include "KException.h"

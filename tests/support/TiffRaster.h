@@ -1,4 +1,4 @@
-// Pixels of a TIFF file as numbers, for tests that write a source or check a result using only libtiff.
+// Pixels of a TIFF file as numbers, for tests that write a source picture or check a result with only libtiff.
 #pragma once
 
 #include <QString>

@@ -18,7 +18,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// Creates a copy of a file in the same folder, truncated to @p size bytes.
+/// Returns a function that copies the file @p name, truncated to @p size bytes, within its folder.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {
@@ -149,7 +149,7 @@ void BadInputTest::refused()
     const QStringList made(othersDone ? QStringList("a_corrected.tiff"_s) : QStringList());
     QCOMPARE(Names(m_dir->path()).toSet(), (before + made).toSet());
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), output);
-    if (line.contains("--profile m"_s)) // `profile` reports it as unusable too
+    if (line.contains("--profile m"_s)) // the command `profile` reports it as unusable too
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 

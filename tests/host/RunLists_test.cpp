@@ -143,7 +143,7 @@ void tst_RunLists::lostPictures()
     const struct {
         QStringList pictures;
         OutputNaming naming;
-        QStringList lost; // of each picture
+        QStringList lost; // per picture, the one that its output would replace
     } rows[] = {
         {{"/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s}},
         {{"/in/a.jpg"_s}, {"/out"_s, "{name}.jpg"_s}, {""_s}},

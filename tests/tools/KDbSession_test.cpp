@@ -100,7 +100,7 @@ void tst_KDbSession::commitAndCancel()
 
 void tst_KDbSession::savepoint()
 {
-    for (const int variant : {0, 1, 2}) { // close the session, set no path, open the file again
+    for (const int variant : {0, 1, 2}) { // close the session, clear its path, set the same path again
         const Case named("variant", variant);
         Notes notes;
         notes.setUseRollBack(true);

@@ -509,16 +509,9 @@ void tst_FittedProcess::recordOfResult()
 
 int main(int argc, char **argv)
 {
-    FakeHost host(argc, argv);
-    KImage::init(nullptr);
-    int failures = 0;
-    {
-        tst_FittedProcess test;
-        failures = QTest::qExec(&test, argc, argv);
-    }
-    host.Clear();
-    KImage::exit();
-    return failures;
+    const FakeHost host(argc, argv);
+    tst_FittedProcess test;
+    return QTest::qExec(&test, argc, argv);
 }
 
 #include "FittedProcess_test.moc"

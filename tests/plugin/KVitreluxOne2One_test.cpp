@@ -468,13 +468,9 @@ void tst_KVitreluxOne2One::failedRunReleasesTheLock()
 
 int main(int argc, char **argv)
 {
-    FakeHost host(argc, argv);
-    KImage::init(nullptr);
+    const FakeHost host(argc, argv);
     tst_KVitreluxOne2One test;
-    const int failures = QTest::qExec(&test, argc, argv);
-    host.Clear();
-    KImage::exit();
-    return failures;
+    return QTest::qExec(&test, argc, argv);
 }
 
 #include "KVitreluxOne2One_test.moc"

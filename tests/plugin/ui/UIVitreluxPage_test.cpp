@@ -544,13 +544,11 @@ void tst_UIVitreluxPage::animatedLabel()
 int main(int argc, char **argv)
 {
     FakeHost host(argc, argv);
-    KImage::init(nullptr);
     KUI::init(nullptr);
     tst_UIVitreluxPage test;
     const int failures = QTest::qExec(&test, argc, argv);
     host.Clear();
     KUI::exit();
-    KImage::exit();
     return failures;
 }
 

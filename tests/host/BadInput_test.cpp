@@ -215,8 +215,8 @@ void BadInputTest::fileSizeLimit()
     m_run->Set("GCOV_PREFIX", Path("counts"_s)); // the limit would damage the counts of a coverage build
     const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg b.jpg tiny.jpg"_s);
     QCOMPARE(result.exitCode, 1);
-    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1,
-             result.error); // tiny.jpg doesn't have the profile's size
+    // A note: tiny.jpg doesn't have the profile's size.
+    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1, result.error);
     QVERIFY2(result.errorLines.size() == 3 && !result.error.contains(".vitrelux-"), result.error);
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));

@@ -35,8 +35,8 @@ QStringList Words(const QString &line)
 
 void tst_CommandLine::refusesAndPrints_data()
 {
-    QTest::addColumn<QString>(
-        "message"); // part of the first line of the error, or "?" and the start of the printed text
+    // Part of the first line of the error, or "?" and the start of the printed text.
+    QTest::addColumn<QString>("message");
     for (const QByteArray &row : ExpectedText("refused and printed").split('\n'))
         if (const int at = row.indexOf(" => "); at >= 0)
             QTest::newRow(row.left(at)) << QString::fromLatin1(row.mid(at + 4));

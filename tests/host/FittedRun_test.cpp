@@ -282,8 +282,8 @@ void FittedRunTest::secondRun()
         {"--ca --lens-path lenses", 1, "an earlier run couldn't correct it"_s},
         {"--again --lens-path lenses", 0, "distortion corrected again, although already corrected"_s},
         {"--profile lenses/0.lcp", 0, "distortion corrected again, although already corrected"_s},
-        {"--distortion --vignetting --lens-path lenses part/named_corrected.tiff", 0,
-         "x.lcp"_s}, // vignetting was not corrected before
+        // Vignetting was not corrected before.
+        {"--distortion --vignetting --lens-path lenses part/named_corrected.tiff", 0, "x.lcp"_s},
     };
     Run("correct -o part --distortion --lens-path lenses named.jpg"_s);
     for (const auto &row : later) {

@@ -26,7 +26,7 @@ const QString kOutput = "a_corrected.tiff"_s;
 
 struct Call {
     unsigned number, error;
-    unsigned flags = 0; // all must be set in the third argument
+    unsigned flags = 0; // only calls with all these bits in the third argument fail
 };
 
 /// Makes a system call fail in this process from now on.

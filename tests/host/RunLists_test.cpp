@@ -85,8 +85,8 @@ void tst_RunLists::walks()
                                 "in/.hidden/c.jpg"_s, "in/deep/er/x.dng"_s})
         WriteFile(dir.filePath(name), {});
     WriteFile(dir.filePath("list"_s), "in/a.jpg\n");
-    const std::string deep =
-        dir.filePath("in/deep/"_s).toStdString(); // for names that aren't UTF-8: they fail later, with a reason
+    // Names that aren't UTF-8 are found; their pictures fail later, with a reason.
+    const std::string deep = dir.filePath("in/deep/"_s).toStdString();
     std::filesystem::create_directory(deep + "d\xe9");
     std::ofstream(deep + "er/y\xe9.jpg") << "picture";
     QVERIFY(QFile::link("nowhere.jpg"_s, dir.filePath("in/gone.jpg"_s)));        // fails later, with a reason

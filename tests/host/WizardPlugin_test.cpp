@@ -117,8 +117,7 @@ void tst_WizardPlugin::realPluginFits()
     compareFirstResult();
     for (const auto &[name, metadata] : pictures) {
         const QDomElement record = process->GetFileXmlParams(Path(name));
-        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(),
-                 name); // a profile that was found is not stored as a choice
+        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // a profile that was found isn't a choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
         const Corrections on = ReadParameters(record).corrections; // the defaults, because nothing else was stored
         QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);

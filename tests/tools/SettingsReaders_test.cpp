@@ -180,8 +180,8 @@ void tst_SettingsReaders::chain()
     QCOMPARE(chain.GetDouble(first, 7.5), 2.0);
     QCOMPARE(chain.GetString(both, Text("default")), Text("0"));
     QCOMPARE(chain.GetString(neither, Text("default")), Text("default"));
-    QCOMPARE(chain.GetInt(QStringLiteral("broken"), 7),
-             4); // the earlier reader's value is the default if the later one fails
+    // If a later reader fails, the value of an earlier one is kept.
+    QCOMPARE(chain.GetInt(QStringLiteral("broken"), 7), 4);
 }
 
 QTEST_APPLESS_MAIN(tst_SettingsReaders)

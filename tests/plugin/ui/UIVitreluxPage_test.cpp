@@ -353,8 +353,8 @@ void tst_UIVitreluxPage::quickToggles()
         QTRY_VERIFY2(desk.IsUpToDate(), name);
         QTest::qWait(20);
         QVERIFY2(renders.count() <= toggles, name + QByteArray::number(renders.count()));
-        QVERIFY2(changes.count() <= toggles + renders.count(),
-                 name + QByteArray::number(changes.count())); // requests don't pile up
+        // Requests don't pile up.
+        QVERIFY2(changes.count() <= toggles + renders.count(), name + QByteArray::number(changes.count()));
         const bool on = box->isChecked();
         QVERIFY2(desk.Record(kA).startsWith(QLatin1Char('1')) == on, name);
         const QImage shown = desk.Frame();

@@ -69,7 +69,7 @@ public:
         KImage::exit();
     }
 
-    /// Returns the process, owned by the plug-in and set up to make fitted or plain records. Throws KException if the
+    /// Returns the process, which the plug-in owns, set up for fitted or plain corrections. Throws KException if the
     /// plug-in can't be loaded.
     KIPluginOne2One *Process(bool isFitted)
     {

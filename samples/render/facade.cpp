@@ -32,15 +32,15 @@ const House &HouseOf(int index)
     return kHouses[((index % 5) + 5) % 5];
 }
 
-/// Returns the grain of plaster or stone.
+/// Returns a brightness factor that gives plaster or stone its grain.
 double Grain(const Footprint &cell, uint32_t seed)
 {
     return 1 + 0.06 * Cloud(cell.at.x / 70, cell.at.y / 70, 3, seed)
         + 0.025 * Noise(cell.at.x / 4, cell.at.y / 4, seed + 9);
 }
 
-/// Returns the color of goods on shelves under a lamp; x is measured from the axis, y down from the spring line of the
-/// arch.
+/// Returns the color of goods on shelves under a lamp; x is measured from the axis of the arch, y down from its spring
+/// line.
 Rgb ShopWindow(double x, double y, int shop)
 {
     const Rgb lamp = Mix({1.0, 0.80, 0.50}, {0.90, 0.89, 0.82}, Hash(shop, 3, 77));

@@ -1,4 +1,4 @@
-/// A row of painted houses above an arcade, with a tiled square in front of it.
+/// A row of painted houses above an arcade, with a tiled square in front.
 #pragma once
 
 #include "scene.h"

@@ -35,7 +35,7 @@ double Grout(const Spot &at, double width, double height, double thickness)
     return std::max(Lines(at.s, width, thickness, at.sSize), Lines(at.t, height, thickness, at.tSize));
 }
 
-/// Returns a factor that darkens toward an edge where two faces meet.
+/// Returns a brightness factor, which falls toward an edge where two faces meet.
 double Corner(double distance)
 {
     return 1 - 0.30 * std::exp(-std::abs(distance) / 0.55);
@@ -85,7 +85,7 @@ Rgb FloorColor(const Spot &at)
     return Mix(color, color * 0.6, pool - at.Box(-kPoolHalf, kPoolNear, kPoolHalf, kPoolFar - 0.12));
 }
 
-/// Returns the light from the windows on the left, which falls in slanted patches on the deck.
+/// Returns how brightly the sun lights the floor, from 0 to 1: it falls through the left windows in slanted patches.
 double SunOnFloor(const Spot &at)
 {
     const double slant = InBay(at.t - 0.45 * (at.s + kWall));
@@ -106,7 +106,7 @@ Rgb CeilingColor(const Spot &at)
 }
 
 /// Returns the color of a wall: tiles up to the frieze, plaster above; t runs from the ceiling down to the floor.
-/// The color darkens toward other faces; @p length is the distance to the corner with the next wall.
+/// The color darkens toward adjacent faces; @p length is the distance to the corner with the next wall.
 Rgb WallBase(const Spot &at, double length)
 {
     Rgb color = Rgb{0.88, 0.80, 0.64} * (1 + 0.05 * Cloud(at.s, at.t, 3, 341));

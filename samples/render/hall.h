@@ -16,7 +16,7 @@ public:
     std::vector<EvenPatch> Patches() const override;
 
 private:
-    /// A point in meters: to the right of, below and ahead of the viewer's eye.
+    /// A point, in meters to the right of, below and ahead of the viewer's eye.
     struct Place {
         double x;
         double y;

@@ -8,7 +8,7 @@
 
 namespace Samples {
 
-/// Prepares @p errors, for jpeg_common_struct::err, to throw std::runtime_error.
+/// Returns @p errors for jpeg_common_struct::err, set up to throw std::runtime_error.
 inline jpeg_error_mgr *ThrowJpegErrors(jpeg_error_mgr *errors)
 {
     jpeg_std_error(errors)->error_exit = [](j_common_ptr info) {

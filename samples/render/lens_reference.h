@@ -54,8 +54,8 @@ struct Inverse {
     double derivative[2][2];
 };
 
-/// Returns the position that ToSource maps to @p source. Only for models without tangential terms, and only
-/// at radii where the model increases.
+/// Returns the position that ToSource maps to @p source. Only for models without tangential terms, and only within the
+/// radius up to which they are monotonic.
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
 /// Returns the vignetting model's gain at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a

@@ -24,8 +24,8 @@ public:
     {
     }
 
-    /// Traces @p source, a position in the profile's landscape frame. @p green receives green's position for the same
-    /// point.
+    /// Traces @p source, a position in the profile's landscape frame. @p green receives the position at which the
+    /// photograph shows the green light of the same point.
     Inverse Trace(Point source, Point *green) const
     {
         *green = source;

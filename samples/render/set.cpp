@@ -6,7 +6,8 @@
 namespace Samples {
 namespace {
 
-/// Returns a wide-angle zoom at its short end: barrel distortion that bends the edge of the frame by over 20 pixels.
+/// Returns a wide-angle zoom at its short end, whose barrel distortion bends the long edges of the frame by almost 40
+/// pixels.
 LensProfile WideAngle()
 {
     LensProfile lens;

@@ -1,4 +1,4 @@
-/// Building blocks of the painted scenes: colors, edges that are smooth over a footprint, and repeatable noise.
+/// Building blocks of the painted scenes: colors, edges averaged over a footprint, and repeatable noise.
 ///
 /// Colors are display-encoded values of 0 to 1; the scenes mix them like paint, not like light, so that an edge between
 /// two colors has its halfway value exactly on the edge in each channel.
@@ -84,7 +84,7 @@ inline double Hash(int64_t x, int64_t y, uint32_t seed)
     return static_cast<double>((h ^ (h >> 32)) >> 11) * 0x1p-53;
 }
 
-/// Returns smooth noise around 0 in [-1, 1] with one bump per unit.
+/// Returns smooth noise in [-1, 1] with mean 0 and one bump per unit.
 inline double Noise(double x, double y, uint32_t seed)
 {
     const double fx = std::floor(x);
@@ -98,7 +98,7 @@ inline double Noise(double x, double y, uint32_t seed)
     return 2 * (top * (1 - ty) + bottom * ty) - 1;
 }
 
-/// Returns a sum of @p octaves noises, each half as large and half as strong as the previous one.
+/// Returns the sum of @p octaves layers of noise, each with bumps half as wide and half as high as the previous one's.
 inline double Cloud(double x, double y, int octaves, uint32_t seed)
 {
     double sum = 0;
@@ -139,7 +139,7 @@ public:
     Rgb color;
 };
 
-/// The color of shade under a clear sky.
+/// The factor by which shade under a clear sky darkens a color.
 constexpr Rgb kShadow = {0.56, 0.60, 0.68};
 
 } // namespace Samples

@@ -18,7 +18,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// Creates a copy of a file in the same folder, truncated to @p size bytes.
+/// Returns a function that copies the file @p name, truncated to @p size bytes, within its folder.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {
@@ -149,7 +149,7 @@ void BadInputTest::refused()
     const QStringList made(othersDone ? QStringList("a_corrected.tiff"_s) : QStringList());
     QCOMPARE(Names(m_dir->path()).toSet(), (before + made).toSet());
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), output);
-    if (line.contains("--profile m"_s)) // `profile` reports it as unusable too
+    if (line.contains("--profile m"_s)) // the command `profile` reports it as unusable too
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 
@@ -215,8 +215,8 @@ void BadInputTest::fileSizeLimit()
     m_run->Set("GCOV_PREFIX", Path("counts"_s)); // the limit would damage the counts of a coverage build
     const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg b.jpg tiny.jpg"_s);
     QCOMPARE(result.exitCode, 1);
-    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1,
-             result.error); // tiny.jpg doesn't have the profile's size
+    // A note: tiny.jpg doesn't have the profile's size.
+    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1, result.error);
     QVERIFY2(result.errorLines.size() == 3 && !result.error.contains(".vitrelux-"), result.error);
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));

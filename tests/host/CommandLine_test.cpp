@@ -35,8 +35,8 @@ QStringList Words(const QString &line)
 
 void tst_CommandLine::refusesAndPrints_data()
 {
-    QTest::addColumn<QString>(
-        "message"); // part of the first line of the error, or "?" and the start of the printed text
+    // Part of the first line of the error, or "?" and the start of the printed text.
+    QTest::addColumn<QString>("message");
     for (const QByteArray &row : ExpectedText("refused and printed").split('\n'))
         if (const int at = row.indexOf(" => "); at >= 0)
             QTest::newRow(row.left(at)) << QString::fromLatin1(row.mid(at + 4));
@@ -55,7 +55,7 @@ void tst_CommandLine::refusesAndPrints()
                  qPrintable(line.text));
 }
 
-/// Help, man pages and completions have the expected lines, in this order, among others.
+/// Help, man pages and completions contain the expected lines, among others, in the given order.
 void tst_CommandLine::printedLines()
 {
     for (const char *line :
@@ -67,7 +67,7 @@ void tst_CommandLine::printedLines()
         for (const QString &printed : parsed.text.split(QLatin1Char('\n')))
             if (!left.isEmpty() && printed == left.first())
                 left.removeFirst();
-        QVERIFY2(left.size() < 2, qPrintable(QLatin1String(line) + ": missing "_s + left.value(0))); // all but the end
+        QVERIFY2(left.size() < 2, qPrintable(QLatin1String(line) + ": missing "_s + left.value(0))); // "" is left
     }
 }
 
@@ -80,7 +80,7 @@ void tst_CommandLine::lastOneWins()
     QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 
-/// Options become attributes in the text form of the plug-in's records; a missing option gives none.
+/// Options become attributes in the XML form of the plug-in's records; missing options add none.
 void tst_CommandLine::fittedOptionsAreAttributes()
 {
     using Attributes = QVector<QPair<QString, QString>>;

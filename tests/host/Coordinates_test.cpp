@@ -1,5 +1,5 @@
-// Runs the whole program on pictures whose pixel values are their coordinates. Every pixel of the result then
-// holds its source position, which is compared with the lens models in double precision.
+// Runs the program on pictures whose pixel values are their coordinates. Every pixel of the result then holds its
+// source position, which is compared with the lens models in double precision.
 #include "LensOracle.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
@@ -28,7 +28,8 @@ LensProfile Profile(const LensModel &distortion, bool fisheye = false)
     return profile;
 }
 
-/// Returns the profile with chromatic models that differ from the distortion model and from each other in all values.
+/// Returns the profile with chromatic models. Green differs from the distortion model in the focal length, red and blue
+/// from both and from each other in all values.
 LensProfile WithChromatic(LensProfile profile)
 {
     profile.green = profile.distortion;

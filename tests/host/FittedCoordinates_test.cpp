@@ -1,5 +1,5 @@
-// Runs the whole program's fitted corrections on pictures whose pixel values are their coordinates. Every pixel of the
-// result then holds its source position, which is compared with the lens models in long double.
+// Runs the program's fitted corrections on pictures whose pixel values are their coordinates. Every pixel of the result
+// then holds its source position, which is compared with the lens models in long double.
 #include "DngFile.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr double kLow = 0.1, kRange = 0.6,
-                 kFlat = 0.6; // light of the ramps and of a uniform picture, with room for the gain
+/// Light of the ramps, and of a uniform picture; leaves room for the gain.
+constexpr double kLow = 0.1, kRange = 0.6, kFlat = 0.6;
 constexpr double kRawGamma = 2.2, kRawBrightness = 2.5; // of the program's raw development
 
 struct Row {

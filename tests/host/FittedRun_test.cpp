@@ -20,7 +20,8 @@ namespace {
 
 const QString kFound = "lenses/deep/down/x.lcp"_s;
 
-/// Returns the first part of a value that doesn't match the schema, or "" if all do. Supports only the keywords in use.
+/// Returns the first part of a value that doesn't match the schema, or "" if all of it matches. Supports only the
+/// keywords that our schema uses.
 QString Mismatch(const QJsonValue &value, const QJsonObject &schema)
 {
     const QString text = value.toVariant().toString(), type = schema.value("type"_s).toString();
@@ -66,7 +67,8 @@ private Q_SLOTS:
     void lenses();
 };
 
-/// Creates pictures named after their metadata, and a folder with a profile of their lens among those of similar ones.
+/// Creates pictures named after their metadata, and a folder with a profile of their lens among profiles of similar
+/// lenses.
 void FittedRunTest::init()
 {
     ProgramTest::init();
@@ -199,7 +201,7 @@ void FittedRunTest::whileDecoding()
         QVERIFY2(ReadFile(Path("after/"_s + name)) == ReadFile(Path("meanwhile/"_s + name)), qPrintable(name));
 }
 
-/// All kinds of records match the schema, and `report` reads them. A dry run makes the same decisions as the run.
+/// All kinds of records match the schema, and `report` reads them. A dry run makes the same decisions as a real one.
 void FittedRunTest::records()
 {
     const QJsonObject schema = QJsonDocument::fromJson(ReadFile(QStringLiteral(RECORD_SCHEMA))).object();
@@ -254,7 +256,7 @@ void FittedRunTest::records()
     QVERIFY2(report.exitCode == 1 && report.output.startsWith("7 pictures: 2 corrected, "), report.output);
 }
 
-/// A run leaves a record in the XMP by which later runs and other programs recognize the correction.
+/// A run leaves a record in the result's XMP, by which later runs and other programs recognize the correction.
 void FittedRunTest::secondRun()
 {
     const QString first = "out/named_corrected.tiff"_s;
@@ -280,8 +282,8 @@ void FittedRunTest::secondRun()
         {"--ca --lens-path lenses", 1, "an earlier run couldn't correct it"_s},
         {"--again --lens-path lenses", 0, "distortion corrected again, although already corrected"_s},
         {"--profile lenses/0.lcp", 0, "distortion corrected again, although already corrected"_s},
-        {"--distortion --vignetting --lens-path lenses part/named_corrected.tiff", 0,
-         "x.lcp"_s}, // the other was missing
+        // Vignetting was not corrected before.
+        {"--distortion --vignetting --lens-path lenses part/named_corrected.tiff", 0, "x.lcp"_s},
     };
     Run("correct -o part --distortion --lens-path lenses named.jpg"_s);
     for (const auto &row : later) {

@@ -36,13 +36,13 @@ void tst_HostApplication::returnsPixels()
     QCOMPARE(def->LockFullSize(true), image); // the same pixels; locks are counted
     def->UnlockFullSize(true);
     def->UnlockFullSize(true);
-    ImageDef::Delete(path); // other users of the kernel may do this; the host then describes it again
+    ImageDef::Delete(path); // other users of the kernel may do this; the host then describes the picture again
     QCOMPARE(m_host->ImageDefOf(path)->nCols(), 7);
 
     WriteFile(none, "no picture");
     for (int i = 0; i < 2; ++i) // the second attempt starts over
         QVERIFY_EXCEPTION_THROWN(m_host->ImageDefOf(none)->LockFullSize(true), KException);
-    QVERIFY(!ImageDef::Find(none)); // otherwise the cache would own it too
+    QVERIFY(!ImageDef::Find(none)); // otherwise the cache would own the description too
     m_host->Forget(none);
 }
 

@@ -26,7 +26,7 @@ const QString kOutput = "a_corrected.tiff"_s;
 
 struct Call {
     unsigned number, error;
-    unsigned flags = 0; // all must be set in the third argument
+    unsigned flags = 0; // only calls with all these bits in the third argument fail
 };
 
 /// Makes a system call fail in this process from now on.
@@ -123,7 +123,7 @@ void HostRunTest::recordHasChosenCorrections()
         {"", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
         {"", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"}, // not a number
         {"", "v", "0 0 1", "Perspective", "Fisheye"},                 // without coefficients
-        {"", "dcv", "", "ImageXCenter", "Other"},                     // 0 would be the top left corner
+        {"", "dcv", "", "ImageXCenter", "Other"},                     // a missing center isn't 0, the top left corner
     };
     for (const auto &row : rows) {
         const auto has = [&](char model) { return std::strchr(row.models, model) != nullptr; };
@@ -232,7 +232,8 @@ void HostRunTest::replacedFile()
     QVERIFY(QDir::setCurrent("/"_s));
 }
 
-/// Some file systems lack calls, for which there are others; if none is left or a call fails, the message tells why.
+/// The program replaces a call that the file system lacks by another; if there is none or a call fails, the message
+/// says why.
 void HostRunTest::refusedCalls()
 {
 #ifdef __x86_64__ // elsewhere, the C library makes other calls
@@ -271,7 +272,7 @@ void HostRunTest::refusedCalls()
         QCOMPARE(result.exitCode, int(*row.message != 0));
         QCOMPARE(Made(), *row.content ? QStringList(kOutput) : QStringList());
         QVERIFY(!*row.content || ReadFile(Path(kOutput)) == row.content);
-        QCOMPARE(Notes().filter("Process a.jpg "_s), Notes().filter("Process "_s)); // the copy has its name
+        QCOMPARE(Notes().filter("Process a.jpg "_s), Notes().filter("Process "_s)); // a copy has the picture's name
     }
 #endif
 }
@@ -327,7 +328,7 @@ void HostRunTest::interruptionLeavesNothing()
         WriteFile(Path(kOutput), "old");
         m_run->Set("VITRELUX_PROBE", "block"_s);
         m_run->Set("VITRELUX_PROBE_NOTES", Path("notes"_s));
-        m_run->beforeStart = [number] { // even if the test's parent ignores it
+        m_run->beforeStart = [number] { // even if the test's parent process ignores it
             std::signal(qAbs(number), number > 0 ? SIG_DFL : SIG_IGN);
             std::signal(SIGTERM, SIG_DFL);
         };
@@ -397,7 +398,7 @@ void HostRunTest::standardStreams()
     const QString line =
         "(%1 correct --plain -j 2 --profile p.lcp a.jpg b.jpg; echo $? > code) | true"_s.arg(m_run->program);
     m_run->program = "sh"_s;
-    m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // even if the test's parent ignores it
+    m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // even if the test's parent process ignores it
     m_run->Run({"-c"_s, line});
     QCOMPARE(Names(m_dir->path()).filter(".vitrelux-"_s), QStringList());
     QCOMPARE(ReadFile(Path("code"_s)).trimmed().toInt(), 128 + SIGPIPE);
@@ -472,7 +473,7 @@ void HostRunTest::names()
     QVERIFY(Run("correct --plain --profile p.lcp "_s + tooLong).error.contains("File name too long"));
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path("-dash.jpg"_s)));
     QVERIFY(Run("correct --plain -dash.jpg"_s).error.contains("go after '--'"));
-    for (const char *line : {"correct --plain -none.jpg", "correct --plain --none=1 a.jpg"}) // no such file; no dash
+    for (const char *line : {"correct --plain -none.jpg", "correct --plain --none=1 a.jpg"}) // neither is a file
         QVERIFY2(!Run(QString::fromLatin1(line)).error.contains("go after '--'"), line);
     const QString gone = "mkdir gone; cd gone; rmdir ../gone; exec %1 correct --plain --profile %2 -o out %3"_s;
     const QString line = gone.arg(m_run->program, Path("p.lcp"_s), Path("a.jpg"_s));
@@ -509,7 +510,7 @@ void HostRunTest::progressOnTerminal()
     m_run->Set("TERM", "xterm"_s);
     const ProgramResult both = m_run->Run({"-qec"_s, line.arg(2), "/dev/null"_s});
     QVERIFY2(!both.output.contains("\033[?7h\033[?7l"), both.output);       // only one progress line at a time
-    QCOMPARE(both.output.count("\033[?7h"), both.output.count("\r\033[K")); // which is back after each other line
+    QCOMPARE(both.output.count("\033[?7h"), both.output.count("\r\033[K")); // and each is erased
 }
 
 void HostRunTest::failuresPrintOneLine_data()
@@ -522,7 +523,7 @@ void HostRunTest::failuresPrintOneLine_data()
         QTest::newRow(qPrintable(file)) << plugin + file << why.arg(file);
     const QString rows[][2] = {{"correct --plain a.jpg"_s, "a.jpg: "_s},
                                {"correct --plain --profile p.lcp no\n\033[2Jsuch.jpg"_s, "no"_s},
-                               {"profile p.lcp"_s, "cannot write to standard output"_s}}; // a full device
+                               {"profile p.lcp"_s, "cannot write to standard output"_s}}; // the output is a full device
     for (const auto &[line, message] : rows)
         QTest::newRow(qPrintable(message)) << line << message;
 }

@@ -120,7 +120,7 @@ void InfoTest::incompleteExif()
         {"Exif.Photo.ExposureTime", "1/4", "exposureTime", 0.25, "Exposure      1/4 s"},
         {"Exif.Photo.ExposureTime", "0/1", "exposureTime", qQNaN()},
         {"Exif.Photo.ExposureBiasValue", "0/3", "exposureBias", qQNaN()},
-        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34, "Focal length  34 mm"}, // the camera is unknown
+        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34, "Focal length  34 mm"}, // of an unknown camera
         {"Exif.Photo.FocalLength", "1/3", "focalLength", 0.333333, "Focal length  0.333333 mm"},
         {"Exif.Photo.FocalLength", "0/1", "focalLength", qQNaN()},
         {"Exif.Photo.ISOSpeedRatings", "1", "iso", 1, "Exposure      ISO 1"},
@@ -214,7 +214,7 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
 
     QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would block forever
-    m_run->Set("XDG_CONFIG_DIRS", Path("system"_s));        // ignored with the user's
+    m_run->Set("XDG_CONFIG_DIRS", Path("system"_s));        // ignored along with the user's file
     QVERIFY(QDir().mkpath(Path("system/Brelt"_s)));
     WriteFile(Path("system/Brelt/vitrelux.ini"_s), before);
     const ProgramResult ignored = Run("info --plain a.jpg"_s);

@@ -1,4 +1,4 @@
-// Computes the source of every channel and pixel of a corrected picture from the lens models, in double precision.
+// Computes the source of each channel of each pixel of a corrected picture from the lens models, in double precision.
 #pragma once
 
 #include <array>
@@ -8,7 +8,7 @@
 
 enum Correction { Distortion = 1, Chromatic = 2, Vignetting = 4 };
 
-/// Error bound of float arithmetic in pictures of a few hundred pixels: a few rounding errors of 600 * 6e-8. Positions
+/// Error bound of float arithmetic in pictures 600 pixels wide: about thirty rounding errors of 600 * 6e-8. Positions
 /// closer than this to a border may count as inside or outside.
 constexpr double kTolerancePx = 0.001;
 

@@ -1,7 +1,7 @@
 // Plug-in that takes the place of the real one, records the calls it gets, and can misbehave.
 //
-// VITRELUX_PROBE chooses what Process does; VITRELUX_PROBE_NOTES names the file that
-// records the calls, VITRELUX_PROBE_RIVAL the file that another program seems to write.
+// VITRELUX_PROBE chooses its behavior, VITRELUX_PROBE_NOTES names the file that records the calls, and
+// VITRELUX_PROBE_RIVAL the file that it writes to simulate another program.
 #include "Files.h"
 #include "KException.h"
 #include "KIApplication.h"
@@ -56,7 +56,7 @@ QString OpenFile(int descriptor)
     return QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
 }
 
-/// Returns the number of descriptors of standard output's file and of locks of work folders.
+/// Returns how many open descriptors refer to standard output's file or to the lock file of a work folder.
 int CountOutputsAndLocks()
 {
     int count = 0;
@@ -128,7 +128,7 @@ public:
     QList<QPointer<QObject>> Plugins(KIPluginLibrary::MGX kind) override
     {
         Note(QStringLiteral("Plugins %1").arg(int(kind)));
-        return {new QObject(this), new ProbeProcess(this)}; // the host must find the process by cast
+        return {new QObject(this), new ProbeProcess(this)}; // the host must try a cast on each
     }
 };
 

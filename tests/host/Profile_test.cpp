@@ -78,7 +78,7 @@ void WritePicture(const QString &path, int focalMm)
     image->writeMetadata();
 }
 
-/// Returns the weight of the entry at @p other in its blend with the one at @p one, which is linear in 1/f.
+/// Returns the weight, linear in 1/f, of the entry at focal length @p other when it is blended with the one at @p one.
 double WeightOfOther(double one, double other, double at)
 {
     return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
@@ -171,7 +171,7 @@ private:
 
 } // namespace
 
-using Value = std::function<double(double)>; // by the radius in focal lengths
+using Value = std::function<double(double)>; // of a curve at a radius in focal lengths
 Q_DECLARE_METATYPE(Value)
 
 class tst_Profile : public ProgramTest {
@@ -254,7 +254,7 @@ void tst_Profile::check_data()
         ":2: error: entry 1: distortion leaves 0 % of the picture: it folds", 1);
     row("dark",
         {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
-        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, rounded up to 1/64
+        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, rounded up to 36/64
     row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the calibrated picture");
     row("no coefficients in one entry", {sound, at24 + ">" + Model("PerspectiveModel", {})},
         ":5: error: entry 2: a lens model without coefficients");
@@ -348,7 +348,8 @@ void tst_Profile::pictureBetweenEntries()
     for (const QString &options : {QString(), " --for c.jpg"_s}) {
         QCOMPARE(Run("profile --overwrite --plot b.png m.lcp"_s + options).exitCode, 0);
         const QImage image = QImage(Path("b.png"_s)).convertToFormat(QImage::Format_Grayscale8);
-        QCOMPARE(image.size(), QSize(2360, options.isEmpty() ? 828 : 864)); // twice the scene; a row of the legend
+        // Twice the drawing's size; the blend adds a row to the legend.
+        QCOMPARE(image.size(), QSize(2360, options.isEmpty() ? 828 : 864));
         const QByteArray pixels(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes()));
         QVERIFY2(options.isEmpty() ? pixels.count('\0') == 0 : pixels.count('\0') > 300, qPrintable(options));
     }

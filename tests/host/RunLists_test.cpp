@@ -85,8 +85,8 @@ void tst_RunLists::walks()
                                 "in/.hidden/c.jpg"_s, "in/deep/er/x.dng"_s})
         WriteFile(dir.filePath(name), {});
     WriteFile(dir.filePath("list"_s), "in/a.jpg\n");
-    const std::string deep =
-        dir.filePath("in/deep/"_s).toStdString(); // for names that aren't UTF-8: they fail later, with a reason
+    // Names that aren't UTF-8 are found; their pictures fail later, with a reason.
+    const std::string deep = dir.filePath("in/deep/"_s).toStdString();
     std::filesystem::create_directory(deep + "d\xe9");
     std::ofstream(deep + "er/y\xe9.jpg") << "picture";
     QVERIFY(QFile::link("nowhere.jpg"_s, dir.filePath("in/gone.jpg"_s)));        // fails later, with a reason
@@ -143,7 +143,7 @@ void tst_RunLists::lostPictures()
     const struct {
         QStringList pictures;
         OutputNaming naming;
-        QStringList lost; // of each picture
+        QStringList lost; // per picture, the one that its output would replace
     } rows[] = {
         {{"/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s}},
         {{"/in/a.jpg"_s}, {"/out"_s, "{name}.jpg"_s}, {""_s}},

@@ -86,12 +86,12 @@ void tst_WizardPlugin::realPluginFits()
     const QByteArray xmp("\xFF\xE1\0\x21http://ns.adobe.com/xap/1.0/\0<x", 35); // damaged
     WriteFile(Path("found.jpg"), ReadFile(Path("found.jpg")).insert(2, xmp));
     QVERIFY(WizardPlugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("gone"), s_guard).Problem().contains("gone"_s));
-    m_host->Settings().clear(); // otherwise it made these choices
+    m_host->Settings().clear(); // otherwise the defaults below could be those of the previous object
     WizardPlugin plugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("lenses"), s_guard);
     QCOMPARE(plugin.Problem(), QString());
     QCOMPARE(plugin.Processes().size(), std::size_t(komp_num_threads));
     KIPluginOne2One *process = plugin.Processes().front();
-    process->OnValidatePage(); // stores the defaults that it was made with
+    process->OnValidatePage(); // stores the defaults with which it was created
     for (const char *name : {"Disto", "CA", "Falloff"})
         QVERIFY2(m_host->GetPluginSetting(process->UID(), QLatin1String(name), false).toBool(), name);
     Show({process}, "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
@@ -111,14 +111,13 @@ void tst_WizardPlugin::realPluginFits()
              qPrintable(rows[1]));
     QVERIFY2(rows[2].startsWith("before.jpg|Skipped, corrected before: distortion"_s), qPrintable(rows[2]));
     QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s)
-                 && !rows[3].contains("damaged"_s), // as an earlier picture was
+                 && !rows[3].contains("damaged"_s), // unlike the first picture
              qPrintable(rows[3]));
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
     compareFirstResult();
     for (const auto &[name, metadata] : pictures) {
         const QDomElement record = process->GetFileXmlParams(Path(name));
-        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(),
-                 name); // a profile that was found is not stored as a choice
+        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // a profile that was found isn't a choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
         const Corrections on = ReadParameters(record).corrections; // the defaults, because nothing else was stored
         QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
@@ -181,7 +180,7 @@ void tst_WizardPlugin::compareFirstResult()
     m_wizard->close();
 }
 
-/// Float TIFFs without and with a color profile, and a Radiance picture, of the same light, 1/8, look the same: sRGB
+/// The same light, 1/8, looks the same in float TIFFs with and without a color profile and in a Radiance picture: sRGB
 /// 0.3886.
 void tst_WizardPlugin::comparesFloatsAsLight()
 {
@@ -208,7 +207,7 @@ void tst_WizardPlugin::comparesFloatsAsLight()
     }
 }
 
-/// Tab reaches all widgets on the page in reading order; no two buttons or labels have the same shortcut key.
+/// Tab visits the widgets of the page in reading order; no two buttons or labels have the same shortcut key.
 void tst_WizardPlugin::checkKeyboard() const
 {
     QMap<QString, QString> texts; // by key

@@ -30,7 +30,7 @@ public Q_SLOTS:
         m_opened = url;
         sigset_t blocked;
         pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-        QVERIFY(!sigismember(&blocked, SIGTERM)); // otherwise the file manager would inherit the block
+        QVERIFY(!sigismember(&blocked, SIGTERM)); // otherwise the file manager would inherit the mask
     }
 
 private Q_SLOTS:
@@ -103,7 +103,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     m_wizard->close();
 }
 
-/// OpenEXR holds light, which is shown as sRGB (IEC 61966-2-1): 0.2 as 0.4845. Opacity isn't light.
+/// OpenEXR holds linear light, which is shown as sRGB (IEC 61966-2-1): 0.2 becomes 0.4845. Opacity isn't converted.
 void tst_Wizard::comparesLight()
 {
     WriteJpeg(Path("a.jpg"), 4, 3);
@@ -121,7 +121,8 @@ void tst_Wizard::comparesLight()
     QCOMPARE(CompareDialog(m_host, Path("a.jpg"), Path("a.exr"), nullptr).size(), QSize(700, 400));
 }
 
-/// At zoom 1, the 4 x 3 picture fills 120 x 90 of its 300 x 90 view; a step zooms by 1.5 or moves by a tenth of that.
+/// At zoom 1, the 4 x 3 picture fills 120 x 90 of its 300 x 90 view. A step zooms by a factor of 1.5, or moves by 12 or
+/// 9 pixels.
 void tst_Wizard::movesAndZooms()
 {
     WriteJpeg(Path("a.jpg"), 4, 3);
@@ -169,9 +170,9 @@ void tst_Wizard::movesAndZooms()
         {drag(view, {{50, 50}, {500, 500}}), "90 0 180 135"}, // as far as the picture's corner
         {drag(view, {{50, 50}, {-500, -500}}), "30 -45 180 135"},
         {key(Qt::Key_0), "90 0 120 90"},
-        {turn(view, {120, 45}, 15), "79.6239 -15.5641 161.504 121.128"}, // by 1.02 per degree, around {120, 45}
+        {turn(view, {120, 45}, 15), "79.6239 -15.5641 161.504 121.128"}, // 1.02 times per degree, around {120, 45}
         {turn(view, {120, 45}, -15), "90 0 120 90"},
-        {turn(view, {150, 45}, 900), "-1770 -1395 3840 2880"}, // at most 32 times
+        {turn(view, {150, 45}, 900), "-1770 -1395 3840 2880"}, // enlarged at most 32 times
         {click(2), "90 0 120 90"},
         {click(0), "60 -22.5 180 135"},
         {click(1), "90 0 120 90"},
@@ -292,7 +293,7 @@ void tst_Wizard::savesAsChosen()
     qputenv("HOME", Path("in").toUtf8());
     Find<QLineEdit>("outputFolder")->setText("~/out"_s);
     Drop({QUrl::fromLocalFile(Path("in"))});
-    QCOMPARE(Rows("pictures", 3), QStringList({"a.jpg||"_s + Path("in"), "a.jpg||"_s + Path("in/sub")})); // no results
+    QCOMPARE(Rows("pictures", 3), QStringList({"a.jpg||"_s + Path("in"), "a.jpg||"_s + Path("in/sub")})); // not in/out
     qputenv("HOME", home);
     m_wizard->close();
     m_host->Settings().setValue("Wizard/OutputFolder"_s, Path("p.lcp"));
@@ -319,7 +320,7 @@ void tst_Wizard::correctsSeveralAtATime()
     m_wizard.reset(); // must be deleted before the second process
 }
 
-/// The time left is that of the pixels: 4 million after one mean hours, one after 4 million less than a second.
+/// The estimate counts pixels, not pictures: after 1, 4 million take many minutes; after 4 million, 1 takes a second.
 void tst_Wizard::estimatesTheTimeLeft()
 {
     m_process->page.reset();

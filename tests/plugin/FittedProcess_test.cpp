@@ -67,7 +67,7 @@ template <typename Value> KImage *Preview(KImage &image, const QSize &size, Valu
     return &image;
 }
 
-/// Returns the places and the gain for a position in an uncropped picture.
+/// Returns the source positions and the gain for a position in an uncropped picture.
 OraclePlaces At(const QSize &whole, long double x, long double y, double zoom = 1.0,
                 const ProfileEntry &entry = SmallEntry())
 {
@@ -106,7 +106,7 @@ void AddShot(const QString &path, const QByteArray &profile)
     image->writeMetadata();
 }
 
-/// Returns an ICC profile, empty if @p gamma is 0. Profiles store multiples of 1/256.
+/// Returns an ICC profile, empty if @p gamma is 0. Profiles store gamma in multiples of 1/256.
 QByteArray RgbProfile(double gamma)
 {
     return gamma > 0.0 ? QColorSpace(QColorSpace::Primaries::SRgb, float(gamma)).iccProfile() : QByteArray();
@@ -447,8 +447,8 @@ void tst_FittedProcess::formats()
         QCOMPARE(element.attribute("Format"_s), format);
         QCOMPARE(element.attribute("Assumed"_s), QLatin1String(assumed));
         QVERIFY2(output.endsWith("a_corrected."_s + (format == "jpeg"_s ? "jpg"_s : format)), qPrintable(output));
-        const QByteArray list("channels\0chlist", 16),
-            file = ReadFile(output); // of OpenEXR, which can store half floats
+        // OpenEXR's channel list has the sample type after each name: 1 is half float, 2 is float.
+        const QByteArray list("channels\0chlist", 16), file = ReadFile(output);
         const int first = file.indexOf(list) + list.size() + 5;
         QVERIFY(format != "exr"_s || file[file.indexOf('\0', first) + 1] == (bits == 8 ? 1 : 2));
         KImage result;
@@ -466,7 +466,7 @@ void tst_FittedProcess::formats()
     }
 }
 
-/// The record of one correction after another, made by a program that left XMP, or by the camera.
+/// The record of a correction that follows one by a program that left XMP, or by the camera.
 void tst_FittedProcess::recordOfResult()
 {
     FitResult fit;
@@ -509,16 +509,9 @@ void tst_FittedProcess::recordOfResult()
 
 int main(int argc, char **argv)
 {
-    FakeHost host(argc, argv);
-    KImage::init(nullptr);
-    int failures = 0;
-    {
-        tst_FittedProcess test;
-        failures = QTest::qExec(&test, argc, argv);
-    }
-    host.Clear();
-    KImage::exit();
-    return failures;
+    const FakeHost host(argc, argv);
+    tst_FittedProcess test;
+    return QTest::qExec(&test, argc, argv);
 }
 
 #include "FittedProcess_test.moc"

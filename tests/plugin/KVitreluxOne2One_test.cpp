@@ -165,8 +165,7 @@ void tst_KVitreluxOne2One::recordFromElement()
     }
 }
 
-// Checks that stored fitted options change no call or attribute of plain records that a host can observe.
-
+/// Fitted options change nothing that a host can observe of plain records: neither calls nor attributes.
 void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 {
     const QString plain = "CA=0 Disto=0 Falloff=0 LCPfilename="_s;
@@ -203,9 +202,8 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
     process.FreeParameters(params);
 }
 
-// Checks what a host can observe of plain runs: calls to the picture's description, the output, and the unchanged
-// record.
-
+/// Fitted options change nothing that a host can observe of plain runs: calls to the picture's description, the output,
+/// and the unchanged record.
 void tst_KVitreluxOne2One::plainRunsIgnoreFittedOptions()
 {
     const QString source = m_dir.filePath("plain.tif"_s), profile = WriteProfile(40, 30, -0.4);
@@ -334,10 +332,9 @@ void tst_KVitreluxOne2One::xmlForm()
     process.FreeParameters(back);
 }
 
-// The profile describes a landscape frame with its center at (0.5, 0.25). For the warp, an upright picture is rotated
-// counterclockwise, so that its right edge becomes the frame's top edge. A radial model then moves pixels toward or
-// away from that center, wherever it is in the upright picture.
-
+/// The profile describes a landscape frame with its center at (0.5, 0.25). For the warp, a portrait or square picture
+/// is rotated counterclockwise, so that its right edge becomes the frame's top edge. A radial model then moves pixels
+/// toward or away from that center.
 void tst_KVitreluxOne2One::rightAngleFrames()
 {
     // landscape, portrait, square, and a preview, which is smaller than the profile's frame
@@ -350,7 +347,7 @@ void tst_KVitreluxOne2One::rightAngleFrames()
         const double k = -0.2;
         KImage image;
         FillWithCoordinates(image, width, height);
-        // Profiles count in units of the size minus one; with one more pixel, that is a multiple of the reduction.
+        // Profiles give fractions of the size minus one. One more pixel makes that a multiple of the reduction.
         const int atWhole = reduction > 1;
         CorrectDistortion(image, WriteProfile(frameWidth * reduction + atWhole, frameHeight * reduction + atWhole, k),
                           1.0f / float(reduction));
@@ -402,9 +399,8 @@ void tst_KVitreluxOne2One::unreadableProfile()
     }
 }
 
-// Files are corrected in bands; the result must equal that of the whole picture corrected in memory. All pictures but
-// the last are large enough for several strips of 512 KiB.
-
+/// Files are corrected in bands; the result must equal the whole picture corrected in memory. All pictures but the last
+/// are large enough for several strips of 512 KiB.
 void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
 {
     const struct {
@@ -472,13 +468,9 @@ void tst_KVitreluxOne2One::failedRunReleasesTheLock()
 
 int main(int argc, char **argv)
 {
-    FakeHost host(argc, argv);
-    KImage::init(nullptr);
+    const FakeHost host(argc, argv);
     tst_KVitreluxOne2One test;
-    const int failures = QTest::qExec(&test, argc, argv);
-    host.Clear();
-    KImage::exit();
-    return failures;
+    return QTest::qExec(&test, argc, argv);
 }
 
 #include "KVitreluxOne2One_test.moc"

@@ -114,16 +114,9 @@ void tst_Library::pictures()
 
 int main(int argc, char **argv)
 {
-    FakeHost host(argc, argv);
-    KImage::init(nullptr);
-    int failures = 0;
-    {
-        tst_Library test;
-        failures = QTest::qExec(&test, argc, argv);
-    }
-    host.Clear();
-    KImage::exit();
-    return failures;
+    const FakeHost host(argc, argv);
+    tst_Library test;
+    return QTest::qExec(&test, argc, argv);
 }
 
 #include "Library_test.moc"

@@ -100,7 +100,7 @@ void tst_Lookup::profile_data()
                             << (message ? QString::fromLatin1(message) : file);
     };
     const auto canon = [](const char *file) { return QStringLiteral("L\\Canon/X1 (%1).lcp").arg(QLatin1String(file)); };
-    const QString brand = QStringLiteral("L/Canon/any"); // makes "Canon" a brand; its files are sought in L\Canon
+    const QString brand = QStringLiteral("L/Canon/any"); // makes "Canon" a brand; its profiles are looked up in L\Canon
     const QString nikon = QStringLiteral("L/Nikon/any"), sigma = QStringLiteral("L\\Nikon/X1 (Sigma 8mm).lcp");
 
     row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, canon("Canon EF-S 10-22mm"));

@@ -66,11 +66,17 @@ private:
     QString m_fileName;
 };
 
+/// Application that is a host. It starts and stops the image kernel, so the test must be destroyed first.
 class FakeHost : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
 public:
-    using QApplication::QApplication;
+    FakeHost(int &argc, char **argv) : QApplication(argc, argv) { KImage::init(nullptr); }
+    ~FakeHost() override
+    {
+        Clear(); // the pictures' pixels belong to the kernel
+        KImage::exit();
+    }
 
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override
     {

@@ -20,7 +20,7 @@ namespace {
 const QString kApplication = "Analytics_test"_s, kSqlite = "QSQLITE"_s;
 const QString kCategory = "c"_s, kName = "n"_s;
 
-/// Provider that records "category/name=value of type" of each event, and the other calls.
+/// Provider that records each event as "category/name=value of type N", and the other calls.
 class Sender : public KAnalyticsProvider {
 public:
     explicit Sender(QStringList *log) : KAnalyticsProvider(nullptr), m_log(log) { }
@@ -187,7 +187,7 @@ void tst_Analytics::eventsAsText()
     }
 }
 
-/// Setting a property notifies once, with the value; setting it again doesn't.
+/// Setting a property notifies once, with the value; setting the same value again doesn't notify.
 void tst_Analytics::propertiesNotify()
 {
     for (const char *type : {"KAnalyticsEvent::EventType", "KAnalyticsEvent*"})

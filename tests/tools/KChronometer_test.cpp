@@ -91,7 +91,7 @@ void tst_KChronometer::fourThreads()
             gChrono.Stop(own);
             gChrono.Stop(kName);
             if (i % 100 == 0)
-                gChrono.GetStatNbCalls(kName, -1); // statistics run concurrently
+                gChrono.GetStatNbCalls(kName, -1); // reads statistics while other threads count
             if (i % 500 == 499)
                 gChrono.Reset(own);
         }

@@ -100,7 +100,7 @@ void tst_KDbSession::commitAndCancel()
 
 void tst_KDbSession::savepoint()
 {
-    for (const int variant : {0, 1, 2}) { // close the session, set no path, open the file again
+    for (const int variant : {0, 1, 2}) { // close the session, clear its path, set the same path again
         const Case named("variant", variant);
         Notes notes;
         notes.setUseRollBack(true);
@@ -183,8 +183,8 @@ void tst_KDbSession::readerBlocksBothSessions()
         reader.setDatabaseName(Path());
         QVERIFY(reader.open());
         QSqlQuery rows(reader);
-        QVERIFY(rows.exec(QStringLiteral("SELECT * FROM notes"))
-                && rows.next()); // holds a lock on the file while the query is active
+        // An active query holds a lock on the file.
+        QVERIFY(rows.exec(QStringLiteral("SELECT * FROM notes")) && rows.next());
         first.setFilePath(Path());
         second.setFilePath(Path());
         QCOMPARE(first.Texts() + second.Texts(), QStringLiteral("oldold"));

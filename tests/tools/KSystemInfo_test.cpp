@@ -75,8 +75,8 @@ void tst_KSystemInfo::freeMemory()
 void tst_KSystemInfo::programsAndTheirPipes()
 {
     const int before = OpenFiles();
-    for (const char *program :
-         {"true", "false", "no-such-program-here", "/etc/passwd"}) // regardless of the exit status
+    // A program is runnable whatever its exit status.
+    for (const char *program : {"true", "false", "no-such-program-here", "/etc/passwd"})
         QVERIFY2((IsRunnable(program) == Runnable::Yes) == (qstrlen(program) < 6), program);
     QVERIFY(KSystemInfo::freePhysicalMemory() <= KSystemInfo::physicalMemory());
     QCOMPARE(OpenFiles(), before);

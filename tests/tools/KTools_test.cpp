@@ -31,7 +31,8 @@ int Allowed()
     return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : -1;
 }
 
-/// Returns whether all threads of a parallel region ran on different processors at the same time.
+/// Returns whether all threads of a parallel region ran on different processors at the same time. @p allowed receives
+/// the number of processors on which each thread may run.
 bool RunApart(std::vector<int> *allowed)
 {
     std::vector<int> cpus(size_t(komp_num_threads), -1);

@@ -1,4 +1,4 @@
-// CPUID registers of processors that we don't have, built field by field from the published documentation.
+// CPUID registers of various processors, built field by field from the published documentation.
 #pragma once
 
 #include "cpuid2/cpu_machine.h"
@@ -63,7 +63,7 @@ public:
             Set(11, i, {levels[i].shift, levels[i].processors, i | levels[i].type << 8, 0});
         return *this;
     }
-    /// Sets the extended leaves with the topology of an AMD processor without leaf 11.
+    /// Sets the extended leaves that describe the topology of an AMD processor; used if leaf 11 is missing.
     RecordedMachine &AmdCores(unsigned family, unsigned threads, unsigned idWidth)
     {
         At(1, 0).eax = 0xFu << 8 | (family - 0xF) << 20;

@@ -34,7 +34,7 @@ public:
     StoredManager() : KSettingsManager(QSettings::UserScope, kOrganization, kApplication) { }
 };
 
-/// Checks both reads of a key, missing and then with the value that another object stored.
+/// Checks both reads of a key, first while it is missing, then with the value that another object stored.
 template <typename T>
 void CheckReads(const T &value, T (KSettingsManager::*read)(const QString &),
                 T (KSettingsManager::*readOr)(const QString &, T))
@@ -125,7 +125,7 @@ void tst_SettingsManager::unconvertibleValues()
     manager.Set(a, QStringLiteral("abc"));
     QCOMPARE(manager.GetInt(a, 9), 9);
     QCOMPARE(manager.GetDouble(a, 9.5), 9.5);
-    QCOMPARE(manager.GetBool(a, false), true); // any other text is true
+    QCOMPARE(manager.GetBool(a, false), true); // any text is true, except "", "0" and "false"
     QVERIFY(!manager.GetRect(a, QRect(1, 2, 3, 4)).isValid());
     QVERIFY(!manager.GetDateTime(a, QDateTime::currentDateTime()).isValid());
 }

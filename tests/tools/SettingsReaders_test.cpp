@@ -111,7 +111,7 @@ void tst_SettingsReaders::xmlKeys()
 void tst_SettingsReaders::xmlUnusable()
 {
     const QByteArray setting = "<a>5</a>";
-    const int deep = 1000000; // destroying such a tree overflows the stack
+    const int deep = 1000000; // destroying such a tree would overflow the stack
     const std::pair<const char *, QByteArray> rows[] = {
         {"empty", ""},
         {"ends in the first tag", "<r"},
@@ -148,7 +148,7 @@ void tst_SettingsReaders::hash()
     const struct {
         QVariant value;
         Reads reads;
-    } rows[] = {{2.5, {true, 3, 2.5, Text("2.5")}}, // rounded, halves away from 0
+    } rows[] = {{2.5, {true, 3, 2.5, Text("2.5")}}, // rounded; halves go away from 0
                 {true, {true, 1, 1.0, Text("true")}},
                 {Text("12"), {true, 12, 12.0, Text("12")}},
                 {Text("FALSE"), {false, kDefault, kDefault, Text("FALSE")}},
@@ -180,8 +180,8 @@ void tst_SettingsReaders::chain()
     QCOMPARE(chain.GetDouble(first, 7.5), 2.0);
     QCOMPARE(chain.GetString(both, Text("default")), Text("0"));
     QCOMPARE(chain.GetString(neither, Text("default")), Text("default"));
-    QCOMPARE(chain.GetInt(QStringLiteral("broken"), 7),
-             4); // the earlier reader's value is the default if the later one fails
+    // If a later reader fails, the value of an earlier one is kept.
+    QCOMPARE(chain.GetInt(QStringLiteral("broken"), 7), 4);
 }
 
 QTEST_APPLESS_MAIN(tst_SettingsReaders)

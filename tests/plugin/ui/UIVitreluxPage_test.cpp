@@ -88,7 +88,7 @@ public:
             values.append(e.attribute(QLatin1String(key)));
         return values.join(QLatin1Char(' '));
     }
-    /// Returns the state of the three correction boxes; "100" means only the first one.
+    /// Returns the state of the three correction boxes; "100" means that only the first one is set.
     template <typename Is> QString Boxes(Is is) const
     {
         QString text;
@@ -290,7 +290,7 @@ void tst_UIVitreluxPage::profileChosen()
 {
     const struct {
         const char *name;
-        QString typed, enabled, checked; // states of the boxes, all checked before
+        QString typed, enabled, checked; // states of the boxes, which were all checked before
     } rows[] = {{"all models", m_whole, "111"_s, "011"_s},
                 {"distortion only", Profile({}, 400, 300), "100"_s, "000"_s},
                 {"no vignette", Profile({true, true, false}, 400, 300), "110"_s, "010"_s},
@@ -353,8 +353,8 @@ void tst_UIVitreluxPage::quickToggles()
         QTRY_VERIFY2(desk.IsUpToDate(), name);
         QTest::qWait(20);
         QVERIFY2(renders.count() <= toggles, name + QByteArray::number(renders.count()));
-        QVERIFY2(changes.count() <= toggles + renders.count(),
-                 name + QByteArray::number(changes.count())); // requests don't pile up
+        // Requests don't pile up.
+        QVERIFY2(changes.count() <= toggles + renders.count(), name + QByteArray::number(changes.count()));
         const bool on = box->isChecked();
         QVERIFY2(desk.Record(kA).startsWith(QLatin1Char('1')) == on, name);
         const QImage shown = desk.Frame();
@@ -472,7 +472,7 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
 
 void tst_UIVitreluxPage::unavailablePicture()
 {
-    for (const QString &file : {kB, kC}) { // unavailable after it was described, not a picture
+    for (const QString &file : {kB, kC}) { // kB was deleted after it was described; kC has no pixels
         const Case named(file);
         MakePicture(kA, 400, 300);
         MakePicture(kB, 40, 30)->gone = true;
@@ -544,13 +544,11 @@ void tst_UIVitreluxPage::animatedLabel()
 int main(int argc, char **argv)
 {
     FakeHost host(argc, argv);
-    KImage::init(nullptr);
     KUI::init(nullptr);
     tst_UIVitreluxPage test;
     const int failures = QTest::qExec(&test, argc, argv);
     host.Clear();
     KUI::exit();
-    KImage::exit();
     return failures;
 }
 

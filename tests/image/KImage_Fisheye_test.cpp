@@ -147,13 +147,13 @@ void tst_KImageFisheye::paints()
     QCOMPARE(broken.Sample(4, 4, 0), 1.0); // overwrites even NaN
 }
 
-/// Compares each pixel with the definition: the radius r, in half diagonals, maps to scale r (1 + k1 r^2 + k2 r^4 + k3
-/// r^6), or that to r.
+/// Compares each pixel with the definition: the radius r, in half diagonals, maps to
+/// scale * r * (1 + k1 r^2 + k2 r^4 + k3 r^6), or the other way around.
 void tst_KImageFisheye::bends()
 {
     const struct {
         float k1, k2, k3, offsetX, offsetY;
-        char channel; // of Optical2; 0: Optical
+        char channel; // argument of Optical2; 0: the row tests Optical
         float scale;
         int direction;
     } rows[] = {{0.2f, 0, 0, 0, 0, 0, 1, 1},

@@ -101,7 +101,7 @@ void tst_KImageTone::guards()
         const Case named("call", &call - all);
         QCOMPARE(thrown(-1, call), QStringLiteral("Invalid Bitmap"));
     }
-    // Refused: a mask of the same depth, no alpha, no floats, no circle, no columns.
+    // Refused: a mask of the same depth, and images without alpha, floats, a circle or columns.
     QCOMPARE(thrown(k8uRgba, all[0]), QStringLiteral("Invalid Bitmap"));
     for (int i = 1; i <= 3; ++i) {
         const Case named("call", i);

@@ -79,7 +79,7 @@ void tst_InterpolatorKim::matchesTheReference()
             constexpr int kFisheyes[] = {1, 2, -1};
             newLCP lcp = StrongModels(size.width(), size.height(), round & 32 ? kFisheyes[round % 3] : 0, seed);
             LensParam *const needed[] = {&lcp.distortionModel, &lcp.greenModel, &lcp.vignetteModel};
-            if (seed % 5 == 4) // nothing is written if the switches need this model
+            if (seed % 5 == 4) // a missing model; if the switches need it, nothing is written
                 needed[seed % 3]->found = false;
             const Pixels source = RandomPixels(size.width(), size.height(), channels, sourceBits, seed);
             Pixels want = RandomPixels(size.width(), size.height(), channels, destinationBits, seed + 1000);

@@ -321,7 +321,7 @@ void tst_Fit::lensfunFrames()
         QVERIFY(std::hypot(part.red.x + left - same.red.x, part.red.y + top - same.red.y) < 0.01
                 && same.red.x != same.green.x);
     }
-    // A lens moves light on a sensor of 22.2 mm as on the same part of one of 36 mm.
+    // A lens displaces light on a sensor 22.2 mm wide just as on the same part of one 36 mm wide.
     const char *const calibratedOnce = "EF24-70mm f/2.8L II USM";
     const CorrectionTwin large(fit({6000, 4000}, "Canon EOS 5D Mark II", calibratedOnce).correction);
     const CorrectionTwin small(fit({6000, 4000}, "Canon EOS 40D", calibratedOnce).correction);

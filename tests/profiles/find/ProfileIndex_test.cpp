@@ -178,7 +178,8 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
 }
 
-/// These fail even for root: opening a file whose name is not UTF-8, and a folder when no file descriptor is free.
+/// Two operations fail even for root: opening a file whose name is not UTF-8, and a folder while no file descriptor is
+/// free.
 void tst_ProfileIndex::readsAgainWhatFailedToOpen()
 {
     const QTemporaryDir folder, cache;
@@ -235,7 +236,7 @@ void tst_ProfileIndex::ignoresRelativeDataFolders()
     QCOMPARE(own.replaceInStrings(home.path(), QString()), folders.mid(0, 3));
 }
 
-/// Finds a profile for a picture without any facts by what the user types.
+/// Finds a profile by what the user types, for a picture without metadata.
 void tst_ProfileIndex::typedFacts()
 {
     const QTemporaryDir folder;

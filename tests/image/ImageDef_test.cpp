@@ -225,22 +225,22 @@ void tst_ImageDef::refusals()
 {
     for (const char *name : {"thumb.THM", "thumb.thm", "rgb.jpg"})
         WritePicture(Path(name), "jpeg", 9, 7);
-    WritePicture(Path("grey.PSD.jpg"), "jpeg", 9, 7, GFL_GREY);
+    WritePicture(Path("gray.PSD.jpg"), "jpeg", 9, 7, GFL_GREY);
     WritePicture(Path("rgba.png"), "png", 9, 7, GFL_RGBA, 16);
     WriteTiff(Path("rgb.tif"), PHOTOMETRIC_RGB, 3);
     WriteTiff(Path("tiled.tif"), PHOTOMETRIC_RGB, 3, true);
-    WriteTiff(Path("grey.tif"), PHOTOMETRIC_MINISBLACK, 1);
-    WriteTiff(Path("grey-alpha.tif"), PHOTOMETRIC_MINISBLACK, 2);
+    WriteTiff(Path("gray.tif"), PHOTOMETRIC_MINISBLACK, 1);
+    WriteTiff(Path("gray-alpha.tif"), PHOTOMETRIC_MINISBLACK, 2);
     WriteTiff(Path("cmyk.tif"), PHOTOMETRIC_SEPARATED, 4);
     WriteTiff(Path("lab.tif"), PHOTOMETRIC_CIELAB, 3);
     WriteFile(Path("text.jpg"), "no picture");
-    WriteFile(Path("grey.psd"), Photoshop(1, 1));
+    WriteFile(Path("gray.psd"), Photoshop(1, 1));
     WriteFile(Path("cmyk.PSD"), Photoshop(4, 4));
     WriteFile(Path("lab.psd"), Photoshop(9, 3));
     // Names, kinds of refusal and channels.
     const QString expected =
-        QStringLiteral("cmyk.PSD 0 4; cmyk.tif 5 4; grey-alpha.tif 6 2; grey.psd 0 1; grey.PSD.jpg 3 1; "
-                       "grey.tif 3 1; lab.psd 0 3; lab.tif 4 3; rgb.jpg 0 3; rgb.tif 0 3; rgba.png 0 4; text.jpg 1 0; "
+        QStringLiteral("cmyk.PSD 0 4; cmyk.tif 5 4; gray-alpha.tif 6 2; gray.psd 0 1; gray.PSD.jpg 3 1; "
+                       "gray.tif 3 1; lab.psd 0 3; lab.tif 4 3; rgb.jpg 0 3; rgb.tif 0 3; rgba.png 0 4; text.jpg 1 0; "
                        "thumb.THM 2 0; thumb.thm 2 0; tiled.tif 7 3; ");
     ImageDef *image;
     RefusalReason reason;
@@ -257,8 +257,8 @@ void tst_ImageDef::refusals()
         }
         QCOMPARE(found, expected);
         QCOMPARE(ImageDef::g_ErrorMessages,
-                 QStringLiteral("grey.PSD.jpg: gray pictures are not supported.\n"
-                                "grey.tif: gray pictures are not supported.\n"));
+                 QStringLiteral("gray.PSD.jpg: gray pictures are not supported.\n"
+                                "gray.tif: gray pictures are not supported.\n"));
     }
     ImageDatas::settings->thumbnailSize = QSize(0x40000001, 1); // rows over 4 GiB
     QVERIFY(!ImageDef::IsAPicture(Path("rgb.jpg"), image, true, &reason) && !image);

@@ -69,8 +69,7 @@ ProfileEntry Fisheye(const QVector<double> &coefficients)
 /// Returns an uncropped picture of the profile's frame.
 OraclePicture Whole(int width, int height)
 {
-    OraclePicture picture{width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
-    return picture;
+    return {width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
 }
 
 } // namespace

@@ -25,7 +25,7 @@ constexpr Placement kPlacements[] = {
     {7, 5, 0, 0, 7, 5, 7, 5, 0, 0, 8, 4},
     {31, 17, 5, 3, 13, 11, 29, 23, 7, 12, 12, 16},
     {523, 2, 1, 0, 521, 2, 521, 3, 0, 1, 0, 4}, // a prime width, more pixels than are converted at a time
-    {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that are not aligned to components
+    {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that don't start at multiples of the component size
 };
 
 /// Computes the expected pixel in plain arithmetic on fractions of the full range: converts the channels, then the

@@ -199,7 +199,7 @@ void tst_KImageFisheye::bends()
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
     image.image.Optical(-20, 0, 0, 0, 0, 1);
-    QCOMPARE(image.Sample(6, 4, 0), 0.0);       // the only inverse is a negative radius, on the other side
+    QCOMPARE(image.Sample(6, 4, 0), 0.0); // the only solution is a negative radius, on the other side of the center
     image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // with the center far away: must not crash
 }
 

@@ -206,7 +206,7 @@ void tst_KImageTone::histograms()
         };
         QCOMPARE(Difference(image, equalized), QString());
     }
-    // HistogramAuto makes a flat picture black, HistogramEqualization leaves it as it is. Other depths and gray are
+    // HistogramAuto makes a flat picture black; HistogramEqualization leaves it as it is. Other depths and gray are
     // only converted.
     for (const auto &[form, value, stretched] : {std::tuple(k8uRgb, 9, 0), {k16uRgb, 514, 2}, {k8uGray, 2, 2}}) {
         const Case named(kForms[form].name);

@@ -189,7 +189,7 @@ void tst_FitChoices::choices()
     QCOMPARE((QStringList(fit.entries) + fit.assumed + QStringList(fit.why)).join(QLatin1Char('\n')), expected);
 }
 
-/// Notes on the entries used reach the user, notes on others don't; and an invalid gamma is ignored.
+/// Notes on the entries that are used reach the user; those on other entries don't. An invalid gamma is ignored.
 void tst_FitChoices::oddities()
 {
     LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});

@@ -132,7 +132,7 @@ void tst_KImageGeometry::cropHasNothingTransparent()
     const struct {
         int width, height;
         bool (*isValid)(int x, int y);
-        double leastShare; // of the rectangle's area in the image's
+        double leastShare; // smallest allowed ratio of the rectangle's area to the image's
     } rows[] = {
         {1, 1, all, 1},
         {2, 2, all, 1},

@@ -18,7 +18,7 @@ inline double ThreadSeconds()
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-/// Copies row by row, like picture code: a single memcpy of this size would bypass the caches.
+/// Copies row by row, as image code does: a single memcpy of this size would bypass the caches.
 inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t bytes)
 {
     constexpr std::size_t kRowBytes = 6000 * 16; // one row of a 24-megapixel float RGBA image

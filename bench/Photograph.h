@@ -31,7 +31,7 @@ inline float SmoothNoise(int x, int y, std::uint32_t octave)
     return above * (1 - fy) + below * fy;
 }
 
-/// Returns a brightness from 0 to 1: noise octaves whose weight falls with frequency, as in nature; edges where
+/// Returns a brightness, mostly from 0 to 1: noise octaves whose weight falls with frequency, as in nature; edges where
 /// coarse noise crosses a threshold; and sensor noise.
 inline float PhotographAt(int x, int y)
 {

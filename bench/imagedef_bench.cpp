@@ -17,7 +17,7 @@ constexpr double kMiB = 1 << 20;
 /// 24-megapixel JPEGs under many names: one file and links to it.
 class Photos {
 public:
-    /// @p metadataSource is the file that provides EXIF and ICC profile; empty for none.
+    /// @p metadataSource is the file that provides the EXIF and the ICC profile; empty for none.
     explicit Photos(const QString &metadataSource)
     {
         KImage photo(kWidth, kHeight, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
@@ -84,8 +84,8 @@ void BM_LockInMemory(benchmark::State &state)
 }
 BENCHMARK(BM_LockInMemory)->Unit(benchmark::kMicrosecond);
 
-/// ratio: time to make a 1,024-pixel version from the full one in memory, divided by that of resizing alone. bytes:
-/// bytes read from files, including /proc/self/io, which reports this number.
+/// ratio: time to make a version about 1,024 pixels wide from the full one in memory, divided by that of resizing
+/// alone. bytes: bytes read from files, including /proc/self/io, which reports this number.
 void BM_SmallerVersion(benchmark::State &state)
 {
     Photos photos{QString()};

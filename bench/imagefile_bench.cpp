@@ -150,7 +150,7 @@ void Compare(benchmark::State &state, double (*clock)(), Operation operation, Ot
     state.counters["ratio"] = bestOperation / bestOther;
 }
 
-/// ratio: relative to libjpeg-turbo alone. extra_MiB: memory in addition to the picture.
+/// ratio: CPU time divided by that of libjpeg-turbo alone. extra_MiB: memory in addition to the picture.
 void BM_ReadJpeg(benchmark::State &state)
 {
     const std::string path = JpegFile(kWidth, kHeight);
@@ -190,8 +190,8 @@ void BM_DescribeJpeg(benchmark::State &state)
 }
 BENCHMARK(BM_DescribeJpeg)->Arg(1200)->Arg(kWidth)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
-/// Returns the size of the file that libtiff writes with deflate, at the level and with the predictor that the layer
-/// uses.
+/// Returns the size of the file that libtiff writes with deflate, at the level and with the predictor that the
+/// image-file layer uses.
 std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
 {
     TIFF *tiff = TIFFOpen(path.c_str(), "w");

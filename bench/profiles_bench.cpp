@@ -1,5 +1,5 @@
-// Lens profiles: reading one, fitting it to a 24-megapixel picture, and finding it among thousands. The fit must take
-// milliseconds: it runs before each picture and after each change on the page.
+// Lens profiles: reading one, fitting it to a 24-megapixel picture, and finding it among thousands. The fit may take a
+// few milliseconds at most: it runs before each picture and after each change on the wizard's page.
 #include "KImage.h"
 #include "PictureFit.h"
 
@@ -58,7 +58,7 @@ void BM_ReadProfile(benchmark::State &state)
     state.counters["entries"] = 72;
 }
 
-/// Fits a picture whose setting lies between eight entries, taken with the profile's body or another one.
+/// Fits a picture taken with the profile's body or another one, at a setting between those of eight entries.
 void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
 {
     const QString source = QStringLiteral("made");

@@ -1,8 +1,9 @@
 // Whole runs of the program, from process start to end, writing deflate TIFF with all three corrections.
 //
 // "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float picture,
-// compressing on two threads with the program's library, writing and syncing the compressed bytes. Each step is timed
-// alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
+// compressing on two threads with the library that the program uses, writing and syncing the compressed bytes. These
+// steps and the run are timed alternately; each one's shortest time of all rounds is used. Memory is the peak of the
+// process.
 #include "CopyRatio.h"
 #include "Photograph.h"
 

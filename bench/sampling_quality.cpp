@@ -10,10 +10,10 @@
 
 namespace {
 
-std::vector<double> RenderFitted(const std::vector<double> &grey, const Correction &lens, FittedWarp::Sampling sampling)
+std::vector<double> RenderFitted(const std::vector<double> &gray, const Correction &lens, FittedWarp::Sampling sampling)
 {
-    std::vector<float> source, target(grey.size() * 4);
-    for (double value : grey)
+    std::vector<float> source, target(gray.size() * 4);
+    for (double value : gray)
         source.insert(source.end(), {float(value), float(value), float(value), 1.0F});
     const auto image = [&](std::vector<float> &pixels) {
         return KImage(lens.width, lens.height, GFL_RGBA, 32, /*clear=*/false,
@@ -47,7 +47,7 @@ double Lanczos3(double x)
 }
 
 /// Renders with a kernel of up to 6 x 6 pixels, normalized to a sum of 1.
-std::vector<double> RenderByKernel(const std::vector<double> &grey, const Correction &lens, double (*kernel)(double))
+std::vector<double> RenderByKernel(const std::vector<double> &gray, const Correction &lens, double (*kernel)(double))
 {
     const CorrectionTwin twin(lens);
     std::vector<double> result;
@@ -59,7 +59,7 @@ std::vector<double> RenderByKernel(const std::vector<double> &grey, const Correc
             const double weight = kernel(place.x - x) * kernel(place.y - y);
             weights += weight;
             sum += weight
-                * grey[std::size_t(std::clamp(y, 0, lens.height - 1) * lens.width + std::clamp(x, 0, lens.width - 1))];
+                * gray[std::size_t(std::clamp(y, 0, lens.height - 1) * lens.width + std::clamp(x, 0, lens.width - 1))];
         }
         result.push_back(sum / weights);
     }
@@ -68,7 +68,7 @@ std::vector<double> RenderByKernel(const std::vector<double> &grey, const Correc
 
 struct Sampling {
     const char *name, *color;
-    GreyRenderer render;
+    GrayRenderer render;
     std::vector<SamplingQuality> waves; // one per frequency in kFrequencies
 };
 
@@ -118,12 +118,12 @@ void Plot(const std::vector<Sampling> &samplings, const char *path)
 
 int main(int argc, char **argv)
 {
-    using Grey = std::vector<double>;
+    using Gray = std::vector<double>;
     const auto fitted = [](FittedWarp::Sampling sampling) {
-        return [=](const Grey &grey, const Correction &lens) { return RenderFitted(grey, lens, sampling); };
+        return [=](const Gray &gray, const Correction &lens) { return RenderFitted(gray, lens, sampling); };
     };
     const auto byKernel = [](double (*kernel)(double)) {
-        return [=](const Grey &grey, const Correction &lens) { return RenderByKernel(grey, lens, kernel); };
+        return [=](const Gray &gray, const Correction &lens) { return RenderByKernel(gray, lens, kernel); };
     };
     std::vector<Sampling> samplings = {{"bilinear", "#888", fitted(FittedWarp::Sampling::Bilinear), {}},
                                        {"Catmull-Rom", "#c70", byKernel(CatmullRom), {}},

@@ -67,7 +67,7 @@ void tst_DataTables::camera()
                 {"Canon", "PowerShot G1", -1},
                 {"Canon", "A4", -1}, // shorter than the row's name
                 {"Eyedeas", "S1", 5.5F},
-                {"Four", "F1", -1}, // rows of four and two cells are ignored
+                {"Four", "F1", -1}, // rows with four or two cells are ignored
                 {"Samsung SM-G920F", "6.511", -1},
                 {"Bad", "B1", -1},
                 {"", "", -1}};
@@ -93,11 +93,11 @@ void tst_DataTables::lens()
                 {"canon", "24 24 95", "Shift", 2},                   // truncated to an integer
                 {"Canon", "50 50 1", "Plain", 0},
                 {"Canon", "60 60 2", "Odd", 0},
-                {"Canon", "10 2", "Wide,Wider", -1}, // part of several identifiers, in the table's order
+                {"Canon", "10 2", "Wide,Wider", -1}, // part of two identifiers; names in the table's order
                 {"Canon", "15 15 13", "A,B", -1},    // two fisheyes with the same identifier
                 {"Canon", "99 99", "", -1},
                 {"Nikon", "", "Fish", 1},
-                {"Many", "", "", -1}, // rows of five and two cells are ignored
+                {"Many", "", "", -1}, // rows with five or two cells are ignored
                 {" Padded ", " 1 ", " Blank ", 0}};
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
@@ -154,14 +154,13 @@ void tst_DataTables::everyLensIsFound()
     int fisheyes = 0, shifts = 0, alone = 0;
     for (const QStringList &row : rows) {
         const Case named(row);
-        const QByteArray what = row.join(QLatin1Char(';')).toUtf8();
         const bool isNikon = row.value(1) == QLatin1String("Nikon");
-        QVERIFY2(row.size() == 4 && (isNikon || row[1] == QLatin1String("Canon")), what);
+        QVERIFY(row.size() == 4 && (isNikon || row[1] == QLatin1String("Canon")));
         const int numbers = row[0].split(QLatin1Char(' ')).size();
-        QVERIFY2(isNikon ? numbers == 5 : numbers == 2 || numbers == 3, what);
+        QVERIFY(isNikon ? numbers == 5 : numbers == 2 || numbers == 3);
         QCOMPARE(lenses.findLensList(row[1], row[0]).count(row[2]), 1);
         const int type = lenses.isFisheyLens(row[1], row[0]);
-        QVERIFY2(type == row[3].toInt() || type == -1, what); // an identifier may be part of another
+        QVERIFY(type == row[3].toInt() || type == -1); // an identifier may be part of another
         alone += type != -1;
         fisheyes += type == 1;
         shifts += type == 2;

@@ -115,7 +115,7 @@ void tst_Exif::fields()
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500", "width=4000 height=3000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=0|41488=cm", "width=4000 height=3000"},
         {"37386=50|40962=4000|40963=3000|41486=1e30.|41487=1e30.|41488=cm",
-         "width=4000 height=3000"}, // a plane of no size
+         "width=4000 height=3000"}, // a focal plane of zero size
         {"274=Top-left (1)", "orientation=1"},
         {"274=Top left (1)", ""},
         {"33434=1/250|37377=8", "time=0.004"},
@@ -154,7 +154,7 @@ void tst_Exif::fields()
             texts.removeOne(field);
         QCOMPARE(texts.join(QLatin1Char(' ')), QString::fromUtf8(row[1]));
     }
-    const QByteArray digits(60000, '1'); // searching them takes quadratic time: minutes, unless truncated
+    const QByteArray digits(60000, '1'); // parsing them takes quadratic time: minutes, unless they are truncated
     QCOMPARE(TextOf(*Analyze("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
 }
 
@@ -246,7 +246,7 @@ void tst_Exif::secondAnalysisResets()
     QStringList texts = TextOf(*image) + QStringList(image->m_exifSummary);
     for (const QString &field : TextOf(ImageDef()))
         texts.removeOne(field);
-    QCOMPARE(texts.join(QLatin1Char(' ')), QStringLiteral("bias=1 width=4000 height=3000 ")); // these three stay
+    QCOMPARE(texts.join(QLatin1Char(' ')), QStringLiteral("bias=1 width=4000 height=3000 ")); // only these three stay
 }
 
 QTEST_GUILESS_MAIN(tst_Exif)

@@ -1,4 +1,4 @@
-// Tests of the image cache: eviction, sources of versions, disk copies of raw files, startup and shutdown.
+// Tests of the image cache: eviction, where versions are loaded from, disk copies of raw files, startup and shutdown.
 #include "Case.h"
 #include "DngFile.h"
 #include "KImage_p.h"
@@ -79,10 +79,10 @@ void tst_ImageCache::eviction()
         const char *steps;    // L: lock, U: unlock; pictures a to d count as 640,000 bytes each
         const char *inMemory; // afterward
     } rows[] = {{1, "La Ua Lb Ub", "b"},
-                {1, "La Lb Ua", "b"},      // the older one is evicted as soon as it is unlocked
-                {1, "La Lb Lc Uc", "abc"}, // locked ones stay even above the limit
+                {1, "La Lb Ua", "b"},      // the older picture is evicted as soon as it is unlocked
+                {1, "La Lb Lc Uc", "abc"}, // locked pictures stay even above the limit
                 {1, "La La Lb Ua Ub", "ab"},
-                {0, "La Ua", "a"},                           // the last locked one stays, whatever the limit
+                {0, "La Ua", "a"},                           // the picture locked last stays at any limit
                 {1, "La Ua Lb Ub Lc", "bc"},                 // a lock alone evicts nothing
                 {2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd"}, // evicts the least recently used
                 {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // evicts no more than necessary
@@ -180,7 +180,7 @@ void tst_ImageCache::sourcesOfVersions()
         lockAll(); // loads evicted versions again
         QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
         pixels.resize(3);
-        QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native depth, full and reduced; 8 bits
+        QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // two of native depth, one of 8 bits
         QFile::rename(path, path + QStringLiteral(".away"));
         WriteFile(path, "no picture"); // from here on, raw development fails
         if (!hasCopies) {
@@ -299,7 +299,8 @@ void tst_ImageCache::startWithHost()
     KImage::exit();
     QVERIFY(!KImageCache::ms_instance && !ImageDatas::settings && !KTools::ms_instances.log);
     QVERIFY(QDir(Temporary()).isEmpty()); // the folder is removed too
-    int blocks = 0;                       // of an allocator that applies only because the module has stopped the layer
+    // This allocator takes effect only if KImage::exit() has stopped the image-file layer.
+    int blocks = 0;
     gflLibraryInitEx(
         [](unsigned long size, void *counter) { return ++*static_cast<int *>(counter), std::malloc(size); },
         realloc_callback, free_callback, &blocks);

@@ -14,7 +14,7 @@ namespace {
 
 using Pairs = QVector<QPair<QString, QVariant>>;
 
-/// Recorder of the written settings, in order.
+/// Writer that records settings in the order in which they are written.
 class Recorder : public KernelSettingsWriter {
 public:
     void Set(const QString &key, const QVariant &value) override { pairs.append({key, value}); }
@@ -30,7 +30,8 @@ Pairs Written(ImageDatas datas)
 
 using Member = std::variant<int ImageDatas::*, float ImageDatas::*, bool ImageDatas::*>;
 
-/// All stored settings, in writing order. Except for bools, each value differs from its default and from the others.
+/// All stored settings, in the order in which they are written. Except for bools, each value differs from its default
+/// and from the others.
 const struct {
     const char *name;
     Member member;

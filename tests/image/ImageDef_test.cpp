@@ -61,7 +61,7 @@ QString WriteWithExif(const QString &path, int focal35mm, const char *make)
     return path;
 }
 
-/// Returns everything that copies share.
+/// Returns, as text, all fields that a copy must take over.
 QString TextOf(const ImageDef &image)
 {
     QString text;
@@ -76,7 +76,7 @@ QString TextOf(const ImageDef &image)
     return text;
 }
 
-/// Replaces the real table with one lens each of two makers.
+/// Replaces the real lens table with one that lists one lens from each of two makers.
 void ReadTestLensTable()
 {
     const QTemporaryDir folder;
@@ -225,22 +225,22 @@ void tst_ImageDef::refusals()
 {
     for (const char *name : {"thumb.THM", "thumb.thm", "rgb.jpg"})
         WritePicture(Path(name), "jpeg", 9, 7);
-    WritePicture(Path("grey.PSD.jpg"), "jpeg", 9, 7, GFL_GREY);
+    WritePicture(Path("gray.PSD.jpg"), "jpeg", 9, 7, GFL_GREY);
     WritePicture(Path("rgba.png"), "png", 9, 7, GFL_RGBA, 16);
     WriteTiff(Path("rgb.tif"), PHOTOMETRIC_RGB, 3);
     WriteTiff(Path("tiled.tif"), PHOTOMETRIC_RGB, 3, true);
-    WriteTiff(Path("grey.tif"), PHOTOMETRIC_MINISBLACK, 1);
-    WriteTiff(Path("grey-alpha.tif"), PHOTOMETRIC_MINISBLACK, 2);
+    WriteTiff(Path("gray.tif"), PHOTOMETRIC_MINISBLACK, 1);
+    WriteTiff(Path("gray-alpha.tif"), PHOTOMETRIC_MINISBLACK, 2);
     WriteTiff(Path("cmyk.tif"), PHOTOMETRIC_SEPARATED, 4);
     WriteTiff(Path("lab.tif"), PHOTOMETRIC_CIELAB, 3);
     WriteFile(Path("text.jpg"), "no picture");
-    WriteFile(Path("grey.psd"), Photoshop(1, 1));
+    WriteFile(Path("gray.psd"), Photoshop(1, 1));
     WriteFile(Path("cmyk.PSD"), Photoshop(4, 4));
     WriteFile(Path("lab.psd"), Photoshop(9, 3));
     // Names, kinds of refusal and channels.
     const QString expected =
-        QStringLiteral("cmyk.PSD 0 4; cmyk.tif 5 4; grey-alpha.tif 6 2; grey.psd 0 1; grey.PSD.jpg 3 1; "
-                       "grey.tif 3 1; lab.psd 0 3; lab.tif 4 3; rgb.jpg 0 3; rgb.tif 0 3; rgba.png 0 4; text.jpg 1 0; "
+        QStringLiteral("cmyk.PSD 0 4; cmyk.tif 5 4; gray-alpha.tif 6 2; gray.psd 0 1; gray.PSD.jpg 3 1; "
+                       "gray.tif 3 1; lab.psd 0 3; lab.tif 4 3; rgb.jpg 0 3; rgb.tif 0 3; rgba.png 0 4; text.jpg 1 0; "
                        "thumb.THM 2 0; thumb.thm 2 0; tiled.tif 7 3; ");
     ImageDef *image;
     RefusalReason reason;
@@ -257,8 +257,8 @@ void tst_ImageDef::refusals()
         }
         QCOMPARE(found, expected);
         QCOMPARE(ImageDef::g_ErrorMessages,
-                 QStringLiteral("grey.PSD.jpg: gray pictures are not supported.\n"
-                                "grey.tif: gray pictures are not supported.\n"));
+                 QStringLiteral("gray.PSD.jpg: gray pictures are not supported.\n"
+                                "gray.tif: gray pictures are not supported.\n"));
     }
     ImageDatas::settings->thumbnailSize = QSize(0x40000001, 1); // rows over 4 GiB
     QVERIFY(!ImageDef::IsAPicture(Path("rgb.jpg"), image, true, &reason) && !image);
@@ -272,10 +272,10 @@ void tst_ImageDef::exifModes()
         int mode;
         const char *make;     // of the file; null: it has no EXIF
         int focal35mm;        // 0: not in its EXIF
-        const char *expected; // whether EXIF is used, 35 mm focal length, ratio, coefficients, lens kind, has a date
+        const char *expected; // uses EXIF, 35 mm focal length, ratio, coefficients, lens kind, has a date
     } rows[] = {{0, nullptr, 0, "0 0 0 0,0,0 0 0"},           {0, "Nobody", 60, "1 60 2 0,0,0 0 1"},
                 {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, short enough for a fisheye
-                {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // by the table
+                {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // in the table
                 {0, "Plainmaker", 15, "1 15 2 0,0,0 0 1"},    {0, "Nobody", 0, "0 0 1 0,0,0 0 0"},
                 {3, "Nobody", 60, "1 60 2 0,0,0 0 1"}, // same as 0
                 {1, nullptr, 0, "1 70 0 0,0,0 1 0"},   // set before the file is read, hence no ratio
@@ -369,7 +369,7 @@ void tst_ImageDef::identity()
     QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
     QVERIFY(!Picture(Path("none.jpg")));
 
-    // Copies return the pixels of the file that they describe, even without an ID or if they described another before.
+    // Copies return the pixels of the file that they describe, even without an ID or after describing another file.
     ImageDef *const other = Picture(WritePicture(Path("other.jpg"), "jpeg", 5, 4));
     ImageDef copy(*image), ofOther(*other);
     QVERIFY(copy.nCols() == 8 && copy.m_id.isEmpty());
@@ -392,7 +392,7 @@ void tst_ImageDef::reload()
 {
     const QString path = WritePicture(Path("re.jpg"), "jpeg", 40, 30);
     ImageDef *const image = Picture(path);
-    QVERIFY(image->GetThumbnail()->isNull()); // described without
+    QVERIFY(image->GetThumbnail()->isNull()); // described without a thumbnail
     image->m_model = 1;
     image->m_userGeometry.values[2] = 5;
     const KImage *const lent = image->Lock(20, 15, true);
@@ -435,7 +435,7 @@ void tst_ImageDef::missingFiles()
 
 void tst_ImageDef::sizeInMemory()
 {
-    qint64 wanted = 216 + 264; // what hosts expect of the two records; texts take 2 bytes per character
+    qint64 wanted = 216 + 264; // sizes that hosts expect of the two records; texts take 2 bytes per character
     ImageDef image;
     QCOMPARE(image.memSize(), wanted);
     ShootingInformation &shooting = image.m_shooting;

@@ -137,7 +137,7 @@ void tst_KImageChannels::operators()
         const Case named(index);
         for (const char operation : {'-', '+', '*'}) {
             const TestForm &form = kForms[index];
-            // Each operand has a different stride.
+            // The operands have different strides.
             TestImage image(form, 523, 2, 4), other(form, 523, 2, 12), before(form, 523, 2, 4);
             image.FillWithNoise(1);
             before.FillWithNoise(1);

@@ -25,10 +25,11 @@ constexpr Placement kPlacements[] = {
     {7, 5, 0, 0, 7, 5, 7, 5, 0, 0, 8, 4},
     {31, 17, 5, 3, 13, 11, 29, 23, 7, 12, 12, 16},
     {523, 2, 1, 0, 521, 2, 521, 3, 0, 1, 0, 4}, // a prime width, more pixels than are converted at a time
-    {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that are not aligned to components
+    {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that don't start at multiples of the component size
 };
 
-/// Computes the expected pixel in plain arithmetic on fractions of the full range: first its channels, then the depth.
+/// Computes the expected pixel in plain arithmetic on fractions of the full range: converts the channels, then the
+/// depth.
 void ExpectedPixel(const TestForm &from, const double *in, const TestForm &to, double *out)
 {
     double share[4];
@@ -43,14 +44,14 @@ void ExpectedPixel(const TestForm &from, const double *in, const TestForm &to, d
         out[c] = (to.IsFloat() ? wanted[c] : std::clamp(wanted[c], 0.0, 1.0)) * to.Full();
 }
 
-/// Returns the maximum error of a sample; for integers, half a count per rounding.
+/// Returns the largest permitted error of a sample; for integers, half a count per rounding.
 double Tolerance(const TestForm &from, const TestForm &to)
 {
     if (to.IsFloat())
         return from.IsFloat() && (to.channels > 1 || from.channels == 1) ? 0 : 2e-7 * 2;
     if (from.bits == 16 && to.bits == 8)
         return 1;                       // fast conversion may be off by one
-    return to.bits == 16 ? 0.9 : 0.505; // gray weights are 65,536ths or 32,768ths
+    return to.bits == 16 ? 0.9 : 0.505; // gray weights are multiples of 1/65,536 or 1/32,768
 }
 
 /// Block of address space in which only accessed pages take memory.
@@ -103,12 +104,12 @@ void tst_KImageCopy::everyFormToEveryForm()
                 x -= p.targetX;
                 y -= p.targetY;
                 if (x < 0 || y < 0 || x >= p.width || y >= p.height)
-                    return target.Sample(x + p.targetX, y + p.targetY, c); // compared below, to the bit
+                    return target.Sample(x + p.targetX, y + p.targetY, c); // compared below, byte by byte
                 double in[4], out[4];
                 for (int k = 0; k < fromForm.channels; ++k)
                     in[k] = source.Sample(p.x + x, p.y + y, k);
                 ExpectedPixel(fromForm, in, toForm, out);
-                if (from == k16uGray && (to == k16uRgba || to == k32fRgba)) // these don't make alpha opaque
+                if (from == k16uGray && (to == k16uRgba || to == k32fRgba)) // these conversions leave alpha as it was
                     out[3] = wanted.Sample(p.targetX + x, p.targetY + y, 3);
                 if (from == k32fGray && to == k16uRgba)
                     out[3] = 255;
@@ -217,12 +218,13 @@ void tst_KImageCopy::copyToIsClipped()
     }
 }
 
-/// No step of this conversion sets alpha: a target that already has the form keeps its alpha, a new one must be opaque.
+/// No step of this conversion sets alpha: a target that already has the right size and form keeps its alpha; a newly
+/// allocated one must be opaque.
 void tst_KImageCopy::convertOfDeepGrayIsOpaque()
 {
     for (const int i : {0, 1, 2, 3}) {
         const Case named(i);
-        const bool isDeep = i & 1, isKept = i & 2; // the target already has this shape
+        const bool isDeep = i & 1, isKept = i & 2; // kept: the target already has the right size
         const KImage gray(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
         KImage target(isKept ? 3 : 2, isKept ? 2 : 3, GFL_RGBA, isDeep ? 16 : 32, true, nullptr, 0); // alpha 0
         gray.Convert(target, GFL_RGBA, isDeep ? 16 : 32);
@@ -235,7 +237,7 @@ void tst_KImageCopy::convertOfDeepGrayIsOpaque()
 
 void tst_KImageCopy::beyondFourGiB()
 {
-    const std::pair<int, int> sizes[] = {{8192, 40000}, {200 * 1000 * 1000, 2}}; // the last has rows over 2 GiB
+    const std::pair<int, int> sizes[] = {{8192, 40000}, {200 * 1000 * 1000, 2}}; // rows of the last exceed 2 GiB
     for (const auto &[width, height] : sizes) {
         const Case named(width, height);
         const size_t bytes = size_t(width) * size_t(height) * 16;

@@ -51,7 +51,7 @@ void tst_KImageFile::compressionNumbers()
 {
     const struct {
         const char *format;
-        int number, compression, quality; // -1: the layer's default
+        int number, compression, quality; // results; -1: stays at the default
     } rows[] = {
         {"jpeg", 0, -1, 4}, {"jpeg", 12, -1, 100}, {"jpeg", -1, -1, -1}, {"png", 6, 6, -1},   {"tiff", 0, 0, -1},
         {"tiff", 1, 0, -1}, {"tiff", 2, 2, -1},    {"tiff", 3, 4, -1},   {"tiff", 99, 0, -1}, {"tiff", -1, -1, -1},
@@ -120,7 +120,7 @@ void tst_KImageFile::guards()
 
 void tst_KImageFile::readsWhatItWrote()
 {
-    KImage image = RandomImage(13, 7), back(1, 1, GFL_GREY, 16, true, nullptr, 0); // whose content is replaced
+    KImage image = RandomImage(13, 7), back(1, 1, GFL_GREY, 16, true, nullptr, 0); // its content is replaced
     const QString name = File("Größe ✓.tif");                                      // paths are Unicode
     for (int compression : {2, 3}) { // LZW, which KImage::init() enables, and deflate
         const Case named("compression", compression);

@@ -147,13 +147,13 @@ void tst_KImageFisheye::paints()
     QCOMPARE(broken.Sample(4, 4, 0), 1.0); // overwrites even NaN
 }
 
-/// Compares each pixel with the definition: the radius r, in half diagonals, maps to scale r (1 + k1 r^2 + k2 r^4 + k3
-/// r^6), or that to r.
+/// Compares each pixel with the definition: the radius r, in half diagonals, maps to
+/// scale * r * (1 + k1 r^2 + k2 r^4 + k3 r^6), or the other way around.
 void tst_KImageFisheye::bends()
 {
     const struct {
         float k1, k2, k3, offsetX, offsetY;
-        char channel; // of Optical2; 0: Optical
+        char channel; // argument of Optical2; 0: the row tests Optical
         float scale;
         int direction;
     } rows[] = {{0.2f, 0, 0, 0, 0, 0, 1, 1},
@@ -199,7 +199,7 @@ void tst_KImageFisheye::bends()
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
     image.image.Optical(-20, 0, 0, 0, 0, 1);
-    QCOMPARE(image.Sample(6, 4, 0), 0.0);       // the only inverse is a negative radius, on the other side
+    QCOMPARE(image.Sample(6, 4, 0), 0.0); // the only solution is a negative radius, on the other side of the center
     image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // with the center far away: must not crash
 }
 

@@ -35,7 +35,7 @@ Crop AutoCrop(const KImage &image)
     return crop;
 }
 
-/// Returns the crop of a float RGBA image with that alpha.
+/// Returns the crop of a float RGBA image with the given alpha.
 template <typename Alpha> Crop AutoCrop(int width, int height, Alpha alpha)
 {
     TestImage image(kForms[k32fRgba], width, height);
@@ -62,7 +62,7 @@ void tst_KImageGeometry::resizeByDefinition()
         {{5, 5}, {3, 3}},   {{1001, 3}, {7, 3}}, {{37, 41}, {1, 1}}, {{10, 9}, {10, 4}}, {{307, 91}, {61, 7}}, // area
         {{10, 8}, {12, 4}}, {{10, 8}, {5, 9}},   {{1, 1}, {4, 3}},   {{7, 5}, {31, 17}}, {{13, 7}, {53, 29}},  // linear
     };
-    const int gaps[][2] = {{4, 0}, {2, 4}, {0, 1}}; // after rows; samples may be unaligned
+    const int gaps[][2] = {{4, 0}, {2, 4}, {0, 1}}; // bytes after each row; samples may be unaligned
     for (int i = 0; i < kFormCount * 10 * 3; ++i) {
         const int form = i / 30;
         const QSize from = sizes[i % 10][0], to = sizes[i % 10][1];
@@ -73,7 +73,7 @@ void tst_KImageGeometry::resizeByDefinition()
         source.FillWithNoise(1);
         result.FillWithNoise(2);
         source.image.Resize(result.image, to.width(), to.height()); // into the wrapped block
-        // Area weighting unless any side grows.
+        // Area weighting unless a side grows.
         const bool grows = to.width() > from.width() || to.height() > from.height();
         const double stepX = double(from.width()) / to.width(), stepY = double(from.height()) / to.height();
         const auto wanted = [&](int x, int y, int c) {
@@ -82,7 +82,7 @@ void tst_KImageGeometry::resizeByDefinition()
         };
         const Case named("run", i);
         QCOMPARE(Difference(result, wanted, kForms[form].IsFloat() ? 2e-6 : 0.51), QString());
-        QVERIFY(result.HasGapsOf(before)); // it clears the gaps first
+        QVERIFY(result.HasGapsOf(before)); // the whole block is cleared first, gaps included
     }
 }
 
@@ -94,7 +94,7 @@ void tst_KImageGeometry::inPlace()
         image.m_spareFlag = true;
         image.Resize(image, 500, 400);
         QCOMPARE(QSize(image.width(), image.height()), QSize(500, 400));
-        QCOMPARE(image.m_spareFlag, i == 1); // a new record doesn't have it
+        QCOMPARE(image.m_spareFlag, i == 1); // a new record doesn't have the flag
     }
     TestImage wrapped(kForms[k16uRgb], 4, 4, 2);
     wrapped.FillWithNoise(1);
@@ -132,7 +132,7 @@ void tst_KImageGeometry::cropHasNothingTransparent()
     const struct {
         int width, height;
         bool (*isValid)(int x, int y);
-        double leastShare; // of the image, for the rectangle
+        double leastShare; // smallest allowed ratio of the rectangle's area to the image's
     } rows[] = {
         {1, 1, all, 1},
         {2, 2, all, 1},
@@ -152,7 +152,7 @@ void tst_KImageGeometry::cropHasNothingTransparent()
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         const Crop crop = AutoCrop(row.width, row.height, [&row](int x, int y) {
-            const double valid[] = {1, -0.5, std::nan("")}; // all but 0
+            const double valid[] = {1, -0.5, std::nan("")}; // any alpha but 0
             return row.isValid(x, y) ? valid[(x + y) % 3] : 0;
         });
         QVERIFY(crop.left >= 0 && crop.top >= 0 && crop.right <= float(row.width) && crop.bottom <= float(row.height));
@@ -172,8 +172,8 @@ void tst_KImageGeometry::knownCrops()
     const Crop crop = AutoCrop(100, 80, [](int x, int) { return x >= 10 && x < 95; });
     QCOMPARE(crop.left, 10.0f);
     QCOMPARE(crop.right, 94.0f);
-    // The transparent columns have no valid row, so each one moves top and bottom inward by d / tan(angle), which is
-    // least at 79 degrees: column 9 by 9 / tan(79), and on the right column 95 (d = 4) by less.
+    // The transparent columns have no valid row, so each one moves top and bottom inward by d / tan(angle), where d is
+    // its distance from the side. This is least at 79 degrees: 9 / tan(79) for column 9, less for column 95 with d = 4.
     const float reach = 9.0f / std::tan(79.0f * float(M_PI) / 180.0f);
     QVERIFY(std::fabs(crop.top - reach) < 1e-4f);
     QVERIFY(std::fabs(crop.bottom - (80 - reach)) < 1e-4f);

@@ -101,7 +101,7 @@ void tst_KImageTone::guards()
         const Case named("call", &call - all);
         QCOMPARE(thrown(-1, call), QStringLiteral("Invalid Bitmap"));
     }
-    // Refused: a mask of the same depth, no alpha, no floats, no circle, no columns.
+    // Refused: a mask of the same depth, and images without alpha, floats, a circle or columns.
     QCOMPARE(thrown(k8uRgba, all[0]), QStringLiteral("Invalid Bitmap"));
     for (int i = 1; i <= 3; ++i) {
         const Case named("call", i);
@@ -183,7 +183,7 @@ void tst_KImageTone::histograms()
     for (const FormIndex form : {k8uRgb, k8uRgba}) {
         const Case named(kForms[form].name);
         TestImage image(kForms[form], 37, 5, 1), before(kForms[form], 37, 5, 1);
-        qint64 upTo[256] = {}; // color samples up to each value
+        qint64 upTo[256] = {}; // number of color samples up to each value
         before.Fill([&upTo](int x, int y, int c) {
             const int v = c == 3 ? x : 40 + (x * x + y * y + c * 7) % 61 * 3;
             for (int value = c == 3 ? 256 : v; value < 256; ++value)
@@ -206,7 +206,8 @@ void tst_KImageTone::histograms()
         };
         QCOMPARE(Difference(image, equalized), QString());
     }
-    // A flat picture becomes black, or stays as it is. Other depths and gray are only converted.
+    // HistogramAuto makes a flat picture black; HistogramEqualization leaves it as it is. Other depths and gray are
+    // only converted.
     for (const auto &[form, value, stretched] : {std::tuple(k8uRgb, 9, 0), {k16uRgb, 514, 2}, {k8uGray, 2, 2}}) {
         const Case named(kForms[form].name);
         TestImage image(kForms[form], 3, 1);

@@ -35,7 +35,7 @@ void tst_KImage::record()
 {
     const struct {
         int type, width, bits;
-        const char *record; // channels, bytes per pixel and per row, colors, then fields that are the same for all
+        const char *record; // channels, bytes per pixel and per row, number of colors, whether there is a color map
     } rows[] = {{GFL_GREY, 1, 8, "1 1 4 256 false"},  {GFL_RGB, 801, 8, "3 3 2404 0 false"},
                 {GFL_RGB, 3, 16, "3 6 20 0 false"},   {GFL_RGBA, 10, 32, "4 16 160 0 false"},
                 {GFL_COLORS, 5, 8, "1 1 8 256 true"}, {0x0040, 4, 8, "3 3 12 0 false"},
@@ -189,7 +189,7 @@ void tst_KImage::integrity()
         QCOMPARE(image.IntegrityValidation(), row.result);
     }
     float samples[] = {0.5f, 0.25f, 0.75f, -1};
-    KImage wrapped(1, 1, GFL_RGB, 32, /*clear=*/false, samples, 16); // the last is in the gap after the row
+    KImage wrapped(1, 1, GFL_RGB, 32, /*clear=*/false, samples, 16); // the last sample is in the gap after the row
     QCOMPARE(wrapped.IntegrityValidation(), 0);
 }
 

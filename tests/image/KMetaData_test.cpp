@@ -34,7 +34,7 @@ struct Blocks {
     }
 };
 
-/// Returns the blocks with all their fields.
+/// Returns all fields of all blocks as text.
 QString TextOf(const KMetaData &data)
 {
     const auto bytes = [](const quint8 *from, quint32 length) {

@@ -41,7 +41,7 @@ public:
     {
         std::fill_n(m_bytes.end() - kGuardBytes, kGuardBytes, kGuard);
     }
-    /// Copies an image of that form.
+    /// Copies @p of, converted to @p form.
     TestImage(const TestForm &form, const KImage &of) : TestImage(form, of.width(), of.height())
     {
         of.CopyTo(image, 0, 0);
@@ -89,7 +89,7 @@ public:
         }
     }
 
-    /// Returns whether the bytes that aren't pixels equal those of @p other, which gets these pixels.
+    /// Returns whether the bytes outside the pixels equal those of @p other. Overwrites @p other's pixels.
     bool HasGapsOf(TestImage &other) const
     {
         other.Fill([this](int x, int y, int c) { return Sample(x, y, c); });
@@ -126,7 +126,7 @@ inline auto Reader(const TestImage &image)
     return [&image](int x, int y, int c) { return image.Sample(x, y, c); };
 }
 
-/// Returns where a sample differs from wanted(x, y, channel) by more than @p tolerance; empty if none does.
+/// Describes the first sample that differs from wanted(x, y, channel) by more than @p tolerance; empty if none does.
 template <typename Wanted> QString Difference(const TestImage &got, Wanted wanted, double tolerance = 0)
 {
     const int channels = got.Form().channels, width = got.image.width();

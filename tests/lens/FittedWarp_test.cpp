@@ -87,7 +87,7 @@ Pixels Rendered(const FittedWarp &warp, const Pixels &source, Instructions instr
     return to.Read();
 }
 
-/// Returns where another instruction set's result differs from @p baseline; empty if nowhere.
+/// Describes the first difference between another instruction set's result and @p baseline; empty if there is none.
 QString DifferenceOfSets(const FittedWarp &warp, const Pixels &source, const Pixels &baseline)
 {
     for (Instructions set : {Instructions::Avx2, Instructions::Avx512})
@@ -207,7 +207,7 @@ void tst_FittedWarp::warpFollowsTheTwin()
     const int step = size.width() > 100 ? 7 : 1; // odd, so that every column of a block occurs
     for (int i = 0; i < size.width() * size.height(); i += step) {
         const int x = i % size.width(), y = i / size.width();
-        // The limits of sharp sampling change between pixels: a position between two may have those of either.
+        // The limits of sharp sampling change from one source pixel to the next; near the boundary, either may apply.
         FittedWarpTwin::Pixel least = twin.At(from.image, x, y), greatest = least;
         for (int j = 0; j < 9 && sampling == Sampling::Sharp && size.width() > 100; ++j) {
             const FittedWarpTwin::Pixel near = twin.At(from.image, x + (j % 3 - 1) * 0.004, y + (j / 3 - 1) * 0.004);
@@ -260,7 +260,7 @@ void tst_FittedWarp::foldsAreEmpty()
     QVERIFY(!FittedWarp(fisheye, Sampling::Bilinear, TransferCurve::Linear(), {}).LeavesEmpty());
 }
 
-/// Stored pixels (8 bits, and 16-bit noise with both ends of the range) give the same result as their float conversion.
+/// Stored pixels (noise of 8 and 16 bits, with both ends of the range) give the same result as their float conversion.
 void tst_FittedWarp::storedIsConverted()
 {
     constexpr int kWidth = 331, kHeight = 120;
@@ -314,7 +314,8 @@ void tst_FittedWarp::bandsAreTheWhole()
             };
             QVERIFY(!render({kHeight - 1, kHeight}) || y > kHeight - 10);
             const FittedWarp::RowRange range = warp.RowsFor(y, rows);
-            for (int less = 60; less >= 0; --less) { // too few rows are reported, whichever color needs them
+            for (int less = 60; less >= 0;
+                 --less) { // a window with too few rows is reported, whichever color needs more
                 const FittedWarp::RowRange fewer = {std::min(range.first + less, y),
                                                     std::max(range.end - less, y + rows)};
                 QVERIFY(render(fewer) ? std::memcmp(band.getData(0, 0), expected.image.getData(0, y), bytes) == 0
@@ -356,7 +357,7 @@ Q_DECLARE_METATYPE(Function)
 void tst_FittedWarp::transferCurves_data()
 {
     QTest::addColumn<TransferCurve>("curve");
-    QTest::addColumn<QVector<Function>>("lights"); // of all channels, or of each
+    QTest::addColumn<QVector<Function>>("lights"); // one for all channels, or one per channel
     const auto row = [](const char *name, const TransferCurve &curve, const QVector<Function> &lights) {
         QTest::newRow(name) << curve << lights;
     };
@@ -484,7 +485,7 @@ void tst_FittedWarp::flatFields()
     }
 }
 
-/// Floats beyond a table continue its outermost segments.
+/// For floats beyond a table, its outermost segments are extended.
 void tst_FittedWarp::beyondTheTables()
 {
     Correction bright;
@@ -510,10 +511,10 @@ void tst_FittedWarp::badCurves()
         const Case named(curves);
         QVERIFY(!TransferCurve::FromSamples(curves));
     }
-    // Points that follow a known formula within a 16-bit code; powers only from 0.25 to 4.
+    // At least 64 points count as a known formula if they follow it to within one 16-bit code; powers from 0.25 to 4.
     const struct {
         int count;
-        double gamma, codes; // that one point is off by
+        double gamma, codes; // codes: error of one point
         bool isKnown;
     } known[] = {{64, 2, 0.9, true},   {63, 2, 0, false}, {64, 2, 1.1, false}, {65, 0.25, 0, true},
                  {65, 0.24, 0, false}, {65, 4, 0, true},  {65, 4.1, 0, false}};

@@ -40,7 +40,7 @@ void RunPlainly(newLCP &lcp, KImage &source, KImage &target, Corrections correct
     QVERIFY(run.DoPlainly());
 }
 
-/// Rotates counterclockwise by a right angle: the right-hand column becomes the top row. Three times is the inverse.
+/// Rotates counterclockwise by a right angle: the right-hand column becomes the top row. Three turns undo one.
 Pixels Turned(const Pixels &from)
 {
     Pixels to{from.height, from.width, from.channels, from.bits, QVector<float>(from.values.size())};
@@ -70,7 +70,7 @@ void MakeGentle(newLCP &lcp, int round, quint32 seed)
         model->scaleFactor = 1.0F;
     }
     lcp.scale = 1.0F;
-    lcp.modelKind = int(seed / 8 % 2); // alternates from size to size
+    lcp.modelKind = int(seed / 8 % 2); // in the same round, alternates from size to size
 }
 
 void Break(newLCP &lcp, int round, quint32)
@@ -281,7 +281,7 @@ void tst_FloatWarp::someRowsOfTheSource()
             }
         }
     }
-    // The rows at the same height are rarely enough, the estimated ones are.
+    // The rows at the same height are rarely enough; the estimated rows always are.
     QVERIFY2(missing[0] > 100 && missing[1] == 0 && missing[2] == 0, qPrintable(QString::number(missing[1])));
     QVERIFY2(estimated < 32 * kHeight * 4, qPrintable(QString::number(estimated)));
 }

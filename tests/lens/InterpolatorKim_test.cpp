@@ -79,7 +79,7 @@ void tst_InterpolatorKim::matchesTheReference()
             constexpr int kFisheyes[] = {1, 2, -1};
             newLCP lcp = StrongModels(size.width(), size.height(), round & 32 ? kFisheyes[round % 3] : 0, seed);
             LensParam *const needed[] = {&lcp.distortionModel, &lcp.greenModel, &lcp.vignetteModel};
-            if (seed % 5 == 4) // nothing is written if the switches need this model
+            if (seed % 5 == 4) // a missing model; if the switches need it, nothing is written
                 needed[seed % 3]->found = false;
             const Pixels source = RandomPixels(size.width(), size.height(), channels, sourceBits, seed);
             Pixels want = RandomPixels(size.width(), size.height(), channels, destinationBits, seed + 1000);
@@ -101,7 +101,7 @@ void tst_InterpolatorKim::samplerPositions()
     const struct {
         float x, y;
         float nearest;  // -1: outside
-        float bilinear; // -1: outside, 9: inside but not written
+        float bilinear; // -1: outside, 9: inside, but nothing is written
     } rows[] = {{1, 0, 2, 2},
                 {1.25F, 0.5F, 2, (2 * 0.75F + 4 * 0.25F) / 2 + (6 * 0.75F + 8 * 0.25F) / 2},
                 {-0.5F, 0, -1, 1 * 1.5F - 2 * 0.5F}, // left of the first column, above the first row

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// Function that renders a gray picture, stored row by row, with a correction of the same size.
-using GreyRenderer = std::function<std::vector<double>(const std::vector<double> &, const Correction &)>;
+using GrayRenderer = std::function<std::vector<double>(const std::vector<double> &, const Correction &)>;
 
 struct SamplingQuality {
     double contrast;    // amplitude of the expected wave, relative to the source
@@ -36,10 +36,10 @@ inline Correction QualityLens()
 
 template <typename Function> std::vector<double> QualityPicture(Function at)
 {
-    std::vector<double> grey;
+    std::vector<double> gray;
     for (int i = 0; i < kQualitySide * kQualitySide; ++i)
-        grey.push_back(at(i % kQualitySide, i / kQualitySide));
-    return grey;
+        gray.push_back(at(i % kQualitySide, i / kQualitySide));
+    return gray;
 }
 
 /// Least-squares fit of a + b cos + c sin to a block.
@@ -72,7 +72,7 @@ struct WaveFit {
 
 /// Measures a wave of @p frequency cycles per pixel in the direction @p angle (radians from the x axis). Compares the
 /// result, block by block, with the wave at the source positions of its pixels.
-inline SamplingQuality QualityOf(const GreyRenderer &render, double frequency, double angle)
+inline SamplingQuality QualityOf(const GrayRenderer &render, double frequency, double angle)
 {
     constexpr double kAmplitude = 0.4;
     constexpr int kBlock = 16;
@@ -110,7 +110,7 @@ inline SamplingQuality QualityOf(const GreyRenderer &render, double frequency, d
 
 /// Returns the largest overshoot on either side of an edge at @p angle, as a fraction of its height. @p soft is the
 /// standard deviation of the edge's blur in pixels, 0 for an antialiased edge, negative for a hard one.
-inline double OvershootOf(const GreyRenderer &render, double angle, double soft)
+inline double OvershootOf(const GrayRenderer &render, double angle, double soft)
 {
     const double c = std::cos(angle), s = std::sin(angle);
     const auto lightAt = [&](double x, double y) {

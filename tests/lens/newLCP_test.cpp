@@ -19,8 +19,8 @@ constexpr LensParam newLCP::*kModels[] = {&newLCP::distortionModel, &newLCP::gre
 constexpr const char *kTags[] = {"", "ChromaticGreenModel", "ChromaticRedGreenModel", "ChromaticBlueGreenModel",
                                  "VignetteModel"};
 
-/// Returns a model's values: focal length in pixels and as stored vertically, center in pixels, scale factor,
-/// tangential terms, and coefficients after a slash.
+/// Returns a model's values: horizontal focal length in pixels, vertical focal length as stored, center in pixels,
+/// scale factor, tangential terms, and coefficients after a slash.
 QString Text(const LensParam &model)
 {
     QString text = QLatin1String(model.found ? "found" : "none");

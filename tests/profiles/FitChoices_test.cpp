@@ -93,7 +93,7 @@ void tst_FitChoices::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // Entries without a model for a color move it by nothing and have no center.
+    // Entries without a model for a color don't move it and don't affect its center.
     for (int i = 0; i < 4; ++i)
         entries[i].blueGreen.reset(); // at 20 mm, with a weight of 0.6
     const RadialMap blue = *Fit(Profile(entries), facts, options).correction.blue;
@@ -106,7 +106,7 @@ void tst_FitChoices::blending()
                 * radius
             < 0.002);
 
-    // Half the amount gives half the displacement and half the gain in stops; the most is 2.
+    // Half the amount gives half the displacement and half the gain in stops. Amounts are limited to 2.
     for (const auto &[amount, limited] : {std::pair(0.5, 0.5), {3.0, 2.0}}) {
         options.amountDistortion = options.amountChromatic = options.amountVignetting = amount;
         const Correction half = Fit(Profile(entries), facts, options).correction;
@@ -189,7 +189,7 @@ void tst_FitChoices::choices()
     QCOMPARE((QStringList(fit.entries) + fit.assumed + QStringList(fit.why)).join(QLatin1Char('\n')), expected);
 }
 
-/// Notes on the entries used reach the user, notes on others don't; and an invalid gamma is ignored.
+/// Notes on the entries that are used reach the user; those on other entries don't. An invalid gamma is ignored.
 void tst_FitChoices::oddities()
 {
     LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
@@ -198,10 +198,10 @@ void tst_FitChoices::oddities()
     QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
     PictureFacts raw;
     raw.raw = true;
-    // A light of 0.25 becomes 0.25^gamma; an invalid gamma has no effect.
+    // A stored value of 0.25 is a light of 0.25^gamma; an invalid gamma has no effect.
     for (const auto &[gamma, light] : {std::pair(0.5, 0.5), {2.0, 0.0625}, {0.0, 0.25}, {qQNaN(), 0.25}})
         QVERIFY(std::abs(LightOf(raw, false, gamma).curve.Light(0, 0.25) - light) < 1e-9);
-    // Light of 0.5: sRGB's formula, 0.5^(563/256), and linear floats.
+    // The light of a stored 0.5: sRGB's formula, 0.5^(563/256), and 0.5 itself for linear floats.
     PictureFacts rendered;
     const QString note = QStringLiteral("no color profile with curves: treated as sRGB");
     for (const auto &[encoding, isFloat, light, text] :
@@ -308,7 +308,7 @@ void tst_FitChoices::leftOut()
 void tst_FitChoices::useless_data()
 {
     QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, at line 9
-    QTest::addColumn<bool>("distortion");    // whether it is still corrected
+    QTest::addColumn<bool>("distortion");    // whether distortion is still corrected
     QTest::addColumn<bool>("color");
     QTest::addColumn<QString>("why");
     const auto row = [](const char *name, bool distortion, bool color, const char *why,
@@ -322,7 +322,7 @@ void tst_FitChoices::useless_data()
     row("a fold near the center", false, true,
         "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds back 50 px from the center",
         [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
-    // Up to 519 px; 35 of 32 x 32 evenly spaced pixels are nearer, 3.4 %.
+    // This one grows up to 519 px; 35 of 32 x 32 evenly spaced pixels, 3.4 %, are nearer to the center.
     row("a fold farther out", false, true,
         "distortion: 50 mm f/4 3 m (line 9) leaves 3 % of the picture: it folds back 519 px from the center",
         [](ProfileEntry &e) { e.green->coefficients = {-47.2}; });

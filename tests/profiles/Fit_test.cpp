@@ -69,8 +69,7 @@ ProfileEntry Fisheye(const QVector<double> &coefficients)
 /// Returns an uncropped picture of the profile's frame.
 OraclePicture Whole(int width, int height)
 {
-    OraclePicture picture{width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
-    return picture;
+    return {width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
 }
 
 } // namespace
@@ -321,7 +320,7 @@ void tst_Fit::lensfunFrames()
         QVERIFY(std::hypot(part.red.x + left - same.red.x, part.red.y + top - same.red.y) < 0.01
                 && same.red.x != same.green.x);
     }
-    // A lens moves light on a sensor of 22.2 mm as on the same part of one of 36 mm.
+    // A lens displaces light on a sensor 22.2 mm wide just as on the same part of one 36 mm wide.
     const char *const calibratedOnce = "EF24-70mm f/2.8L II USM";
     const CorrectionTwin large(fit({6000, 4000}, "Canon EOS 5D Mark II", calibratedOnce).correction);
     const CorrectionTwin small(fit({6000, 4000}, "Canon EOS 40D", calibratedOnce).correction);

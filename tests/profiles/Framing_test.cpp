@@ -73,7 +73,7 @@ void tst_Framing::framings()
     const FitResult all = fit(Framing::All);
     QVERIFY2(std::abs(all.zoom - 0.60093 / 0.62539) < 3e-4, qPrintable(QString::number(all.zoom)));
     QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
-    double mirrored[4]; // whichever corner is the farthest
+    double mirrored[4]; // the zoom must not depend on which corner is the farthest
     for (int i = 0; i < 4; ++i) {
         entry.geometry->centerX = i & 1 ? 0.52 : 0.48, entry.geometry->centerY = i & 2 ? 0.52 : 0.48;
         mirrored[i] = fit(Framing::All).zoom;

@@ -1,4 +1,4 @@
-// Profiles in all XML forms: each gives the same entries, and problems are reported with their line.
+// Profiles in all XML forms: each gives the same entries, and problems are reported with their line numbers.
 #include "Case.h"
 #include "InputLimits.h"
 #include "LensProfile.h"
@@ -134,8 +134,8 @@ private Q_SLOTS:
 
 void tst_LensProfile::everySpellingReadsTheSame()
 {
-    // Sub-models inherit center and focal length from the distortion model, but no tangential terms. Without a focal
-    // length, it is 24.5 mm divided by the long side of a 3 : 2 frame with a crop factor of 1.5, which is 24 mm.
+    // Sub-models inherit center and focal length from the distortion model, but no tangential terms. A missing
+    // FocalLengthX is computed: 24.5 mm divided by 24 mm, the long side of a 3 : 2 frame with a crop factor of 1.5.
     const QString expected = QStringLiteral(
         "Maker|MODEL 7|Unique|Pretty body|Lens 24|0x10 text|24 mm|88/10 24 2 4|Name 8.8 2.97 0.32 5464 3640 2.7 1 1 0 "
         "geometry(0.6775 0.505 0.4975 1 0.0011 0 -0.2631 0.0902 0.0125) green(0.6776 0.49 0.515 1 0 0 -0.27 0.0912) "

@@ -61,7 +61,7 @@ template <typename T> Fact<T> Known(const T &value)
     return {value, QStringLiteral("made")};
 }
 
-/// Returns the facts of a picture taken with the same body, at f/4 and 3 m.
+/// Returns the facts of a picture taken with the body of Entry(), at f/4 and 3 m.
 inline PictureFacts Facts(const QSize &pixels = QSize(6000, 4000), double focalMm = 24.0)
 {
     PictureFacts facts;
@@ -74,7 +74,7 @@ inline PictureFacts Facts(const QSize &pixels = QSize(6000, 4000), double focalM
     return facts;
 }
 
-/// Writes a camera table to @p folder and puts it in use, because the real table changes.
+/// Writes a camera table to @p folder and puts it in use, because the real table changes over time.
 inline void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));

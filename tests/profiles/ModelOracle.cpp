@@ -68,7 +68,7 @@ long double Angle(Projection projection, long double r)
     return r;
 }
 
-/// Returns s unit (k u + t(u)), with u = (at - center) / unit.
+/// Returns s * unit * (k * u + t(u)), with u = (at - center) / unit.
 OraclePoint Perspective(const ProfileModel &model, long double unit, OraclePoint center, OraclePoint at)
 {
     const long double u = (at.x - center.x) / unit, v = (at.y - center.y) / unit, s = model.scaleFactor;

@@ -14,9 +14,9 @@ struct OraclePicture {
     int width, height;                   // in pixels; possibly those of a crop
     long double left = 0.0L, top = 0.0L; // position in the whole picture, in pixels
     long double wholeWidth, wholeHeight; // size before the crop, in pixels
-    long double ratio = 1.0L;            // q: long side of the whole picture over that of the profile's frame, in mm
-    bool ownCenter = true;               // false: all models are centered in the whole picture
-    int turn = 1;                        // EXIF orientation
+    long double ratio = 1.0L; // q: long side of the whole picture over that of the profile's frame, both in mm
+    bool ownCenter = true;    // false: all models are centered in the whole picture
+    int turn = 1;             // EXIF orientation
 };
 
 struct OraclePlaces {

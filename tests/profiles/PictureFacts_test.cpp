@@ -36,7 +36,7 @@ void Write(const QString &path, const Values &values)
     image->writeMetadata();
 }
 
-/// Returns all facts of a rendered picture that wasn't cropped or corrected before; "-" for unknown ones.
+/// Returns all facts of a rendered picture that is neither cropped nor already corrected; "-" for unknown ones.
 QString Text(const PictureFacts &facts)
 {
     QStringList text;
@@ -95,7 +95,7 @@ void tst_PictureFacts::crop()
 {
     const Values cropped = "Xmp.crs.HasCrop=True|Xmp.crs.CropLeft=0.25|Xmp.crs.CropTop=0.125|Xmp.crs.CropRight=0.75|"
                            "Xmp.crs.CropBottom=1|";
-    QVERIFY(!Facts(cropped).crop.Known()); // settings that are not applied yet
+    QVERIFY(!Facts(cropped).crop.Known()); // the crop is set, but not applied yet
     const Values applied = cropped + "Xmp.crs.AlreadyApplied=True|";
     QCOMPARE(Facts(applied).crop.value, QRectF(0.25, 0.125, 0.5, 0.875));
     QVERIFY(!Facts(applied).cropTurned);

@@ -33,7 +33,7 @@ private Q_SLOTS:
 
 void tst_RansacFisheye::degenerateModels()
 {
-    // Three edges, drawn in any order, give exactly the linear model's solution.
+    // Three edges give exactly the linear model's solution, whatever order they are drawn in.
     RansacFisheye fit = NewFit({{410, 1, 0, false}, {420, 0, 1, false}, {390, -1, 0, false}, {5, 1, 0, true}});
     RansacFisheye::Model model = fit.computeOneModel();
     QVERIFY(std::abs(model.radius - 400) + std::abs(model.centerX - 10) + std::abs(model.centerY - 20) < 1e-3);
@@ -63,13 +63,13 @@ void tst_RansacFisheye::scores()
     data.append({500, 0, -1, true});
     RansacFisheye fit = NewFit(data);
     QVERIFY(fit.evaluateModel({0, 0, 400}));
-    QCOMPARE(fit.bestScore, 0.8); // 7 edges and one interior point of 10
+    QCOMPARE(fit.bestScore, 0.8); // 7 edges and one interior point, out of 10 points
     QVERIFY(!fit.evaluateModel({0, 0, 3000}));
     QCOMPARE(fit.best.radius, 400.0);
 
     const struct {
         int edges, others;
-        bool isKept, isGood; // more than 5 % and 60 % are on the circle
+        bool isKept, isGood; // more than 5 % of the edges are on the circle; more than 60 %
     } rows[] = {{1, 19, false, false}, {1, 18, true, false}, {6, 4, true, false}, {5, 3, true, true}};
     for (const auto &row : rows) {
         QVector<RansacFisheye::Data> mixed(row.edges, {400, 1, 0, false});
@@ -81,7 +81,7 @@ void tst_RansacFisheye::scores()
 
     // Equal scores keep the earlier model; a miss where the circle is outside the image subtracts one hit.
     RansacFisheye far = NewFit({{1010, 1, 0, false}, {1010, 0, 1, false}, {3, 1, 0, false}, {3, 0, 1, false}});
-    QVERIFY(!far.evaluateModel({0, 0, 1010})); // the third edge misses, beyond 1,000.9
+    QVERIFY(!far.evaluateModel({0, 0, 1010})); // the third edge misses where the circle lies beyond 1,000.9
     QCOMPARE(far.bestScore, 0.25);
     far.evaluateModel({0, 0, 1010.5});
     QCOMPARE(far.best.radius, 1010.0);
@@ -94,7 +94,7 @@ void tst_RansacFisheye::refinement()
         const double x = std::cos(degree * M_PI / 180), y = std::sin(degree * M_PI / 180), along = 10 * x - 20 * y;
         const double distance = along + std::sqrt(400 * 400 - 500 + along * along); // to the circle around (10, -20)
         data.append({distance, x, y, false});
-        data.append({distance + (degree % 2 ? 26 : 60), x, y, false}); // never nearer than 2.5 % of the smaller side
+        data.append({distance + (degree % 2 ? 26 : 60), x, y, false}); // misses by more than 2.5 % of the smaller side
     }
     RansacFisheye fit = NewFit(data);
     fit.best = {8, -16, 401};
@@ -103,7 +103,7 @@ void tst_RansacFisheye::refinement()
     QVERIFY(std::abs(circle.model.radius - 400) < 1e-9);
     QCOMPARE(circle.support, 90);
     QVERIFY(!fit.evaluateModel(circle.model));
-    QCOMPARE(fit.bestScore, 97 / 187.0); // 90 edges and 7 inside points
+    QCOMPARE(fit.bestScore, 97 / 187.0); // 90 edges and 7 interior points
     fit.data.fill({400, 1, 0, false});   // no unique circle
     QCOMPARE(RefineCircle(fit).model.radius, fit.best.radius);
 }

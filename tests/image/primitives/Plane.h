@@ -30,7 +30,7 @@ public:
     primitives::Size Size() const { return {m_width, m_height}; }
     T &At(int x, int y, int c = 0) { return Data()[y * RowSamples() + x * C + c]; }
 
-    /// Returns whether everything outside the pixels equals @p other.
+    /// Returns whether everything outside the pixels is the same as in @p other.
     bool HasGapsOf(const Plane &other) const
     {
         const int rows = m_height + 2 * kGap;

@@ -26,7 +26,7 @@ void tst_Filter::gaussian()
                 {7, 5, 1, 1},
                 {31, 17, 13, 2.5f},
                 {2500, 2, 13, 2.5f},
-                {5, 3, 41, 6}}; // last: kernel wider than the plane
+                {5, 3, 41, 6}}; // a kernel wider than the plane
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         const int width = row.width, height = row.height, kernelSize = row.kernelSize;

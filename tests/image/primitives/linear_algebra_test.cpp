@@ -66,7 +66,7 @@ void tst_LinearAlgebra::singular()
     int pivot = 0;
     QVERIFY(ippmLUDecomp_m_32f(&one, 4, &pivot, &x, 4, 0) == Status::BadSize);
     QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 0, 1) == Status::BadSize);
-    pivot = 1; // of no row
+    pivot = 1; // there is only row 0
     QVERIFY(ippmLUBackSubst_mva_32f(&one, 4, &pivot, &one, 4, &x, 4, 1, 1) == Status::Singular);
 }
 

@@ -1,4 +1,4 @@
-// Tests of rejected arguments, memory, comparisons and color models that the tests of KImage don't cover.
+// Cases that the tests of KImage don't cover: rejected arguments, memory, comparisons and color models.
 #include "ippi.h"
 
 #include "Case.h"
@@ -32,7 +32,7 @@ void tst_Pixels::statuses()
     QVERIFY(ippiThreshold_Val_8u_C1R(a.Data(), 4, b.Data(), 4, {4, 4}, 1, 2, Comparison::Equal) == Status::BadArgument);
     QVERIFY(ippiAdd_8u_C1RSfs(a.Data(), 4, b.Data(), 4, b.Data(), 4, {4, 4}, -1) == Status::BadArgument);
     QVERIFY(ippiAdd_8u_C1RSfs(a.Data(), 4, null, 4, b.Data(), 4, {4, 4}, 1) == Status::NullPointer);
-    const int foreign[] = {0, 3, 1}; // three channels have no channel 3
+    const int foreign[] = {0, 3, 1}; // the last of three channels is channel 2
     QVERIFY(ippiSwapChannels_8u_C3R(a.Data(), 3, b.Data(), 3, {1, 1}, foreign) == Status::BadArgument);
     const Ipp32f values[] = {0, 1};
     QVERIFY(ippiScale_32f8u_C1R(values, 0, b.Data(), 0, {2, 1}, 1.0f, 1.0f) == Status::BadArgument); // empty range
@@ -80,7 +80,7 @@ void tst_Pixels::hsv()
 {
     const struct {
         Ipp8u rgb[3];
-        double hsv[3]; // degrees; fractions
+        double hsv[3]; // hue in degrees; saturation and value as fractions
     } rows[] = {
         {{0, 0, 0}, {0, 0, 0}},      {{90, 90, 90}, {0, 0, 90 / 255.0}}, {{255, 0, 0}, {0, 1, 1}},
         {{255, 255, 0}, {60, 1, 1}}, {{0, 255, 0}, {120, 1, 1}},         {{0, 255, 255}, {180, 1, 1}},

@@ -93,8 +93,8 @@ void tst_Rotate::rampAtAnyAngle()
                                    target.StepBytes(), {0, 0, kSide, kSide}, angle, shiftX, shiftY, kCubic)
                 == Status::Ok);
 
-        // Cubic interpolation reproduces a linear ramp, except next to the edge, whose pixels are repeated. Nothing is
-        // written more than half a pixel beyond their centers.
+        // Cubic interpolation reproduces a linear ramp, except near the edges, where pixels are repeated. Nothing is
+        // written more than half a pixel beyond the centers of the edge pixels.
         const double cosine = std::cos(angle * M_PI / 180), sine = std::sin(angle * M_PI / 180);
         int inside = 0, holes = 0;
         CompareSamples(
@@ -124,7 +124,7 @@ void tst_Rotate::refused()
         int width, interpolation;
         Status status;
     } rows[] = {{nan, 0, 3, 4, Status::BadArgument}, {90, inf, 3, 4, Status::BadArgument},
-                {90, 1e30, 3, 4, Status::Ok}, // beyond integers: no pixel comes from the source
+                {90, 1e30, 3, 4, Status::Ok}, // exceeds int: no pixel comes from the source
                 {90, 1e12, 3, 4, Status::Ok},        {90, 0, 3, 2, Status::BadArgument}, // linear
                 {90, 0, 0, 4, Status::BadSize}};
     for (const auto &row : rows) {

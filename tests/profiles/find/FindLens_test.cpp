@@ -284,10 +284,10 @@ void tst_FindLens::similarNamesInLensfun()
     facts.focalMm = Known(focalMm);
     if (!lens.startsWith("none"_s))
         facts.lensNames = {Known(lens)};
-    // The other names have more words, or no aperture.
+    // A full name is added for this lens alone: the other names have more words, or no aperture.
     QCOMPARE(WithNameOfNumbers(facts).lensNames.size(), facts.lensNames.size() + (lens == "YN50mm f/1.8"_s));
     LensfunMatch found = LensfunDatabase::Instance().Find(facts);
-    found.nearest.removeDuplicates(); // several names of one lens
+    found.nearest.removeDuplicates(); // a lens may be listed under several names
     QCOMPARE((QStringList{found.title, found.reason} + found.notes + found.nearest).join(QLatin1Char('\n')), expected);
 }
 

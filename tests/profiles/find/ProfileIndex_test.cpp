@@ -178,7 +178,8 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
 }
 
-/// These fail even for root: opening a file whose name is not UTF-8, and a folder when no file descriptor is free.
+/// Two operations fail even for root: opening a file whose name is not UTF-8, and a folder while no file descriptor is
+/// free.
 void tst_ProfileIndex::readsAgainWhatFailedToOpen()
 {
     const QTemporaryDir folder, cache;
@@ -235,7 +236,7 @@ void tst_ProfileIndex::ignoresRelativeDataFolders()
     QCOMPARE(own.replaceInStrings(home.path(), QString()), folders.mid(0, 3));
 }
 
-/// Finds a profile for a picture without any facts by what the user types.
+/// Finds a profile by what the user types, for a picture without metadata.
 void tst_ProfileIndex::typedFacts()
 {
     const QTemporaryDir folder;
@@ -258,8 +259,7 @@ void tst_ProfileIndex::typedFacts()
     };
     const QString found = path + QStringLiteral("\n35 mm f/4 2 m 100 %\nmade for the lens \"EF24-70mm f/2.8L USM\"\n");
     const QString left = QStringLiteral("lateral color, vignetting: the profile has no model for it");
-    QCOMPARE(fit(),
-             path + QStringLiteral("\n35 mm f/4 2 m 100 %\nmade for the lens \"EF24-70mm f/2.8L USM\"\n") + left);
+    QCOMPARE(fit(), found + left);
     // A second profile, whose corners differ by 2.9 or 3.1 px: 137 px times the difference of the coefficients.
     const QString second = folder.filePath(QStringLiteral("b.lcp"));
     for (const char *coefficient : {"-0.1212", "-0.1226"}) {

@@ -1,4 +1,4 @@
-// Tests of ProfileMatch.h: what is found, why, and what is said if nothing is.
+// Tests of ProfileMatch.h: what is found, why, and what is reported if nothing is found.
 #include "ProfileMatch.h"
 
 #include "MadeProfiles.h"
@@ -97,7 +97,7 @@ void tst_ProfileMatch::matches_data()
     row("same body, not in the table", {on(kit, "CANON", "Canon Camera")}, byKit,
         "Canon EF-S 18-55mm f/3.5-5.6 IS\nmade for the lens \"Canon EF-S 18-55mm f/3.5-5.6 IS\"", 0.0, 0.0);
 
-    // Settings outside the lens.
+    // Settings beyond the ranges of the lens.
     IndexedProfile ranged = kit;
     ranged.head.minFocalMm = 18, ranged.head.maxFocalMm = 55;
     ranged.head.minAperture = 3.5, ranged.head.maxAperture = 5.6;
@@ -156,7 +156,7 @@ void tst_ProfileMatch::matches_data()
         "--lens");
     PictureFacts nameless = canon("", 50);
     nameless.lensNames.clear();
-    for (const char *lens : {"Sigma 50mm f/1.4", "50mm f/1.4"}) // a prime for a mount
+    for (const char *lens : {"Sigma 50mm f/1.4", "50mm f/1.4"}) // an interchangeable prime
         row(lens, {on(ProfileOf(Text(lens)), "Canon", "Camera")}, nameless,
             "\nno profile for the camera \"Camera\", and the picture doesn't name its lens; name it with --lens");
     nameless.model = {};
@@ -171,7 +171,7 @@ void tst_ProfileMatch::matches_data()
     row("another lens on the same body", {wrong}, by23,
         "\nno profile for the lens \"XF23mmF1.4 R LM WR\"\n\"XF23mmF1.4 R\" on Camera (XF23mmF1.4 R): another design");
 
-    // Sources in the order of trust.
+    // Sources of lens names, the most trusted first.
     PictureFacts facts = canon("50mm F1.4 DG HSM | Art 014", 50);
     facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM")));
     row("the maker note's wrong name", {ProfileOf(Text("Canon EF 50mm f/1.4 USM"))}, facts,

@@ -31,7 +31,7 @@ struct ModifierDeleter {
     void operator()(lfModifier *modifier) const { modifier->Destroy(); }
 };
 
-/// Returns a camera for the lens with a frame no larger than the calibrated one, or null.
+/// Returns a camera that takes the lens and whose frame is no larger than that of the calibration, or null.
 const lfCamera *CameraFor(const lfDatabase &database, const lfLens &lens)
 {
     for (const lfCamera *const *camera = database.GetCameras(); *camera; ++camera)
@@ -85,7 +85,7 @@ void Compare(const lfLens &lens, const lfCamera &camera, double focal, double ap
             float light[3] = {1.0F, 1.0F, 1.0F};
             if (!(does & LF_MODIFY_VIGNETTING))
                 continue;
-            // Vignetting depends on the position on the sensor, which is that of green.
+            // Vignetting depends on the position on the sensor, which is where green is sampled.
             modifier->ApplyColorModification(light, float(ours.green.x), float(ours.green.y), 1, 1,
                                              LF_CR_3(RED, GREEN, BLUE), 3 * sizeof(float));
             if (light[0] > 1.0F && light[0] < 16.0F)

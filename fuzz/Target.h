@@ -43,7 +43,7 @@ inline void Require(bool condition)
 /// Starts the image kernel on the first call.
 void StartKernel();
 
-/// Reader of an input, value by value; returns zeros after its end.
+/// Sequential reader of an input. A value longer than the rest reads as 0 and consumes nothing.
 class Input {
 public:
     Input(const std::uint8_t *data, std::size_t size) : m_data(data), m_left(size) { }

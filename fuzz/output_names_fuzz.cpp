@@ -1,4 +1,4 @@
-// Expands arbitrary patterns for output names, with pictures of arbitrary names.
+// Expands arbitrary patterns for output names, for pictures with arbitrary names.
 #include "Target.h"
 #include "app/OutputPlan.h"
 

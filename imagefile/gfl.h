@@ -112,8 +112,8 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
 /// Sets whether the caller will sync (nonzero) or not sync (0, the default) the files that this thread saves. If it
-/// will, the system starts storing a file on disk while it is being written, so that the sync is short. Files that
-/// replace others are stored early in any case, because the save itself syncs them.
+/// will, the system starts flushing a file to disk while it is being written, so that the sync is short. Files that
+/// replace others are flushed early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP. GFL_SAVE_ICC_PROFILE adds its ICC

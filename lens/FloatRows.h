@@ -10,7 +10,7 @@ class FloatRows {
 public:
     /// How requested ranges progress down the picture.
     enum class Walk {
-        Steps, ///< ranges overlap: there is enough room that rows rarely move, but they still fit in the caches
+        Steps, ///< ranges overlap: the block has spare rows, so that rows rarely move, but still fits in the caches
         Leaps, ///< ranges barely overlap: each thread has a window, so rows are converted without OpenMP
     };
 
@@ -34,7 +34,7 @@ private:
     const KImage &m_picture;
     const Walk m_walk;
     KImage m_block;
-    KImage m_rows; // wraps the rows of m_block in the window
+    KImage m_rows; // a view of those rows of m_block that are in the window
     // Row numbers in the picture: the top of m_block, and the window's first and end.
     int m_top = 0, m_first = 0, m_end = 0;
 };

@@ -85,7 +85,7 @@ void FittedBands::MakeBand(Work *work, int firstRow) const
         work->band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     work->firstRow = firstRow;
     if (firstRow + rows == m_picture.height())
-        ReadableRows(m_picture.height()); // wait for all, so that damage at the end fails the picture in any case
+        ReadableRows(m_picture.height()); // wait for all, so that damage at the end is always reported
     Render(&work->source, work->band, firstRow);
     m_values.Apply(&work->band);
 }

@@ -148,7 +148,7 @@ private:
     {
         const auto [place, isNew] = m_frames.try_emplace({&entry});
         if (isNew)
-            place->second.frame = m_frame.Under(entry, !m_options.profile.isEmpty(), &place->second.why);
+            place->second.frame = m_frame.ForEntry(entry, !m_options.profile.isEmpty(), &place->second.why);
         return *place;
     }
 

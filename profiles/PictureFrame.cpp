@@ -9,7 +9,7 @@
 namespace {
 
 constexpr double kSameAspect = 1.02; // aspect ratios that differ by no more than this factor count as equal
-constexpr double kCropMode = 1.05;   // a 35 mm equivalent focal length larger by over this factor means a crop mode
+constexpr double kCropMode = 1.05;   // a 35 mm equivalent above this multiple of the expected one means a crop mode
 constexpr double kMinShare = 0.02;   // of the sensor's sides; no camera crops to less
 constexpr double kMiddleCrop = 0.01; // a crop this close to the center counts as centered
 
@@ -230,7 +230,7 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
     return shape;
 }
 
-std::optional<EntryFrame> PictureFrame::Under(const ProfileEntry &entry, bool chosen, QString *why) const
+std::optional<EntryFrame> PictureFrame::ForEntry(const ProfileEntry &entry, bool chosen, QString *why) const
 {
     EntryFrame frame;
     const QSizeF size(entry.width, entry.height);

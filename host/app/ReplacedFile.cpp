@@ -19,7 +19,7 @@ QString SystemError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
-/// Returns the end of a chain of links, which need not exist; one of the links if the chain is circular.
+/// Returns the path at the end of a chain of links; it need not exist. A circular chain gives one of its links.
 QByteArray FollowLinks(QByteArray path)
 {
     constexpr int kMaxLinks = 40; // Linux's limit

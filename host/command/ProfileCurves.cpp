@@ -32,10 +32,11 @@ CurveFrame FrameOf(const ProfileEntry &entry, const ProfileFit &fit)
 {
     QString why;
     const PictureFrame frame(fit.facts, {fit.facts.make.value, fit.facts.model.value});
-    const auto under = frame.Under(entry, /*chosen=*/true, &why);
-    if (!under)
+    const auto entryFrame = frame.ForEntry(entry, /*chosen=*/true, &why);
+    if (!entryFrame)
         return {};
-    return {under->unitPx, under->focalLength, std::hypot(fit.facts.pixels.width(), fit.facts.pixels.height()) / 2.0};
+    return {entryFrame->unitPx, entryFrame->focalLength,
+            std::hypot(fit.facts.pixels.width(), fit.facts.pixels.height()) / 2.0};
 }
 
 /// Samples @p value, a function of the radius in pixels, up to @p end or to the first value beyond @p most.

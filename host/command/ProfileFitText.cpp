@@ -57,8 +57,8 @@ double FrameRatio(const LensProfile &profile, const ProfileFit &fit)
             continue;
         QString why;
         const PictureFrame frame(fit.facts, {fit.facts.make.value, fit.facts.model.value});
-        const auto under = frame.Under(profile.entries[most->entry], /*chosen=*/true, &why);
-        return under ? under->ratio : 0.0;
+        const auto entryFrame = frame.ForEntry(profile.entries[most->entry], /*chosen=*/true, &why);
+        return entryFrame ? entryFrame->ratio : 0.0;
     }
     return 0.0;
 }

@@ -23,7 +23,8 @@ std::string FolderOf(const std::string &path) // with its trailing slash; empty 
     return path.substr(0, path.rfind('/') + 1);
 }
 
-// Returns the end of a chain of symbolic links, which need not exist. std::filesystem doesn't resolve dangling links.
+// Returns the path at the end of a chain of symbolic links; it need not exist. std::filesystem doesn't resolve dangling
+// links.
 std::string FollowLinks(std::string path)
 {
     for (int i = 0; i < kMaxLinks; ++i) {
@@ -142,7 +143,7 @@ Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t len
     return Status::Ok();
 }
 
-/// Starts storing the data written so far on disk, without waiting. Failures are reported when the file is synced.
+/// Starts flushing new data to disk, without waiting for it. Failures are reported when the file is synced.
 void FileSink::StartStoring()
 {
     constexpr std::uint64_t kAtOnce = 4 << 20;

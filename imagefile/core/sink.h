@@ -27,8 +27,8 @@ protected:
     std::uint64_t m_size = 0;
 };
 
-/// Sets whether the caller will sync the files that this thread creates, even those that replace none. If so, the
-/// system starts storing them on disk while they are being written.
+/// Sets whether the caller will sync the files that this thread creates, even those that replace no existing file. If
+/// so, their data is flushed in the background while more is written.
 void SetSyncedByCaller(bool isSynced);
 
 /// A temporary file next to its target, so that a failed write neither changes the target nor leaves stray files.

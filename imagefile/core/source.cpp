@@ -39,7 +39,7 @@ Status Source::Check() const
 
 std::size_t Source::ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const
 {
-    if (offset >= m_size || length == 0) // the address of empty memory may be null
+    if (offset >= m_size || length == 0) // nothing to read: m_data or buffer may be null
         return 0;
     length = static_cast<std::size_t>(std::min<std::uint64_t>(length, m_size - offset));
     if (m_data) {

@@ -64,7 +64,7 @@ bool ContainsFocal(double minFocal, double maxFocal, double focal)
     return focal >= minFocal * (1.0 - kFocalShare) && focal <= maxFocal * (1.0 + kFocalShare);
 }
 
-/// Returns why a profile's LensInfo contradicts the setting of the picture; empty if it doesn't.
+/// Returns why a profile's LensInfo contradicts the picture's focal length or aperture; empty if it doesn't.
 QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
 {
     if (head.minFocalMm > 0.0 && facts.focalMm.Known()

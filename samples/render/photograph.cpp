@@ -164,7 +164,7 @@ void FillExif(Exiv2::ExifData *exif, const Picture &picture, const LensProfile &
     data["Exif.Image.DateTime"] = caption.dateTime;
     data["Exif.Image.Copyright"] = "CC0 1.0";
     data["Exif.Photo.DateTimeOriginal"] = caption.dateTime;
-    data["Exif.Photo.ExposureTime"] = Exiv2::URational(1, static_cast<uint32_t>(caption.exposurePart));
+    data["Exif.Photo.ExposureTime"] = Exiv2::URational(1, static_cast<uint32_t>(caption.exposureDenominator));
     data["Exif.Photo.FNumber"] = Tenths(caption.aperture);
     data["Exif.Photo.ISOSpeedRatings"] = static_cast<uint16_t>(caption.iso);
     data["Exif.Photo.FocalLength"] = Tenths(caption.focalMm);

@@ -13,7 +13,7 @@ struct Caption {
     std::string keyword;
     std::string dateTime; ///< "2021:06:12 10:41:00"
     double focalMm;
-    int exposurePart; ///< denominator of the exposure time in seconds
+    int exposureDenominator; ///< the exposure time is 1 / this, in seconds
     double aperture;
     int iso;
 };

@@ -11,7 +11,7 @@ struct Blocks {
     QByteArray Text() const { return icc.toHex() + '\n' + xmp + '\n' + exif.toHex(); }
 };
 
-/// Frees an ICC profile or XMP packet by @p release and returns its bytes; empty for null.
+/// Returns the bytes of an ICC profile or XMP packet and frees it with @p release; empty for null.
 template <class Data> QByteArray TakeBytes(Data *data, void (*release)(Data *))
 {
     const QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kMaxOffset = 3;
 
-/// Returns special values, limits and half counts, then noise from -0.5 to 1.5.
+/// Returns special and extreme values, values halfway between 8-bit levels, then noise from -0.5 to 1.5.
 std::vector<float> AwkwardFloats(int count)
 {
     const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();

@@ -54,9 +54,9 @@ bool IsThere(const QString &path);
 enum class RunResult { Written, Kept };
 
 /// Corrects the picture, writes the output to a private folder and moves it into place when it is complete. Throws
-/// KException with a message for the user that omits the picture's name, or any exception of the process; then no files
-/// are left, and an existing output is unchanged. Frees the picture's pixels, which are cached under its path in the
-/// private folder: that path is not used again.
+/// KException with a message for the user that omits the picture's name, or any exception from the plug-in; then no
+/// files are left, and an existing output is unchanged. Frees the picture's pixels, which are cached under its path in
+/// the private folder: that path is not used again.
 /// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,

@@ -12,8 +12,8 @@ class KIPluginOne2One;
 /// Lookup through the plug-in: if it runs with a record that names no profile, it looks one up, stores it in the record
 /// and leaves the pixels unchanged. This class runs it on a picture that provides a single pixel.
 ///
-/// Create it before the process that it runs, because a process reads the profile folder when it is created. Only one
-/// thread at a time may call Find.
+/// Create it before the process object that it runs, because that object reads the profile folder when it is created.
+/// Only one thread at a time may call Find.
 class ProfileLookup {
 public:
     static const QLatin1String kLensPath; // the plug-in's setting for the profile folder

@@ -30,11 +30,11 @@ public:
     ~PictureCorrector();
 
     /// Call it after the plug-in is loaded.
-    /// @param lookupProcess  the process made last. ProfileLookup uses it to find profiles for plain correction.
+    /// @param lookupProcess  the process object made last. ProfileLookup uses it to find profiles for plain correction.
     void Begin(KIPluginOne2One *lookupProcess);
 
     /// Corrects a picture and fills in outcome, reason, profile and notes. Throws KException with a text without the
-    /// picture's name, or any exception of the process; earlier notes stay.
+    /// picture's name, or any exception from the plug-in; earlier notes stay.
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
 
 private:

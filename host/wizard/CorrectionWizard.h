@@ -11,9 +11,9 @@ class InterruptGuard;
 class PicturesPage;
 class RunPage;
 
-/// Window that calls the process in the order that its interface requires: the page, the files, the end of the page,
-/// then one run per file. If the process has no page, pictures are corrected with its stored settings. The window's
-/// size is stored. GUI thread.
+/// Window that calls a process object in the order that its interface requires: the page, the files, the end of the
+/// page, then one run per file. If that object has no page, pictures are corrected with its stored settings. The
+/// window's size is stored. GUI thread.
 class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:

@@ -111,6 +111,7 @@ private Q_SLOTS:
     void unreadableProfile();
     void fileRunEqualsWholePicture();
     void failedRunReleasesTheLock();
+    void optionalFunctions();
 
 private:
     QString WriteProfile(int width, int height, double k)
@@ -464,6 +465,19 @@ void tst_KVitreluxOne2One::failedRunReleasesTheLock()
     QCOMPARE(Thrown([&] { process.Process(source, &params, output); }),
              "File \"/nowhere/at/all.jpg\" cannot be loaded"_s);
     QCOMPARE(def->locks, 0);
+}
+
+/// Functions that hosts and processes need not implement do nothing.
+void tst_KVitreluxOne2One::optionalFunctions()
+{
+    KVitreluxOne2One process;
+    Calls();
+    Host().Reserved1(), Host().Reserved2(), Host().Reserved3(), Host().Reserved4();
+    process.KIPluginProcess::OnValidatePage();
+    process.KIPluginProcess::CopyParameters(nullptr, nullptr);
+    process.KIPluginProcess::FreeParameters(nullptr);
+    QVERIFY(!process.KIPluginProcess::AllocParameters({}));
+    QCOMPARE(Calls(), QString());
 }
 
 int main(int argc, char **argv)

@@ -14,18 +14,21 @@
 #include "metadata/exif_lists.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
+#include "metadata/note_place.h"
 #include "metadata/source_io.h"
 #include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
 
-#include <QFileInfo>
+#include <QDir>
 #include <QtTest>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <new>
+#include <sys/syscall.h>
 #include <tuple>
 #include <unistd.h>
 #include <utility>
@@ -34,7 +37,18 @@ using namespace imagefile;
 
 namespace {
 
-thread_local int allocationsLeft = 0; // calls to operator new on this thread until one fails; 0: none fails
+thread_local const char *failingCall = ""; // system call that fails once on this thread
+thread_local int failure = 0;              // its errno
+thread_local int allocationsLeft = 0;      // calls to operator new on this thread until one fails; 0: none fails
+
+bool Fails(const char *call)
+{
+    if (qstrcmp(call, failingCall) != 0)
+        return false;
+    failingCall = "";
+    errno = failure;
+    return true;
+}
 
 /// Sink of which one call fails, as on a broken disk.
 class BrokenSink : public MemorySink {
@@ -69,6 +83,30 @@ bool Break(const QString &path)
 }
 
 } // namespace
+
+extern "C" {
+int fchmod(int file, mode_t mode) noexcept
+{
+    return Fails("fchmod") ? -1 : int(::syscall(SYS_fchmod, file, mode));
+}
+int fsync(int file)
+{
+    return Fails("fsync") ? -1 : int(::syscall(SYS_fsync, file));
+}
+int close(int file)
+{
+    const int result = int(::syscall(SYS_close, file));
+    return Fails("close") ? -1 : result;
+}
+int rename(const char *from, const char *to) noexcept
+{
+    return Fails("rename") ? -1 : ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+ssize_t pwrite(int file, const void *bytes, std::size_t count, off_t at)
+{
+    return Fails("pwrite") ? -1 : ::syscall(SYS_pwrite64, file, bytes, count, at);
+}
+}
 
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
@@ -268,6 +306,24 @@ void tst_Inside::bigTiff()
         }
         QVERIFY(again.icc == metadata.icc && again.iptc == metadata.iptc);
     }
+    // The assumed size, from which BigTIFF is used, is at least the real one, and not twice as large.
+    const BitmapPtr noise = RandomBitmap(2001, 1501, GFL_RGBA, 16);
+    for (const int compression : {0, 2, 50000}) {
+        const Case named("noise, compression", compression);
+        std::uint64_t size = kBigTiffFromBytes;
+        for (const int version : {42, 43, 42}) {
+            MemorySink sink;
+            SaveOptions options;
+            options.compression = std::uint16_t(compression);
+            options.lzwAllowed = true;
+            options.bigTiffFromBytes = version == 43 ? size : 2 * size;
+            std::uint8_t got = 0;
+            std::size_t count = 0;
+            QVERIFY(bool(TiffCodec().Write(*noise, options, &sink)) && sink.ReadAt(2, &got, 1, &count));
+            QCOMPARE(int(got), version);
+            size = sink.Size();
+        }
+    }
 }
 
 /// Reads the metadata of files built by hand, without a picture.
@@ -326,6 +382,23 @@ void tst_Inside::brokenDisk()
         const Status status = ReadExiv2Metadata(source, &metadata);
         QCOMPARE(int(status.Error()), int(GFL_ERROR_FILE_READ));
         QVERIFY2(QByteArray::fromStdString(status.Why()).contains(path.toUtf8()), status.Why().c_str());
+    }
+    // A failed save leaves the old file and no other. Some file systems can't sync.
+    const std::tuple<const char *, int, int> calls[] = {
+        {"fchmod", EPERM, GFL_ERROR_FILE_WRITE}, {"fsync", EIO, GFL_ERROR_FILE_WRITE},     {"fsync", EINVAL, 0},
+        {"close", EDQUOT, GFL_ERROR_FILE_WRITE}, {"rename", EROFS, GFL_ERROR_FILE_CREATE}, {"pwrite", EINTR, 0},
+        {"pwrite", EIO, GFL_ERROR_FILE_WRITE}};
+    for (const auto &[call, number, expected] : calls) {
+        const Case named(call, number);
+        WriteFile(path, "old");
+        failingCall = call;
+        failure = number;
+        const int error = Save(path, *SmoothBitmap(9, 9, GFL_RGB, 8));
+        QCOMPARE(std::exchange(failingCall, ""), "");
+        QCOMPARE(error, expected);
+        QVERIFY(error == 0 || QByteArray(gflLastErrorText()).endsWith(QByteArray(": ").append(std::strerror(number))));
+        QCOMPARE(ReadFile(path) == "old", error != 0);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 }
 
@@ -465,6 +538,9 @@ void tst_Inside::readers()
     QVERIFY(reader.Read(part.data(), 70000) && part == bytes.mid(65535, 70000) && reader.Left() == 300000 - 135535);
     QVERIFY(!reader.Skip(300000) && !reader.Read(&byte, 1)); // after a failure nothing is read
     QVERIFY(byte == 'x' && reader.Number(2) == 0 && reader.Failed() && reader.Left() == 0);
+    ByteReader far(source, 0);
+    QVERIFY(far.Skip(70000) && far.Position() == 70000 && far.Number(1) == 70000 % 251 && far.Skip(229999));
+    QVERIFY(far.Left() == 0 && !far.Failed() && far.Skip(0) && far.Number(1) == 0 && far.Failed());
     SourceIo io(source);
     QCOMPARE(io.seek(299990, Exiv2::BasicIo::beg), 0);
     const Exiv2::DataBuf end = io.read(20);
@@ -480,6 +556,19 @@ void tst_Inside::readers()
         done += stream.read(pieces.data() + done, 1, std::size_t(size));
     QCOMPARE(done, bytes.size());
     QVERIFY(pieces == bytes);
+    const QByteArray text = " 12\n\nab\nabcdef";
+    const Source textSource(text.constData(), std::size_t(text.size()));
+    RawStream lines(textSource);
+    int number = 0;
+    char line[5] = "xxxx";
+    QVERIFY(lines.scanf_one("%d", &number) == 1 && number == 12);
+    for (const char *expected : {"\n", "ab\n", "abcd", "ef"})
+        QCOMPARE(lines.gets(line, sizeof line), expected);
+    QVERIFY(!lines.gets(line, sizeof line) && lines.get_char() == -1 && lines.scanf_one("%d", &number) == EOF);
+    QVERIFY(lines.seek(-1, SEEK_SET) == 0 && lines.tell() == 0 && !lines.gets(line, 1) && lines.read(line, 0, 5) == 0);
+    QVERIFY(lines.seek(3, SEEK_SET) == 0 && lines.seek(-2, SEEK_CUR) == 0 && lines.get_char() == '1');
+    QVERIFY(lines.seek(-1, SEEK_END) == 0 && lines.get_char() == 'f' && lines.seek(1, SEEK_CUR) == 0 && lines.eof());
+    QCOMPARE(lines.seek(std::numeric_limits<INT64>::max(), SEEK_CUR), -1);
 }
 
 /// The first row is from Apple's Technical Note TN1023; the others have runs of 2, 3 and 131, and 130 bytes without a
@@ -519,6 +608,17 @@ void tst_Inside::boxes()
     QCOMPARE(found, std::string("free 9 9 1; long 25 27 1; last 35 38 0; "));
     TiffField rational = {33434, 5, 1, {4}}; // 8 bytes at byte 4
     QVERIFY(!WidenField(Bytes(11), &rational) && WidenField(Bytes(12), &rational));
+    // An EXIF block with a maker note's field. Before place 16 there is no room for the note.
+    const QByteArray head("II*\0", 4), entry("\1\0\x7C\x92\7\0\4\0\0\0", 10), end(4, '\0');
+    const QByteArray block = head + QByteArray("\x08\0\0\0", 4) + entry + end + end;
+    const auto withNote = [](const QByteArray &exif, unsigned place) {
+        const Bytes result = WithNoteAt(Bytes(exif.begin(), exif.end()), {'N', 'O', 'T', 'E'}, place);
+        return QByteArray(reinterpret_cast<const char *>(result.data()), int(result.size()));
+    };
+    QCOMPARE(withNote(block, 15) + withNote(block.left(7), 16) + withNote(block.left(20), 16), QByteArray());
+    QCOMPARE(withNote(block, 30), QByteArray(block).replace(18, 1, "\x1E") + end + "NOTE");
+    QCOMPARE(withNote(block, 16),
+             head + QByteArray("\x14\0\0\0", 4) + end + end + "NOTE" + entry + QByteArray("\x10\0\0\0", 4) + end);
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -83,6 +84,7 @@ class tst_Loading : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
+    void defaults();
     void deliveredForms();
     void depths();
     void thumbnails();
@@ -198,7 +200,8 @@ void tst_Loading::embeddedPreviews()
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 1), SaveParams("jpeg"));
         if (embedding == InRaw || embedding == InRawAsPixels) {
-            const QByteArray pixels(3 * preview.width() * preview.height(), '\xFF');
+            const int half = 3 * preview.width() * preview.height() / 2;
+            const QByteArray pixels = QByteArray(half, '\xFF') + QByteArray(half, '\xC0');
             WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, embedding == InRaw ? jpeg : pixels, preview));
         } else if (embedding == InExif) {
             QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
@@ -225,6 +228,7 @@ void tst_Loading::embeddedPreviews()
         QVERIFY2(got && got->Width == 90 && got->Height == 60, gflLastErrorText());
         for (int y = 0; y < 60; ++y)
             QCOMPARE(SampleAt(*got, 45, y, 0) > 0.5, isUsed);
+        QCOMPARE(SampleAt(*got, 45, 50, 0) < SampleAt(*got, 45, 10, 0) - 0.1, isUsed && embedding == InRawAsPixels);
         QVERIFY2(whole && whole->Width == 300 && SampleAt(*whole, 5, 5, 0) < 0.5, gflLastErrorText());
     }
 }
@@ -428,6 +432,22 @@ void tst_Loading::allocator()
     gflLibraryExit();
     QVERIFY(!read);
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
+}
+
+void tst_Loading::defaults()
+{
+    GFL_LOAD_PARAMS load;
+    GFL_SAVE_PARAMS save;
+    std::memset(&load, 0xEE, sizeof load);
+    std::memset(&save, 0xEE, sizeof save);
+    gflGetDefaultLoadParams(&load);
+    gflGetDefaultSaveParams(&save);
+    const GFL_LOAD_PARAMS plain = {0, {}, GFL_RGB, 255, {}, 0, 1, 0, 0, 2.2f, 1, 1, 1}; // the camera's white balance
+    QVERIFY(std::memcmp(&load, &plain, sizeof load) == 0);
+    const GFL_SAVE_PARAMS unset = {0, -1, GFL_COMPRESSION_DEFAULT, 90};
+    QVERIFY(std::memcmp(&save, &unset, sizeof save) == 0);
+    gflGetDefaultLoadParams(nullptr);
+    gflGetDefaultSaveParams(nullptr);
 }
 
 /// The names, suffixes and MIME types of the formats agree with what the layer does and with the desktop file.

@@ -339,7 +339,8 @@ void tst_Metadata::iptcEntries()
              "15a CharacterSet=\x1B%G; 80000200 RecordVersion=0004; 219 Keywords=one; 219 Keywords=two; "
              "23c TimeCreated=101112; 278 Caption=; 2ca Preview="
                  + QByteArray(32768, 'p') + "; 2ca Preview=" + QByteArray(32767, 'q') + "; ");
-    iptc->ItemsList[3].Id += 0x10000; // too large for a record and a data set
+    iptc->ItemsList[3].Id += 0x10000;  // too large for a record and a data set
+    iptc->ItemsList[1].Value[3] = 'x'; // hexadecimal up to here
     const BitmapPtr target = SmoothBitmap(4, 3, GFL_RGB, 8);
     gflClearWarningText();
     QCOMPARE(gflBitmapSetIPTC(target.get(), iptc), int(GFL_NO_ERROR));
@@ -347,6 +348,7 @@ void tst_Metadata::iptcEntries()
     gflFreeIPTC(iptc);
     iptc = gflBitmapGetIPTC(target.get());
     QCOMPARE(iptc->NumberOfItems, 7u);
+    QCOMPARE(iptc->ItemsList[1].Value, "00");
     gflFreeIPTC(iptc);
 }
 
@@ -475,6 +477,13 @@ void tst_Metadata::metadataList()
     SetValues("Photo.LensModel=F\xFCnfziger|Photo.PixelXDimension=12000|Photo.FocalLength=455/10|Photo.MeteringMode=2|"
               "NikonLd2.Version=48 50 48 49|NikonLd2.LensIDNumber=165",
               &exif); // LensModel is in ISO 8859-1; the version is 0201
+    // First and last characters of each row of RFC 3629, section 4; then bytes just outside, and incomplete sequences.
+    const QByteArray utf8 = "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80"
+                            "\xF4\x8F\xBF\xBF",
+                     latin1 = "\xC1\xBF\xC2_\xDF\xC0\xE0\x9F\xBF\xED\xA0\x80\xE2\x82_\xEF\xC0\x80\xF0\x8F\xBF\xBF"
+                              "\xF4\x90\x80\x80\xF5\x80\x80\x80\xF1\x80_\xF1\x80\x80_\xF1\x80\x80";
+    const QByteArray artist = utf8 + QString::fromLatin1(latin1).toUtf8();
+    exif["Exif.Image.Artist"] = (utf8 + latin1).toStdString();
     WriteFile(m_folder("a.jpg"), JpegSource(exif));
     WriteFile(m_folder("a.dng"), RawSource({}));
     // A CR3 consists of boxes; CMT1 and CMT2 hold the first directory and that of EXIF as separate TIFFs.
@@ -490,8 +499,10 @@ void tst_Metadata::metadataList()
     WriteFile(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0'));
     WriteFile(m_folder("a.txt"), "no picture at all");
     const struct {
-        const char *file, *key, *expected;
+        const char *file, *key;
+        QByteArray expected;
     } rows[] = {
+        {"a.jpg", "Exif.Image.Artist", artist + '|' + artist},
         {"a.jpg", "Exif.Photo.LensModel", "F\xC3\xBCnfziger|F\xC3\xBCnfziger"},
         {"a.jpg", "Exif.Photo.PixelXDimension", "12000|12000"},
         {"a.jpg", "Exif.Photo.FocalLength", "455/10|45.5 mm"},

@@ -173,6 +173,8 @@ void tst_Jxl::damaged()
         QCOMPARE(BadCut(file, end - 1), QString());
         QCOMPARE(BadFault("jxl", file.left(end)), QString());
         QCOMPARE(WarningOf(file.left(end + 40)).contains("metadata"), inContainer);
+        if (inContainer) // the position of the EXIF in its box
+            QVERIFY(WarningOf(QByteArray(file).replace(file.indexOf("Exif") + 4, 1, "\1")).contains("EXIF offset"));
     }
 }
 

@@ -259,19 +259,32 @@ void tst_Loading::missingFiles()
     const GFL_SAVE_PARAMS save = SaveParams("tiff");
     std::uint8_t byte = 0, *data = &byte;
     std::uint32_t size = 0;
-    for (const int error :
-         {gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr),
-          gflLoadThumbnailUTF8("a", 5, -1, &bitmap, &params, nullptr),
-          gflLoadThumbnailUTF8("a", 0, 5, &bitmap, &params, nullptr),
-          gflLoadThumbnailUTF8("a", 5, 0, &bitmap, &params, nullptr), gflLoadBitmapUTF8("a", &bitmap, nullptr, &info),
-          gflLoadBitmapFromMemory(nullptr, 1, &bitmap, &params, &info),
-          gflLoadBitmapFromMemory(&byte, 1, nullptr, &params, &info),
-          gflLoadBitmapFromMemory(&byte, 1, &bitmap, nullptr, &info), gflSaveBitmapUTF8(nullptr, &former, &save),
-          gflSaveBitmapUTF8("a", nullptr, &save), gflSaveBitmapUTF8("a", &former, nullptr),
-          gflSaveBitmapIntoMemory(nullptr, &size, &former, &save),
-          gflSaveBitmapIntoMemory(&data, nullptr, &former, &save),
-          gflSaveBitmapIntoMemory(&data, &size, nullptr, &save),
-          gflSaveBitmapIntoMemory(&data, &size, &former, nullptr), gflWaitForRows(nullptr, 1, nullptr)})
+    for (const int error : {gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr),
+                            gflLoadThumbnailUTF8("a", 5, -1, &bitmap, &params, nullptr),
+                            gflLoadThumbnailUTF8("a", 0, 5, &bitmap, &params, nullptr),
+                            gflLoadThumbnailUTF8("a", 5, 0, &bitmap, &params, nullptr),
+                            gflLoadBitmapUTF8("a", &bitmap, nullptr, &info),
+                            gflLoadBitmapFromMemory(nullptr, 1, &bitmap, &params, &info),
+                            gflLoadBitmapFromMemory(&byte, 1, nullptr, &params, &info),
+                            gflLoadBitmapFromMemory(&byte, 1, &bitmap, nullptr, &info),
+                            gflSaveBitmapUTF8(nullptr, &former, &save),
+                            gflSaveBitmapUTF8("a", nullptr, &save),
+                            gflSaveBitmapUTF8("a", &former, nullptr),
+                            gflSaveBitmapIntoMemory(nullptr, &size, &former, &save),
+                            gflSaveBitmapIntoMemory(&data, nullptr, &former, &save),
+                            gflSaveBitmapIntoMemory(&data, &size, nullptr, &save),
+                            gflSaveBitmapIntoMemory(&data, &size, &former, nullptr),
+                            gflWaitForRows(nullptr, 1, nullptr),
+                            gflSaveRowsUTF8("a", &former, nullptr, nullptr, &save),
+                            gflBitmapCopyICCProfile(nullptr, &former),
+                            gflBitmapCopyICCProfile(&former, nullptr),
+                            gflBitmapCopyMetadata(nullptr, &former),
+                            gflBitmapCopyMetadata(&former, nullptr),
+                            gflBitmapMarkEdited(nullptr, &former, nullptr, 0),
+                            gflBitmapMarkEdited(&former, nullptr, nullptr, 0),
+                            gflBitmapMarkEdited(&former, &former, nullptr, 1),
+                            gflBitmapSetIPTC(nullptr, nullptr),
+                            gflBitmapSetEXIF2(nullptr, nullptr)})
         QCOMPARE(error, int(GFL_ERROR_BAD_PARAMETERS));
 }
 
@@ -465,6 +478,13 @@ void tst_Loading::formats()
     for (const char *suffix : {".jpeg", ".Cr3", ".TIF", "", "jpg", ".jpgx"}) {
         const Case named(suffix);
         QCOMPARE(gflHasGoodExtension(suffix) != 0, suffix[0] == '.' && qstrcmp(suffix, ".jpgx") != 0);
+    }
+    WriteFile(m_folder("a"), SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png")));
+    for (const auto &[name, error] : {std::pair("png", 0), std::pair("tiff", int(GFL_ERROR_UNKNOWN_FORMAT))}) {
+        GFL_FILE_INFORMATION info;
+        const int index = gflGetFormatIndexByName(name);
+        QCOMPARE(gflGetFileInformationExUTF8(m_folder("a").toUtf8().constData(), index, &info, 0), error);
+        QCOMPARE(info.Width, error == 0 ? 4 : 0);
     }
     QVERIFY(types.size() > 20 && !gflGetFormat(-1));
     const QByteArray desktop = ReadFile(QStringLiteral(VITRELUX_DESKTOP));

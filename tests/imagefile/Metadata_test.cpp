@@ -238,6 +238,7 @@ private Q_SLOTS:
     void damagedMetadata();
     void blocksThatAreTooLarge();
     void exifTooLargeForJpeg();
+    void xmpTooLargeForJpeg();
     void structureIsNotCopied();
 
 private:
@@ -318,14 +319,22 @@ void tst_Metadata::iptcEntries()
     // The two forms that ImageMagick 6 writes into a PNG: plain IPTC, or a Photoshop resource that contains it.
     const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
     const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
-    const std::pair<const char *, QByteArray> texts[] = {{"iptc", set}, {"iptc", block}, {"8bim", block}};
+    const QByteArray exif = "Exif" + QByteArray(2, '\0') + PlainTiff({{274, 6}}, {});
+    const std::pair<const char *, QByteArray> texts[] = {{"iptc", set},  {"iptc", block},       {"8bim", block},
+                                                         {"exif", exif}, {"APP1", exif.mid(6)}, {"xmp", kXmp}};
     for (const auto &[kind, profile] : texts) {
         const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
             + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
         const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // not verified
         WriteFile(m_folder("a.png"), QByteArray(png).insert(33, chunk));
-        GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
-        QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
+        const QByteArray path = m_folder("a.png").toUtf8();
+        QCOMPARE(gflHasEXIFUTF8(path), profile.endsWith(exif.mid(6)));
+        QCOMPARE(XmpOf(m_folder("a.png")), QByteArray(profile == kXmp ? kXmp : ""));
+        GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(path);
+        QVERIFY2(!profile.endsWith(set)
+                     ? !iptc
+                     : iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one",
+                 kind);
         gflFreeIPTC(iptc);
     }
     GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("source.jpg").toUtf8().constData());
@@ -526,14 +535,16 @@ void tst_Metadata::metadataList()
 void tst_Metadata::resolution()
 {
     // The bitmap's resolution takes precedence over that of its EXIF.
-    for (int dpi : {0, 72}) {
-        const Case named("dpi", dpi);
+    const std::pair<const char *, int> rows[] = {{"tiff", 0}, {"tiff", 72}, {"jpeg", 72}, {"png", 72}, {"psd", 72}};
+    for (const auto &[format, dpi] : rows) {
+        const Case named(format, dpi);
         const BitmapPtr bitmap = Picture(m_folder("source.jpg"));
-        bitmap->Xdpi = bitmap->Ydpi = static_cast<std::uint16_t>(dpi);
-        QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
+        bitmap->Xdpi = static_cast<std::uint16_t>(dpi);
+        bitmap->Ydpi = static_cast<std::uint16_t>(2 * dpi);
+        QCOMPARE(Save(m_folder("a"), *bitmap, SaveParams(format)), int(GFL_NO_ERROR));
         GFL_FILE_INFORMATION info;
-        QCOMPARE(Describe(m_folder("a.tif"), &info), int(GFL_NO_ERROR));
-        QCOMPARE(int(info.Xdpi), dpi == 0 ? 300 : dpi);
+        QCOMPARE(Describe(m_folder("a"), &info), int(GFL_NO_ERROR));
+        QCOMPARE(QSize(info.Xdpi, info.Ydpi), dpi == 0 ? QSize(300, 300) : QSize(72, 144));
     }
 }
 
@@ -611,6 +622,21 @@ void tst_Metadata::exifTooLargeForJpeg()
             QVERIFY(ValueBytes(m_folder(format), "Exif.Image.Artist").startsWith(text));
             QCOMPARE(ValueBytes(m_folder(format), "Exif.Photo.MakerNote"), isJpeg ? QByteArray() : note);
         }
+    }
+}
+
+void tst_Metadata::xmpTooLargeForJpeg()
+{
+    const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
+    const std::string text(66000, 't');
+    const GFL_XMP_ITEM item = {"Xmp.vitrelux.Zoom", text.c_str()};
+    QCOMPARE(gflBitmapMarkEdited(bitmap.get(), bitmap.get(), &item, 1), int(GFL_NO_ERROR));
+    for (const char *format : {"tiff", "jpeg"}) {
+        const Case named(format);
+        gflClearWarningText();
+        QCOMPARE(Save(m_folder("a"), *bitmap, SaveParams(format)), int(GFL_NO_ERROR));
+        QCOMPARE(QByteArray(gflLastWarningText()).contains("XMP, which is too long"), format[0] == 'j');
+        QCOMPARE(XmpOf(m_folder("a")).contains(text.c_str()), format[0] == 't');
     }
 }
 

@@ -191,6 +191,8 @@ void tst_Writing::colorDepth()
     }
     const BitmapPtr deep = RandomBitmap(3, 3, GFL_RGB, 16), bitmap = RandomBitmap(3, 3, GFL_RGB, 8);
     QCOMPARE(gflChangeColorDepth(deep.get(), nullptr, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_BITMAP));
+    GFL_BITMAP *other = nullptr;
+    QCOMPARE(gflChangeColorDepth(bitmap.get(), &other, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_PARAMETERS));
     const QPair<int, int> refused[] = {{0, 0}, {GFL_DEPTH_BLACK_AND_WHITE, 256}, {GFL_DEPTH_LEVELS, 1}};
     for (const auto &[mode, parameters] : refused) {
         const Case named(mode, parameters);
@@ -321,6 +323,7 @@ void tst_Writing::badParameters()
     const BitmapPtr bitmap = RandomBitmap(3, 3, GFL_RGB, 8);
     QCOMPARE(Save(path, *bitmap, SaveParams("no such format")), int(GFL_ERROR_BAD_FORMAT_INDEX));
     QCOMPARE(Save(path, *bitmap, SaveParams("tiff", 3)), int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(Save(path, *bitmap, SaveParams("exr", 10)), int(GFL_ERROR_BAD_PARAMETERS));
     gflEnableLZW(0);
     const int refused = Save(path, *bitmap, SaveParams("tiff", 2));
     gflEnableLZW(1);

@@ -12,6 +12,7 @@
 #include "core/tiff_directory.h"
 #include "formats.h"
 #include "metadata/exif_lists.h"
+#include "metadata/iptc.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
 #include "metadata/note_place.h"
@@ -48,6 +49,12 @@ bool Fails(const char *call)
     failingCall = "";
     errno = failure;
     return true;
+}
+
+Bytes FromHex(const QByteArray &hex)
+{
+    const QByteArray bytes = QByteArray::fromHex(hex);
+    return Bytes(bytes.begin(), bytes.end());
 }
 
 /// Sink of which one call fails, as on a broken disk.
@@ -229,6 +236,10 @@ void tst_Inside::lists()
         QCOMPARE(datum.toString(), exif[datum.key()].toString());
     }
 
+    // IPTC: short and extended lengths, the latter with up to 4 bytes; 1C begins each data set.
+    for (const char *hex : {"1c02190000", "1c0219000161", "1c0219800400000001ff", "1c0219800101ff"})
+        QVERIFY2(HasIptcEntries(FromHex(hex)) && !HasIptcEntries(FromHex(QByteArray(hex).chopped(2))), hex);
+    QVERIFY(!HasIptcEntries(FromHex("1d02190000")) && !HasIptcEntries(FromHex("1c0219800500000000000161")));
     GFL_EXIF_ENTRYEX last = {271, 2, 12345, 0, 0, 0, nullptr, nullptr};               // unknown block
     GFL_EXIF_ENTRYEX middle = {33434, 999, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, &last}; // unknown format, no data
     GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 0, nullptr, &middle};

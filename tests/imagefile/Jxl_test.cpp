@@ -173,8 +173,11 @@ void tst_Jxl::damaged()
         QCOMPARE(BadCut(file, end - 1), QString());
         QCOMPARE(BadFault("jxl", file.left(end)), QString());
         QCOMPARE(WarningOf(file.left(end + 40)).contains("metadata"), inContainer);
-        if (inContainer) // the position of the EXIF in its box
-            QVERIFY(WarningOf(QByteArray(file).replace(file.indexOf("Exif") + 4, 1, "\1")).contains("EXIF offset"));
+        if (!inContainer)
+            continue;
+        const int exif = file.indexOf("Exif"); // followed by an offset, usually 0
+        QVERIFY(WarningOf(QByteArray(file).replace(exif + 4, 1, "\1")).contains("EXIF offset"));
+        QVERIFY(WarningOf(QByteArray(file).replace(exif + 8, 2, "xx")).contains("damaged metadata"));
     }
 }
 

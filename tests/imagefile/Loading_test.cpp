@@ -256,6 +256,8 @@ void tst_Loading::missingFiles()
             QCOMPARE(read(path.toUtf8().constData(), true), int(GFL_ERROR_FILE_OPEN));
             QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()) && !bitmap);
         }
+    QVERIFY(!gflHasXMPUTF8(nullptr) && !gflHasEXIFUTF8("/dev/zero"));
+    QCOMPARE(gflBitmapCopyMetadata(&former, &former), int(GFL_NO_ERROR)); // there is none
     const GFL_SAVE_PARAMS save = SaveParams("tiff");
     std::uint8_t byte = 0, *data = &byte;
     std::uint32_t size = 0;
@@ -323,45 +325,29 @@ void tst_Loading::truncatedTiff()
 /// Each file is refused without using much memory. Files of which only the pixels are damaged can still be described.
 void tst_Loading::refusedFiles()
 {
-    constexpr int kUnknown = GFL_ERROR_UNKNOWN_FORMAT, kRead = GFL_ERROR_FILE_READ, kMemory = GFL_ERROR_NO_MEMORY;
-    const struct {
+    constexpr int kUnknown = GFL_ERROR_UNKNOWN_FORMAT, kRead = GFL_ERROR_FILE_READ;
+    struct Row {
         int error;
-        const char *text; // start of the error text, after the path
+        QByteArray text; // start of the error text, after the path
         QByteArray bytes;
         bool isDescribed = false;
-    } rows[] = {
-        {kRead, " is empty", ""},
-        {kUnknown, " has an unknown format; known formats: raw, tiff, ", "hello, this is a letter"},
-        {kUnknown, " has an unknown format; known", "\xFF\xD8"},
-        {kRead, ": JPEG: ", "\xFF\xD8" + QByteArray(100000, '\xFF')},
-        {kUnknown, ": TIFF: samples of 8 bits in format 2; supported are unsigned", TiffOf(4, 4, 1, {{339, 2}})},
-        {kUnknown, ": TIFF: samples of 17 bits in format 1; supported are unsigned", TiffOf(4, 4, 1, {{258, 17}})},
-        {kUnknown, ": TIFF: samples of 8 bits in format 3; supported are unsigned", TiffOf(4, 4, 1, {{339, 3}})},
-        {kUnknown, ": TIFF: unknown compression 999", TiffOf(4, 4, 999)},
-        {kUnknown, ": TIFF: ink sets other than CMYK are not", TiffOf(4, 4, 1, {{262, 5}, {277, 4}, {332, 2}})},
-        {kUnknown, ": TIFF: Lab of 32 bits and 3 samples is not", TiffOf(4, 4, 1, {{262, 8}, {258, 32}})},
-        {kUnknown, ": TIFF: Lab of 8 bits and 2 samples is not", TiffOf(4, 4, 1, {{262, 9}, {277, 2}})},
-        {kUnknown, ": TIFF: Lab in floating point is not", TiffOf(4, 4, 1, {{262, 8}, {258, 16}, {339, 3}})},
-        {kUnknown, ": TIFF: photometric interpretation 99 is not", TiffOf(4, 4, 1, {{262, 99}})},
-        {kUnknown, ": TIFF: 65 samples per pixel; 1 to 64 are supported", TiffOf(4, 4, 1, {{277, 65}})},
-        {kUnknown, ": TIFF: the file only contains reduced pictures", TiffOf(4, 4, 1, {{254, 1}})},
-        {kRead, ": TIFF: the color map is damaged", TiffOf(4, 4, 1, {{262, 3}, {277, 1}})},
-        {kRead, ": TIFF: 3 samples per pixel where 4 are needed", TiffOf(4, 4, 1, {{262, 5}})},
-        {kRead, ": TIFF: 2 samples per pixel where 3 are needed", TiffOf(4, 4, 1, {{277, 2}})},
-        {kRead, ": TIFF: tiles of 3221225472 bytes",
-         TiffOf(16, 16, 8, {{322, 1 << 15}, {323, 1 << 15}, {324, 8}, {325, 100}}) + QByteArray(5000000, '\0')},
-        {kRead, ": TIFF: ", TiffOf(4, 4, 1, {{273, 5000}}), true}, // pixels past the end
-        {kRead, ": TIFF: the pixels can't be decoded", TiffOf(4, 4, 1, {{262, 6}, {273, 5000}}), true},
-        {kRead, ": TIFF: ", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
-        {kRead, ": TIFF: ", TiffOf(10, 0, 1)},
-        {kRead, ": the file claims 1048577 x 4 pixels; sides of 1 to 1048576 are", TiffOf((1 << 20) + 1, 4, 1)},
-        {kRead, ": the file claims 4 x 1048577 pixels; sides of 1 to 1048576 are", TiffOf(4, (1 << 20) + 1, 1)},
-        {kMemory, ": 1048576 x 2731 pixels take 34363932672 bytes; pictures up to 34359738368 bytes are",
-         TiffOf(1 << 20, 2731, 1, {{258, 32}, {339, 3}})}, // 2,730 2/3 rows of 12 bytes per pixel are 32 GiB
-        {kMemory, ": 1000000 x 1000000 pixels take 1000000000000 bytes; pictures up to 34359738368 bytes are",
-         TiffOf(1000000, 1000000, 4, {{258, 1}, {262, 1}, {277, 1}})}, // fax
-        {kRead, ": the file claims 4800000000 bytes of pixels but holds only 222 bytes", TiffOf(40000, 40000, 1)},
-        {kRead, ": the file claims 4800000000 bytes of pixels but holds only 222 bytes", TiffOf(40000, 40000, 8)}};
+    };
+    QVector<Row> rows = {{kRead, " is empty", ""},
+                         {kUnknown, " has an unknown format; known formats: raw, tiff, ", "hello, this is a letter"},
+                         {kUnknown, " has an unknown format; known", "\xFF\xD8"},
+                         {kRead, ": JPEG: ", "\xFF\xD8" + QByteArray(100000, '\xFF')}};
+    for (const QByteArray &line : ReadFile(QStringLiteral(VITRELUX_REFUSED_TIFFS)).trimmed().split('\n')) {
+        if (line.startsWith('#'))
+            continue;
+        const QByteArrayList cells = line.split('\t');
+        QVERIFY2(cells.size() == 5, line);
+        QMap<int, quint32> fields = {{256, 4}, {257, 4}, {259, 1}};
+        for (const QByteArray &field : cells[4].split(' '))
+            fields[field.split('=')[0].toInt()] = field.mid(4).toUInt();
+        rows.append({cells[0].toInt(), cells[1],
+                     TiffOf(fields[256], fields[257], fields[259], fields) + QByteArray(cells[3].toInt(), '\0'),
+                     cells[2] == "described"});
+    }
     const QString path = m_folder("a.jpg");
     for (const auto &row : rows) {
         const Case named(row.text);

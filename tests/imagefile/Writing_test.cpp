@@ -225,8 +225,8 @@ void tst_Writing::fullDisk()
     const Folder folder;
     const BitmapPtr bitmap = RandomBitmap(400, 900, GFL_RGBA, 8);
     const QString path = folder("a.out");
-    const QPair<const char *, int> kinds[] = {{"tiff", 0}, {"tiff", 2}, {"tiff", 4}, {"jpeg", -1},
-                                              {"png", -1}, {"psd", -1}, {"hdri", -1}};
+    const QPair<const char *, int> kinds[] = {{"tiff", 0}, {"tiff", 2}, {"tiff", 4},  {"jpeg", -1},
+                                              {"png", -1}, {"psd", -1}, {"hdri", -1}, {"exr", -1}};
     for (const auto &[format, compression] : kinds) {
         const Case named(format, compression);
         const GFL_SAVE_PARAMS params = SaveParams(format, compression, 100);

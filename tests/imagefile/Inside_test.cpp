@@ -330,6 +330,11 @@ void tst_Inside::bigTiffOfBothOrders()
         QVERIFY(bool(ReadMetadata(Source(file.constData(), std::size_t(file.size())), &metadata)));
         QCOMPARE(metadata.exif["Exif.Image.Make"].toString(), std::string("The maker of it"));
         QCOMPARE(metadata.exif["Exif.Photo.FNumber"].toString(), std::string("28/10"));
+        for (int size = 0; size < file.size() - 8; ++size) { // the first directory comes last, before 8 unused bytes
+            Metadata cut;
+            static_cast<void>(ReadMetadata(Source(file.constData(), std::size_t(size)), &cut));
+            QVERIFY2(cut.exif.empty(), QByteArray::number(size));
+        }
     }
 }
 

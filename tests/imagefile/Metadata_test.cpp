@@ -434,6 +434,14 @@ void tst_Metadata::profileOfTheRightKind()
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY(IccOf(m_folder("a.tif")).isEmpty());
     }
+    for (const int orientation : {6, 1}) { // OpenEXR stores neither an orientation nor a profile without primaries
+        Exiv2::ExifData exif = CommonExif("Acme");
+        exif["Exif.Image.Orientation"] = std::uint16_t(orientation);
+        WriteFile(m_folder("a.jpg"), JpegSource(exif));
+        gflClearWarningText();
+        QCOMPARE(Save(m_folder("a.exr"), *Picture(m_folder("a.jpg")), SaveParams("exr")), int(GFL_NO_ERROR));
+        QVERIFY(QByteArray(gflLastWarningText()).contains(orientation == 6 ? "the orientation," : "the ICC profile,"));
+    }
 }
 
 void tst_Metadata::xmp()

@@ -30,12 +30,9 @@ struct TiffHandle::Client {
 tmsize_t TiffHandle::Client::Read(thandle_t handle, void *buffer, tmsize_t length)
 {
     Client *client = Of(handle);
-    const auto wanted = static_cast<std::size_t>(length);
-    std::size_t count = 0;
-    if (client->source)
-        count = client->source->ReadAt(client->position, buffer, wanted);
-    else if (client->sinkFailure)
-        client->sinkFailure = client->sink->ReadAt(client->position, buffer, wanted, &count);
+    if (!client->source)
+        return 0; // nothing is read back: a file that is written has one directory, written at its end
+    const std::size_t count = client->source->ReadAt(client->position, buffer, static_cast<std::size_t>(length));
     client->position += count;
     return static_cast<tmsize_t>(count);
 }

@@ -60,37 +60,15 @@ private:
 
 void tst_EditedXmp::edited()
 {
-    const std::tuple<const char *, QByteArray, QByteArray> rows[] = {
-        // name, packet, properties kept in addition to the record: "NAME=VALUE; ..."
-        {"no packet", "", ""},
-        {"extended packet", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), ""},
-        {"damaged packet", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", ""},
-        {"the photographer's properties",
-         Packet("xmp:Rating='4' mine:text='a &lt; b'",
-                "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
-                "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
-         "dc.rights=lang=\"x-default\" (c) J\xC3\xBCrgen; dc.subject=one, two; mine.text=a < b; xmp.Rating=4"},
-        {"pending settings",
-         Packet("crs:Exposure2012='+1.5' crs:HasCrop='True' xmp:Rating='1'",
-                "<crs:Look rdf:parseType='Resource'><crs:Name>n</crs:Name></crs:Look>"),
-         "xmp.Rating=1"},
-        {"applied settings",
-         Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
-                ""),
-         "crs.AlreadyApplied=True; crs.HasCrop=True"},
-        {"known prefixes of other namespaces",
-         Packet("",
-                "<crs:Exposure xmlns:crs='urn:a#'>1</crs:Exposure><vitrelux:Zoom "
-                "xmlns:vitrelux='urn:b#'>7</vitrelux:Zoom>"),
-         "crs_2.Exposure=1; vitrelux_2.Zoom=7"},
-        {"properties of the source file",
-         Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
-                "tiff:Orientation='3' old:Lens='l'",
-                "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"
-                "</xmp:Thumbnails>"),
-         "exif.PixelXDimension=40; exif.PixelYDimension=30; tiff.ImageWidth=40; tiff.Orientation=6"}};
-    for (const auto &[name, packet, kept] : rows) {
-        const Case named(name);
+    for (const QByteArray &line : ReadFile(QStringLiteral(VITRELUX_EDITED_XMP)).split('\n')) {
+        if (line.startsWith('#') || line.isEmpty())
+            continue;
+        const Case named(line);
+        const QByteArrayList cells = line.split('\t');
+        QCOMPARE(cells.size(), 4);
+        const QByteArray packet = cells[1] == "-" ? QByteArray()
+            : cells[1] == "damaged"               ? QByteArray("<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF")
+                                                  : Packet(cells[1], cells[2]);
         const QByteArray blank =
             SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // must outlive the image
         const auto image = OpenImage(blank);
@@ -114,7 +92,7 @@ void tst_EditedXmp::edited()
         QCOMPARE(gflBitmapMarkEdited(picture.get(), source.get(), record, 3), int(GFL_NO_ERROR));
         QCOMPARE(QByteArray(gflLastWarningText()).contains("XMP"),
                  packet.endsWith("RDF") || packet.contains("HasExtended"));
-        QStringList expected = QString::fromUtf8(kept + "; crs.LensProfileName=now; vitrelux.Zoom=1")
+        QStringList expected = QString::fromUtf8(cells[3] + "; crs.LensProfileName=now; vitrelux.Zoom=1")
                                    .split(QLatin1String("; "), Qt::SkipEmptyParts);
         expected.sort();
         QCOMPARE(XmpTexts(picture.get()), expected);

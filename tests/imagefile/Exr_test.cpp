@@ -9,7 +9,10 @@
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfInputFile.h>
+#include <ImfMultiPartOutputFile.h>
 #include <ImfOutputFile.h>
+#include <ImfOutputPart.h>
+#include <ImfPartType.h>
 #include <ImfRgbaFile.h>
 #include <ImfStandardAttributes.h>
 #include <ImfTiledOutputFile.h>
@@ -24,7 +27,7 @@ float ValueAt(int x, int y, int c)
     return static_cast<float>(x + 8 * y + 64 * c) / 256.0f;
 }
 
-enum Kind { ScanLines, Tiles, LuminanceChroma };
+enum Kind { ScanLines, Tiles, LuminanceChroma, Parts };
 
 /// Writes a file with the given channels of half-precision samples in the data window; alpha, if any, is 0.5.
 void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &display, const Imath::Box2i &data,
@@ -58,6 +61,18 @@ void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &displa
         file.setFrameBuffer(buffer);
         for (int level = 0; level < file.numLevels(); ++level)
             file.writeTiles(0, file.numXTiles(level) - 1, 0, file.numYTiles(level) - 1, level);
+        return;
+    }
+    if (kind == Parts) { // the second one is empty
+        header.setName("first");
+        header.setType(Imf::SCANLINEIMAGE);
+        Imf::Header second = header;
+        second.setName("second");
+        const Imf::Header headers[] = {header, second};
+        Imf::MultiPartOutputFile file(path.c_str(), headers, 2);
+        Imf::OutputPart part(file, 0);
+        part.setFrameBuffer(buffer);
+        part.writePixels(height);
         return;
     }
     header.lineOrder() = Imf::DECREASING_Y;
@@ -135,6 +150,7 @@ void tst_Exr::foreignFiles()
         {"only red", ScanLines, {-3, 2, 16, 12}, "R", 1, GFL_CM_RGB, 0.0f},
         {"green and alpha", ScanLines, {-3, 2, 16, 12}, "A G", 2, GFL_CM_RGB, 0.0f},
         {"only blue", ScanLines, {-3, 2, 16, 12}, "B", 1, GFL_CM_RGB, 0.0f},
+        {"two parts", Parts, {-3, 2, 16, 12}, "R G B A", 4, GFL_CM_RGB, 0.0f},
         {"a layer of gray", ScanLines, {-3, 2, 16, 12}, "depth.Z left.Y", 1, GFL_CM_GREY, 0.0f},
     };
     for (const auto &file : files) {

@@ -130,6 +130,11 @@ void tst_Hdr::extremes()
     const BitmapPtr read = LoadFromMemory(SavedBytes(*bitmap, SaveParams("hdri")));
     QVERIFY2(read, gflLastErrorText());
     QCOMPARE(Values(*read), expected);
+    for (const int width : {7, 8, 32767, 32768}) { // rows of 8 to 32,767 pixels are packed, and begin with 2, 2, width
+        const QByteArray file = SavedBytes(*SmoothBitmap(width, 1, GFL_RGB, 8), SaveParams("hdri"));
+        const bool isPacked = file.mid(file.indexOf("+X") + 3).contains("\n\2\2" + BigEndian(quint64(width), 2));
+        QVERIFY2(isPacked == (width >= 8 && width <= 32767), QByteArray::number(width));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Hdr)

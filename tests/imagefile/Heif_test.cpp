@@ -139,6 +139,7 @@ void tst_Heif::readsWhatLibheifWrites()
                 {"AVIF, blended", {heif_compression_AV1, 8, 4, {64, 48}, 1, true, true}},
                 {"AVIF, 12 bits, blended", {heif_compression_AV1, 12, 4, {64, 48}, 1, true, true}},
                 {"AVIF, gray", {heif_compression_AV1, 8, 1}},
+                {"HEIC, high, in a grid", {heif_compression_HEVC, 8, 3, {35, 301}, 1, true, false, 1, 13, true}},
                 {"AVIF, gray, limited range", {heif_compression_AV1, 8, 1, {64, 48}, 1, false}},
                 {"HEIC, gray, 10 bits, limited range", {heif_compression_HEVC, 10, 1, {64, 48}, 1, false}},
                 {"HEIC", {heif_compression_HEVC, 8, 3}},

@@ -12,20 +12,24 @@
 #include "core/tiff_directory.h"
 #include "formats.h"
 #include "metadata/exif_lists.h"
+#include "metadata/iptc.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
+#include "metadata/note_place.h"
 #include "metadata/source_io.h"
 #include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
 
-#include <QFileInfo>
+#include <QDir>
 #include <QtTest>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <new>
+#include <sys/syscall.h>
 #include <tuple>
 #include <unistd.h>
 #include <utility>
@@ -34,7 +38,24 @@ using namespace imagefile;
 
 namespace {
 
-thread_local int allocationsLeft = 0; // calls to operator new on this thread until one fails; 0: none fails
+thread_local const char *failingCall = ""; // system call that fails once on this thread
+thread_local int failure = 0;              // its errno
+thread_local int allocationsLeft = 0;      // calls to operator new on this thread until one fails; 0: none fails
+
+bool Fails(const char *call)
+{
+    if (qstrcmp(call, failingCall) != 0)
+        return false;
+    failingCall = "";
+    errno = failure;
+    return true;
+}
+
+Bytes FromHex(const QByteArray &hex)
+{
+    const QByteArray bytes = QByteArray::fromHex(hex);
+    return Bytes(bytes.begin(), bytes.end());
+}
 
 /// Sink of which one call fails, as on a broken disk.
 class BrokenSink : public MemorySink {
@@ -69,6 +90,26 @@ bool Break(const QString &path)
 }
 
 } // namespace
+
+extern "C" {
+int fchmod(int file, mode_t mode) noexcept
+{
+    return Fails("fchmod") ? -1 : int(::syscall(SYS_fchmod, file, mode));
+}
+int fsync(int file)
+{
+    return Fails("fsync") ? -1 : int(::syscall(SYS_fsync, file));
+}
+int close(int file)
+{
+    const int result = int(::syscall(SYS_close, file));
+    return Fails("close") ? -1 : result;
+}
+int rename(const char *from, const char *to) noexcept
+{
+    return Fails("rename") ? -1 : ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+}
 
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
@@ -118,36 +159,16 @@ private Q_SLOTS:
 
 void tst_Inside::texts()
 {
-    const QByteArray bytes = QByteArray("7 ").repeated(64) + '7', few = bytes.mid(2);
-    const struct {
-        const char *key;
-        int type;          // TIFF field type
-        QByteArray values; // "VALUE=TEXT|...": value in Exiv2's form, expected text
-    } rows[] = {
-        {"Image.Model", 2, "E-M1      =E-M1"},
-        {"Image.Orientation", 3, "1=Top-left (1)|8=Left-bottom (8)|0=0|9=9"},
-        {"Image.Orientation", 10, "-2147483648/-1=2147483648"},
-        {"Image.ResolutionUnit", 3, "1=None|6=6"},
-        {"Image.XResolution", 12, "2.5 -1=2.5 -1"},
-        {"Photo.SceneType", 7, "1 2=1 2|" + bytes + "=(65 bytes)|" + few + '=' + few},
-        {"Photo.ExposureTime", 5, "10/2500=1/250|25/10=2.5|7/7=1|0/5=0|0/0=0"},
-        {"Photo.ExposureBiasValue", 10, "-2/6=-1/3|-3/2=-1.5|1/-3=-1/3"},
-        {"Photo.ShutterSpeedValue", 10, "7/-2 0/0 1/4=-3.5 0 0.25"},
-        {"Photo.FocalPlaneXResolution", 5, "3888000/877=4433.29532"},
-        {"Photo.FocalPlaneResolutionUnit", 3, "5=um"},
-        {"Photo.ExifVersion", 7, "48 50 51 49=0231"},
-        {"Photo.UserComment", 7, "charset=Ascii FOV: 73.7 x 53.1 ~ 84.0=FOV: 73.7 x 53.1 ~ 84.0"},
-        {"GPSInfo.GPSLatitudeRef", 2, "S=South|N=North"},
-        {"GPSInfo.GPSImgDirectionRef", 2, "M=Magnetic|X=X"},
-        {"GPSInfo.GPSLatitude", 5, "45/1 30/1 15/2=45° 30' 7.5\"|45/1 303/10 0/1=45° 30.3' 0\"|45/1=45"},
-        {"GPSInfo.GPSLatitude", 5, "45/1 30/1 36/1000000=45° 30' 0.000036\"|91/2 0/1 0/1=45° 30' 0\""},
-        {"GPSInfo.GPSLongitude", 5, "7/1 0/1 1/4000000000=7° 0' 0\"|45/1 303/10 6/1=45° 30' 24\""},
-    };
-    for (const auto &row : rows)
-        for (const QByteArray &pair : row.values.split('|')) {
-            const Case named(row.key, pair);
-            const Exiv2::ExifKey key(std::string("Exif.") + row.key);
-            const auto typed = Exiv2::Value::create(key.tag() == 37510 ? Exiv2::comment : Exiv2::TypeId(row.type));
+    for (const QByteArray &line : ReadFile(QStringLiteral(VITRELUX_EXIF_TEXTS)).trimmed().split('\n')) {
+        if (line.startsWith('#'))
+            continue;
+        const QByteArrayList cells = line.split('\t'); // key, type, "VALUE=TEXT|..."
+        QCOMPARE(cells.size(), 3);
+        for (const QByteArray &pair : cells[2].split('|')) {
+            const Case named(cells[0], pair);
+            const Exiv2::ExifKey key("Exif." + cells[0].toStdString());
+            const auto typed =
+                Exiv2::Value::create(key.tag() == 37510 ? Exiv2::comment : Exiv2::TypeId(cells[1].toInt()));
             const std::string text = pair.mid(pair.lastIndexOf('=') + 1).toStdString();
             QCOMPARE(typed->read(pair.left(pair.lastIndexOf('=')).toStdString()), 0);
             QCOMPARE(ExifText(Exiv2::Exifdatum(key, typed.get())), text);
@@ -161,6 +182,7 @@ void tst_Inside::texts()
             QCOMPARE(again.count(), 1L);
             QCOMPARE(ExifText(*again.begin()), text);
         }
+    }
 }
 
 void tst_Inside::lensId()
@@ -214,6 +236,10 @@ void tst_Inside::lists()
         QCOMPARE(datum.toString(), exif[datum.key()].toString());
     }
 
+    // IPTC: short and extended lengths, the latter with up to 4 bytes; 1C begins each data set.
+    for (const char *hex : {"1c02190000", "1c0219000161", "1c0219800400000001ff", "1c0219800101ff"})
+        QVERIFY2(HasIptcEntries(FromHex(hex)) && !HasIptcEntries(FromHex(QByteArray(hex).chopped(2))), hex);
+    QVERIFY(!HasIptcEntries(FromHex("1d02190000")) && !HasIptcEntries(FromHex("1c0219800500000000000161")));
     GFL_EXIF_ENTRYEX last = {271, 2, 12345, 0, 0, 0, nullptr, nullptr};               // unknown block
     GFL_EXIF_ENTRYEX middle = {33434, 999, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, &last}; // unknown format, no data
     GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 0, nullptr, &middle};
@@ -251,10 +277,17 @@ void tst_Inside::bigTiff()
         }
         QByteArray file(int(sink->Size()), '\0');
         std::size_t count = 0;
+        char version = 0;
         QVERIFY(sink->MemorySink::ReadAt(0, file.data(), sink->Size(), &count) && count == sink->Size());
         QCOMPARE(int(file[2]), i % 2 ? 43 : 42);
         QVERIFY(file.contains(i % 2 ? QByteArray("\x69\x87\x10\0\1\0\0\0\0\0\0\0", 12) // EXIF: LONG8, one value
                                     : QByteArray("\x69\x87\4\0\1\0\0\0", 8)));         // EXIF: LONG
+        for (const unsigned times : {1, 2}) { // the size is never underestimated, nor by a factor of 2 overestimated
+            MemorySink other;
+            options.bigTiffFromBytes = i % 2 ? kBigTiffFromBytes : sink->Size() * times;
+            QVERIFY(bool(TiffCodec().Write(*bitmap, options, &other)) && other.ReadAt(2, &version, 1, &count));
+            QCOMPARE(int(version), i % 2 || times == 2 ? 42 : 43);
+        }
         const BitmapPtr read = LoadFromMemory(file);
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(Difference(*read, *bitmap), QString());
@@ -297,6 +330,11 @@ void tst_Inside::bigTiffOfBothOrders()
         QVERIFY(bool(ReadMetadata(Source(file.constData(), std::size_t(file.size())), &metadata)));
         QCOMPARE(metadata.exif["Exif.Image.Make"].toString(), std::string("The maker of it"));
         QCOMPARE(metadata.exif["Exif.Photo.FNumber"].toString(), std::string("28/10"));
+        for (int size = 0; size < file.size() - 8; ++size) { // the first directory comes last, before 8 unused bytes
+            Metadata cut;
+            static_cast<void>(ReadMetadata(Source(file.constData(), std::size_t(size)), &cut));
+            QVERIFY2(cut.exif.empty(), QByteArray::number(size));
+        }
     }
 }
 
@@ -326,6 +364,24 @@ void tst_Inside::brokenDisk()
         const Status status = ReadExiv2Metadata(source, &metadata);
         QCOMPARE(int(status.Error()), int(GFL_ERROR_FILE_READ));
         QVERIFY2(QByteArray::fromStdString(status.Why()).contains(path.toUtf8()), status.Why().c_str());
+    }
+    // A failed save leaves the old file and no other. Some file systems can't sync.
+    const std::tuple<const char *, int, int> calls[] = {{"fchmod", EPERM, GFL_ERROR_FILE_WRITE},
+                                                        {"fsync", EIO, GFL_ERROR_FILE_WRITE},
+                                                        {"fsync", EINVAL, 0},
+                                                        {"close", EDQUOT, GFL_ERROR_FILE_WRITE},
+                                                        {"rename", EROFS, GFL_ERROR_FILE_CREATE}};
+    for (const auto &[call, number, expected] : calls) {
+        const Case named(call, number);
+        WriteFile(path, "old");
+        failingCall = call;
+        failure = number;
+        const int error = Save(path, *SmoothBitmap(9, 9, GFL_RGB, 8));
+        QCOMPARE(std::exchange(failingCall, ""), "");
+        QCOMPARE(error, expected);
+        QVERIFY(error == 0 || QByteArray(gflLastErrorText()).endsWith(QByteArray(": ").append(std::strerror(number))));
+        QCOMPARE(ReadFile(path) == "old", error != 0);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 }
 
@@ -465,6 +521,9 @@ void tst_Inside::readers()
     QVERIFY(reader.Read(part.data(), 70000) && part == bytes.mid(65535, 70000) && reader.Left() == 300000 - 135535);
     QVERIFY(!reader.Skip(300000) && !reader.Read(&byte, 1)); // after a failure nothing is read
     QVERIFY(byte == 'x' && reader.Number(2) == 0 && reader.Failed() && reader.Left() == 0);
+    ByteReader far(source, 0);
+    QVERIFY(far.Skip(70000) && far.Position() == 70000 && far.Number(1) == 70000 % 251 && far.Skip(229999));
+    QVERIFY(far.Left() == 0 && !far.Failed() && far.Skip(0) && far.Number(1) == 0 && far.Failed());
     SourceIo io(source);
     QCOMPARE(io.seek(299990, Exiv2::BasicIo::beg), 0);
     const Exiv2::DataBuf end = io.read(20);
@@ -480,6 +539,19 @@ void tst_Inside::readers()
         done += stream.read(pieces.data() + done, 1, std::size_t(size));
     QCOMPARE(done, bytes.size());
     QVERIFY(pieces == bytes);
+    const QByteArray text = " 12\n\nab\nabcdef";
+    const Source textSource(text.constData(), std::size_t(text.size()));
+    RawStream lines(textSource);
+    int number = 0;
+    char line[5] = "xxxx";
+    QVERIFY(lines.scanf_one("%d", &number) == 1 && number == 12);
+    for (const char *expected : {"\n", "ab\n", "abcd", "ef"})
+        QCOMPARE(lines.gets(line, sizeof line), expected);
+    QVERIFY(!lines.gets(line, sizeof line) && lines.get_char() == -1 && lines.scanf_one("%d", &number) == EOF);
+    QVERIFY(lines.seek(-1, SEEK_SET) == 0 && lines.tell() == 0 && !lines.gets(line, 1) && lines.read(line, 0, 5) == 0);
+    QVERIFY(lines.seek(3, SEEK_SET) == 0 && lines.seek(-2, SEEK_CUR) == 0 && lines.get_char() == '1');
+    QVERIFY(lines.seek(-1, SEEK_END) == 0 && lines.get_char() == 'f' && lines.seek(1, SEEK_CUR) == 0 && lines.eof());
+    QCOMPARE(lines.seek(std::numeric_limits<INT64>::max(), SEEK_CUR), -1);
 }
 
 /// The first row is from Apple's Technical Note TN1023; the others have runs of 2, 3 and 131, and 130 bytes without a
@@ -517,8 +589,22 @@ void tst_Inside::boxes()
     for (const IsoBox &box : IsoBoxesIn(Source(file, sizeof file), 1, 99))
         found += Text("%s %d %d %d; ", box.name, int(box.begin), int(box.end), int(box.isComplete));
     QCOMPARE(found, std::string("free 9 9 1; long 25 27 1; last 35 38 0; "));
+    const std::vector<IsoBox> rest = IsoBoxesIn(Source("\0\0\0\0rest..", 10), 0, 10); // a length of 0: up to the end
+    QVERIFY(rest.size() == 1 && rest[0].end == 10 && rest[0].isComplete);
+    QVERIFY(IsoBoxesIn(Source("\0\0\0\7tiny", 8), 0, 8).empty());
     TiffField rational = {33434, 5, 1, {4}}; // 8 bytes at byte 4
     QVERIFY(!WidenField(Bytes(11), &rational) && WidenField(Bytes(12), &rational));
+    // An EXIF block with a maker note's field. Before place 16 there is no room for the note.
+    const QByteArray head("II*\0", 4), entry("\1\0\x7C\x92\7\0\4\0\0\0", 10), end(4, '\0');
+    const QByteArray block = head + QByteArray("\x08\0\0\0", 4) + entry + end + end;
+    const auto withNote = [](const QByteArray &exif, unsigned place) {
+        const Bytes result = WithNoteAt(Bytes(exif.begin(), exif.end()), {'N', 'O', 'T', 'E'}, place);
+        return QByteArray(reinterpret_cast<const char *>(result.data()), int(result.size()));
+    };
+    QCOMPARE(withNote(block, 15) + withNote(block.left(7), 16) + withNote(block.left(20), 16), QByteArray());
+    QCOMPARE(withNote(block, 30), QByteArray(block).replace(18, 1, "\x1E") + end + "NOTE");
+    QCOMPARE(withNote(block, 16),
+             head + QByteArray("\x14\0\0\0", 4) + end + end + "NOTE" + entry + QByteArray("\x10\0\0\0", 4) + end);
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

@@ -5,7 +5,9 @@
 
 #include <QtTest>
 
+#include <cmath>
 #include <jxl/encode.h>
+#include <lcms2.h>
 
 namespace {
 
@@ -110,6 +112,26 @@ void tst_Jxl::readsWhatLibjxlWrites()
                                          spec.type == GFL_GREY ? GFL_CM_GREY : GFL_CM_RGB);
         QCOMPARE(BadRead(Encode(*bitmap, spec), info, *bitmap, row.tolerance), QString());
     }
+    // Lossy pictures with a profile that libjxl can't name are converted to sRGB; here its light is a bent line.
+    const cmsUInt16Number bend[] = {0, 16384, 65535};
+    cmsToneCurve *curve = cmsBuildTabulatedToneCurve16(nullptr, 3, bend), *const curves[] = {curve, curve, curve};
+    const cmsCIExyY white = {0.3127, 0.329, 1};
+    const cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1}, {0.3, 0.6, 1}, {0.15, 0.06, 1}};
+    for (const int type : {GFL_GREY, GFL_RGB}) {
+        const Case named("unnamed colors, type", type);
+        const BitmapPtr bitmap = SmoothBitmap(kWidth, kHeight, type, 8);
+        const QByteArray icc = ProfileBytes(type == GFL_GREY ? cmsCreateGrayProfile(&white, curve)
+                                                             : cmsCreateRGBProfile(&white, &primaries, curves));
+        const BitmapPtr read = LoadFromMemory(Encode(*bitmap, {type, 8, 8, 1, false, false, false, icc}), nullptr,
+                                              LoadParams(GFL_LOAD_METADATA));
+        QVERIFY2(read && read->Type == type && BlocksOf(*read).icc.isEmpty(), gflLastErrorText());
+        const auto expected = [&](int x, int y, int c) { // IEC 61966-2-1
+            const double value = SampleAt(*bitmap, x, y, c), light = std::max(value / 2, 1.5 * value - 0.5);
+            return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+        };
+        QCOMPARE(Difference(*read, expected, 0.05), QString());
+    }
+    cmsFreeToneCurve(curve);
 }
 
 void tst_Jxl::metadata()
@@ -151,6 +173,11 @@ void tst_Jxl::damaged()
         QCOMPARE(BadCut(file, end - 1), QString());
         QCOMPARE(BadFault("jxl", file.left(end)), QString());
         QCOMPARE(WarningOf(file.left(end + 40)).contains("metadata"), inContainer);
+        if (!inContainer)
+            continue;
+        const int exif = file.indexOf("Exif"); // followed by an offset, usually 0
+        QVERIFY(WarningOf(QByteArray(file).replace(exif + 4, 1, "\1")).contains("EXIF offset"));
+        QVERIFY(WarningOf(QByteArray(file).replace(exif + 8, 2, "xx")).contains("damaged metadata"));
     }
 }
 

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -198,7 +199,8 @@ void tst_Loading::embeddedPreviews()
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 1), SaveParams("jpeg"));
         if (embedding == InRaw || embedding == InRawAsPixels) {
-            const QByteArray pixels(3 * preview.width() * preview.height(), '\xFF');
+            const int half = 3 * preview.width() * preview.height() / 2;
+            const QByteArray pixels = QByteArray(half, '\xFF') + QByteArray(half, '\xC0');
             WriteFile(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, embedding == InRaw ? jpeg : pixels, preview));
         } else if (embedding == InExif) {
             QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
@@ -225,6 +227,7 @@ void tst_Loading::embeddedPreviews()
         QVERIFY2(got && got->Width == 90 && got->Height == 60, gflLastErrorText());
         for (int y = 0; y < 60; ++y)
             QCOMPARE(SampleAt(*got, 45, y, 0) > 0.5, isUsed);
+        QCOMPARE(SampleAt(*got, 45, 50, 0) < SampleAt(*got, 45, 10, 0) - 0.1, isUsed && embedding == InRawAsPixels);
         QVERIFY2(whole && whole->Width == 300 && SampleAt(*whole, 5, 5, 0) < 0.5, gflLastErrorText());
     }
 }
@@ -252,22 +255,37 @@ void tst_Loading::missingFiles()
             QCOMPARE(read(path.toUtf8().constData(), true), int(GFL_ERROR_FILE_OPEN));
             QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()) && !bitmap);
         }
+    QVERIFY(!gflHasXMPUTF8(nullptr) && !gflHasEXIFUTF8("/dev/zero"));
+    QCOMPARE(gflBitmapCopyMetadata(&former, &former), int(GFL_NO_ERROR)); // there is none
     const GFL_SAVE_PARAMS save = SaveParams("tiff");
     std::uint8_t byte = 0, *data = &byte;
     std::uint32_t size = 0;
-    for (const int error :
-         {gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr),
-          gflLoadThumbnailUTF8("a", 5, -1, &bitmap, &params, nullptr),
-          gflLoadThumbnailUTF8("a", 0, 5, &bitmap, &params, nullptr),
-          gflLoadThumbnailUTF8("a", 5, 0, &bitmap, &params, nullptr), gflLoadBitmapUTF8("a", &bitmap, nullptr, &info),
-          gflLoadBitmapFromMemory(nullptr, 1, &bitmap, &params, &info),
-          gflLoadBitmapFromMemory(&byte, 1, nullptr, &params, &info),
-          gflLoadBitmapFromMemory(&byte, 1, &bitmap, nullptr, &info), gflSaveBitmapUTF8(nullptr, &former, &save),
-          gflSaveBitmapUTF8("a", nullptr, &save), gflSaveBitmapUTF8("a", &former, nullptr),
-          gflSaveBitmapIntoMemory(nullptr, &size, &former, &save),
-          gflSaveBitmapIntoMemory(&data, nullptr, &former, &save),
-          gflSaveBitmapIntoMemory(&data, &size, nullptr, &save),
-          gflSaveBitmapIntoMemory(&data, &size, &former, nullptr), gflWaitForRows(nullptr, 1, nullptr)})
+    for (const int error : {gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr),
+                            gflLoadThumbnailUTF8("a", 5, -1, &bitmap, &params, nullptr),
+                            gflLoadThumbnailUTF8("a", 0, 5, &bitmap, &params, nullptr),
+                            gflLoadThumbnailUTF8("a", 5, 0, &bitmap, &params, nullptr),
+                            gflLoadBitmapUTF8("a", &bitmap, nullptr, &info),
+                            gflLoadBitmapFromMemory(nullptr, 1, &bitmap, &params, &info),
+                            gflLoadBitmapFromMemory(&byte, 1, nullptr, &params, &info),
+                            gflLoadBitmapFromMemory(&byte, 1, &bitmap, nullptr, &info),
+                            gflSaveBitmapUTF8(nullptr, &former, &save),
+                            gflSaveBitmapUTF8("a", nullptr, &save),
+                            gflSaveBitmapUTF8("a", &former, nullptr),
+                            gflSaveBitmapIntoMemory(nullptr, &size, &former, &save),
+                            gflSaveBitmapIntoMemory(&data, nullptr, &former, &save),
+                            gflSaveBitmapIntoMemory(&data, &size, nullptr, &save),
+                            gflSaveBitmapIntoMemory(&data, &size, &former, nullptr),
+                            gflWaitForRows(nullptr, 1, nullptr),
+                            gflSaveRowsUTF8("a", &former, nullptr, nullptr, &save),
+                            gflBitmapCopyICCProfile(nullptr, &former),
+                            gflBitmapCopyICCProfile(&former, nullptr),
+                            gflBitmapCopyMetadata(nullptr, &former),
+                            gflBitmapCopyMetadata(&former, nullptr),
+                            gflBitmapMarkEdited(nullptr, &former, nullptr, 0),
+                            gflBitmapMarkEdited(&former, nullptr, nullptr, 0),
+                            gflBitmapMarkEdited(&former, &former, nullptr, 1),
+                            gflBitmapSetIPTC(nullptr, nullptr),
+                            gflBitmapSetEXIF2(nullptr, nullptr)})
         QCOMPARE(error, int(GFL_ERROR_BAD_PARAMETERS));
 }
 
@@ -306,45 +324,29 @@ void tst_Loading::truncatedTiff()
 /// Each file is refused without using much memory. Files of which only the pixels are damaged can still be described.
 void tst_Loading::refusedFiles()
 {
-    constexpr int kUnknown = GFL_ERROR_UNKNOWN_FORMAT, kRead = GFL_ERROR_FILE_READ, kMemory = GFL_ERROR_NO_MEMORY;
-    const struct {
+    constexpr int kUnknown = GFL_ERROR_UNKNOWN_FORMAT, kRead = GFL_ERROR_FILE_READ;
+    struct Row {
         int error;
-        const char *text; // start of the error text, after the path
+        QByteArray text; // start of the error text, after the path
         QByteArray bytes;
         bool isDescribed = false;
-    } rows[] = {
-        {kRead, " is empty", ""},
-        {kUnknown, " has an unknown format; known formats: raw, tiff, ", "hello, this is a letter"},
-        {kUnknown, " has an unknown format; known", "\xFF\xD8"},
-        {kRead, ": JPEG: ", "\xFF\xD8" + QByteArray(100000, '\xFF')},
-        {kUnknown, ": TIFF: samples of 8 bits in format 2; supported are unsigned", TiffOf(4, 4, 1, {{339, 2}})},
-        {kUnknown, ": TIFF: samples of 17 bits in format 1; supported are unsigned", TiffOf(4, 4, 1, {{258, 17}})},
-        {kUnknown, ": TIFF: samples of 8 bits in format 3; supported are unsigned", TiffOf(4, 4, 1, {{339, 3}})},
-        {kUnknown, ": TIFF: unknown compression 999", TiffOf(4, 4, 999)},
-        {kUnknown, ": TIFF: ink sets other than CMYK are not", TiffOf(4, 4, 1, {{262, 5}, {277, 4}, {332, 2}})},
-        {kUnknown, ": TIFF: Lab of 32 bits and 3 samples is not", TiffOf(4, 4, 1, {{262, 8}, {258, 32}})},
-        {kUnknown, ": TIFF: Lab of 8 bits and 2 samples is not", TiffOf(4, 4, 1, {{262, 9}, {277, 2}})},
-        {kUnknown, ": TIFF: Lab in floating point is not", TiffOf(4, 4, 1, {{262, 8}, {258, 16}, {339, 3}})},
-        {kUnknown, ": TIFF: photometric interpretation 99 is not", TiffOf(4, 4, 1, {{262, 99}})},
-        {kUnknown, ": TIFF: 65 samples per pixel; 1 to 64 are supported", TiffOf(4, 4, 1, {{277, 65}})},
-        {kUnknown, ": TIFF: the file only contains reduced pictures", TiffOf(4, 4, 1, {{254, 1}})},
-        {kRead, ": TIFF: the color map is damaged", TiffOf(4, 4, 1, {{262, 3}, {277, 1}})},
-        {kRead, ": TIFF: 3 samples per pixel where 4 are needed", TiffOf(4, 4, 1, {{262, 5}})},
-        {kRead, ": TIFF: 2 samples per pixel where 3 are needed", TiffOf(4, 4, 1, {{277, 2}})},
-        {kRead, ": TIFF: tiles of 3221225472 bytes",
-         TiffOf(16, 16, 8, {{322, 1 << 15}, {323, 1 << 15}, {324, 8}, {325, 100}}) + QByteArray(5000000, '\0')},
-        {kRead, ": TIFF: ", TiffOf(4, 4, 1, {{273, 5000}}), true}, // pixels past the end
-        {kRead, ": TIFF: the pixels can't be decoded", TiffOf(4, 4, 1, {{262, 6}, {273, 5000}}), true},
-        {kRead, ": TIFF: ", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
-        {kRead, ": TIFF: ", TiffOf(10, 0, 1)},
-        {kRead, ": the file claims 1048577 x 4 pixels; sides of 1 to 1048576 are", TiffOf((1 << 20) + 1, 4, 1)},
-        {kRead, ": the file claims 4 x 1048577 pixels; sides of 1 to 1048576 are", TiffOf(4, (1 << 20) + 1, 1)},
-        {kMemory, ": 1048576 x 2731 pixels take 34363932672 bytes; pictures up to 34359738368 bytes are",
-         TiffOf(1 << 20, 2731, 1, {{258, 32}, {339, 3}})}, // 2,730 2/3 rows of 12 bytes per pixel are 32 GiB
-        {kMemory, ": 1000000 x 1000000 pixels take 1000000000000 bytes; pictures up to 34359738368 bytes are",
-         TiffOf(1000000, 1000000, 4, {{258, 1}, {262, 1}, {277, 1}})}, // fax
-        {kRead, ": the file claims 4800000000 bytes of pixels but holds only 222 bytes", TiffOf(40000, 40000, 1)},
-        {kRead, ": the file claims 4800000000 bytes of pixels but holds only 222 bytes", TiffOf(40000, 40000, 8)}};
+    };
+    QVector<Row> rows = {{kRead, " is empty", ""},
+                         {kUnknown, " has an unknown format; known formats: raw, tiff, ", "hello, this is a letter"},
+                         {kUnknown, " has an unknown format; known", "\xFF\xD8"},
+                         {kRead, ": JPEG: ", "\xFF\xD8" + QByteArray(100000, '\xFF')}};
+    for (const QByteArray &line : ReadFile(QStringLiteral(VITRELUX_REFUSED_TIFFS)).trimmed().split('\n')) {
+        if (line.startsWith('#'))
+            continue;
+        const QByteArrayList cells = line.split('\t');
+        QVERIFY2(cells.size() == 5, line);
+        QMap<int, quint32> fields = {{256, 4}, {257, 4}, {259, 1}};
+        for (const QByteArray &field : cells[4].split(' '))
+            fields[field.split('=')[0].toInt()] = field.mid(4).toUInt();
+        rows.append({cells[0].toInt(), cells[1],
+                     TiffOf(fields[256], fields[257], fields[259], fields) + QByteArray(cells[3].toInt(), '\0'),
+                     cells[2] == "described"});
+    }
     const QString path = m_folder("a.jpg");
     for (const auto &row : rows) {
         const Case named(row.text);
@@ -430,7 +432,8 @@ void tst_Loading::allocator()
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
 }
 
-/// The names, suffixes and MIME types of the formats agree with what the layer does and with the desktop file.
+/// The defaults; and the names, suffixes and MIME types of the formats agree with what the layer does and with the
+/// desktop file.
 void tst_Loading::formats()
 {
     QByteArrayList types;
@@ -442,9 +445,24 @@ void tst_Loading::formats()
         QVERIFY2(written.isEmpty() != format->CanBeWritten, format->Name);
         types += QByteArray(format->MimeTypes).split(' ');
     }
+    GFL_LOAD_PARAMS load = {1, {2}, 3, 4, {5}, 6, 7, 8, 9, 1, 2, 3, 4},
+                    plain = {0, {}, GFL_RGB, 255, {}, 0, 1, 0, 0, 2.2f, 1, 1, 1};
+    GFL_SAVE_PARAMS save = {1, 2, 3, 4}, unset = {0, -1, GFL_COMPRESSION_DEFAULT, 90};
+    gflGetDefaultLoadParams(&load); // among others, the camera's white balance
+    gflGetDefaultSaveParams(&save);
+    QVERIFY(std::memcmp(&load, &plain, sizeof load) == 0 && std::memcmp(&save, &unset, sizeof save) == 0);
+    gflGetDefaultLoadParams(nullptr);
+    gflGetDefaultSaveParams(nullptr);
     for (const char *suffix : {".jpeg", ".Cr3", ".TIF", "", "jpg", ".jpgx"}) {
         const Case named(suffix);
         QCOMPARE(gflHasGoodExtension(suffix) != 0, suffix[0] == '.' && qstrcmp(suffix, ".jpgx") != 0);
+    }
+    WriteFile(m_folder("a"), SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png")));
+    GFL_FILE_INFORMATION info;
+    for (std::int32_t index = -1; index < 3; ++index) {
+        const int error = gflGetFileInformationExUTF8(m_folder("a").toUtf8().constData(), index, &info, 0);
+        QVERIFY((error == GFL_NO_ERROR && info.Width == 4)
+                == (index < 0 || qstrcmp(gflGetFormat(index)->Name, "png") == 0));
     }
     QVERIFY(types.size() > 20 && !gflGetFormat(-1));
     const QByteArray desktop = ReadFile(QStringLiteral(VITRELUX_DESKTOP));

@@ -318,14 +318,22 @@ void tst_Metadata::iptcEntries()
     // The two forms that ImageMagick 6 writes into a PNG: plain IPTC, or a Photoshop resource that contains it.
     const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
     const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
-    const std::pair<const char *, QByteArray> texts[] = {{"iptc", set}, {"iptc", block}, {"8bim", block}};
+    const QByteArray exif = "Exif" + QByteArray(2, '\0') + PlainTiff({{274, 6}}, {});
+    const std::pair<const char *, QByteArray> texts[] = {{"iptc", set},  {"iptc", block},       {"8bim", block},
+                                                         {"exif", exif}, {"APP1", exif.mid(6)}, {"xmp", kXmp}};
     for (const auto &[kind, profile] : texts) {
         const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
             + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
         const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // not verified
         WriteFile(m_folder("a.png"), QByteArray(png).insert(33, chunk));
-        GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
-        QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
+        const QByteArray path = m_folder("a.png").toUtf8();
+        QCOMPARE(gflHasEXIFUTF8(path), profile.endsWith(exif.mid(6)));
+        QCOMPARE(XmpOf(m_folder("a.png")), QByteArray(profile == kXmp ? kXmp : ""));
+        GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(path);
+        QVERIFY2(!profile.endsWith(set)
+                     ? !iptc
+                     : iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one",
+                 kind);
         gflFreeIPTC(iptc);
     }
     GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("source.jpg").toUtf8().constData());
@@ -339,7 +347,8 @@ void tst_Metadata::iptcEntries()
              "15a CharacterSet=\x1B%G; 80000200 RecordVersion=0004; 219 Keywords=one; 219 Keywords=two; "
              "23c TimeCreated=101112; 278 Caption=; 2ca Preview="
                  + QByteArray(32768, 'p') + "; 2ca Preview=" + QByteArray(32767, 'q') + "; ");
-    iptc->ItemsList[3].Id += 0x10000; // too large for a record and a data set
+    iptc->ItemsList[3].Id += 0x10000;  // too large for a record and a data set
+    iptc->ItemsList[1].Value[3] = 'x'; // hexadecimal up to here
     const BitmapPtr target = SmoothBitmap(4, 3, GFL_RGB, 8);
     gflClearWarningText();
     QCOMPARE(gflBitmapSetIPTC(target.get(), iptc), int(GFL_NO_ERROR));
@@ -347,6 +356,7 @@ void tst_Metadata::iptcEntries()
     gflFreeIPTC(iptc);
     iptc = gflBitmapGetIPTC(target.get());
     QCOMPARE(iptc->NumberOfItems, 7u);
+    QCOMPARE(iptc->ItemsList[1].Value, "00");
     gflFreeIPTC(iptc);
 }
 
@@ -424,6 +434,14 @@ void tst_Metadata::profileOfTheRightKind()
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY(IccOf(m_folder("a.tif")).isEmpty());
     }
+    for (const int orientation : {6, 1}) { // OpenEXR stores neither an orientation nor a profile without primaries
+        Exiv2::ExifData exif = CommonExif("Acme");
+        exif["Exif.Image.Orientation"] = std::uint16_t(orientation);
+        WriteFile(m_folder("a.jpg"), JpegSource(exif));
+        gflClearWarningText();
+        QCOMPARE(Save(m_folder("a.exr"), *Picture(m_folder("a.jpg")), SaveParams("exr")), int(GFL_NO_ERROR));
+        QVERIFY(QByteArray(gflLastWarningText()).contains(orientation == 6 ? "the orientation," : "the ICC profile,"));
+    }
 }
 
 void tst_Metadata::xmp()
@@ -475,6 +493,13 @@ void tst_Metadata::metadataList()
     SetValues("Photo.LensModel=F\xFCnfziger|Photo.PixelXDimension=12000|Photo.FocalLength=455/10|Photo.MeteringMode=2|"
               "NikonLd2.Version=48 50 48 49|NikonLd2.LensIDNumber=165",
               &exif); // LensModel is in ISO 8859-1; the version is 0201
+    // First and last characters of each row of RFC 3629, section 4; then bytes just outside, and incomplete sequences.
+    const QByteArray utf8 = "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80"
+                            "\xF4\x8F\xBF\xBF",
+                     latin1 = "\xC1\xBF\xC2_\xDF\xC0\xE0\x9F\xBF\xED\xA0\x80\xE2\x82_\xEF\xC0\x80\xF0\x8F\xBF\xBF"
+                              "\xF4\x90\x80\x80\xF5\x80\x80\x80\xF1\x80_\xF1\x80\x80_\xF1\x80\x80";
+    const QByteArray artist = utf8 + QString::fromLatin1(latin1).toUtf8();
+    exif["Exif.Image.Artist"] = (utf8 + latin1).toStdString();
     WriteFile(m_folder("a.jpg"), JpegSource(exif));
     WriteFile(m_folder("a.dng"), RawSource({}));
     // A CR3 consists of boxes; CMT1 and CMT2 hold the first directory and that of EXIF as separate TIFFs.
@@ -490,8 +515,10 @@ void tst_Metadata::metadataList()
     WriteFile(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0'));
     WriteFile(m_folder("a.txt"), "no picture at all");
     const struct {
-        const char *file, *key, *expected;
+        const char *file, *key;
+        QByteArray expected;
     } rows[] = {
+        {"a.jpg", "Exif.Image.Artist", artist + '|' + artist},
         {"a.jpg", "Exif.Photo.LensModel", "F\xC3\xBCnfziger|F\xC3\xBCnfziger"},
         {"a.jpg", "Exif.Photo.PixelXDimension", "12000|12000"},
         {"a.jpg", "Exif.Photo.FocalLength", "455/10|45.5 mm"},
@@ -515,14 +542,16 @@ void tst_Metadata::metadataList()
 void tst_Metadata::resolution()
 {
     // The bitmap's resolution takes precedence over that of its EXIF.
-    for (int dpi : {0, 72}) {
-        const Case named("dpi", dpi);
+    const std::pair<const char *, int> rows[] = {{"tiff", 0}, {"tiff", 72}, {"jpeg", 72}, {"png", 72}, {"psd", 72}};
+    for (const auto &[format, dpi] : rows) {
+        const Case named(format, dpi);
         const BitmapPtr bitmap = Picture(m_folder("source.jpg"));
-        bitmap->Xdpi = bitmap->Ydpi = static_cast<std::uint16_t>(dpi);
-        QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
+        bitmap->Xdpi = static_cast<std::uint16_t>(dpi);
+        bitmap->Ydpi = static_cast<std::uint16_t>(2 * dpi);
+        QCOMPARE(Save(m_folder("a"), *bitmap, SaveParams(format)), int(GFL_NO_ERROR));
         GFL_FILE_INFORMATION info;
-        QCOMPARE(Describe(m_folder("a.tif"), &info), int(GFL_NO_ERROR));
-        QCOMPARE(int(info.Xdpi), dpi == 0 ? 300 : dpi);
+        QCOMPARE(Describe(m_folder("a"), &info), int(GFL_NO_ERROR));
+        QCOMPARE(QSize(info.Xdpi, info.Ydpi), dpi == 0 ? QSize(300, 300) : QSize(72, 144));
     }
 }
 
@@ -599,6 +628,15 @@ void tst_Metadata::exifTooLargeForJpeg()
             QCOMPARE(ValueBytes(m_folder(format), "Exif.Image.Make"), maker);
             QVERIFY(ValueBytes(m_folder(format), "Exif.Image.Artist").startsWith(text));
             QCOMPARE(ValueBytes(m_folder(format), "Exif.Photo.MakerNote"), isJpeg ? QByteArray() : note);
+            const BitmapPtr other = SmoothBitmap(40, 30, GFL_RGB, 8);
+            const QByteArray zoom(noteBytes, 'z'); // of XMP, which has one segment as well
+            const GFL_XMP_ITEM item = {"Xmp.vitrelux.Zoom", zoom.constData()};
+            QCOMPARE(gflBitmapMarkEdited(other.get(), other.get(), &item, 1), int(GFL_NO_ERROR));
+            gflClearWarningText();
+            QCOMPARE(Save(m_folder(format), *other, SaveParams(format)), int(GFL_NO_ERROR));
+            const bool isTooLong = isJpeg && zoom.size() > 65535;
+            QCOMPARE(QByteArray(gflLastWarningText()).contains("the XMP, which is too long"), isTooLong);
+            QCOMPARE(XmpOf(m_folder(format)).contains(zoom), !isTooLong);
         }
     }
 }

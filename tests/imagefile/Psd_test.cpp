@@ -209,7 +209,15 @@ void tst_Psd::mergedPicture()
             renamed[opacity + 16] = char(renamed[opacity + 16] + 8);
             const BitmapPtr renamedPicture = LoadFromMemory(renamed.insert(opacity + 17, "abcdefgh"));
             QVERIFY(renamedPicture && Difference(*renamedPicture, *bitmap).isEmpty());
-            const BitmapPtr merged = LoadFromMemory(file.replace(opacity, 1, "\xFE"));
+            const BitmapPtr merged = LoadFromMemory(QByteArray(file).replace(opacity, 1, "\xFE"));
+            // Upper, left, lower, right side; signature, mode, clipping, hidden; bytes of mask and ranges.
+            for (const int at : {-47, -43, -39, -35, -8, -1, 1, 2, 11, 15}) {
+                const Case namedInside("changed at", at);
+                QByteArray changed = file;
+                changed[opacity + at] = char(changed[opacity + at] ^ 2);
+                const BitmapPtr got = LoadFromMemory(changed);
+                QVERIFY(got && Difference(*got, *merged).isEmpty() && !Difference(*got, *exact).isEmpty());
+            }
             QVERIFY(exact && Difference(*exact, *bitmap).isEmpty() && merged && merged->Type == GFL_RGBA);
             const auto expected = [&](int x, int y, int c) { // pixels of low opacity aren't compared
                 return SampleAt(*bitmap, x, y, 3) < 0.1 ? SampleAt(*merged, x, y, c) : SampleAt(*bitmap, x, y, c);

@@ -31,7 +31,8 @@ struct Spec {
     int predictor = 1;
     bool eightBitMap = false;
     bool hasInkProfile = false;
-    bool isD65 = false; // Lab relative to D65
+    bool isD65 = false;      // Lab relative to D65
+    float badWhiteY = -1.0f; // of a white that is ignored; -1: none
 
     bool IsLumaAndChroma() const { return photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_NONE; }
     bool IsLab() const { return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB; }
@@ -175,8 +176,8 @@ void SetFields(TIFF *tiff, const Spec &spec)
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     if (spec.hasInkProfile)
         TIFFSetField(tiff, TIFFTAG_ICCPROFILE, InkProfile().size(), InkProfile().constData());
-    const float white[] = {0.3127f, 0.329f};
-    if (spec.isD65)
+    const float white[] = {0.3127f, spec.isD65 ? 0.329f : spec.badWhiteY};
+    if (white[1] >= 0.0f)
         TIFFSetField(tiff, TIFFTAG_WHITEPOINT, white);
     TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
     TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 100.0);
@@ -329,6 +330,9 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     for (int bits : {8, 16})
         row(qPrintable(QStringLiteral("Lab relative to D65, %1 bits").arg(bits)),
             With(Rgb(bits), [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isD65 = true; }), GFL_RGB, bits);
+    for (const float y : {0.0f, 1e-6f, 0.7f}) // an invalid sum, too
+        row(qPrintable(QStringLiteral("Lab, white with y %1").arg(double(y))),
+            With(Rgb(16), [y](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.badWhiteY = y; }), GFL_RGB, 16);
     row("Lab relative to D65 with opacity",
         With(Rgb(16, 4), straight, [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isD65 = true; }), GFL_RGBA, 16);
     row("LZW, predictor", With(Rgb(8), packed(COMPRESSION_LZW, 2)), GFL_RGB, 8);

@@ -10,7 +10,7 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_AUTOMOC ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# The build tree has the layout of the installed one, so that both find the plug-in by the same relative path.
+# The build tree has the layout of the installed one, so that in both the program finds the plug-in by the same relative path.
 set(VITRELUX_PLUGIN_DIR "lib/vitrelux")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${VITRELUX_PLUGIN_DIR}")

@@ -55,7 +55,7 @@ KNOWN_LENSES = [
 ]
 
 
-def up(tail):
+def spelled(tail):
     """Spells the tail of a name as cameras do, with a space before suffixes: 'sx40is' -> 'SX40 IS'."""
     apart = re.sub(r'(?<=\d)(is|hs|ti|zoom)$', r' \1', tail).upper()
     return re.sub(r'^(G\d)X', r'\1 X', apart).replace('MARKII', ' Mark II').replace(' ZOOM', '')
@@ -127,9 +127,9 @@ def colmap_cameras(file):
             brand, rules = SPELLINGS.get(maker, ('', []))
             for pattern, forms in rules:
                 if match := re.fullmatch(pattern, name):
-                    names = [form.format(*map(up, match.groups())) for form in forms]
+                    names = [form.format(*map(spelled, match.groups())) for form in forms]
                     scale = FRAME_DIAGONAL_MM / diagonal_of_width(float(width))
-                    yield from ((brand, model, scale) for model in names if len(model) > 2)  # shorter ones would match many others
+                    yield from ((brand, model, scale) for model in names if len(model) > 2)  # shorter ones match other cameras
                     break
 
 

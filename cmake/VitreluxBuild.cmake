@@ -46,8 +46,8 @@ function(vitrelux_compile_rules target)
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS)
 endfunction()
 
-# vitrelux_layer(name SOURCES ... LINKS ...): one layer. Only its folder is visible to targets that link it, so an
-# include of a layer that is not linked does not compile.
+# vitrelux_layer(name SOURCES ... LINKS ...): one layer. Targets that link it see its folder and those of the layers that it
+# links; an include of any other layer does not compile.
 function(vitrelux_layer name)
     cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
     add_library(${name} STATIC ${arg_SOURCES})

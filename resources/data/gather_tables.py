@@ -45,7 +45,7 @@ KNOWN_CAMERAS = [
     *(('Nikon', f'COOLPIX A{number}', '5.64', '') for number in (10, 300, 900)),
 ]
 
-# Rows from other sources, which override those with the same identifier from the main ones.
+# Rows from other sources, which override rows of the main sources with the same identifier.
 KNOWN_LENSES = [
     ('8 8 121 3.6 3.6', 'Nikon', 'Sigma 8mm f/3.5 EX Circular Fisheye', '1'),
     ('4.5 4.5 254 2.8 2.8', 'Nikon', 'Sigma 4.5mm f/2.8 EX DC CIRCULAR FISHEYE HSM', '1'),

@@ -27,9 +27,9 @@ inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t b
 }
 
 /// Times @p operation and a copy alternately, on the calling thread. The operation reads one part of @p block and
-/// writes the rest; the copy, of the block's first half to its second, moves the same number of bytes. Both use the
-/// same memory, because its address affects times by up to 15 %. The operation's source must remain valid after the
-/// copy.
+/// writes the rest; the copy, of the block's first half to its second, reads and writes as many bytes in all. Both use
+/// the same memory, because its address affects times by up to 15 %. The copy may overwrite part of the operation's
+/// source, so its time must not depend on the values there.
 ///
 /// Reports megapixels per second over all runs and, as "ratio", the shortest time of the operation divided by that of
 /// the copy, because other load on the machine affects the shortest times least.

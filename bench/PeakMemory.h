@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string>
 
-/// Returns the number after a label in /proc/self/NAME, in the system's unit, usually KiB; 0 if there is none.
+/// Returns the number after a label in /proc/self/NAME, in the unit used there, usually KiB; 0 if the label is missing.
 inline std::int64_t ProcessNumber(const char *name, const char *label)
 {
     std::ifstream file(std::string("/proc/self/") + name);
@@ -19,7 +19,7 @@ inline std::int64_t ProcessNumber(const char *name, const char *label)
     return 0;
 }
 
-/// Returns the peak resident memory during @p step, in bytes, minus that before it.
+/// Returns the peak resident memory during @p step minus the resident memory before it, in bytes.
 template <typename Step> std::int64_t PeakBytes(Step step)
 {
     malloc_trim(0);                                // freed blocks would hide the step's memory

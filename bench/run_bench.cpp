@@ -104,7 +104,7 @@ struct Run {
 /// Starts runs from a small process, because the peak of a child process includes the memory of its parent at the fork.
 class Starter {
 public:
-    /// Forks, so call it before this process uses much memory.
+    /// Forks, so construct the object before this process uses much memory.
     Starter();
     Run Correct(const Job &job);
 

@@ -1,5 +1,5 @@
 // Measures how well each sampling method preserves waves and edges when a wide-angle lens is corrected. Prints a table
-// and plots to the SVG file named on the command line.
+// and plots it to the SVG file named on the command line, if any.
 #include "FittedWarp.h"
 #include "KImage.h"
 #include "SamplingQuality.h"

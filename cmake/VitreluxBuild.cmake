@@ -10,7 +10,7 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_AUTOMOC ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# The build tree has the layout of the installed one, so that both find the plug-in by the same relative path.
+# The build tree has the layout of the installed one, so that in both the program finds the plug-in by the same relative path.
 set(VITRELUX_PLUGIN_DIR "lib/vitrelux")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${VITRELUX_PLUGIN_DIR}")
@@ -46,8 +46,8 @@ function(vitrelux_compile_rules target)
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS)
 endfunction()
 
-# vitrelux_layer(name SOURCES ... LINKS ...): one layer. Only its folder is visible to targets that link it, so an
-# include of a layer that is not linked does not compile.
+# vitrelux_layer(name SOURCES ... LINKS ...): one layer. Targets that link it see its folder and those of the layers that it
+# links; an include of any other layer does not compile.
 function(vitrelux_layer name)
     cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
     add_library(${name} STATIC ${arg_SOURCES})

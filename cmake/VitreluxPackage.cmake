@@ -51,8 +51,8 @@ endif()
 file(INSTALL "${zsh_file}" DESTINATION "${CMAKE_INSTALL_PREFIX}/share/zsh/${zsh_dir}")
 ]])
 
-# File manager entries. All use the MIME types and names of the desktop entries. The name
-# vitrelux_correct sorts after vitrelux.desktop: without a default, a double-click opens the first one, the wizard.
+# File manager entries. All use the MIME types and names of the desktop entries. The name vitrelux_correct sorts after
+# vitrelux.desktop: without a default application, a double-click starts the first entry, the wizard.
 file(STRINGS resources/desktop/vitrelux.desktop mime_types REGEX "^MimeType=" ENCODING UTF-8)
 file(STRINGS packaging/file-managers/vitrelux_correct.desktop.in names REGEX "^Name" ENCODING UTF-8)
 string(REPLACE "\\;" ";" mime_types "${mime_types}")

@@ -45,7 +45,7 @@ KNOWN_CAMERAS = [
     *(('Nikon', f'COOLPIX A{number}', '5.64', '') for number in (10, 300, 900)),
 ]
 
-# Rows from other sources, which override those with the same identifier from the main ones.
+# Rows from other sources, which override rows of the main sources with the same identifier.
 KNOWN_LENSES = [
     ('8 8 121 3.6 3.6', 'Nikon', 'Sigma 8mm f/3.5 EX Circular Fisheye', '1'),
     ('4.5 4.5 254 2.8 2.8', 'Nikon', 'Sigma 4.5mm f/2.8 EX DC CIRCULAR FISHEYE HSM', '1'),
@@ -55,7 +55,7 @@ KNOWN_LENSES = [
 ]
 
 
-def up(tail):
+def spelled(tail):
     """Spells the tail of a name as cameras do, with a space before suffixes: 'sx40is' -> 'SX40 IS'."""
     apart = re.sub(r'(?<=\d)(is|hs|ti|zoom)$', r' \1', tail).upper()
     return re.sub(r'^(G\d)X', r'\1 X', apart).replace('MARKII', ' Mark II').replace(' ZOOM', '')
@@ -127,9 +127,9 @@ def colmap_cameras(file):
             brand, rules = SPELLINGS.get(maker, ('', []))
             for pattern, forms in rules:
                 if match := re.fullmatch(pattern, name):
-                    names = [form.format(*map(up, match.groups())) for form in forms]
+                    names = [form.format(*map(spelled, match.groups())) for form in forms]
                     scale = FRAME_DIAGONAL_MM / diagonal_of_width(float(width))
-                    yield from ((brand, model, scale) for model in names if len(model) > 2)  # shorter ones would match many others
+                    yield from ((brand, model, scale) for model in names if len(model) > 2)  # shorter ones match other cameras
                     break
 
 

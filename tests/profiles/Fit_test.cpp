@@ -167,6 +167,7 @@ void tst_Fit::frames_data()
         PictureFacts facts =
             Facts(QSize(row[1].section(QLatin1Char(' '), 0, 0).toInt(), row[1].section(QLatin1Char(' '), 1).toInt()));
         const std::pair<const char *, Fact<double> PictureFacts::*> numbers[] = {
+            {"focal=", &PictureFacts::focalMm},
             {"focal35=", &PictureFacts::focal35Mm},
             {"zoom=", &PictureFacts::digitalZoom},
             {"plane=", &PictureFacts::focalPlaneWidthMm}};

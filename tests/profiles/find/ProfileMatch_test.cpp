@@ -123,6 +123,12 @@ void tst_ProfileMatch::matches_data()
         "--profile\n<Canon EF 50mm f/1.8 STM>\n<EF50mm f/1.8 STM>");
     row("one of them for raw pictures", {long50, raw(short50)}, by50,
         "Canon EF 50mm f/1.8 STM\nmade for the lens \"Canon EF 50mm f/1.8 STM\"\nmade on another camera, Reference");
+    PictureFacts rawBy50 = by50;
+    rawBy50.raw = true;
+    row("a rendered profile for a raw picture", {long50}, rawBy50,
+        "Canon EF 50mm f/1.8 STM\nmade for the lens \"Canon EF 50mm f/1.8 STM\"\nmade on another camera, "
+        "Reference\nmade "
+        "for rendered pictures");
     row("that one by the same maker", {long50, on(raw(short50), "Canon", "Reference")}, by50,
         "EF50mm f/1.8 STM\nmade for the lens \"EF50mm f/1.8 STM\"\nmade on another camera, Reference\nmade for raw "
         "pictures");
@@ -144,21 +150,46 @@ void tst_ProfileMatch::matches_data()
     const IndexedProfile compact = on(ProfileOf(Text("6.1-30.5 mm")), "Canon", "Canon PowerShot G11");
     PictureFacts byCompact = canon("6.1 - 30.5 mm", 12);
     byCompact.model = Known(QStringLiteral("Canon PowerShot G11"));
-    row("a fixed lens", {compact}, byCompact, "6.1-30.5 mm\nmade for the camera \"Canon PowerShot G11\"");
+    const char *const foundCompact = "6.1-30.5 mm\nmade for the camera \"Canon PowerShot G11\"";
+    const char *const missedCompact =
+        "\nno profile for the camera \"Canon PowerShot G11\", and the picture doesn't name "
+        "its lens; name it with --lens";
+    row("a fixed lens", {compact}, byCompact, foundCompact);
     IndexedProfile mounted = compact;
     mounted.head.lensNames = QStringList{Text("Canon EF 12mm f/2.8L USM")};
-    row("a fixed lens, a profile for an interchangeable one", {mounted}, byCompact,
-        "\nno profile for the camera \"Canon PowerShot G11\", and the picture doesn't name its lens; name it with "
-        "--lens");
+    row("a fixed lens, a profile for an interchangeable one", {mounted}, byCompact, missedCompact);
+    mounted.head.lensNames = QStringList{Text("6.1-30.5 mm"), Text("Canon EF 12mm f/2.8L USM")};
+    row("a fixed lens, a profile with two names", {mounted}, byCompact, missedCompact);
+    // Each end of the picture's range may be unknown; the profile's ends differ from the known ones by up to 2 %.
+    for (const auto &[least, most, fits] :
+         {std::tuple(6.2, 31.0, true), {6.2, 0.0, true}, {0.0, 31.0, true}, {5.9, 30.5, false}, {6.1, 29.8, false}}) {
+        PictureFacts ranged = byCompact;
+        ranged.lensMinFocalMm = least > 0.0 ? Known(least) : Fact<double>();
+        ranged.lensMaxFocalMm = most > 0.0 ? Known(most) : Fact<double>();
+        row(qPrintable(QStringLiteral("a fixed lens of %1-%2 mm").arg(least).arg(most)), {compact}, ranged,
+            fits ? foundCompact : missedCompact);
+    }
     byCompact.model = Known(QStringLiteral("Canon PowerShot G12"));
     row("a fixed lens of another camera", {compact}, byCompact,
         "\nno profile for the camera \"Canon PowerShot G12\", and the picture doesn't name its lens; name it with "
         "--lens");
     PictureFacts nameless = canon("", 50);
     nameless.lensNames.clear();
-    for (const char *lens : {"Sigma 50mm f/1.4", "50mm f/1.4"}) // a prime for a mount
-        row(lens, {on(ProfileOf(Text(lens)), "Canon", "Camera")}, nameless,
-            "\nno profile for the camera \"Camera\", and the picture doesn't name its lens; name it with --lens");
+    const auto primeOf = [&](const char *lens, double factor) { // on the picture's camera
+        IndexedProfile prime = on(ProfileOf(Text(lens)), "Canon", "Camera");
+        prime.head.sensorFormatFactor = factor;
+        return prime;
+    };
+    const char *const noName =
+        "\nno profile for the camera \"Camera\", and the picture doesn't name its lens; name it with --lens";
+    row("a prime for a mount", {primeOf("Sigma 50mm f/1.4", 0.0)}, nameless, noName);
+    row("a prime for any mount", {primeOf("50mm f/1.4", 2.0)}, nameless, noName);
+    row("a prime before a small sensor", {primeOf("50mm f/1.4", 2.1)}, nameless,
+        "50mm f/1.4\nmade for the camera \"Camera\"");
+    row("a prime named by the camera", {primeOf("Camera 50mm f/1.4", 0.0)}, nameless,
+        "Camera 50mm f/1.4\nmade for the camera \"Camera\"");
+    nameless.focalMm = {};
+    row("a prime, but the focal length is unknown", {primeOf("50mm f/1.4", 2.1)}, nameless, noName);
     nameless.model = {};
     row("neither camera nor lens", {kit}, nameless, "\nthe picture doesn't say which camera and lens took it");
 
@@ -234,6 +265,9 @@ void tst_ProfileMatch::sameCameras()
         {"", "EOS 60D", "Canon", "Canon EOS 60D", true}, // typed without the maker
         {"Canon", "Canonet", "Canon", "et", false},
         {"Canon", "Canon", "Canon", "", false},
+        {"Canon", "Canon", "Canon", "Canon", true},
+        {"OM Digital Solutions", "E-M1", "OLYMPUS CORPORATION", "E-M1", true},
+        {"KONICA MINOLTA", "DYNAX 5D", "Minolta", "Dynax 5D", true},
         {"Canon", "Canon EOS 60D", "", "EOS 60D", true},
         {"Nikon", "D70", "Pentax", "D70", false},
         {"RICOH IMAGING COMPANY, LTD.", "PENTAX K-3 II", "Pentax", "K-3 II", true},

@@ -163,10 +163,10 @@ void tst_ProfileMatch::matches_data()
     // Each end of the picture's range may be unknown; the profile's ends differ from the known ones by up to 2 %.
     for (const auto &[least, most, fits] :
          {std::tuple(6.2, 31.0, true), {6.2, 0.0, true}, {0.0, 31.0, true}, {5.9, 30.5, false}, {6.1, 29.8, false}}) {
-        PictureFacts ranged = byCompact;
-        ranged.lensMinFocalMm = least > 0.0 ? Known(least) : Fact<double>();
-        ranged.lensMaxFocalMm = most > 0.0 ? Known(most) : Fact<double>();
-        row(qPrintable(QStringLiteral("a fixed lens of %1-%2 mm").arg(least).arg(most)), {compact}, ranged,
+        PictureFacts zoom = byCompact;
+        zoom.lensMinFocalMm = least > 0.0 ? Known(least) : Fact<double>();
+        zoom.lensMaxFocalMm = most > 0.0 ? Known(most) : Fact<double>();
+        row(qPrintable(QStringLiteral("a fixed lens of %1-%2 mm").arg(least).arg(most)), {compact}, zoom,
             fits ? foundCompact : missedCompact);
     }
     byCompact.model = Known(QStringLiteral("Canon PowerShot G12"));
@@ -201,6 +201,28 @@ void tst_ProfileMatch::matches_data()
         "XF23mmF1.4 R LM WR\nmade for the lens \"XF23mmF1.4 R LM WR\"\nmade on another camera, Reference");
     row("another lens on the same body", {wrong}, by23,
         "\nno profile for the lens \"XF23mmF1.4 R LM WR\"\n\"XF23mmF1.4 R\" on Camera (XF23mmF1.4 R): another design");
+
+    // Names with few details need more: the same body or maker, or no further details in the other name.
+    const char *const vague[][4] = {
+        // the picture's lens, the profile's, its camera, and why it doesn't match (empty: it does)
+        {"50mm f/1.8", "50mm f/1.8", "Nikon", "another maker's camera"},
+        {"50mm f/1.8", "50mm f/1.8", "Canon", ""},
+        {"50mm f/1.8", "Canon EF 50mm f/1.8 STM", "Canon", "the picture gives only the numbers of its lens"},
+        {"EF50mm f/1.8", "50mm f/1.8", "Canon", "the profile gives only the numbers of its lens"},
+        {"Canon 50mm f/1.8 camera", "Canon 50mm f/1.8 camera", "Canon", "another device"},
+    };
+    for (const auto &[wanted, offered, make, why] : vague) {
+        const QString missed = QStringLiteral("\nno profile for the lens \"%1\"\n<%2>: %3"),
+                      found = QStringLiteral("%2\nmade for the lens \"%2\"\nmade on another camera, Reference%1%3");
+        row(qPrintable(Text(wanted) + Text(", not ") + Text(offered) + Text(make)),
+            {on(ProfileOf(Text(offered)), make, "Reference")}, canon(wanted, 50),
+            qPrintable((*why ? missed : found).arg(Text(*why ? wanted : ""), Text(offered), Text(why))));
+    }
+    // The metadata may complete a name without numbers; the aperture at the longest focal length may be unknown.
+    PictureFacts numberless = canon("Canon EF-S IS", 34);
+    numberless.lensMinFocalMm = Known(18.0), numberless.lensMaxFocalMm = Known(55.0);
+    numberless.lensMinApertureAtMin = Known(3.5), numberless.lensMinApertureAtMax = Known(5.6);
+    row("numbers from the metadata", {kit}, numberless, foundKit);
 
     // Sources in the order of trust.
     PictureFacts facts = canon("50mm F1.4 DG HSM | Art 014", 50);

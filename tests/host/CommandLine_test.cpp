@@ -2,7 +2,9 @@
 // of the whole program check the effect of options.
 #include "Case.h"
 #include "ExpectedText.h"
+#include "PictureFacts.h"
 #include "TestFiles.h"
+#include "app/FactLines.h"
 #include "app/OutputPlan.h"
 #include "command/CommandLine.h"
 
@@ -18,6 +20,7 @@ private Q_SLOTS:
     void printedLines();
     void lastOneWins();
     void fittedOptions();
+    void facts();
     void helpFitsOnAScreen();
     void rivals_data();
     void rivals();
@@ -110,6 +113,29 @@ void tst_CommandLine::fittedOptions()
                 printed << QLatin1String(name) + text;
         QCOMPARE(printed.join(QLatin1Char(' ')), row);
     }
+}
+
+/// `correct -v` prints each fact and its source.
+void tst_CommandLine::facts()
+{
+    PictureFacts facts;
+    facts.make = {"M"_s, "a"_s}, facts.model = {"N"_s, "b"_s}, facts.lensMake = {"O"_s, "c"_s};
+    facts.lensNames = {{"P"_s, "d"_s}, {"Q"_s, "e"_s}};
+    facts.lensIds = {{"7"_s, "f"_s}};
+    double number = 0.5;
+    for (auto *fact :
+         {&facts.lensMinFocalMm, &facts.lensMaxFocalMm, &facts.lensMinApertureAtMin, &facts.lensMinApertureAtMax,
+          &facts.focalMm, &facts.focal35Mm, &facts.digitalZoom, &facts.aperture, &facts.focalPlaneWidthMm})
+        *fact = {++number, "g"_s};
+    facts.distanceM = {HUGE_VAL, "h"_s};
+    facts.pixels = {60, 40}, facts.original.value = {70, 50}, facts.original.source = "i"_s;
+    facts.raw = true, facts.orientation = 6, facts.readerTurn = 3;
+    facts.crop = {QRectF(0.125, 0.25, 0.5, 0.625), "j"_s};
+    facts.distortionDone = facts.chromaticDone = {true, "k"_s}, facts.vignettingDone = {true, "l"_s};
+    QCOMPARE(FactLines(facts), QString::fromLatin1(ExpectedText("facts, as correct -v prints them")));
+    facts.chromaticDone = {}, facts.vignettingDone.source = "k"_s;
+    QCOMPARE(DoneBeforeText(facts), "distortion (k), vignetting (k)"_s);
+    QCOMPARE(FactLines({}), "Pixels            -1 x -1\nOrientation       1\n"_s);
 }
 
 /// The short help fits a terminal of 80 x 40 characters.

@@ -318,9 +318,26 @@ void FittedRunTest::lenses()
     QVERIFY2(QJsonDocument::fromJson(objects) == QJsonDocument::fromJson(expected), objects);
     const QByteArray lens = "{\"lens\":\"Sigma 24-105mm f/4 DG OS HSM\",\"profiles\":[\"%1/lenses/3.lcp\"]}\n";
     QVERIFY(printed("lenses --json sigma 24-105"_s).startsWith(lens + "{\"lens\":\"lensfun:Sigma/"));
-    const ProgramResult none = Run("lenses no-such lens"_s);
-    QCOMPARE(none.exitCode, 1);
-    QCOMPARE(none.errorLines, QStringList("vitrelux: no lens named \"no-such lens\""_s));
+    const std::pair<const char *, const char *> failures[] = {
+        {"lenses no-such lens", "no lens named \"no-such lens\""},
+        {"lenses --lens-path gone", "there is no profile folder \"%1/gone\""},
+        {"correct -n --recursive lenses/shut", "lenses/shut: cannot be read"},
+        {"report gone", "gone: cannot be read: No such file or directory"},
+    };
+    for (const auto &[line, message] : failures) {
+        const ProgramResult failed = Run(QLatin1String(line));
+        QCOMPARE(failed.exitCode, 1);
+        QCOMPARE(failed.errorLines,
+                 QStringList("vitrelux: "_s + QString::fromLatin1(message).replace("%1"_s, m_dir->path())));
+    }
+    for (const char *line :
+         {"lenses --lens-path link --plugin none.so", "info --lens-path gone --plugin none.so named.jpg"}) {
+        const ProgramResult noted = Run(QLatin1String(line));
+        QVERIFY2(noted.exitCode == 0 && noted.error.startsWith("vitrelux: note: plug-in \""), noted.error);
+        QVERIFY2(noted.output.contains(QByteArray(line).contains("info") ? "none: there is no profile folder"
+                                                                         : "\n  7 files for 6"),
+                 noted.output);
+    }
 }
 
 QTEST_GUILESS_MAIN(FittedRunTest)

@@ -356,6 +356,17 @@ void tst_Profile::pictureBetweenEntries()
         const double expected = 100.0 * ((1.0 - weight) * -0.08 + weight * 0.04) * u * u;
         QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));
     }
+    // Every second of 202 entries is plotted, and all but one of their 25 focal lengths are listed.
+    QList<QByteArray> many;
+    for (int i = 0; i < 202; ++i)
+        many << Bent(20 + i % 25, -0.1);
+    WriteFile(Path("many.lcp"_s), File(many));
+    QCOMPARE(Run("profile --plot many.svg many.lcp"_s).exitCode, 0);
+    const QString listed = ReadPlot(ReadFile(Path("many.svg"_s))).Texts();
+    QVERIFY2(listed.startsWith("many.lcp, 101 of 202 entries, in pixels of the profile's frame|"_s)
+                 && listed.count(" mm|"_s) == 24
+                 && listed.endsWith("|44 mm|24 of 25 focal lengths, which run from red to violet"_s),
+             qPrintable(listed));
     // Only the blend is black.
     for (const QString &options : {QString(), " --for c.jpg"_s}) {
         QCOMPARE(Run("profile --overwrite --plot b.png m.lcp"_s + options).exitCode, 0);

@@ -99,6 +99,9 @@ void HostRunTest::callsInOrder()
     QCOMPARE(ReadFile(Path(kOutput)), QByteArray("probe"));
     QCOMPARE(QString::fromUtf8(result.output), Path("a_corrected.tiff\n"_s) + Path("b_corrected.tiff\n"_s));
     QCOMPARE(Made(), QStringList({kOutput, "b_corrected.tiff"_s}));
+    const ProgramResult none = RunProbe("no process", "a.jpg"_s);
+    QCOMPARE(none.exitCode, 1);
+    QVERIFY2(none.error.endsWith("ProbePlugin.so\": offers no process \"KIPluginOne2One\"\n"), none.error);
 }
 
 void HostRunTest::recordHasChosenCorrections()

@@ -356,6 +356,12 @@ void tst_Profile::pictureBetweenEntries()
         const double expected = 100.0 * ((1.0 - weight) * -0.08 + weight * 0.04) * u * u;
         QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));
     }
+    // A model that folds near the center: not even the largest zoom fills the picture.
+    WriteFile(Path("folded.lcp"_s), File({Bent(28, -9.0)}));
+    const QByteArray folded = Run("profile --for c.jpg folded.lcp"_s).output;
+    QVERIFY2(folded.contains("\n  Framing     zoom 2.0000, ")
+                 && folded.contains("\n              some pixels stay empty\n"),
+             folded);
     // Every second of 202 entries is plotted, and all but one of their 25 focal lengths are listed.
     QList<QByteArray> many;
     for (int i = 0; i < 202; ++i)

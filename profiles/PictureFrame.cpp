@@ -233,8 +233,8 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
 std::optional<EntryFrame> PictureFrame::ForEntry(const ProfileEntry &entry, bool chosen, QString *why) const
 {
     EntryFrame frame;
-    const QSizeF size(entry.width, entry.height);
     const bool isSame = IsSameBody(entry, m_body), hasSize = entry.width > 0.0 && entry.height > 0.0;
+    const QSizeF size = hasSize ? QSizeF(entry.width, entry.height) : QSizeF();
     const double profileAspect = isSame && hasSize ? LongOverShort(entry.width, entry.height) : 0.0;
     const auto shape = Shape(size, profileAspect, why);
     if (!shape)

@@ -2,7 +2,9 @@
 // of the whole program check the effect of options.
 #include "Case.h"
 #include "ExpectedText.h"
+#include "PictureFacts.h"
 #include "TestFiles.h"
+#include "app/FactLines.h"
 #include "app/OutputPlan.h"
 #include "command/CommandLine.h"
 
@@ -17,7 +19,8 @@ private Q_SLOTS:
     void refusesAndPrints();
     void printedLines();
     void lastOneWins();
-    void fittedOptionsAreAttributes();
+    void fittedOptions();
+    void facts();
     void helpFitsOnAScreen();
     void rivals_data();
     void rivals();
@@ -80,27 +83,59 @@ void tst_CommandLine::lastOneWins()
     QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 
-/// Options become attributes in the XML form of the plug-in's records; missing options add none.
-void tst_CommandLine::fittedOptionsAreAttributes()
+/// Options become attributes in the XML form of the plug-in's records, and decide the program's fit; missing options
+/// add none. The expected options of the fit are those that differ from the defaults.
+void tst_CommandLine::fittedOptions()
 {
-    using Attributes = QVector<QPair<QString, QString>>;
-    const struct {
-        const char *line;
-        Attributes attributes;
-    } rows[] = {
-        {"", {}},
-        {"--framing all --sampling bilinear", {{"Framing"_s, "all"_s}, {"Sampling"_s, "bilinear"_s}}},
-        {"--framing 1.25", {{"Framing"_s, "1.25"_s}}},
-        {"--amount vignetting=50,distortion=80", {{"AmountFalloff"_s, "0.5"_s}, {"AmountDisto"_s, "0.8"_s}}},
-        {"--distance inf --aperture 5.6", {{"Aperture"_s, "5.6"_s}, {"Distance"_s, "inf"_s}}},
-        {"--again --source lcp --body X", {{"Source"_s, "lcp"_s}, {"Again"_s, "1"_s}, {"Body"_s, "X"_s}}},
-    };
-    for (const auto &row : rows) {
-        const Case named(row.line);
-        const CommandLine line = ParseCommandLine(Words("correct a.jpg "_s + QLatin1String(row.line)));
+    for (const QString &row : QString::fromLatin1(ExpectedText("fitted options").trimmed()).split(QLatin1Char('\n'))) {
+        const CommandLine line = ParseCommandLine(Words("correct a.jpg "_s + row.section(" =>"_s, 0, 0)));
         QCOMPARE(line.action, CommandLine::Action::Correct);
-        QVERIFY2(line.correct.fitted.attributes == row.attributes, row.line);
+        QStringList printed(row.section(" =>"_s, 0, 0) + " =>"_s);
+        for (const auto &[name, value] : line.correct.fitted.attributes)
+            printed << name + QLatin1Char('=') + value;
+        const FitOptions &options = line.correct.fitted.fit;
+        const TypedFacts &typed = options.typed;
+        for (const auto &[name, value, usual] : {std::tuple("framing", double(options.framing), 0.0),
+                                                 {"zoom", options.framingFactor, 1.0},
+                                                 {"disto", options.amountDistortion, 1.0},
+                                                 {"color", options.amountChromatic, 1.0},
+                                                 {"light", options.amountVignetting, 1.0},
+                                                 {"projection", double(options.projection), 0.0},
+                                                 {"source", double(options.source), 0.0},
+                                                 {"again", double(options.again), 0.0},
+                                                 {"focal", typed.focalMm.value_or(0.0), 0.0},
+                                                 {"aperture", typed.aperture.value_or(0.0), 0.0},
+                                                 {"distance", typed.distanceM.value_or(0.0), 0.0}})
+            if (value != usual)
+                printed << QLatin1String(name) + QLatin1Char('=') + QString::number(value);
+        for (const auto &[name, text] : {std::pair("lens=", typed.lens), {"body=", typed.body}})
+            if (!text.isEmpty())
+                printed << QLatin1String(name) + text;
+        QCOMPARE(printed.join(QLatin1Char(' ')), row);
     }
+}
+
+/// `correct -v` prints each fact and its source.
+void tst_CommandLine::facts()
+{
+    PictureFacts facts;
+    facts.make = {"M"_s, "a"_s}, facts.model = {"N"_s, "b"_s}, facts.lensMake = {"O"_s, "c"_s};
+    facts.lensNames = {{"P"_s, "d"_s}, {"Q"_s, "e"_s}};
+    facts.lensIds = {{"7"_s, "f"_s}};
+    double number = 0.5;
+    for (auto *fact :
+         {&facts.lensMinFocalMm, &facts.lensMaxFocalMm, &facts.lensMinApertureAtMin, &facts.lensMinApertureAtMax,
+          &facts.focalMm, &facts.focal35Mm, &facts.digitalZoom, &facts.aperture, &facts.focalPlaneWidthMm})
+        *fact = {++number, "g"_s};
+    facts.distanceM = {HUGE_VAL, "h"_s};
+    facts.pixels = {60, 40}, facts.original.value = {70, 50}, facts.original.source = "i"_s;
+    facts.raw = true, facts.orientation = 6, facts.readerTurn = 3;
+    facts.crop = {QRectF(0.125, 0.25, 0.5, 0.625), "j"_s};
+    facts.distortionDone = facts.chromaticDone = {true, "k"_s}, facts.vignettingDone = {true, "l"_s};
+    QCOMPARE(FactLines(facts), QString::fromLatin1(ExpectedText("facts, as correct -v prints them")));
+    facts.chromaticDone = {}, facts.vignettingDone.source = "k"_s;
+    QCOMPARE(DoneBeforeText(facts), "distortion (k), vignetting (k)"_s);
+    QCOMPARE(FactLines({}), "Pixels            -1 x -1\nOrientation       1\n"_s);
 }
 
 /// The short help fits a terminal of 80 x 40 characters.

@@ -272,6 +272,8 @@ void tst_CorrectedMetadata::kinds_data()
     QTest::newRow("gray with alpha") << int(PHOTOMETRIC_MINISBLACK) << 2 << 8 << 4 << 400;
     QTest::newRow("tiled") << int(PHOTOMETRIC_RGB) << 3 << 16 << 3 << 400;
     QTest::newRow("gray, plain --plain") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 0 << 0;
+    QTest::newRow("pictures of 2 channels, plain --plain") << int(PHOTOMETRIC_MINISBLACK) << 2 << 8 << 0 << 0;
+    QTest::newRow("pictures of 5 channels") << int(PHOTOMETRIC_RGB) << 5 << 8 << 0 << 0;
     QTest::newRow("tiled, plain --plain") << int(PHOTOMETRIC_RGB) << 3 << 8 << 0 << 0;
     QTest::newRow("CMYK") << cmyk << 4 << 8 << 0 << 0;
     QTest::newRow("CMYK --convert") << cmyk << 4 << 8 << 3 << 360; // (1 - 0.4) * (1 - 0.4): color ink and black
@@ -300,10 +302,12 @@ void tst_CorrectedMetadata::kinds()
     const ProgramResult run = ProgramRun().Run(arguments);
     QCOMPARE(run.exitCode, resultChannels == 0 ? 1 : 0);
     if (resultChannels == 0) {
-        const QString kind =
-            row.section(QLatin1Char(','), 0, 0) + (row.contains("tiled"_s) ? " TIFF files"_s : " pictures"_s);
-        const QString hint =
-            row.contains("plain"_s) ? QString() : "; \"vitrelux correct --convert\" corrects them as sRGB"_s;
+        const QString kind = row.section(QLatin1Char(','), 0, 0)
+            + (row.contains("tiled"_s)          ? " TIFF files"_s
+                   : row.contains("pictures"_s) ? ""_s
+                                                : " pictures"_s);
+        const bool isConvertible = photometric == PHOTOMETRIC_SEPARATED || photometric == PHOTOMETRIC_CIELAB;
+        const QString hint = isConvertible ? "; \"vitrelux correct --convert\" corrects them as sRGB"_s : QString();
         QCOMPARE(run.errorLines, QStringList("vitrelux: %1: %2 are not supported%3"_s.arg(path, kind, hint)));
         return;
     }

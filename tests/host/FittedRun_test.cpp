@@ -108,45 +108,12 @@ void FittedRunTest::correct_data()
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<int>("written");
     QTest::addColumn<QStringList>("messages"); // in this order
-    const QString decoy = "lenses/0.lcp"_s;
-    const auto row = [](const char *name, const QString &line, int exitCode, int written, const QStringList &messages) {
-        QTest::newRow(name) << line << exitCode << written << messages;
-    };
-    row("chosen", "--profile lenses/0.lcp named.jpg"_s, 0, 1,
-        {"named.jpg: note: profile \""_s, decoy, "; entries: 50 mm"_s});
-    row("chosen, on two threads", "-j 2 --profile lenses/0.lcp named.jpg again.jpg"_s, 0, 2, {decoy, decoy});
-    row("found among near misses", "--lens-path lenses named.jpg"_s, 0, 1,
-        {kFound, "entries: 50 mm f/8 10 m 100 %"_s, "left out: lateral color: the profile has no"_s});
-    row("two that correct alike", "--lens-path alike named.jpg"_s, 0, 1, {"alike/a.lcp"_s});
-    row("two that don't", "--source lcp --lens-path unlike named.jpg"_s, 1, 0, {"unlike/a.lcp"_s, "unlike/b.lcp"_s});
-    row("lensfun", "--lens-path empty known.jpg"_s, 0, 1,
-        {"profile \"lensfun:Canon/Canon EF 135mm f/2L"_s, "at 135.041 mm"_s});
-    row("lensfun excluded", "--source lcp --lens-path empty known.jpg"_s, 1, 0, {"has no lens profile"_s});
-    row("corrected before", "--lens-path lenses again.jpg"_s, 0, 0,
-        {"note: skipped, corrected before: distortion"_s, "--again"_s});
-    row("corrected again by request", "--again --lens-path lenses again.jpg"_s, 0, 1,
-        {kFound, "corrected again, although already corrected"_s});
-    row("lens not in the metadata", "--lens-path lenses unnamed.jpg"_s, 1, 0, {"name it with --lens"_s});
-    row("typed lens",
-        "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
-        "--distance 2 unnamed.jpg"_s,
-        0, 1, {kFound});
-    row("no profile, near misses", "-j 1 --lens-path lenses none.jpg named.jpg"_s, 1, 1,
-        {"none.jpg: has no lens profile"_s, "f/4L IS III USM"_s, "; nearest: "_s, "24-105mm"_s, kFound});
-    row("requested but missing", "--vignetting --profile light.lcp named.jpg"_s, 1, 0,
-        {"vignetting: the profile has no model for it"_s});
-    row("one of two missing", "--vignetting --distortion --profile light.lcp named.jpg"_s, 1, 0,
-        {"cannot make the requested corrections: vignetting"_s});
-    row("amounts in a dry run", "-n --amount distortion=0,vignetting=0 --profile lenses/0.lcp named.jpg"_s, 1, 0,
-        {"distortion, vignetting: its amount is 0"_s});
-    row("no such folder", "--lens-path gone named.jpg"_s, 1, 0, {"there is no profile folder \""_s});
-    row("another plug-in", "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s, 1, 0,
-        {"doesn't support fitted corrections; \"vitrelux correct --plain"_s});
-    row("facts, to five digits", "-v --lens-path empty known.jpg"_s, 0, 1,
-        {"\n  Focal length      135.04 mm (EXIF FocalLength)\n"_s});
-    row("facts", "-v --lens-path lenses named.jpg"_s, 0, 1,
-        {"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s, "50 mm (EXIF FocalLength)\n"_s,
-         "note: profile"_s});
+    for (const QByteArray &text : ExpectedText("fitted runs").trimmed().split('\n')) {
+        const QStringList cells = QString::fromLatin1(text).split(" => "_s);
+        QTest::newRow(qPrintable(cells[0]))
+            << QString(cells.value(1)).replace("%1"_s, QStringLiteral(PROBE_PLUGIN)) << cells.value(2).toInt()
+            << cells.value(3).toInt() << QString(cells.value(4)).replace("\\n"_s, "\n"_s).split(" | "_s);
+    }
 }
 
 void FittedRunTest::correct()
@@ -351,9 +318,26 @@ void FittedRunTest::lenses()
     QVERIFY2(QJsonDocument::fromJson(objects) == QJsonDocument::fromJson(expected), objects);
     const QByteArray lens = "{\"lens\":\"Sigma 24-105mm f/4 DG OS HSM\",\"profiles\":[\"%1/lenses/3.lcp\"]}\n";
     QVERIFY(printed("lenses --json sigma 24-105"_s).startsWith(lens + "{\"lens\":\"lensfun:Sigma/"));
-    const ProgramResult none = Run("lenses no-such lens"_s);
-    QCOMPARE(none.exitCode, 1);
-    QCOMPARE(none.errorLines, QStringList("vitrelux: no lens named \"no-such lens\""_s));
+    const std::pair<const char *, const char *> failures[] = {
+        {"lenses no-such lens", "no lens named \"no-such lens\""},
+        {"lenses --lens-path gone", "there is no profile folder \"%1/gone\""},
+        {"correct -n --recursive lenses/shut", "lenses/shut: cannot be read"},
+        {"report gone", "gone: cannot be read: No such file or directory"},
+    };
+    for (const auto &[line, message] : failures) {
+        const ProgramResult failed = Run(QLatin1String(line));
+        QCOMPARE(failed.exitCode, 1);
+        QCOMPARE(failed.errorLines,
+                 QStringList("vitrelux: "_s + QString::fromLatin1(message).replace("%1"_s, m_dir->path())));
+    }
+    for (const char *line :
+         {"lenses --lens-path link --plugin none.so", "info --lens-path gone --plugin none.so named.jpg"}) {
+        const ProgramResult noted = Run(QLatin1String(line));
+        QVERIFY2(noted.exitCode == 0 && noted.error.startsWith("vitrelux: note: plug-in \""), noted.error);
+        QVERIFY2(noted.output.contains(QByteArray(line).contains("info") ? "none: there is no profile folder"
+                                                                         : "\n  7 files for 6"),
+                 noted.output);
+    }
 }
 
 QTEST_GUILESS_MAIN(FittedRunTest)

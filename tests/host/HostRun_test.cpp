@@ -99,6 +99,9 @@ void HostRunTest::callsInOrder()
     QCOMPARE(ReadFile(Path(kOutput)), QByteArray("probe"));
     QCOMPARE(QString::fromUtf8(result.output), Path("a_corrected.tiff\n"_s) + Path("b_corrected.tiff\n"_s));
     QCOMPARE(Made(), QStringList({kOutput, "b_corrected.tiff"_s}));
+    const ProgramResult none = RunProbe("no process", "a.jpg"_s);
+    QCOMPARE(none.exitCode, 1);
+    QVERIFY2(none.error.endsWith("ProbePlugin.so\": offers no process \"KIPluginOne2One\"\n"), none.error);
 }
 
 void HostRunTest::recordHasChosenCorrections()
@@ -317,7 +320,11 @@ void HostRunTest::rivalsForOneOutput()
     const ProgramResult plan = Run("correct -n -j 1 --plain --skip-existing --profile p.lcp -o out a.jpg b.jpg"_s);
     QCOMPARE(plan.errorLines.size(), 2);
     QVERIFY2(plan.errorLines[0].startsWith("vitrelux: a.jpg: note: would be skipped: output \""_s), plan.error);
-    QCOMPARE(plan.errorLines[1], "vitrelux: b.jpg: note: would correct distortion, lateral color, vignetting"_s);
+    const QString would = "vitrelux: b.jpg: note: would correct distortion, lateral color, vignetting"_s;
+    QCOMPARE(plan.errorLines[1], would);
+    // Shards divide the sorted list.
+    const ProgramResult shard = Run("correct -n --plain --profile p.lcp --shard 2/2 b.jpg c.tiff a.jpg"_s);
+    QCOMPARE(shard.errorLines, QStringList(would));
 }
 
 void HostRunTest::interruptionLeavesNothing()
@@ -366,9 +373,12 @@ void HostRunTest::firstInterruptFinishesThePicture()
 void HostRunTest::removesWorkFoldersOfKilledRuns()
 {
     const auto folders = [this] { return Names(m_dir->path()).filter(".vitrelux-"_s); };
+    // Of folders without a lock, only empty ones with a name of the right length are removed.
+    for (const char *name : {".vitrelux-empty6", ".vitrelux-filled/deep", ".vitrelux-longer7"})
+        QVERIFY(QDir().mkpath(Path(QLatin1String(name))));
     m_run->Set("VITRELUX_PROBE", "block"_s);
     m_run->Begin((kProbe + "a.jpg"_s).split(QLatin1Char(' ')));
-    QTRY_COMPARE_WITH_TIMEOUT(folders().size(), 1, 60000);
+    QTRY_COMPARE_WITH_TIMEOUT(folders().size() + folders().filter("empty"_s).size(), 3, 60000);
     for (const int left : {1, 0}) {
         const Case named("folders left", left);
         ProgramRun next;
@@ -376,10 +386,11 @@ void HostRunTest::removesWorkFoldersOfKilledRuns()
         next.Set("VITRELUX_PROBE_NOTES", Path("notes"_s));
         QCOMPARE(next.Run((kProbe + "--overwrite b.jpg"_s).split(QLatin1Char(' '))).exitCode, 0);
         QVERIFY(Notes().filter("Process b.jpg"_s).last().endsWith(" 7 2"_s)); // no lock is left open
-        QCOMPARE(folders().size(), left);
+        QCOMPARE(folders().size(), left + 2);
         m_run->kill();
         m_run->waitForFinished();
     }
+    QCOMPARE(folders(), QStringList({".vitrelux-filled"_s, ".vitrelux-longer7"_s}));
 }
 
 void HostRunTest::standardStreams()

@@ -221,6 +221,14 @@ void InfoTest::storedFolder()
     QVERIFY2(ignored.output.contains("none: no profile folder is known"), ignored.output);
     QCOMPARE(ignored.errorLines,
              QStringList("vitrelux: note: settings file \"%1\" is ignored: not a regular file"_s.arg(settings)));
+    QVERIFY(QFile::remove(settings));
+    WriteFile(settings, QByteArray((1 << 20) + 1, '\n'));
+    for (const char *line : {"info a.jpg", "lenses", "correct -n --plain --profile p.lcp a.jpg"}) {
+        const QString reported = Run(QLatin1String(line)).errorLines.value(0);
+        QCOMPARE(
+            reported,
+            "vitrelux: note: settings file \"%1\" is ignored: 1048577 bytes, expected 1048576 at most"_s.arg(settings));
+    }
     m_run->Set("TMPDIR", "/proc"_s); // no folder can be created there
     QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }

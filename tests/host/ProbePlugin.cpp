@@ -128,6 +128,8 @@ public:
     QList<QPointer<QObject>> Plugins(KIPluginLibrary::MGX kind) override
     {
         Note(QStringLiteral("Plugins %1").arg(int(kind)));
+        if (qgetenv("VITRELUX_PROBE") == "no process")
+            return {new QObject(this)};
         return {new QObject(this), new ProbeProcess(this)}; // the host must try a cast on each
     }
 };

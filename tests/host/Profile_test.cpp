@@ -97,6 +97,14 @@ public:
 
     bool Valid() const { return m_valid; }
     QString Texts() const { return m_texts.join(QLatin1Char('|')); }
+    /// Returns the positions of a centered text.
+    QVector<QPointF> Centered(const QString &text) const { return m_centered.value(text); }
+    /// Returns the middle of a panel.
+    QPointF Middle(int panel) const
+    {
+        return {(m_radii[panel].first().x() + m_radii[panel].last().x()) / 2.0,
+                (m_values[panel].first().x() + m_values[panel].last().x()) / 2.0};
+    }
     double ValuePerUnit(int panel) const { return std::abs(Slope(m_values[panel])); }
 
     /// Returns the points of the n-th curve with this title in a panel; x is the radius. @p pen gets color, width and
@@ -127,11 +135,13 @@ private:
     void Take(const QDomElement &text)
     {
         m_texts << text.text();
+        const double x = text.attribute("x"_s).toDouble(), y = text.attribute("y"_s).toDouble();
+        if (text.attribute("text-anchor"_s) == "middle"_s)
+            m_centered[text.text()].append({x, y});
         bool isNumber = false;
         const double value = text.text().toDouble(&isNumber);
         if (!isNumber)
             return;
-        const double x = text.attribute("x"_s).toDouble(), y = text.attribute("y"_s).toDouble();
         if (text.attribute("text-anchor"_s) == "end"_s) { // left of its grid line; the baseline is half a letter lower
             if (x != m_lastX)
                 m_values.append(Scale());
@@ -166,6 +176,7 @@ private:
     bool m_valid = false;
     QStringList m_texts;
     QVector<Scale> m_values, m_radii; // by panel
+    QMap<QString, QVector<QPointF>> m_centered;
     double m_lastX = 0.0;
 };
 
@@ -329,6 +340,7 @@ void tst_Profile::pictureBetweenEntries()
              "m.lcp, in pixels of the picture|Distortion (%)|-6|-5|-4|-3|-2|-1|0|1|2"_s + radii
                  + "Color shift (pixels): red solid, blue dashed"_s + none + "Light (EV)"_s + none
                  + "blend for c.jpg|20 mm|24 mm|35 mm"_s);
+    QCOMPARE(plot.Centered("no model"_s), QVector<QPointF>({plot.Middle(1), plot.Middle(2)}));
     QString pen;
     for (const auto &[title, expected] : {std::pair("20 mm f/2.8 3 m"_s, "#cc1f1f 1 "_s),
                                           std::pair("35 mm f/2.8 1 m"_s, "#921fcc 1 "_s), // hues of 0 and 280 degrees
@@ -344,6 +356,23 @@ void tst_Profile::pictureBetweenEntries()
         const double expected = 100.0 * ((1.0 - weight) * -0.08 + weight * 0.04) * u * u;
         QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));
     }
+    // A model that folds near the center: not even the largest zoom fills the picture.
+    WriteFile(Path("folded.lcp"_s), File({Bent(28, -9.0)}));
+    const QByteArray folded = Run("profile --for c.jpg folded.lcp"_s).output;
+    QVERIFY2(folded.contains("\n  Framing     zoom 2.0000, ")
+                 && folded.contains("\n              some pixels stay empty\n"),
+             folded);
+    // Every second of 202 entries is plotted, and all but one of their 25 focal lengths are listed.
+    QList<QByteArray> many;
+    for (int i = 0; i < 202; ++i)
+        many << Bent(20 + i % 25, -0.1);
+    WriteFile(Path("many.lcp"_s), File(many));
+    QCOMPARE(Run("profile --plot many.svg many.lcp"_s).exitCode, 0);
+    const QString listed = ReadPlot(ReadFile(Path("many.svg"_s))).Texts();
+    QVERIFY2(listed.startsWith("many.lcp, 101 of 202 entries, in pixels of the profile's frame|"_s)
+                 && listed.count(" mm|"_s) == 24
+                 && listed.endsWith("|44 mm|24 of 25 focal lengths, which run from red to violet"_s),
+             qPrintable(listed));
     // Only the blend is black.
     for (const QString &options : {QString(), " --for c.jpg"_s}) {
         QCOMPARE(Run("profile --overwrite --plot b.png m.lcp"_s + options).exitCode, 0);

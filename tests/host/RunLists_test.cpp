@@ -230,6 +230,14 @@ void tst_RunLists::recordsOfOtherPrograms()
     QCOMPARE(read.size(), 1);
     QCOMPARE(ToJson(read[0]), ToJson(report));
     QCOMPARE(read[0].assumed, report.assumed);
+    problems.clear();
+    QVERIFY(ReadReports(scene.filePath("gone"_s), &problems).isEmpty());
+    WriteFile(file, QByteArray(16 << 20, ' ') + "{}");
+    QVERIFY(ReadReports(file, &problems).isEmpty());
+    QCOMPARE(problems,
+             QStringList({"cannot be read: No such file or directory"_s,
+                          "line 1 is longer than 16777216 bytes; the rest is left out"_s}));
+    problems = QStringList({{}, {}});
     WriteFile(file, QByteArray(22, '\n').replace("\n", "{}\n"));
     ReadReports(file, &problems);
     QCOMPARE(problems.mid(21),

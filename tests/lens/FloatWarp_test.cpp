@@ -284,6 +284,11 @@ void tst_FloatWarp::someRowsOfTheSource()
     // The rows at the same height are rarely enough; the estimated rows always are.
     QVERIFY2(missing[0] > 100 && missing[1] == 0 && missing[2] == 0, qPrintable(QString::number(missing[1])));
     QVERIFY2(estimated < 32 * kHeight * 4, qPrintable(QString::number(estimated)));
+    // After a miss, callers try as many more rows on either side, within the picture.
+    for (const auto &[height, first, end] : {std::tuple(100, 2, 11), {10, 2, 10}}) {
+        const FloatWarp::RowRange range = FloatWarp::RowRange{5, 8}.Widened(height);
+        QVERIFY(range.first == first && range.end == end && FloatWarp::RowRange({1, 4}).Widened(height).first == 0);
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_FloatWarp)

@@ -153,6 +153,10 @@ void tst_FitChoices::choices_data()
     };
     for (const QStringList &row : ReadTable(QStringLiteral(CHOICES)))
         QTest::newRow(qPrintable(row[0])) << entries(row[1]) << shot(row[2]) << row[3];
+    QVector<ProfileEntry> sideless = {Entry(20.0), Entry(40.0)}; // the picture's body gives the size instead
+    sideless[0].width = sideless[1].height = 0.0;
+    QTest::newRow("frames with one side")
+        << sideless << shot(QStringLiteral("25 3 4")) << QStringLiteral("20 mm f/4 3 m 60 %, 40 mm f/4 3 m 40 %\n");
     // A frame for each body, size and crop factor. The longest sides are 18 mm in the picture, and in the entries:
     QVector<ProfileEntry> framed = entries(QStringLiteral("20 1 4;20 4 4;40 1 4;40 4 4"));
     framed[0].model = framed[1].model = framed[2].model = framed[3].model = QStringLiteral("X"); // 24 mm

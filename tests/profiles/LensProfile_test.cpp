@@ -278,6 +278,10 @@ void tst_LensProfile::refused_data()
         "not a complete XML document: line 1: more than 500000 elements, attributes and comments");
     row("no focal length", QByteArray(whole).replace("<s:FocalLength>50</s:FocalLength>", ""), noFocal);
     row("an invalid focal length", QByteArray(whole).replace("Length>50<", "Length>1e308<"), noFocal);
+    row("a focal length that isn't a number", Small("", Value("FocalLengthX", "x") + kRadial),
+        "none of its 1 entries can be used: line 6: FocalLengthX is \"x\", not a valid number: PerspectiveModel can't "
+        "be "
+        "used");
     row("only coefficient invalid", Small("", Value("RadialDistortParam1", "inf")),
         "none of its 1 entries can be used: line 6: RadialDistortParam1 is \"inf\", not a valid number: "
         "PerspectiveModel can't be used");

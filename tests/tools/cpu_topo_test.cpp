@@ -3,8 +3,12 @@
 
 #include "Case.h"
 #include "RecordedMachine.h"
+#include "TestFiles.h"
 
+#include <QTemporaryFile>
 #include <QtTest>
+
+#include <unistd.h>
 
 using Ids = std::vector<unsigned>;
 using Caches = std::vector<RecordedCache>;
@@ -59,11 +63,14 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
          {R(R::Intel, 0x16, Range(0, 6, 2)).PerPackage(16).Caches(8, quadHt).Levels({{1, 1, 1}, {2, 4, 6}}),
           {1, 6, 6, 6, 1, {{6, 1, 32}, {6, 1, 32}, {6, 1, 256}, {1, 6, 8192}}}}},
         {"Intel, leaf 11 with modules and dies above the cores",
-         {R(R::Intel, 0x1B, Range(0, 4) + Range(64, 4))
+         {R(R::Intel, MAX_LEAFS - 1, Range(0, 4) + Range(64, 4)) // as many leaves, levels and caches as are recorded
               .PerPackage(64)
-              .Caches(32, {{1, D, 2, 64, 12}})
-              .Levels({{1, 1, 2}, {2, 6, 4}, {5, 6, 4}}),
-          {2, 4, 8, 2, 2, {{4, 2, 48}}}}},
+              .Caches(32, Caches(5, {1, D, 2, 64, 12}))
+              .Levels({{1, 1, 2}, {2, 6, 4}, {3, 6, 4}, {4, 6, 4}, {5, 6, 4}}),
+          {2, 4, 8, 2, 2, std::vector<std::array<unsigned, 3>>(5, {4, 2, 48})}}},
+        {"Intel, as many cores as the record holds",
+         {R(R::Intel, 0xB, Range(0, MAX_CORES)).PerPackage(255).Levels({{1, 0, 1}, {2, 10, MAX_CORES}}),
+          {1, MAX_CORES, MAX_CORES, MAX_CORES, 1, {}}}},
         {"Intel, 4 cores, level 2 cache shared by pairs, leaves 1 and 4",
          {R(R::Intel, 0xD, Range(0, 4)).PerPackage(4).Caches(4, core2), // leaf 11 exists but is empty
           {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
@@ -75,6 +82,8 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
          {R(R::Intel, 0xA, Range(0, 4)).PerPackage(1).Caches(4, {{1, D, 1, 64, 8}}), {1, 4, 4, 4, 1, {{4, 1, 32}}}}},
         {"AMD, 6 cores without multithreading, no topology extensions: caches unknown",
          {R(R::Amd, 6, Range(0, 6)).PerPackage(6).AmdCores(0x10, 6, 3), {1, 6, 6, 6, 1, {}}}},
+        {"AMD, a number of cores in place of the width of the field",
+         {R(R::Amd, 6, Range(8, 3)).PerPackage(3).AmdCores(0xF, 3, 0), {1, 3, 3, 3, 1, {}}}},
         {"AMD, compute units are not threads",
          {R(R::Amd, 0xD, Range(16, 8))
               .PerPackage(8)
@@ -84,11 +93,12 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
         {"AMD, 8 cores with 2 threads in two groups, before leaf 11",
          {R(R::Amd, 0xD, Range(0, 16)).PerPackage(16).AmdCores(0x17, 16, 4).AmdExtensions(2, zen),
           {1, 8, 16, 8, 2, {{8, 2, 32}, {8, 2, 64}, {8, 2, 512}, {2, 8, 8192}}}}},
-        {"AMD, 2 sockets of 8 cores with 2 threads, leaf 11",
+        {"Hygon, 2 sockets of 8 cores with 2 threads, leaf 11",
          {R(R::Amd, 0x10, Range(0, 16) + Range(128, 16))
               .PerPackage(16)
               .AmdCores(0x17, 16, 7)
               .AmdExtensions(2, rome)
+              .Set(0, 0, {0x10, 0x6F677948, 0x656E6975, 0x6E65476E}) // "HygonGenuine"
               .Levels({{1, 1, 2}, {2, 7, 16}}),
           {2, 16, 32, 8, 2, {{16, 2, 32}, {16, 2, 32}, {16, 2, 512}, {4, 8, 16384}}}}},
         {"identifiers above 8 bits, leaf 11",
@@ -105,6 +115,7 @@ struct FailureRow {
     const char *name;
     RecordedMachine machine;
     unsigned error;
+    QByteArray printed = {}; // up to the place
     int bindings = 0, forbiddenCpu = -1, unbindableCpu = -1;
 };
 
@@ -112,15 +123,62 @@ std::vector<FailureRow> Failures()
 {
     const R four = R(R::Intel, 0xB, Range(0, 4)).PerPackage(4).Caches(4, {{1, D, 1, 64, 8}});
     const CpuidRegisters manyLeaves = {0x1E, 0x756E6547, 0x6C65746E, 0x49656E69};
-    return {
-        {"restricted to some processors", four, kTopologyAffinityError, 0, 2},
-        {"binding refused", four, kTopologyBindError, 3, -1, 2},
-        {"leaf 11 without threads", R(four).Levels({{2, 1, 4}}), kTopologyGeneralError},
-        {"leaf 11 that never ends", R(four).Levels(std::vector<RecordedLevel>(20, {1, 1, 2})), kTopologyGeneralError},
-        {"more leaves than the record holds", R(four).Set(0, 0, manyLeaves), kTopologyGeneralError},
-        {"more caches than the record holds", R(four).Caches(4, Caches(7, {1, D, 1, 64, 8})), kTopologyGeneralError},
-        {"cores counted as threads, before leaf 4", R(R::Amd, 1, Range(0, 4)).PerPackage(4).AmdCores(0xF, 4, 0),
-         kTopologyLegacyError}};
+    const QByteArray list = "Need bigger MAX_CACHE_SUBLEAFS(6)";
+    return {{"restricted to some processors", four, kTopologyAffinityError, "", 0, 2},
+            {"binding refused", four, kTopologyBindError, "", 3, -1, 2},
+            {"leaf 11 without threads", R(four).Levels({{2, 1, 4}}), kTopologyGeneralError},
+            {"leaf 11 that never ends", R(four).Levels(std::vector<RecordedLevel>(20, {1, 1, 2})),
+             kTopologyGeneralError, list},
+            {"more levels than the record holds", R(four).Levels(std::vector<RecordedLevel>(6, {1, 1, 2})),
+             kTopologyGeneralError, list},
+            {"more caches than the record holds", R(four).Caches(4, Caches(6, {1, D, 1, 64, 8})), kTopologyGeneralError,
+             list},
+            {"more leaves than the record holds", R(four).Set(0, 0, manyLeaves), kTopologyGeneralError,
+             "got maxCPUID= 0x1e but the array only handles up to 0x1e. Bye"},
+            {"more cores than the record holds",
+             R(R::Intel, 0xB, Range(0, MAX_CORES + 1)).PerPackage(4).Levels({{1, 0, 1}, {2, 10, 9}}),
+             kTopologyGeneralError, "got too large 2nd dimension 512 which is bigger than 512", MAX_CORES + 1},
+            {"no processors", R(R::Intel, 0xB, {}), kTopologyAnalysisError},
+            {"cores counted as threads, before leaf 4", R(R::Amd, 1, Range(0, 4)).PerPackage(4).AmdCores(0xF, 4, 0),
+             kTopologyLegacyError}};
+}
+
+/// Returns what @p run writes to standard output.
+template <typename Run> QByteArray Printed(Run run)
+{
+    QTemporaryFile file;
+    file.open();
+    std::fflush(stdout);
+    const int before = ::dup(1);
+    ::dup2(file.handle(), 1);
+    run();
+    std::fflush(stdout);
+    ::dup2(before, 1);
+    ::close(before);
+    return ReadFile(file.fileName());
+}
+
+/// Returns whether the parts of each identifier add up to it, and the record holds the lists of leaves 4 and 11.
+bool IsWholeRecord(RecordedMachine *machine)
+{
+    CpuTopology &g = *glbl_ptr;
+    bool isWhole = CompareEqualGenericAffinity(&g.processAffinity, &g.systemAffinity);
+    for (unsigned i = 0; i < g.threadCount; ++i) {
+        const CpuThreadRecord &r = g.threadRecords[i];
+        isWhole &= (r.packageId << g.packageShift | r.coreId << g.smtWidth | r.smtId) == r.apicId;
+        for (unsigned c = 0; c < MAX_CACHE_SUBLEAFS; ++c)
+            isWhole &= r.cacheId[c] + r.cacheSmtId[c] == r.apicId && r.cacheSmtId[c] >> g.cacheWidth[c] == 0;
+    }
+    for (const unsigned leaf : {4u, 11u}) {
+        const unsigned count = g.cpuidSnapshot[leaf].subleafCount;
+        for (unsigned i = 0; i < count; ++i) { // the last entry is empty
+            const CpuidRegisters got = g.cpuidSnapshot[leaf].subleaf[i], wanted = machine->Cpuid(leaf, i);
+            isWhole &= got.eax == wanted.eax && got.ebx == wanted.ebx && got.ecx == wanted.ecx;
+            isWhole &= ((leaf == 4 ? got.eax : got.ebx) == 0) == (i == count - 1);
+        }
+        isWhole &= (count > 0) == (MaxLeaf(*machine) >= leaf);
+    }
+    return isWhole && g.maxCacheSubleaf == (g.cacheRecords.empty() ? 0 : g.cacheRecords.size() - 1);
 }
 
 } // namespace
@@ -135,6 +193,8 @@ private Q_SLOTS:
     void ordinals();
     void failures();
     void processorName();
+    void fieldsAndNames();
+    void masks();
 };
 
 void tst_CpuTopo::cleanup()
@@ -160,9 +220,16 @@ void tst_CpuTopo::recorded()
             const std::array<unsigned, 3> cache = {GetSysEachCacheCount(i), GetCoreCountPerEachCache(i, 0),
                                                    glbl_ptr->cacheRecords[i].sizeKb};
             QVERIFY2(cache == expected.caches[i], name);
+            QVERIFY2(GetCacheTotalLize(MaxLeaf(machine), i) == cache[2] * 1024ull, name);
+            QVERIFY2(glbl_ptr->cacheMask[i] == (1u << glbl_ptr->cacheWidth[i]) - 1, name);
         }
         InitCpuTopology();
         QCOMPARE(machine.bindings, int(expected.threads)); // each processor is read only once
+        QVERIFY2(IsWholeRecord(&machine), name);
+        QCOMPARE(GetHWMTConfig(0), 0);
+        QCOMPARE(glbl_ptr->hwmtThreadsPerCore, expected.threadsOfCore0);
+        const unsigned perPackage = expected.threads / expected.packages;
+        QVERIFY2(glbl_ptr->hwmtThreadsPerPackage == (name[0] == 'h' ? 1 : perPackage), name); // the hypervisor
         cleanup();
         init();
     }
@@ -182,13 +249,8 @@ void tst_CpuTopo::ordinals()
     QCOMPARE(SlectOrdfromPkg(2, -1, -1), 0u);
     QCOMPARE(GetHWMTConfig(1), 0);
     QCOMPARE(machine.current, 12u);
-    QCOMPARE(glbl_ptr->hwmtThreadsPerCore, 2u);
-    QCOMPARE(glbl_ptr->hwmtThreadsPerPackage, 12u);
     QCOMPARE(GetHWMTConfig(2), -1);
-    QCOMPARE(GetCacheTotalLize(0xF, 3), 15360ull * 1024);
     QCOMPARE(GetCacheTotalLize(3, 0), 0ull);
-    QCOMPARE(glbl_ptr->cacheRecords[0].shortName, std::string("L1D"));
-    QCOMPARE(glbl_ptr->cacheRecords[3].longName, std::string("Level 3 Unified cache, size(KBytes)= 15360"));
 }
 
 void tst_CpuTopo::failures()
@@ -199,6 +261,8 @@ void tst_CpuTopo::failures()
         machine.forbiddenCpu = failure.forbiddenCpu;
         machine.unbindableCpu = failure.unbindableCpu;
         SetCpuMachine(&machine);
+        const QByteArray printed = Printed(InitCpuTopology);
+        QCOMPARE(printed.left(printed.indexOf(" at ")), failure.printed);
         QVERIFY2(GetSysLogicalProcessorCount() == 0u && glbl_ptr->error == failure.error, failure.name);
         const Ids counts = {GetSysProcessorCoreCount(), GetSysEachCacheCount(0), GetthreadCount(0, 0),
                             SlectOrdfromPkg(-1, -1, -1)};
@@ -228,6 +292,72 @@ void tst_CpuTopo::processorName()
         QCOMPARE(machine.bindings, 0);
         SetCpuMachine(nullptr);
     }
+}
+
+void tst_CpuTopo::fieldsAndNames()
+{
+    const unsigned bits[][4] = {{0xABCD1234, 8, 15, 0x12}, // a value, the first and the last bit, and these bits
+                                {~0u, 0, 31, ~0u},
+                                {1u << 31, 31, 31, 1},
+                                {~0u, 5, 4, 0},
+                                {~0u, 0, 32, 0}};
+    for (const auto &[value, from, to, wanted] : bits)
+        QCOMPARE(getBitsFromDWORD(value, from, to), wanted);
+    const std::pair<unsigned, unsigned> widths[] = {{0, 0}, {1, 0}, {2, 1}, {3, 2}, {4, 2}, {5, 3}, {255, 8}};
+    for (const auto &[count, width] : widths)
+        QCOMPARE(WidthOf(count), width);
+    QCOMPARE(CacheBytes({0, 1 << 22 | 2 << 12 | 3, 4, 0}), 2ull * 3 * 4 * 5);
+    RecordedMachine machine(R::Intel, 4, {0});
+    machine.Caches(1, {{1, D, 1, 64, 8}, {1, I, 1, 64, 8}, {2, U, 1, 128, 8}, {3, 5, 1, 64, 8}});
+    QByteArray names;
+    for (unsigned i = 0; i < 5; ++i)
+        names += QByteArray::fromStdString(DescribeCache(machine, i).shortName + ": "
+                                           + DescribeCache(machine, i).longName + "\n");
+    QCOMPARE(names,
+             QByteArray("L1D: Level 1 Data cache, size(KBytes)= 32\n"
+                        "L1I: Level 1 Instruction cache, size(KBytes)= 32\n"
+                        "L2: Level 2 Unified cache, size(KBytes)= 64\n"
+                        "L3: Level 3 cache type undefined, size(KBytes)= 32\n"
+                        "Null: Level 0 Null, end of cache_type list, size(KBytes)= 0\n"));
+}
+
+void tst_CpuTopo::masks()
+{
+    GenericAffinityMask mask, empty, larger;
+    QVERIFY(AllocateGenericAffinityMask(&mask, 1017) == 0 && AllocateGenericAffinityMask(&empty, 1024) == 0
+            && AllocateGenericAffinityMask(&larger, 1025) == 0);
+    QVERIFY(!CompareEqualGenericAffinity(&empty, &larger));
+    QCOMPARE(FormatHexMask(&empty), std::string("0"));
+    const std::tuple<unsigned, const char *, const char *> rows[] = {{0, "1", "1"},
+                                                                     {5, "20", "20"},
+                                                                     {11, "800", "800"},
+                                                                     {12, "1z3", "1000"},
+                                                                     {63, "8z15", "8000000000000000"},
+                                                                     {64, "1z16", "1z16"},
+                                                                     {127, "8z31", "8z16000000000000000"},
+                                                                     {128, "1z32", "1z32"}};
+    for (const auto &[cpu, single, whole] : rows) {
+        const Case named("cpu", cpu);
+        QCOMPARE(FormatSingleBitMask(cpu), std::string(single));
+        QCOMPARE(SetGenericAffinityBit(&mask, cpu), 0);
+        QCOMPARE(FormatHexMask(&mask), std::string(whole));
+        QVERIFY(TestGenericAffinityBit(&mask, cpu) == 1 && !CompareEqualGenericAffinity(&mask, &empty));
+        QVERIFY(TestGenericAffinityBit(&mask, cpu ^ 1) == 0 && SetGenericAffinityBit(&mask, cpu ^ 1) == 0);
+        QCOMPARE(ClearGenericAffinityBit(&mask, cpu), 0);
+        QVERIFY(TestGenericAffinityBit(&mask, cpu) == 0 && TestGenericAffinityBit(&mask, cpu ^ 1) == 1);
+        ClearGenericAffinityMask(&mask);
+        QVERIFY(CompareEqualGenericAffinity(&mask, &empty));
+    }
+    QCOMPARE(SetGenericAffinityBit(&mask, 1023), 0); // room comes in whole bytes
+    const QByteArray printed = Printed([&] {
+        QVERIFY(SetGenericAffinityBit(&mask, 1024) == -1 && ClearGenericAffinityBit(&mask, 1024) == -1
+                && TestGenericAffinityBit(&mask, 1024) == 255);
+    });
+    QCOMPARE(printed.count("Error: Wanted cpu 1024 but mask only supports up to 1024 cpus at cpu_topo.cpp "), 3);
+    QCOMPARE(FormatHexMask(&mask).substr(0, 4), std::string("8z32"));
+    FreeGenericAffinityMask(&mask);
+    QVERIFY(!mask.bits && mask.maxByteLength == 0);
+    QCOMPARE(countBits(0xF00000000000000Full), 8u);
 }
 
 QTEST_GUILESS_MAIN(tst_CpuTopo)

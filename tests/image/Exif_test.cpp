@@ -77,10 +77,12 @@ void tst_Exif::number()
     const QString rows = QStringLiteral("1/250=0.004 -1/3=-0.33333334 0.5/2=0.25 0/0=0 4294967295/1000=4294967.295 "
                                         "5.6=5.6 800=800 5000000000=5e9 5,6=5 5/0=5 "
                                         "F5=0 =0 /=0 1e99.=0 nan.=0");
+    const locale_t before = uselocale(locale_t(0));
     for (const QString &row : rows.split(QLatin1Char(' '))) {
         const float number = ExifParseString(row.section(QLatin1Char('='), 0, 0).toLatin1().constData());
         QVERIFY2(number == row.section(QLatin1Char('='), 1).toFloat(), qPrintable(row));
     }
+    QCOMPARE(uselocale(locale_t(0)), before); // the host's
 }
 
 void tst_Exif::tagMeanings()
@@ -114,6 +116,9 @@ void tst_Exif::fields()
          "trusted=1 focal35mm=216.333 ratio=4.32666 width=4000 height=3000"}, // unknown units count as millimeters
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500", "width=4000 height=3000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=0|41488=cm", "width=4000 height=3000"},
+        {"37386=50|40962=4000|40963=3000|41487=500|41488=cm", "width=4000 height=3000"},
+        {"37386=50|40963=3000|41486=500|41487=500|41488=cm", "height=3000"},
+        {"37386=50|40962=4000|41486=500|41487=500|41488=cm", "width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=1e30.|41487=1e30.|41488=cm",
          "width=4000 height=3000"}, // a plane of no size
         {"274=Top-left (1)", "orientation=1"},

@@ -367,6 +367,7 @@ void tst_ImageDef::identity()
     QCOMPARE(ImageDef::Find(path), image);
     QCOMPARE(Picture(path), image);
     QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
+    QCOMPARE(image->PathName() + image->ShortFileName(), m_dir->path() + QStringLiteral("id.jpg"));
     QVERIFY(!Picture(Path("none.jpg")));
 
     // Copies return the pixels of the file that they describe, even without an ID or if they described another before.
@@ -451,6 +452,10 @@ void tst_ImageDef::sizeInMemory()
     image.GetThumbnail(); // replaces it with a pixmap
     image.m_highResThumbnail = new KImage(7, 5, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(image.memSize(), wanted + 7 * 5);
+    shooting.exposureValue = 2.5;
+    QCOMPARE(image.GetEV(), 0.0F); // without EXIF
+    image.m_hasExif = true;
+    QCOMPARE(image.GetEV(), 2.5F);
 }
 
 QTEST_MAIN(tst_ImageDef)

@@ -228,6 +228,7 @@ void tst_UIVitreluxPage::states()
     desk.wizard.resize(900, 700);
     const auto center = [&](const char *name) { return desk.Find<QWidget>(name)->geometry().center(); };
     QVERIFY((center("labelState") - center("frame")).manhattanLength() <= 2);
+    QCOMPARE(desk.Find<QWidget>("labelState")->size(), QSize(48, 48));
     QTRY_COMPARE(desk.State(), "true next"_s);
 
     QSignalSpy renders(desk.worker, &QThread::started);
@@ -521,6 +522,7 @@ void tst_UIVitreluxPage::renderThatThrows()
         worker.getPreview(shown);
         QVERIFY2(shown.isNull() == (image == &empty), name);
     }
+    worker.start(); // the worker's destructor waits
 }
 
 void tst_UIVitreluxPage::animatedLabel()

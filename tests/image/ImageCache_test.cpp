@@ -286,6 +286,7 @@ void tst_ImageCache::pendingRows()
     const QString failure = Thrown([&] { // thrown by the lock if decoding has already ended
         const KImage *const cut = lockEarly();
         const auto unlock = qScopeGuard([image] { image->UnlockFullSize(true); });
+        QVERIFY(Thrown([image] { image->LockFullSize(true); }).contains(QStringLiteral("GFL_ERROR_FILE_READ")));
         cut->WaitForRows(900, path);
     });
     QVERIFY2(failure.contains(QStringLiteral("GFL_ERROR_FILE_READ")), qPrintable(failure));

@@ -316,6 +316,9 @@ void tst_ImageDef::exifModes()
     image->m_model = 7;
     image->m_userGeometry = {{11, 12, 13, 14}, 15};
     QCOMPARE(TextOf(ImageDef(*image)), TextOf(*image));
+    const QString before = TextOf(*image);
+    const ImageDef &itself = *image;
+    QCOMPARE(TextOf(*image = itself), before);
     QFile::remove(image->FileName());
     QCOMPARE(image->DumpExif(), QStringLiteral("ImageDef::DumpExif() Error\n"));
 }

@@ -115,7 +115,16 @@ void tst_KImageFile::guards()
              QStringLiteral("Cannot write into file \"%1\"").arg(m_dir.path()));
     QCOMPARE(Thrown([&] { image.ID_ReadReduced(File("x"), true, 1, 1); }), invalidBitmap);
     QCOMPARE(Thrown([&] { empty.ID_ReadReduced(QString(), true, 1, 1); }), invalidParameter);
+    for (const int bits : {8, 24})
+        QCOMPARE(Thrown([&] {
+                     KImage::WriteRows({1, 1, bits == 8 ? GFL_COLORS : GFL_RGB, bits, {}}, File("x"), {tiff}, {});
+                 }),
+                 invalidParameter);
     QVERIFY(!QFile::exists(File("x")));
+    const std::tuple<const char *, bool, bool> endings[] = {
+        {"a.JPG", true, false}, {"a.jpg", true, true}, {"jpg", false, false}, {"b.jpgx", false, false}};
+    for (const auto &[name, anyCase, sameCase] : endings)
+        QVERIFY2(IsExtention(name, ".jpg", false) == anyCase && IsExtention(name, ".jpg", true) == sameCase, name);
 }
 
 void tst_KImageFile::readsWhatItWrote()
@@ -138,6 +147,10 @@ void tst_KImageFile::readsWhatItWrote()
              QStringLiteral("Error GFL : \"GFL_ERROR_FILE_READ\"")); // no line with a file name
     QVERIFY(!back.m_bitmap);
     std::free(data);
+    KImage floats;
+    image.Convert(floats, GFL_RGB, 32);
+    floats.Write(name, QStringLiteral("HDR"), -1, QString());
+    QVERIFY(ReadFile(name).startsWith("#?RADIANCE"));
     WriteFile(name, "This is not a picture.");
     KImage none;
     QCOMPARE(Thrown([&] { none.ID_Read(name, true); }),
@@ -238,8 +251,9 @@ void tst_KImageFile::failedWriteChangesNothing()
                  QStringLiteral("Cannot write into file \"%1\"").arg(target));
     QCOMPARE(Thrown([&] { image.Write(File("out.tif"), tiff, 0, File("absent.jpg")); }),
              QStringLiteral("Error GFL : \"GFL_ERROR_FILE_OPEN\"\nFile : \"%1\"").arg(File("absent.jpg")));
-    QCOMPARE(Thrown([&] { image.Write(old, QStringLiteral("nonsense"), 0, QString()); }),
-             QStringLiteral("Error GFL : \"GFL_ERROR_BAD_FORMAT_INDEX\"\nFile : \"%1\"").arg(old));
+    for (const QString &target : {old, File("new.tif")})
+        QCOMPARE(Thrown([&] { image.Write(target, QStringLiteral("nonsense"), 0, QString()); }),
+                 QStringLiteral("Error GFL : \"GFL_ERROR_BAD_FORMAT_INDEX\"\nFile : \"%1\"").arg(target));
     QCOMPARE(Thrown([&] { KImage::WriteRows(rows, old, {tiff, 3}, QString()); }), QStringLiteral("no more rows"));
     QCOMPARE(entries(), before);
     QCOMPARE(ReadFile(old), QByteArray("a picture"));

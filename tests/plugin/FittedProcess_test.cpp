@@ -140,6 +140,7 @@ private Q_SLOTS:
     void previewIsTheFileScaled();
     void previewGain();
     void gainMultipliesLight();
+    void pixelsOfTheHost();
     void grayStaysGray();
     void independentOfThreadCount();
     void readsOnlyAnnouncedRows();
@@ -300,6 +301,22 @@ void tst_FittedProcess::gainMultipliesLight()
         const double tolerance = bits == 32 ? 1e-4 : 0.5 + white / 60000.0;
         QVERIFY2(worst < tolerance && black == 0.0, qPrintable("%1 %2"_s.arg(worst).arg(black)));
     }
+}
+
+/// A host may return pixels of another size than the file's, as after developing a raw image.
+void tst_FittedProcess::pixelsOfTheHost()
+{
+    const TiffRaster small = Coordinates(QSize(300, 200), 0b010);
+    const TiffRaster wanted = Corrected(small, {{"Disto"_s, "1"_s}});
+    Put(small);
+    KImage pixels(Host().Def(m_dir.filePath("a.tif"_s))->pixels);
+    const QString path = Put(Coordinates(QSize(600, 400), 0b010));
+    void *record = Record({{"Disto"_s, "1"_s}});
+    QString output;
+    pixels.Convert(Host().Def(path)->pixels, pixels.type(), pixels.bitsPerComponent());
+    m_process.Process(path, record, output);
+    QVERIFY(ReadTiff(output).values == wanted.values);
+    m_process.FreeParameters(record);
 }
 
 void tst_FittedProcess::grayStaysGray()

@@ -428,6 +428,8 @@ void tst_KVitreluxOne2One::failedRunReleasesTheLock()
     FakeImageDef *def = Host().Def(source);
     FillWithCoordinates(def->pixels, 4, 3);
     def->pixels.m_bitmap->Type = 0; // a type that no operation supports
+    KImage bytes(3, 4, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    QCOMPARE(Thrown([&] { CorrectDistortion(bytes, WriteProfile(4, 3, 0)); }), "Invalid Parameter"_s); // only floats
     KVitreluxOne2One process;
     Params params;
     QString output;

@@ -217,6 +217,7 @@ void tst_Analytics::databaseKeepsEvents()
 {
     const QString made = OpenAnew().userId(/*create=*/true);
     QVERIFY(!QUuid(made).isNull() && !made.contains(QLatin1Char('{')));
+    QCOMPARE(m_db->userId(/*create=*/false), made); // the same for this session
     QPointer<KAnalyticsEvent> event(Event("a"));
     m_db->insertEvent(event);
     RunLoop();
@@ -287,6 +288,12 @@ void tst_Analytics::binaryForms()
     QCOMPARE(ObjectOfBinaryJson(QJsonDocument(root).toBinaryData()), root);
     QCOMPARE(ObjectOfBinaryJson(QJsonDocument(numbers).toBinaryData()), QJsonObject());
 
+    QJsonObject nested = {{"value"_s, 1}};
+    for (int depth = 1; depth <= 101; ++depth) {
+        nested = {{"in"_s, nested}};
+        if (depth >= 100) // 100 levels below the first are read
+            QVERIFY(ObjectOfBinaryJson(QJsonDocument(nested).toBinaryData()).isEmpty() == (depth == 101));
+    }
     QByteArray bytes = StoreBytes();
     for (int length = 0; length < bytes.size(); ++length)
         QVERIFY2(ObjectOfBinaryJson(bytes.left(length)).isEmpty(), qPrintable(QString::number(length)));

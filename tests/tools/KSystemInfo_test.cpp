@@ -84,9 +84,15 @@ void tst_KSystemInfo::programsAndTheirPipes()
     QCOMPARE(OpenFiles(), before);
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "/no/such/folder");
-    const QString flavor = KSystemInfo::osDownloadVersion();
+    QString flavors = KSystemInfo::osDownloadVersion();
+    const QTemporaryDir folder;
+    QFile::copy("/bin/true"_s, folder.filePath("dpkg"_s));
+    qputenv("PATH", folder.path().toLocal8Bit());
+    flavors += KSystemInfo::osDownloadVersion();
     qputenv("PATH", path);
-    QCOMPARE(flavor, "linux64tar"_s);
+    QCOMPARE(flavors, "linux64tarlinux64deb"_s);
+    QVERIFY(KSystemInfo::maxCacheSize() <= CacheBytesAllowed(KSystemInfo::physicalMemory()));
+    QVERIFY(KSystemInfo::maxCacheSize() >= CacheBytesAllowed(0));
 }
 
 void tst_KSystemInfo::processors()

@@ -120,6 +120,7 @@ void tst_SettingsReaders::xmlUnusable()
          "<r>" + setting + QByteArray("<x>").repeated(deep) + QByteArray("</x>").repeated(deep) + "</r>"},
         {"too many elements", "<r>" + setting + QByteArray("<x/>").repeated(kMaxXmlNodes) + "</r>"},
         {"too many bytes", "<r>" + setting + QByteArray(int(kMaxXmlBytes), ' ') + "</r>"},
+        {"external entity", "<!DOCTYPE r [<!ENTITY e SYSTEM 'x'>]><r>" + setting + "</r>"},
         {"entities",
          "<!DOCTYPE r [<!ENTITY e '" + QByteArray(4000, 'x') + "'>]><r>" + setting + "<b>"
              + QByteArray("&e;").repeated(100000) + "</b></r>"}};

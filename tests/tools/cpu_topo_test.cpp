@@ -250,6 +250,8 @@ void tst_CpuTopo::ordinals()
     QCOMPARE(GetHWMTConfig(1), 0);
     QCOMPARE(machine.current, 12u);
     QCOMPARE(GetHWMTConfig(2), -1);
+    machine.unbindableCpu = 12;
+    QCOMPARE(GetHWMTConfig(1), -1);
     QCOMPARE(GetCacheTotalLize(3, 0), 0ull);
 }
 
@@ -296,6 +298,8 @@ void tst_CpuTopo::processorName()
 
 void tst_CpuTopo::fieldsAndNames()
 {
+    CPUIDExit();
+    QCOMPARE(GetSysLogicalProcessorCount() + GetSysEachCacheCount(0), 0u); // without a record
     const unsigned bits[][4] = {{0xABCD1234, 8, 15, 0x12}, // a value, the first and the last bit, and these bits
                                 {~0u, 0, 31, ~0u},
                                 {1u << 31, 31, 31, 1},

@@ -3,6 +3,7 @@
 
 #include "Case.h"
 #include "RecordedMachine.h"
+#include "Table.h"
 #include "TestFiles.h"
 
 #include <QTemporaryFile>
@@ -30,85 +31,51 @@ Ids operator+(Ids a, const Ids &b)
     return a;
 }
 
-/// Expected results for a machine: total counts, then one row per cache.
-struct Expected {
-    unsigned packages, cores, threads;
-    unsigned coresOfPackage0, threadsOfCore0;
-    std::vector<std::array<unsigned, 3>> caches; // instances, processors that share the first one, KB
-};
-
-struct MachineRow {
-    RecordedMachine machine;
-    Expected expected;
-};
-
 using R = RecordedMachine;
-constexpr unsigned D = 1, I = 2, U = 3;
+constexpr unsigned D = 1; // type of a cache
 
-std::vector<std::pair<const char *, MachineRow>> Machines()
+std::vector<Ids> ListsOf(const QString &cell)
 {
-    const Caches quadHt = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 4}, {3, U, 16, 8192, 16}};
-    const Caches xeon = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 512, 8}, {3, U, 32, 12288, 20}};
-    const Caches core2 = {{1, D, 1, 64, 8}, {1, I, 1, 64, 8}, {2, U, 2, 4096, 24}};
-    const Caches zen = {{1, D, 2, 64, 8}, {1, I, 2, 256, 4}, {2, U, 2, 1024, 8}, {3, U, 8, 8192, 16}};
-    const Caches rome = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 8}, {3, U, 8, 16384, 16}};
-    return {
-        {"Intel, 2 sockets of 6 cores with 2 threads, gaps in the core numbers, leaf 11",
-         {R(R::Intel, 0xF, Range(0, 6) + Range(16, 6) + Range(32, 6) + Range(48, 6))
-              .PerPackage(32)
-              .Caches(16, xeon)
-              .Levels({{1, 1, 2}, {2, 5, 12}}),
-          {2, 12, 24, 6, 2, {{12, 2, 32}, {12, 2, 32}, {12, 2, 256}, {2, 12, 15360}}}}},
-        {"Intel, 6 cores, hyper-threading off: every second identifier, leaf 11",
-         {R(R::Intel, 0x16, Range(0, 6, 2)).PerPackage(16).Caches(8, quadHt).Levels({{1, 1, 1}, {2, 4, 6}}),
-          {1, 6, 6, 6, 1, {{6, 1, 32}, {6, 1, 32}, {6, 1, 256}, {1, 6, 8192}}}}},
-        {"Intel, leaf 11 with modules and dies above the cores",
-         {R(R::Intel, MAX_LEAFS - 1, Range(0, 4) + Range(64, 4)) // as many leaves, levels and caches as are recorded
-              .PerPackage(64)
-              .Caches(32, Caches(5, {1, D, 2, 64, 12}))
-              .Levels({{1, 1, 2}, {2, 6, 4}, {3, 6, 4}, {4, 6, 4}, {5, 6, 4}}),
-          {2, 4, 8, 2, 2, std::vector<std::array<unsigned, 3>>(5, {4, 2, 48})}}},
-        {"Intel, as many cores as the record holds",
-         {R(R::Intel, 0xB, Range(0, MAX_CORES)).PerPackage(255).Levels({{1, 0, 1}, {2, 10, MAX_CORES}}),
-          {1, MAX_CORES, MAX_CORES, MAX_CORES, 1, {}}}},
-        {"Intel, 4 cores, level 2 cache shared by pairs, leaves 1 and 4",
-         {R(R::Intel, 0xD, Range(0, 4)).PerPackage(4).Caches(4, core2), // leaf 11 exists but is empty
-          {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
-        {"Intel, 2 sockets of 1 core with 2 threads, before leaf 4",
-         {R(R::Intel, 2, {0, 1, 6, 7}).PerPackage(2), {2, 2, 4, 1, 2, {{2, 2, 0}}}}},
-        {"several sockets without the flag, as hypervisors report them",
-         {R(R::Intel, 0xD, Range(0, 3)).Caches(1, {{1, D, 1, 64, 8}}), {3, 3, 3, 1, 1, {{3, 1, 32}}}}},
-        {"hypervisor that counts fewer threads than cores",
-         {R(R::Intel, 0xA, Range(0, 4)).PerPackage(1).Caches(4, {{1, D, 1, 64, 8}}), {1, 4, 4, 4, 1, {{4, 1, 32}}}}},
-        {"AMD, 6 cores without multithreading, no topology extensions: caches unknown",
-         {R(R::Amd, 6, Range(0, 6)).PerPackage(6).AmdCores(0x10, 6, 3), {1, 6, 6, 6, 1, {}}}},
-        {"AMD, a number of cores in place of the width of the field",
-         {R(R::Amd, 6, Range(8, 3)).PerPackage(3).AmdCores(0xF, 3, 0), {1, 3, 3, 3, 1, {}}}},
-        {"AMD, compute units are not threads",
-         {R(R::Amd, 0xD, Range(16, 8))
-              .PerPackage(8)
-              .AmdCores(0x15, 8, 4)
-              .AmdExtensions(2, {{1, D, 1, 64, 4}, {2, U, 2, 2048, 16}}),
-          {1, 8, 8, 8, 1, {{8, 1, 16}, {4, 2, 2048}}}}},
-        {"AMD, 8 cores with 2 threads in two groups, before leaf 11",
-         {R(R::Amd, 0xD, Range(0, 16)).PerPackage(16).AmdCores(0x17, 16, 4).AmdExtensions(2, zen),
-          {1, 8, 16, 8, 2, {{8, 2, 32}, {8, 2, 64}, {8, 2, 512}, {2, 8, 8192}}}}},
-        {"Hygon, 2 sockets of 8 cores with 2 threads, leaf 11",
-         {R(R::Amd, 0x10, Range(0, 16) + Range(128, 16))
-              .PerPackage(16)
-              .AmdCores(0x17, 16, 7)
-              .AmdExtensions(2, rome)
-              .Set(0, 0, {0x10, 0x6F677948, 0x656E6975, 0x6E65476E}) // "HygonGenuine"
-              .Levels({{1, 1, 2}, {2, 7, 16}}),
-          {2, 16, 32, 8, 2, {{16, 2, 32}, {16, 2, 32}, {16, 2, 512}, {4, 8, 16384}}}}},
-        {"identifiers above 8 bits, leaf 11",
-         {R(R::Amd, 0x10, Range(256, 2) + Range(512, 2))
-              .PerPackage(2)
-              .AmdCores(0x19, 2, 8)
-              .AmdExtensions(1, {{3, U, 2, 32768, 16}})
-              .Levels({{1, 0, 1}, {2, 8, 2}}),
-          {2, 4, 4, 2, 1, {{2, 2, 32768}}}}},
-    };
+    std::vector<Ids> lists;
+    for (const QString &list : cell.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        lists.emplace_back();
+        for (const QString &number : list.split(QLatin1Char(' ')))
+            lists.back().push_back(number.toUInt());
+    }
+    return lists;
+}
+
+Caches CachesAfterFirst(const std::vector<Ids> &lists)
+{
+    Caches caches;
+    for (size_t i = 1; i < lists.size(); ++i)
+        caches.push_back({lists[i][0], lists[i][1], lists[i][2], lists[i][3], lists[i][4]});
+    return caches;
+}
+
+/// Returns the machine of a row of machines.tsv, which explains the columns.
+R MachineOf(const QStringList &row)
+{
+    Ids ids;
+    for (const Ids &run : ListsOf(row[3]))
+        ids = ids + Range(run[0], run[1], run.size() > 2 ? run[2] : 1);
+    R machine(row[1] == QLatin1String("Intel") ? R::Intel : R::Amd, row[2].toUInt(), ids);
+    if (row[1] == QLatin1String("Hygon"))
+        machine.Set(0, 0, {row[2].toUInt(), 0x6F677948, 0x656E6975, 0x6E65476E}); // "HygonGenuine"
+    std::vector<RecordedLevel> levels;
+    for (const Ids &level : ListsOf(row[6]))
+        levels.push_back({level[0], level[1], level[2]});
+    if (!row[4].isEmpty())
+        machine.PerPackage(row[4].toUInt());
+    if (const auto lists = ListsOf(row[5]); !lists.empty())
+        machine.Caches(lists[0][0], CachesAfterFirst(lists));
+    if (!levels.empty())
+        machine.Levels(levels);
+    if (const auto cores = ListsOf(row[7]); !cores.empty())
+        machine.AmdCores(cores[0][0], cores[0][1], cores[0][2]);
+    if (const auto lists = ListsOf(row[8]); !lists.empty())
+        machine.AmdExtensions(lists[0][0], CachesAfterFirst(lists));
+    return machine;
 }
 
 struct FailureRow {
@@ -205,31 +172,29 @@ void tst_CpuTopo::cleanup()
 
 void tst_CpuTopo::recorded()
 {
-    for (auto &[name, row] : Machines()) {
-        const Case named(name);
-        auto &[machine, expected] = row;
+    for (const QStringList &row : ReadTable(QStringLiteral(MACHINES))) {
+        const Case named(row[0]);
+        R machine = MachineOf(row);
+        const std::vector<Ids> expected = ListsOf(row[9]);
+        const unsigned packages = expected[0][0], threads = expected[0][2];
         SetCpuMachine(&machine);
-        const Ids counts = {GetSysProcessorPackageCount(), GetSysProcessorCoreCount(),
-                            GetSysLogicalProcessorCount(), GetcoreCount(0),
-                            GetthreadCount(0, 0),          GetcoreCount(expected.packages)};
-        const Ids wanted = {expected.packages,        expected.cores,          expected.threads,
-                            expected.coresOfPackage0, expected.threadsOfCore0, 0u};
-        QVERIFY2(counts == wanted, name);
-        QVERIFY2(glbl_ptr->cacheRecords.size() == expected.caches.size(), name);
-        for (unsigned i = 0; i < expected.caches.size(); ++i) {
-            const std::array<unsigned, 3> cache = {GetSysEachCacheCount(i), GetCoreCountPerEachCache(i, 0),
-                                                   glbl_ptr->cacheRecords[i].sizeKb};
-            QVERIFY2(cache == expected.caches[i], name);
-            QVERIFY2(GetCacheTotalLize(MaxLeaf(machine), i) == cache[2] * 1024ull, name);
-            QVERIFY2(glbl_ptr->cacheMask[i] == (1u << glbl_ptr->cacheWidth[i]) - 1, name);
+        QCOMPARE(Ids({GetSysProcessorPackageCount(), GetSysProcessorCoreCount(), GetSysLogicalProcessorCount(),
+                      GetcoreCount(0), GetthreadCount(0, 0)}),
+                 expected[0]);
+        QCOMPARE(GetcoreCount(packages), 0u);
+        QCOMPARE(glbl_ptr->cacheRecords.size(), expected.size() - 1);
+        for (unsigned i = 0; i + 1 < expected.size(); ++i) {
+            const unsigned kb = glbl_ptr->cacheRecords[i].sizeKb;
+            QCOMPARE(Ids({GetSysEachCacheCount(i), GetCoreCountPerEachCache(i, 0), kb}), expected[i + 1]);
+            QCOMPARE(GetCacheTotalLize(MaxLeaf(machine), i), kb * 1024ull);
+            QCOMPARE(glbl_ptr->cacheMask[i], (1u << glbl_ptr->cacheWidth[i]) - 1);
         }
         InitCpuTopology();
-        QCOMPARE(machine.bindings, int(expected.threads)); // each processor is read only once
-        QVERIFY2(IsWholeRecord(&machine), name);
+        QCOMPARE(machine.bindings, int(threads)); // each processor is read only once
+        QVERIFY(IsWholeRecord(&machine));
         QCOMPARE(GetHWMTConfig(0), 0);
-        QCOMPARE(glbl_ptr->hwmtThreadsPerCore, expected.threadsOfCore0);
-        const unsigned perPackage = expected.threads / expected.packages;
-        QVERIFY2(glbl_ptr->hwmtThreadsPerPackage == (name[0] == 'h' ? 1 : perPackage), name); // the hypervisor
+        QCOMPARE(glbl_ptr->hwmtThreadsPerCore, expected[0][4]);
+        QCOMPARE(glbl_ptr->hwmtThreadsPerPackage, row[0][0] == QLatin1Char('h') ? 1 : threads / packages); // hypervisor
         cleanup();
         init();
     }
@@ -237,7 +202,7 @@ void tst_CpuTopo::recorded()
 
 void tst_CpuTopo::ordinals()
 {
-    RecordedMachine machine = Machines()[0].second.machine;
+    RecordedMachine machine = MachineOf(ReadTable(QStringLiteral(MACHINES)).first());
     SetCpuMachine(&machine);
     QCOMPARE(getEnumerateAPICID(0), 0u);
     QCOMPARE(getEnumerateAPICID(23), 53u);
@@ -312,7 +277,7 @@ void tst_CpuTopo::fieldsAndNames()
         QCOMPARE(WidthOf(count), width);
     QCOMPARE(CacheBytes({0, 1 << 22 | 2 << 12 | 3, 4, 0}), 2ull * 3 * 4 * 5);
     RecordedMachine machine(R::Intel, 4, {0});
-    machine.Caches(1, {{1, D, 1, 64, 8}, {1, I, 1, 64, 8}, {2, U, 1, 128, 8}, {3, 5, 1, 64, 8}});
+    machine.Caches(1, {{1, D, 1, 64, 8}, {1, 2, 1, 64, 8}, {2, 3, 1, 128, 8}, {3, 5, 1, 64, 8}});
     QByteArray names;
     for (unsigned i = 0; i < 5; ++i)
         names += QByteArray::fromStdString(DescribeCache(machine, i).shortName + ": "

@@ -3,6 +3,7 @@
 
 #include "Bitmaps.h"
 #include "Files.h"
+#include "Table.h"
 #include "Thrown.h"
 
 #include <QFile>
@@ -49,24 +50,14 @@ private:
 
 void tst_KImageFile::compressionNumbers()
 {
-    const struct {
-        const char *format;
-        int number, compression, quality; // -1: the layer's default
-    } rows[] = {
-        {"jpeg", 0, -1, 4}, {"jpeg", 12, -1, 100}, {"jpeg", -1, -1, -1}, {"png", 6, 6, -1},   {"tiff", 0, 0, -1},
-        {"tiff", 1, 0, -1}, {"tiff", 2, 2, -1},    {"tiff", 3, 4, -1},   {"tiff", 99, 0, -1}, {"tiff", -1, -1, -1},
-        {"exr", 0, 4, -1},  {"exr", 1, 0, -1},     {"exr", 2, 1, -1},    {"exr", 3, 2, -1},   {"exr", 4, 3, -1},
-        {"exr", 5, 4, -1},  {"exr", 6, 5, -1},     {"exr", 7, 6, -1},    {"exr", 8, 7, -1},   {"exr", 9, 4, -1},
-        {"hdri", 1, 1, -1}, {"psd", 2, 2, -1},     {"TIFF", 3, -1, -1},  {"gif", 3, -1, -1},
-    };
     GFL_SAVE_PARAMS defaults;
     gflGetDefaultSaveParams(&defaults);
-    for (const auto &row : rows) {
+    for (const QStringList &row : ReadTable(QStringLiteral(COMPRESSIONS))) {
+        const Case named(row);
         GFL_SAVE_PARAMS params = defaults;
-        KImage().TranscodeCompression(QString::fromLatin1(row.format), row.number, params);
-        const QByteArray what = row.format + QByteArray::number(row.number);
-        QVERIFY2(params.Compression == (row.compression < 0 ? defaults.Compression : row.compression), what);
-        QVERIFY2(params.Quality == (row.quality < 0 ? defaults.Quality : row.quality), what);
+        KImage().TranscodeCompression(row[0], row[1].toInt(), params);
+        QCOMPARE(int(params.Compression), row[2] == QLatin1String("-1") ? int(defaults.Compression) : row[2].toInt());
+        QCOMPARE(int(params.Quality), row[3] == QLatin1String("-1") ? int(defaults.Quality) : row[3].toInt());
     }
 }
 

@@ -4,12 +4,8 @@
 #include "Case.h"
 #include "RecordedMachine.h"
 #include "Table.h"
-#include "TestFiles.h"
 
-#include <QTemporaryFile>
 #include <QtTest>
-
-#include <unistd.h>
 
 using Ids = std::vector<unsigned>;
 using Caches = std::vector<RecordedCache>;
@@ -82,7 +78,6 @@ struct FailureRow {
     const char *name;
     RecordedMachine machine;
     unsigned error;
-    QByteArray printed = {}; // up to the place
     int bindings = 0, forbiddenCpu = -1, unbindableCpu = -1;
 };
 
@@ -90,43 +85,25 @@ std::vector<FailureRow> Failures()
 {
     const R four = R(R::Intel, 0xB, Range(0, 4)).PerPackage(4).Caches(4, {{1, D, 1, 64, 8}});
     const CpuidRegisters manyLeaves = {0x1E, 0x756E6547, 0x6C65746E, 0x49656E69};
-    const QByteArray list = "Need bigger MAX_CACHE_SUBLEAFS(6)";
-    return {{"restricted to some processors", four, kTopologyAffinityError, "", 0, 2},
-            {"binding refused", four, kTopologyBindError, "", 3, -1, 2},
-            {"leaf 11 without threads", R(four).Levels({{2, 1, 4}}), kTopologyGeneralError},
-            {"leaf 11 that never ends", R(four).Levels(std::vector<RecordedLevel>(20, {1, 1, 2})),
-             kTopologyGeneralError, list},
-            {"more levels than the record holds", R(four).Levels(std::vector<RecordedLevel>(6, {1, 1, 2})),
-             kTopologyGeneralError, list},
-            {"more caches than the record holds", R(four).Caches(4, Caches(6, {1, D, 1, 64, 8})), kTopologyGeneralError,
-             list},
-            {"more leaves than the record holds", R(four).Set(0, 0, manyLeaves), kTopologyGeneralError,
-             "got maxCPUID= 0x1e but the array only handles up to 0x1e. Bye"},
-            {"more cores than the record holds",
-             R(R::Intel, 0xB, Range(0, MAX_CORES + 1)).PerPackage(4).Levels({{1, 0, 1}, {2, 10, 9}}),
-             kTopologyGeneralError, "got too large 2nd dimension 512 which is bigger than 512", MAX_CORES + 1},
-            {"no processors", R(R::Intel, 0xB, {}), kTopologyAnalysisError},
-            {"cores counted as threads, before leaf 4", R(R::Amd, 1, Range(0, 4)).PerPackage(4).AmdCores(0xF, 4, 0),
-             kTopologyLegacyError}};
+    return {
+        {"restricted to some processors", four, kTopologyAffinityError, 0, 2},
+        {"binding refused", four, kTopologyBindError, 3, -1, 2},
+        {"leaf 11 without threads", R(four).Levels({{2, 1, 4}}), kTopologyGeneralError},
+        {"leaf 11 that never ends", R(four).Levels(std::vector<RecordedLevel>(20, {1, 1, 2})), kTopologyGeneralError},
+        {"more levels than the record holds", R(four).Levels(std::vector<RecordedLevel>(6, {1, 1, 2})),
+         kTopologyGeneralError},
+        {"more caches than the record holds", R(four).Caches(4, Caches(6, {1, D, 1, 64, 8})), kTopologyGeneralError},
+        {"more leaves than the record holds", R(four).Set(0, 0, manyLeaves), kTopologyGeneralError},
+        {"more cores than the record holds",
+         R(R::Intel, 0xB, Range(0, MAX_CORES + 1)).PerPackage(4).Levels({{1, 0, 1}, {2, 10, 9}}), kTopologyGeneralError,
+         MAX_CORES + 1},
+        {"no processors", R(R::Intel, 0xB, {}), kTopologyAnalysisError},
+        {"cores counted as threads, before leaf 4", R(R::Amd, 1, Range(0, 4)).PerPackage(4).AmdCores(0xF, 4, 0),
+         kTopologyLegacyError}};
 }
 
-/// Returns what @p run writes to standard output.
-template <typename Run> QByteArray Printed(Run run)
-{
-    QTemporaryFile file;
-    file.open();
-    std::fflush(stdout);
-    const int before = ::dup(1);
-    ::dup2(file.handle(), 1);
-    run();
-    std::fflush(stdout);
-    ::dup2(before, 1);
-    ::close(before);
-    return ReadFile(file.fileName());
-}
-
-/// Returns whether the parts of each identifier add up to it, and the record holds the lists of leaves 4 and 11.
-bool IsWholeRecord(RecordedMachine *machine)
+/// Returns whether the parts of each identifier add up to it.
+bool AddsUp()
 {
     CpuTopology &g = *glbl_ptr;
     bool isWhole = CompareEqualGenericAffinity(&g.processAffinity, &g.systemAffinity);
@@ -135,15 +112,6 @@ bool IsWholeRecord(RecordedMachine *machine)
         isWhole &= (r.packageId << g.packageShift | r.coreId << g.smtWidth | r.smtId) == r.apicId;
         for (unsigned c = 0; c < MAX_CACHE_SUBLEAFS; ++c)
             isWhole &= r.cacheId[c] + r.cacheSmtId[c] == r.apicId && r.cacheSmtId[c] >> g.cacheWidth[c] == 0;
-    }
-    for (const unsigned leaf : {4u, 11u}) {
-        const unsigned count = g.cpuidSnapshot[leaf].subleafCount;
-        for (unsigned i = 0; i < count; ++i) { // the last entry is empty
-            const CpuidRegisters got = g.cpuidSnapshot[leaf].subleaf[i], wanted = machine->Cpuid(leaf, i);
-            isWhole &= got.eax == wanted.eax && got.ebx == wanted.ebx && got.ecx == wanted.ecx;
-            isWhole &= ((leaf == 4 ? got.eax : got.ebx) == 0) == (i == count - 1);
-        }
-        isWhole &= (count > 0) == (MaxLeaf(*machine) >= leaf);
     }
     return isWhole && g.maxCacheSubleaf == (g.cacheRecords.empty() ? 0 : g.cacheRecords.size() - 1);
 }
@@ -191,7 +159,7 @@ void tst_CpuTopo::recorded()
         }
         InitCpuTopology();
         QCOMPARE(machine.bindings, int(threads)); // each processor is read only once
-        QVERIFY(IsWholeRecord(&machine));
+        QVERIFY(AddsUp());
         QCOMPARE(GetHWMTConfig(0), 0);
         QCOMPARE(glbl_ptr->hwmtThreadsPerCore, expected[0][4]);
         QCOMPARE(glbl_ptr->hwmtThreadsPerPackage, row[0][0] == QLatin1Char('h') ? 1 : threads / packages); // hypervisor
@@ -228,8 +196,6 @@ void tst_CpuTopo::failures()
         machine.forbiddenCpu = failure.forbiddenCpu;
         machine.unbindableCpu = failure.unbindableCpu;
         SetCpuMachine(&machine);
-        const QByteArray printed = Printed(InitCpuTopology);
-        QCOMPARE(printed.left(printed.indexOf(" at ")), failure.printed);
         QVERIFY2(GetSysLogicalProcessorCount() == 0u && glbl_ptr->error == failure.error, failure.name);
         const Ids counts = {GetSysProcessorCoreCount(), GetSysEachCacheCount(0), GetthreadCount(0, 0),
                             SlectOrdfromPkg(-1, -1, -1)};
@@ -318,11 +284,8 @@ void tst_CpuTopo::masks()
         QVERIFY(CompareEqualGenericAffinity(&mask, &empty));
     }
     QCOMPARE(SetGenericAffinityBit(&mask, 1023), 0); // room comes in whole bytes
-    const QByteArray printed = Printed([&] {
-        QVERIFY(SetGenericAffinityBit(&mask, 1024) == -1 && ClearGenericAffinityBit(&mask, 1024) == -1
-                && TestGenericAffinityBit(&mask, 1024) == 255);
-    });
-    QCOMPARE(printed.count("Error: Wanted cpu 1024 but mask only supports up to 1024 cpus at cpu_topo.cpp "), 3);
+    QVERIFY(SetGenericAffinityBit(&mask, 1024) == -1 && ClearGenericAffinityBit(&mask, 1024) == -1
+            && TestGenericAffinityBit(&mask, 1024) == 255);
     QCOMPARE(FormatHexMask(&mask).substr(0, 4), std::string("8z32"));
     FreeGenericAffinityMask(&mask);
     QVERIFY(!mask.bits && mask.maxByteLength == 0);

@@ -231,11 +231,8 @@ void tst_CpuTopo::fieldsAndNames()
 {
     CPUIDExit();
     QCOMPARE(GetSysLogicalProcessorCount() + GetSysEachCacheCount(0), 0u); // without a record
-    const unsigned bits[][4] = {{0xABCD1234, 8, 15, 0x12}, // a value, the first and the last bit, and these bits
-                                {~0u, 0, 31, ~0u},
-                                {1u << 31, 31, 31, 1},
-                                {~0u, 5, 4, 0},
-                                {~0u, 0, 32, 0}};
+    const unsigned bits[][4] = {
+        {0xABCD1234, 8, 15, 0x12}, {~0u, 0, 31, ~0u}, {1u << 31, 31, 31, 1}, {~0u, 5, 4, 0}, {~0u, 0, 32, 0}};
     for (const auto &[value, from, to, wanted] : bits)
         QCOMPARE(getBitsFromDWORD(value, from, to), wanted);
     const std::pair<unsigned, unsigned> widths[] = {{0, 0}, {1, 0}, {2, 1}, {3, 2}, {4, 2}, {5, 3}, {255, 8}};
@@ -263,19 +260,15 @@ void tst_CpuTopo::masks()
             && AllocateGenericAffinityMask(&larger, 1025) == 0);
     QVERIFY(!CompareEqualGenericAffinity(&empty, &larger));
     QCOMPARE(FormatHexMask(&empty), std::string("0"));
-    const std::tuple<unsigned, const char *, const char *> rows[] = {{0, "1", "1"},
-                                                                     {5, "20", "20"},
-                                                                     {11, "800", "800"},
-                                                                     {12, "1z3", "1000"},
-                                                                     {63, "8z15", "8000000000000000"},
-                                                                     {64, "1z16", "1z16"},
-                                                                     {127, "8z31", "8z16000000000000000"},
-                                                                     {128, "1z32", "1z32"}};
-    for (const auto &[cpu, single, whole] : rows) {
-        const Case named("cpu", cpu);
-        QCOMPARE(FormatSingleBitMask(cpu), std::string(single));
+    const QString rows = QStringLiteral("0 1 1,5 20 20,11 800 800,12 1z3 1000,63 8z15 8000000000000000,64 1z16 1z16,"
+                                        "127 8z31 8z16000000000000000,128 1z32 1z32");
+    for (const QString &row : rows.split(QLatin1Char(','))) { // a processor and its mask in both forms
+        const Case named(row);
+        const QStringList cells = row.split(QLatin1Char(' '));
+        const unsigned cpu = cells[0].toUInt();
+        QCOMPARE(FormatSingleBitMask(cpu), cells[1].toStdString());
         QCOMPARE(SetGenericAffinityBit(&mask, cpu), 0);
-        QCOMPARE(FormatHexMask(&mask), std::string(whole));
+        QCOMPARE(FormatHexMask(&mask), cells[2].toStdString());
         QVERIFY(TestGenericAffinityBit(&mask, cpu) == 1 && !CompareEqualGenericAffinity(&mask, &empty));
         QVERIFY(TestGenericAffinityBit(&mask, cpu ^ 1) == 0 && SetGenericAffinityBit(&mask, cpu ^ 1) == 0);
         QCOMPARE(ClearGenericAffinityBit(&mask, cpu), 0);

@@ -201,13 +201,12 @@ void tst_KDbSession::readerBlocksBothSessions()
 /// The handles are those of Qt's connection; a session that can't open says why and can be opened again.
 void tst_KDbSession::handlesAndFailures()
 {
-    const QString missing = Path("no folder/notes.db");
     QTest::ignoreMessage(
         QtWarningMsg,
         QRegularExpression(QStringLiteral(
             "\\[openDb\\] \".*no folder/notes.db\" Error while opening \".*unable to open database file")));
     Notes notes;
-    notes.setFilePath(missing);
+    notes.setFilePath(Path("no folder/notes.db"));
     notes.Add(QStringLiteral("lost"));
     QVERIFY(!notes.checkDb() && !notes.fileDb(/*open=*/false).isOpen());
     QVERIFY(!notes.openDb(QStringLiteral("unused"), QString()).isValid());

@@ -258,9 +258,9 @@ QString ReadEntry(const GFL_EXIF_ENTRY &entry, Readings &to)
 /// Returns the crop factor from the focal plane's resolution and the picture's size; 0 if any of these is missing.
 double RatioOfPlane(const Readings &readings)
 {
-    if (readings.planeUnitMm == 0.0F || readings.planeX == 0.0F || readings.planeY == 0.0F
-        || readings.imageWidth == 0.0F || readings.imageHeight == 0.0F)
+    if (readings.imageWidth == 0.0F || readings.imageHeight == 0.0F)
         return 0.0;
+    // Without a unit the plane has no size, without a resolution an infinite one: the quotient is infinite, 0 or NaN.
     const float widthMm = readings.imageWidth * readings.planeUnitMm / readings.planeX;
     const float heightMm = readings.imageHeight * readings.planeUnitMm / readings.planeY;
     return FiniteOr(kFullFrameDiagonalMm / static_cast<double>(std::sqrt(widthMm * widthMm + heightMm * heightMm)),

@@ -254,7 +254,10 @@ void tst_ImageCache::pendingRows()
     const QByteArray file = ReadFile(path);
     ImageDef *const image = Picture(path);
     const QByteArray whole = PackedPixels(*image->LockFullSize(true)->m_bitmap);
-    image->UnlockFullSize(true);
+    KImage reduced;
+    image->LockFullSize(true)->Resize(reduced, 130, 90);
+    for (int i = 0; i < 2; ++i)
+        image->UnlockFullSize(true);
     image->ReleaseFromMemory();
     const auto lockEarly = [image] {
         const auto refuse = qScopeGuard([] { gflAcceptPendingRows(0); });
@@ -271,7 +274,7 @@ void tst_ImageCache::pendingRows()
         QCOMPARE(ready, 4000);
     }
     const KImage *const early = lockEarly();
-    QCOMPARE(image->Lock(130, 90, true)->width(), 130);
+    QVERIFY(PackedPixels(*image->Lock(130, 90, true)->m_bitmap) == PackedPixels(*reduced.m_bitmap));
     QCOMPARE(image->LockFullSize(true), early);
     QVERIFY(PackedPixels(*early->m_bitmap) == whole);
     image->UnlockFullSize(true);
@@ -283,6 +286,7 @@ void tst_ImageCache::pendingRows()
     const QString failure = Thrown([&] { // thrown by the lock if decoding has already ended
         const KImage *const cut = lockEarly();
         const auto unlock = qScopeGuard([image] { image->UnlockFullSize(true); });
+        QVERIFY(Thrown([image] { image->LockFullSize(true); }).contains(QStringLiteral("GFL_ERROR_FILE_READ")));
         cut->WaitForRows(900, path);
     });
     QVERIFY2(failure.contains(QStringLiteral("GFL_ERROR_FILE_READ")), qPrintable(failure));

@@ -152,6 +152,10 @@ void tst_ImageDatas::settingsSurvive()
     QCOMPARE(params.RawBlueScaling, 1e-10F);
 
     ImageDatas::settings = nullptr; // without a shared record, the record keeps its values
+    GFL_LOAD_PARAMS ofLayer;
+    gflGetDefaultLoadParams(&ofLayer);
+    ImageDatas::GetDefaultLoadParams(&params);
+    QCOMPARE(params.RawGamma + params.RawBrightness, ofLayer.RawGamma + ofLayer.RawBrightness);
     ImageDatas alone = Unusual();
     QHash<QString, QVariant> one{{QStringLiteral("image/exifMode"), 1}};
     alone.LoadSettings(one);

@@ -1,6 +1,7 @@
 // Tests of file descriptions: refusals, settings, thumbnails, identity, and reloading.
 #include "Case.h"
 #include "DngFile.h"
+#include "Table.h"
 #include "Thrown.h"
 #include "WrittenPictures.h"
 
@@ -268,20 +269,6 @@ void tst_ImageDef::refusals()
 
 void tst_ImageDef::exifModes()
 {
-    const struct {
-        int mode;
-        const char *make;     // of the file; null: it has no EXIF
-        int focal35mm;        // 0: not in its EXIF
-        const char *expected; // uses EXIF, 35 mm focal length, ratio, coefficients, lens kind, has a date
-    } rows[] = {{0, nullptr, 0, "0 0 0 0,0,0 0 0"},           {0, "Nobody", 60, "1 60 2 0,0,0 0 1"},
-                {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, short enough for a fisheye
-                {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // in the table
-                {0, "Plainmaker", 15, "1 15 2 0,0,0 0 1"},    {0, "Nobody", 0, "0 0 1 0,0,0 0 0"},
-                {3, "Nobody", 60, "1 60 2 0,0,0 0 1"}, // same as 0
-                {1, nullptr, 0, "1 70 0 0,0,0 1 0"},   // set before the file is read, hence no ratio
-                {1, "Nobody", 0, "1 70 1 0,0,0 1 1"},         {1, "Nobody", 60, "1 60 2 0,0,0 0 1"},
-                {1, "Plainmaker", 60, "1 60 2 0,0,0 0 1"}, // the table overrides the default
-                {2, nullptr, 0, "1 80 1 0.5,0.25,0.125 1 0"}, {2, "Nobody", 60, "1 80 1 0.5,0.25,0.125 1 1"}};
     ImageDatas &settings = *ImageDatas::settings;
     settings.exifDefaultFocal35mm = 70;
     settings.exifForcedFocal35mm = 80;
@@ -289,12 +276,13 @@ void tst_ImageDef::exifModes()
     settings.exifForcedK2 = 0.25F;
     settings.exifForcedK3 = 0.125F;
     settings.exifDefaultLensModel = settings.exifForcedLensModel = 1;
-    for (const auto &row : rows) {
-        const Case named(row.mode, row.make, row.focal35mm);
-        settings.exifMode = row.mode;
+    for (const QStringList &row : ReadTable(QStringLiteral(EXIF_MODES))) {
+        const Case named(row);
+        settings.exifMode = row[0].toInt();
         const QString path = Path("mode.jpg");
-        const auto image =
-            Describe(row.make ? WriteWithExif(path, row.focal35mm, row.make) : WritePicture(path, "jpeg", 6, 4));
+        const bool hasExif = !row[1].isEmpty();
+        const auto image = Describe(hasExif ? WriteWithExif(path, row[2].toInt(), qPrintable(row[1]))
+                                            : WritePicture(path, "jpeg", 6, 4));
         const ShootingInformation &shooting = image->m_shooting;
         const QString found =
             QStringLiteral("%1 %2 %3 %4,%5,%6 %7 %8").arg(image->HasExif()).arg(double(image->GetFocal()));
@@ -304,10 +292,10 @@ void tst_ImageDef::exifModes()
                      .arg(shooting.distortionK3)
                      .arg(image->Model())
                      .arg(image->GetTimestamp() != 0),
-                 QString::fromLatin1(row.expected));
-        if (!row.make)
+                 row[3]);
+        if (!hasExif)
             QCOMPARE(image->DumpExif(), QStringLiteral("No Exif\n"));
-        QCOMPARE(image->m_metaData.Exifex() != nullptr, row.make != nullptr);
+        QCOMPARE(image->m_metaData.Exifex() != nullptr, hasExif);
     }
     const auto image = Describe(WriteWithExif(Path("dump.jpg"), 60, "Nobody"), true);
     QVERIFY(image->DumpExif().contains(QStringLiteral("(01_0110) \"No camera\" ")));
@@ -316,6 +304,9 @@ void tst_ImageDef::exifModes()
     image->m_model = 7;
     image->m_userGeometry = {{11, 12, 13, 14}, 15};
     QCOMPARE(TextOf(ImageDef(*image)), TextOf(*image));
+    const QString before = TextOf(*image);
+    const ImageDef &itself = *image;
+    QCOMPARE(TextOf(*image = itself), before);
     QFile::remove(image->FileName());
     QCOMPARE(image->DumpExif(), QStringLiteral("ImageDef::DumpExif() Error\n"));
 }
@@ -367,6 +358,7 @@ void tst_ImageDef::identity()
     QCOMPARE(ImageDef::Find(path), image);
     QCOMPARE(Picture(path), image);
     QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
+    QCOMPARE(image->PathName() + image->ShortFileName(), m_dir->path() + QStringLiteral("id.jpg"));
     QVERIFY(!Picture(Path("none.jpg")));
 
     // Copies return the pixels of the file that they describe, even without an ID or after describing another file.
@@ -451,6 +443,10 @@ void tst_ImageDef::sizeInMemory()
     image.GetThumbnail(); // replaces it with a pixmap
     image.m_highResThumbnail = new KImage(7, 5, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(image.memSize(), wanted + 7 * 5);
+    shooting.exposureValue = 2.5;
+    QCOMPARE(image.GetEV(), 0.0F); // without EXIF
+    image.m_hasExif = true;
+    QCOMPARE(image.GetEV(), 2.5F);
 }
 
 QTEST_MAIN(tst_ImageDef)

@@ -1,12 +1,12 @@
 #include "KImage.h"
 
 #include "Case.h"
+#include "Table.h"
 #include "TestImages.h"
 
 #include <QtTest>
 
 #include <cmath>
-#include <limits>
 
 #include <sys/mman.h>
 
@@ -149,38 +149,16 @@ void tst_KImageCopy::guards()
     KImage empty, other;
     std::memset(target.getData(0, 0), 0x5A, size_t(4) * target.bytesPerLine());
     const KImage before(target);
-    const struct {
-        const KImage *from;
-        KImage *to;
-        int x, y, width, height, targetX, targetY;
-        QString message;
-    } crops[] = {// The same image, an empty one, and unsupported types.
-                 {&source, &source, 0, 0, 1, 1, 1, 1, parameter},
-                 {&empty, &empty, 0, 0, 1, 1, 0, 0, parameter},
-                 {&empty, &other, 0, 0, 1, 1, 0, 0, bitmap},
-                 {&palette, &target, 0, 0, 1, 1, 0, 0, bitmap},
-                 {&source, &empty, 0, 0, 1, 1, 0, 0, parameter},
-                 {&source, &palette, 0, 0, 1, 1, 0, 0, parameter},
-                 // Outside the target, and past its right and bottom edges.
-                 {&source, &target, 0, 0, 1, 1, -1, 0, parameter},
-                 {&source, &target, 0, 0, 1, 1, 5, 0, parameter},
-                 {&source, &target, 0, 0, 1, 1, 0, 4, parameter},
-                 {&source, &target, 0, 0, 1, 1, 0, -1, parameter},
-                 {&source, &target, 0, 0, 4, 1, 2, 0, parameter},
-                 {&source, &target, 0, 0, 1, 3, 0, 2, parameter},
-                 // Outside the source, past its right and bottom edges, and a sum that overflows.
-                 {&source, &target, -1, 0, 1, 1, 0, 0, parameter},
-                 {&source, &target, 8, 0, 0, 1, 0, 0, parameter},
-                 {&source, &target, 0, 6, 1, 1, 0, 0, parameter},
-                 {&source, &target, 0, -1, 1, 1, 0, 0, parameter},
-                 {&source, &target, 5, 0, 4, 1, 0, 0, parameter},
-                 {&source, &target, 0, 5, 1, 2, 0, 0, parameter},
-                 {&source, &target, 5, 0, std::numeric_limits<int>::max(), 1, 1, 0, parameter},
-                 {&source, &target, 0, 0, 0, -3, 0, 0, QStringLiteral("none")}};
-    for (const auto &c : crops) {
-        const Case named(c.x, c.y, c.width, c.height, c.targetX, c.targetY);
-        QCOMPARE(Thrown([&] { c.from->CropCopyTo(c.x, c.y, c.width, c.height, *c.to, c.targetX, c.targetY); }),
-                 c.message);
+    const QMap<QString, KImage *> images = {{QStringLiteral("source"), &source},
+                                            {QStringLiteral("target"), &target},
+                                            {QStringLiteral("palette"), &palette},
+                                            {QStringLiteral("empty"), &empty},
+                                            {QStringLiteral("other"), &other}};
+    for (const QStringList &crop : ReadTable(QStringLiteral(CROPS))) {
+        const Case named(crop);
+        const auto n = [&crop](int i) { return crop[i].toInt(); };
+        QCOMPARE(Thrown([&] { images[crop[0]]->CropCopyTo(n(2), n(3), n(4), n(5), *images[crop[1]], n(6), n(7)); }),
+                 crop[8]);
     }
     QCOMPARE(Thrown([&] { empty.CopyTo(target, 0, 0); }), bitmap);
     QCOMPARE(Thrown([&] { palette.CopyTo(target, 0, 0); }), parameter);

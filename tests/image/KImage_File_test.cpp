@@ -3,6 +3,7 @@
 
 #include "Bitmaps.h"
 #include "Files.h"
+#include "Table.h"
 #include "Thrown.h"
 
 #include <QFile>
@@ -49,24 +50,14 @@ private:
 
 void tst_KImageFile::compressionNumbers()
 {
-    const struct {
-        const char *format;
-        int number, compression, quality; // results; -1: stays at the default
-    } rows[] = {
-        {"jpeg", 0, -1, 4}, {"jpeg", 12, -1, 100}, {"jpeg", -1, -1, -1}, {"png", 6, 6, -1},   {"tiff", 0, 0, -1},
-        {"tiff", 1, 0, -1}, {"tiff", 2, 2, -1},    {"tiff", 3, 4, -1},   {"tiff", 99, 0, -1}, {"tiff", -1, -1, -1},
-        {"exr", 0, 4, -1},  {"exr", 1, 0, -1},     {"exr", 2, 1, -1},    {"exr", 3, 2, -1},   {"exr", 4, 3, -1},
-        {"exr", 5, 4, -1},  {"exr", 6, 5, -1},     {"exr", 7, 6, -1},    {"exr", 8, 7, -1},   {"exr", 9, 4, -1},
-        {"hdri", 1, 1, -1}, {"psd", 2, 2, -1},     {"TIFF", 3, -1, -1},  {"gif", 3, -1, -1},
-    };
     GFL_SAVE_PARAMS defaults;
     gflGetDefaultSaveParams(&defaults);
-    for (const auto &row : rows) {
+    for (const QStringList &row : ReadTable(QStringLiteral(COMPRESSIONS))) {
+        const Case named(row);
         GFL_SAVE_PARAMS params = defaults;
-        KImage().TranscodeCompression(QString::fromLatin1(row.format), row.number, params);
-        const QByteArray what = row.format + QByteArray::number(row.number);
-        QVERIFY2(params.Compression == (row.compression < 0 ? defaults.Compression : row.compression), what);
-        QVERIFY2(params.Quality == (row.quality < 0 ? defaults.Quality : row.quality), what);
+        KImage().TranscodeCompression(row[0], row[1].toInt(), params);
+        QCOMPARE(int(params.Compression), row[2] == QLatin1String("-1") ? int(defaults.Compression) : row[2].toInt());
+        QCOMPARE(int(params.Quality), row[3] == QLatin1String("-1") ? int(defaults.Quality) : row[3].toInt());
     }
 }
 
@@ -115,7 +106,16 @@ void tst_KImageFile::guards()
              QStringLiteral("Cannot write into file \"%1\"").arg(m_dir.path()));
     QCOMPARE(Thrown([&] { image.ID_ReadReduced(File("x"), true, 1, 1); }), invalidBitmap);
     QCOMPARE(Thrown([&] { empty.ID_ReadReduced(QString(), true, 1, 1); }), invalidParameter);
+    for (const int bits : {8, 24})
+        QCOMPARE(Thrown([&] {
+                     KImage::WriteRows({1, 1, bits == 8 ? GFL_COLORS : GFL_RGB, bits, {}}, File("x"), {tiff}, {});
+                 }),
+                 invalidParameter);
     QVERIFY(!QFile::exists(File("x")));
+    const std::tuple<const char *, bool, bool> endings[] = {
+        {"a.JPG", true, false}, {"a.jpg", true, true}, {"jpg", false, false}, {"b.jpgx", false, false}};
+    for (const auto &[name, anyCase, sameCase] : endings)
+        QVERIFY2(IsExtention(name, ".jpg", false) == anyCase && IsExtention(name, ".jpg", true) == sameCase, name);
 }
 
 void tst_KImageFile::readsWhatItWrote()
@@ -138,6 +138,10 @@ void tst_KImageFile::readsWhatItWrote()
              QStringLiteral("Error GFL : \"GFL_ERROR_FILE_READ\"")); // no line with a file name
     QVERIFY(!back.m_bitmap);
     std::free(data);
+    KImage floats;
+    image.Convert(floats, GFL_RGB, 32);
+    floats.Write(name, QStringLiteral("HDR"), -1, QString());
+    QVERIFY(ReadFile(name).startsWith("#?RADIANCE"));
     WriteFile(name, "This is not a picture.");
     KImage none;
     QCOMPARE(Thrown([&] { none.ID_Read(name, true); }),
@@ -238,8 +242,9 @@ void tst_KImageFile::failedWriteChangesNothing()
                  QStringLiteral("Cannot write into file \"%1\"").arg(target));
     QCOMPARE(Thrown([&] { image.Write(File("out.tif"), tiff, 0, File("absent.jpg")); }),
              QStringLiteral("Error GFL : \"GFL_ERROR_FILE_OPEN\"\nFile : \"%1\"").arg(File("absent.jpg")));
-    QCOMPARE(Thrown([&] { image.Write(old, QStringLiteral("nonsense"), 0, QString()); }),
-             QStringLiteral("Error GFL : \"GFL_ERROR_BAD_FORMAT_INDEX\"\nFile : \"%1\"").arg(old));
+    for (const QString &target : {old, File("new.tif")})
+        QCOMPARE(Thrown([&] { image.Write(target, QStringLiteral("nonsense"), 0, QString()); }),
+                 QStringLiteral("Error GFL : \"GFL_ERROR_BAD_FORMAT_INDEX\"\nFile : \"%1\"").arg(target));
     QCOMPARE(Thrown([&] { KImage::WriteRows(rows, old, {tiff, 3}, QString()); }), QStringLiteral("no more rows"));
     QCOMPARE(entries(), before);
     QCOMPARE(ReadFile(old), QByteArray("a picture"));

@@ -4,6 +4,7 @@
 
 #include "FakeHost.h"
 #include "ProfileText.h"
+#include "Table.h"
 #include "TestFiles.h"
 #include "Thrown.h"
 
@@ -250,43 +251,17 @@ void tst_KVitreluxOne2One::plainRunsIgnoreFittedOptions()
 
 void tst_KVitreluxOne2One::fittedOption()
 {
-    const struct {
-        const char *name, *text, *kept; // the value in the record
-        bool isLasting = true;          // stored as a default and copied to other records
-    } rows[] = {
-        {"Framing", "keep", "keep"},
-        {"Framing", "all", "all"},
-        {"Framing", "1.05", "1.05"},
-        {"Framing", "3", "2"}, // clamped
-        {"Framing", "1,05", "fill"},
-        {"Framing", "nan", "fill"},
-        {"Sampling", "bilinear", "bilinear"},
-        {"Sampling", "", "sharp"},
-        {"Projection", "equisolid", "equisolid"},
-        {"Projection", "Equisolid", "rectilinear"},
-        {"AmountDisto", "0.1", "0.1"},
-        {"AmountCA", "-1", "0"},
-        {"AmountFalloff", "half", "1"},
-        {"Source", "lensfun", "lensfun"},
-        {"Again", "1", "1", false},
-        {"Again", "0", "", false},
-        {"Lens", "Kit & 18-55mm", "Kit & 18-55mm", false},
-        {"Body", "X1", "X1", false},
-        {"Focal", "23.5", "23.5", false},
-        {"Focal", "inf", "", false},
-        {"Aperture", "0", "", false},
-        {"Distance", "inf", "inf", false},
-    };
-    for (const auto &row : rows) {
-        const Case named(row.name, row.text);
+    for (const QStringList &row : ReadTable(QStringLiteral(FITTED_OPTIONS))) {
+        const Case named(row);
         Host().Clear();
-        const QString name = QLatin1String(row.name), kept = QLatin1String(row.kept);
+        const QString name = row[0], kept = row[2];
+        const bool isLasting = row[3] == "yes"_s;
         QDomDocument document;
         QDomElement element = document.createElement("any"_s);
         KVitreluxOne2One process;
         process.setProperty("Correction", "fitted"_s);
         auto *untouched = static_cast<Params *>(process.AllocParameters(element));
-        element.setAttribute(name, QLatin1String(row.text));
+        element.setAttribute(name, row[1]);
         auto *params = static_cast<Params *>(process.AllocParameters(element));
         const auto optionOf = [&](void *record) { return process.GetXmlParameters(record).attribute(name); };
         const QString byDefault = optionOf(untouched);
@@ -300,8 +275,8 @@ void tst_KVitreluxOne2One::fittedOption()
         process.OnValidatePage();
         void *ofNextJob = process.AllocParameters(QDomElement());
         process.CopyParameters(untouched, params);
-        QCOMPARE(optionOf(untouched), row.isLasting ? kept : byDefault);
-        QCOMPARE(optionOf(ofNextJob), row.isLasting ? kept : byDefault);
+        QCOMPARE(optionOf(untouched), isLasting ? kept : byDefault);
+        QCOMPARE(optionOf(ofNextJob), isLasting ? kept : byDefault);
         QVERIFY(!untouched->fitted->report);
         for (void *record : {static_cast<void *>(untouched), static_cast<void *>(params), ofNextJob})
             process.FreeParameters(record);
@@ -454,6 +429,8 @@ void tst_KVitreluxOne2One::failedRunReleasesTheLock()
     FakeImageDef *def = Host().Def(source);
     FillWithCoordinates(def->pixels, 4, 3);
     def->pixels.m_bitmap->Type = 0; // a type that no operation supports
+    KImage bytes(3, 4, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    QCOMPARE(Thrown([&] { CorrectDistortion(bytes, WriteProfile(4, 3, 0)); }), "Invalid Parameter"_s); // only floats
     KVitreluxOne2One process;
     Params params;
     QString output;

@@ -109,6 +109,7 @@ void tst_Library::pictures()
         Cast<KIPluginLibrary>(m_object, "KIPluginLibrary")->Plugins(KIPluginLibrary::All).last(), "KIPluginOne2One");
     const QImage icon = process->Icon().pixmap(64).toImage();
     QCOMPARE(icon.size(), QSize(64, 64));
+    QCOMPARE(Cast<KIAbout>(m_object, "KIAbout")->Icon().pixmap(64).toImage(), icon);
     QVERIFY(!process->BeforeAfter().isNull() && process->BeforeAfter().pixmap(64).toImage() != icon);
 }
 

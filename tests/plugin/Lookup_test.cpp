@@ -5,6 +5,7 @@
 #include "Files.h"
 #include "ImageDef.h"
 #include "KImage.h"
+#include "Table.h"
 #include "UIVitreluxPage.h"
 
 #include <QDir>
@@ -88,61 +89,20 @@ QString tst_Lookup::Relative(const QStringList &paths) const
 
 void tst_Lookup::profile_data()
 {
-    QTest::addColumn<QString>("maker");
-    QTest::addColumn<QString>("lensId");
-    QTest::addColumn<QStringList>("files"); // "L" is the profile folder, "L\\Canon" that of a brand
-    QTest::addColumn<QString>("found");
-    QTest::addColumn<QString>("message"); // if null, that of the found file
-    const auto row = [](const char *name, const char *maker, const char *lensId, const QStringList &files,
-                        const QString &found, const char *message = nullptr) {
-        const QString file = QLatin1String("Fichier correspondant : ") + found.section(QLatin1Char('/'), -1);
-        QTest::newRow(name) << QString::fromLatin1(maker) << QString::fromLatin1(lensId) << files << found
-                            << (message ? QString::fromLatin1(message) : file);
-    };
-    const auto canon = [](const char *file) { return QStringLiteral("L\\Canon/X1 (%1).lcp").arg(QLatin1String(file)); };
-    const QString brand = QStringLiteral("L/Canon/any"); // makes "Canon" a brand; its profiles are looked up in L\Canon
-    const QString nikon = QStringLiteral("L/Nikon/any"), sigma = QStringLiteral("L\\Nikon/X1 (Sigma 8mm).lcp");
-
-    row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, canon("Canon EF-S 10-22mm"));
-    row("best of three, ignoring case", "CANON INC.", "10 22 3",
-        {brand, canon("CANON 10-22"), canon("canon ef-s 10-22MM"), canon("Canon EF-S 10-22mm f4 USM")},
-        canon("Canon EF-S 10-22mm f4 USM"));
-    row("first of equally good files", "Canon", "10 22 3", {brand, canon("b Canon 10-22mm"), canon("a Canon 10-22mm")},
-        canon("a Canon 10-22mm"));
-    row("focal length and maker alone", "Canon", "10 22 3", {brand, canon("Canon 10-22")}, {}, "untouched");
-    row("other focal length", "Canon", "10 22 3", {brand, canon("Canon EF-S 18-55mm USM")}, {}, "untouched");
-    row("lens by another maker", "NIKON CORPORATION", "10 20 2",
-        {nikon, QStringLiteral("L\\Nikon/X1 (Nikon 10-20mm EX)")}, {}, "untouched");
-    row("long name of the maker", "NIKON CORPORATION", "8 8 1", {nikon, sigma}, sigma);
-    row("no focal length in the lens's name", "Canon", "50 50 5", {brand, canon("Canon Compact 50")},
-        canon("Canon Compact 50"));
-    row("last focal length in the name", "Canon", "60 60 6", {brand, canon("Canon 50mm Macro"), canon("Canon 60mm")},
-        canon("Canon 60mm"));
-    row("name with only the word mm", "Canon", "70 70 7", {brand, canon("mm mm")}, {}, "untouched");
-    row("several lenses", "Canon", "24 70 4", {brand, canon("Canon EF 24-70mm L")},
-        QStringLiteral("L\\Canon/Canon EF 24-70mm L\nL\\Canon/Tamron 24-70mm VC"), "untouched");
-    row("unknown lens", "Canon", "1 2 3", {brand, canon("Canon EF")}, {},
-        "This camera-lens couple does not seem to be in database");
-    row("no file for the camera", "Canon", "10 22 3", {brand, QStringLiteral("L\\Canon/X2 (Canon EF-S 10-22mm)")}, {},
-        "No matching LensID");
-    row("folder joined with a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, {},
-        "No matching LensID");
-    row("current folder if no folder fits the brand", "Canon", "10 22 3",
-        {QStringLiteral("L/Pentax/any"), QStringLiteral("X1 (Canon EF-S 10-22mm).lcp")},
-        QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
-    row("first folder whose name the brand contains", "Canon", "10 22 3",
-        {QStringLiteral("L/An/any"), brand, QStringLiteral("L\\An/X1 Canon 10-22mm"), canon("Canon 10-22mm")},
-        QStringLiteral("L\\An/X1 Canon 10-22mm"));
-    row("brand after another word", "The Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, {},
-        "Sorry: Thecameras are not yet in LensId.txt");
+    for (const char *column : {"maker", "lensId", "files", "found", "message"})
+        QTest::addColumn<QString>(column);
+    for (const QStringList &row : ReadTable(QStringLiteral(LOOKUPS))) {
+        const QString file = QStringLiteral("Fichier correspondant : ") + row[4].section(QLatin1Char('/'), -1);
+        QTest::newRow(qPrintable(row[0])) << row[1] << row[2] << row[3] << row[4] << (row[5].isEmpty() ? file : row[5]);
+    }
 }
 
 void tst_Lookup::profile()
 {
     QFETCH(QString, maker);
     QFETCH(QString, lensId);
-    QFETCH(QStringList, files);
-    for (const QString &file : files)
+    QFETCH(QString, files);
+    for (const QString &file : files.split(QLatin1Char('|')))
         Touch(file);
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(m_dir->path()));

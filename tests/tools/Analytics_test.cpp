@@ -10,6 +10,7 @@
 #include "analytics/KAnalyticsProvider.h"
 
 #include <QJsonDocument>
+#include <QLockFile>
 #include <QPointer>
 #include <QSettings>
 #include <QSignalSpy>
@@ -103,6 +104,7 @@ private Q_SLOTS:
     void binaryForms();
     void binaryFile();
     void storeAndIdentifier();
+    void managerOfAFile();
     void duplicateAndDeletedProviders();
     void countersAndTimers();
     void switchedOff();
@@ -215,6 +217,7 @@ void tst_Analytics::databaseKeepsEvents()
 {
     const QString made = OpenAnew().userId(/*create=*/true);
     QVERIFY(!QUuid(made).isNull() && !made.contains(QLatin1Char('{')));
+    QCOMPARE(m_db->userId(/*create=*/false), made); // the same for this session
     QPointer<KAnalyticsEvent> event(Event("a"));
     m_db->insertEvent(event);
     RunLoop();
@@ -223,6 +226,7 @@ void tst_Analytics::databaseKeepsEvents()
     m_db->insertEvent(Event("b"));
     QCOMPARE(Names(OpenAnew().allEvents()), "1:a 2:b"_s);
     QVERIFY(OpenAnew().allEvents().isEmpty());
+    QCOMPARE(m_db->allTables(), QStringList("events"_s));
     QCOMPARE(m_db->userId(/*create=*/false), "{%1}"_s.arg(made)); // as stored in the table
 
     KAnalyticsDb second("second"_s, kSqlite, nullptr);
@@ -263,6 +267,12 @@ void tst_Analytics::damagedDatabase()
         QCOMPARE(Names(OpenAnew().allEvents()), isDamaged ? "1:new"_s : "1:old 2:new"_s);
         QCOMPARE(m_db->userId(/*create=*/false), "{%1}"_s.arg(id));
     }
+    m_db.reset();
+    WriteFile(Path(), "damaged");
+    QLockFile replacing(Path() + ".lock"_s); // as another process does
+    QVERIFY(replacing.lock());
+    OpenAnew();
+    QCOMPARE(ReadFile(Path()), QByteArray("damaged"));
 }
 
 // Data from Qt's writer is read completely; truncated and self-referencing data is rejected.
@@ -278,6 +288,12 @@ void tst_Analytics::binaryForms()
     QCOMPARE(ObjectOfBinaryJson(QJsonDocument(root).toBinaryData()), root);
     QCOMPARE(ObjectOfBinaryJson(QJsonDocument(numbers).toBinaryData()), QJsonObject());
 
+    QJsonObject nested = {{"value"_s, 1}};
+    for (int depth = 1; depth <= 101; ++depth) {
+        nested = {{"in"_s, nested}};
+        if (depth >= 100) // 100 levels below the first are read
+            QVERIFY(ObjectOfBinaryJson(QJsonDocument(nested).toBinaryData()).isEmpty() == (depth == 101));
+    }
     QByteArray bytes = StoreBytes();
     for (int length = 0; length < bytes.size(); ++length)
         QVERIFY2(ObjectOfBinaryJson(bytes.left(length)).isEmpty(), qPrintable(QString::number(length)));
@@ -333,6 +349,28 @@ void tst_Analytics::storeAndIdentifier()
     QCOMPARE(keptOut.userId(), QString());
     other.close();
     QCOMPARE(keptOut.userId(), id); // from the copy in the store
+}
+
+/// With the binary file as its store, the manager sends what the file contains; new events are lost.
+void tst_Analytics::managerOfAFile()
+{
+    KAnalyticsManager::killInstance();
+    WriteFile(m_folders->Store(kApplication), StoreBytes());
+    for (const bool useSettingsUserId : {false, true}) {
+        const Case named(useSettingsUserId);
+        KAnalyticsManager manager(useSettingsUserId, nullptr, /*useDb=*/false);
+        QCOMPARE(manager.userId(),
+                 useSettingsUserId ? QSettings("Brelt"_s, QString()).value("platformDef"_s).toString() : "me"_s);
+        m_log.clear();
+        manager.registerProvider(new Sender(&m_log));
+        QPointer<KAnalyticsEvent> event(Event("new"));
+        manager.sendEvent(event, /*flush=*/false);
+        manager.sendEvent(nullptr, /*flush=*/false);
+        RunLoop();
+        QVERIFY(event.isNull());
+        manager.waitBeforeExit();
+        QCOMPARE(m_log.join(QLatin1Char(' ')), "KAnalyticsFile pre1 /old= of type 0 post waited"_s);
+    }
 }
 
 void tst_Analytics::duplicateAndDeletedProviders()
@@ -409,12 +447,15 @@ void tst_Analytics::switchedOff()
     m_manager->sendEvent(nullptr, /*flush=*/true);
     m_manager->sendEventAction(kCategory, kName, 1);
     m_manager->stopTimerEvent(kCategory, "before"_s);
+    m_manager->startTimerEvent(kCategory, "during"_s);
     m_manager->increaseCounterEvent(kCategory, kName);
+    m_manager->decreaseCounterEvent(kCategory, kName);
     m_manager->flushEvents(/*delayed=*/false);
     RunLoop();
     QVERIFY(event.isNull() && m_log.filter("/"_s).isEmpty());
     m_manager->setIsActive(true);
-    m_manager->stopTimerEvent(kCategory, "before"_s); // the timer still runs
+    for (const QString &name : {"before"_s, "during"_s}) // the first timer still runs
+        m_manager->stopTimerEvent(kCategory, name);
     m_manager->flushEvents(/*delayed=*/false);
     QCOMPARE(m_log.filter("/"_s).size(), 1);
 }

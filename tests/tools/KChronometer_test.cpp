@@ -67,6 +67,10 @@ void tst_KChronometer::accumulated()
     gChrono.Start(kName);
     gChrono.AccumulateTiming(kName, 70000);
     QCOMPARE(gChrono.GetStatTotalTime(kName, -1), 70000);
+    gChrono.Start(kName);
+    PassTime(1);
+    const double seconds = gChrono.Stop(kName, KChronometer::Seconds);
+    QCOMPARE(gChrono.GetStatTotalTime(kName, -1), 70000 + qRound64(seconds * 1000));
 }
 
 void tst_KChronometer::formattedTime()

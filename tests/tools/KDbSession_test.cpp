@@ -69,6 +69,7 @@ private Q_SLOTS:
     void copyToOtherFile();
     void lockedNewFile();
     void readerBlocksBothSessions();
+    void handlesAndFailures();
 
 private:
     QString Path(const char *name = "notes.db") const { return m_dir->filePath(QString::fromLatin1(name)); }
@@ -195,6 +196,32 @@ void tst_KDbSession::readerBlocksBothSessions()
     first.Add(QStringLiteral("new")); // must not be blocked by the second session's read
     QCOMPARE(first.Texts(), QStringLiteral("old new"));
     QVERIFY(second.Texts().isEmpty());
+}
+
+/// The handles are those of Qt's connection; a session that can't open says why and can be opened again.
+void tst_KDbSession::handlesAndFailures()
+{
+    QTest::ignoreMessage(
+        QtWarningMsg,
+        QRegularExpression(QStringLiteral(
+            "\\[openDb\\] \".*no folder/notes.db\" Error while opening \".*unable to open database file")));
+    Notes notes;
+    notes.setFilePath(Path("no folder/notes.db"));
+    notes.Add(QStringLiteral("lost"));
+    QVERIFY(!notes.checkDb() && !notes.fileDb(/*open=*/false).isOpen());
+    QVERIFY(!notes.openDb(QStringLiteral("unused"), QString()).isValid());
+    notes.setFilePath(Path());
+    notes.executeQueries(QList<KDbQuery>{KDbQuery(QStringLiteral("NONSENSE"), {}),
+                                         KDbQuery(QStringLiteral("INSERT INTO notes (text) VALUES('a')"), {})});
+    for (const QSqlDatabase &db : {notes.database(), notes.fileDb(/*open=*/true)}) {
+        QVERIFY(db.isOpen() && db.driver() == QSqlDatabase::database(QStringLiteral("notes"), false).driver());
+        QCOMPARE(db.databaseName() + QLatin1Char(' ') + db.tables().join(QLatin1Char(' ')),
+                 Path() + QStringLiteral(" notes"));
+    }
+    QCOMPARE(notes.Texts("SELECT text FROM notes UNION ALL SELECT * FROM pragma_page_size UNION ALL "
+                         "SELECT * FROM pragma_cache_size UNION ALL SELECT * FROM pragma_temp_store UNION ALL "
+                         "SELECT * FROM pragma_synchronous UNION ALL SELECT * FROM pragma_locking_mode"),
+             QStringLiteral("a 4096 16384 2 0 exclusive")); // temporary tables in memory, no waiting for the disk
 }
 
 int main(int argc, char **argv)

@@ -5,11 +5,13 @@
 #include "KSystemInfo_p.h"
 #include "RecordedMachine.h"
 #include "TestFiles.h"
+#include "cpuid2/cpu_topo.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <omp.h>
+#include <sys/sysinfo.h>
 #include <unistd.h>
 
 namespace {
@@ -82,9 +84,15 @@ void tst_KSystemInfo::programsAndTheirPipes()
     QCOMPARE(OpenFiles(), before);
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "/no/such/folder");
-    const QString flavor = KSystemInfo::osDownloadVersion();
+    QString flavors = KSystemInfo::osDownloadVersion();
+    const QTemporaryDir folder;
+    QFile::link("/bin/true"_s, folder.filePath("dpkg"_s));
+    qputenv("PATH", folder.path().toLocal8Bit());
+    flavors += KSystemInfo::osDownloadVersion();
     qputenv("PATH", path);
-    QCOMPARE(flavor, "linux64tar"_s);
+    QCOMPARE(flavors, "linux64tarlinux64deb"_s);
+    QVERIFY(KSystemInfo::maxCacheSize() <= CacheBytesAllowed(KSystemInfo::physicalMemory()));
+    QVERIFY(KSystemInfo::maxCacheSize() >= CacheBytesAllowed(0));
 }
 
 void tst_KSystemInfo::processors()
@@ -121,6 +129,15 @@ void tst_KSystemInfo::system()
     QCOMPARE(qlonglong(sysconf(_SC_OPEN_MAX)), qlonglong(most - 1));
     QCOMPARE(KSystemInfo::MaxOpenFiles(), most - 1);
     KSystemInfo::SetMaxOpenFiles(most);
+    QCOMPARE(KSystemInfo::cpuDescription(), QString::fromLatin1(GetCpuDescription()));
+    struct sysinfo memory;
+    QVERIFY(sysinfo(&memory) == 0
+            && KSystemInfo::physicalMemory() == InstalledBytes(memory.totalram * memory.mem_unit));
+    unsigned long long freeBytes = 1, totalBytes = 1;
+    KSystemInfo::DiskInfo("/no/such/folder"_s, freeBytes, totalBytes);
+    QCOMPARE(freeBytes + totalBytes, 0ull);
+    KSystemInfo::DiskInfo("/"_s, freeBytes, totalBytes);
+    QVERIFY(freeBytes <= totalBytes && totalBytes > 0);
     int major, minor, patch;
     KSystemInfo::applicationVersion(major, minor, patch);
     QCOMPARE(QVector<int>({major, minor, patch}), QVector<int>({1, 4, 0}));

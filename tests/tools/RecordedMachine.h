@@ -111,7 +111,7 @@ public:
     {
         const auto found = m_leaves.find({leaf, subleaf});
         CpuidRegisters r = found == m_leaves.end() ? CpuidRegisters() : found->second;
-        if (leaf == 1)
+        if (leaf == 1 && !m_apicIds.empty())
             r.ebx |= m_apicIds[current] << 24;
         if (leaf == 11 && m_hasLeafB)
             r.edx = m_apicIds[current];

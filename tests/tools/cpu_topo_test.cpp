@@ -3,6 +3,7 @@
 
 #include "Case.h"
 #include "RecordedMachine.h"
+#include "Table.h"
 
 #include <QtTest>
 
@@ -26,79 +27,51 @@ Ids operator+(Ids a, const Ids &b)
     return a;
 }
 
-/// Expected results for a machine: total counts, then one row per cache.
-struct Expected {
-    unsigned packages, cores, threads;
-    unsigned coresOfPackage0, threadsOfCore0;
-    std::vector<std::array<unsigned, 3>> caches; // instances, processors that share the first one, KB
-};
-
-struct MachineRow {
-    RecordedMachine machine;
-    Expected expected;
-};
-
 using R = RecordedMachine;
-constexpr unsigned D = 1, I = 2, U = 3;
+constexpr unsigned D = 1; // type of a cache
 
-std::vector<std::pair<const char *, MachineRow>> Machines()
+std::vector<Ids> ListsOf(const QString &cell)
 {
-    const Caches quadHt = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 4}, {3, U, 16, 8192, 16}};
-    const Caches xeon = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 512, 8}, {3, U, 32, 12288, 20}};
-    const Caches core2 = {{1, D, 1, 64, 8}, {1, I, 1, 64, 8}, {2, U, 2, 4096, 24}};
-    const Caches zen = {{1, D, 2, 64, 8}, {1, I, 2, 256, 4}, {2, U, 2, 1024, 8}, {3, U, 8, 8192, 16}};
-    const Caches rome = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 8}, {3, U, 8, 16384, 16}};
-    return {
-        {"Intel, 2 sockets of 6 cores with 2 threads, gaps in the core numbers, leaf 11",
-         {R(R::Intel, 0xF, Range(0, 6) + Range(16, 6) + Range(32, 6) + Range(48, 6))
-              .PerPackage(32)
-              .Caches(16, xeon)
-              .Levels({{1, 1, 2}, {2, 5, 12}}),
-          {2, 12, 24, 6, 2, {{12, 2, 32}, {12, 2, 32}, {12, 2, 256}, {2, 12, 15360}}}}},
-        {"Intel, 6 cores, hyper-threading off: every second identifier, leaf 11",
-         {R(R::Intel, 0x16, Range(0, 6, 2)).PerPackage(16).Caches(8, quadHt).Levels({{1, 1, 1}, {2, 4, 6}}),
-          {1, 6, 6, 6, 1, {{6, 1, 32}, {6, 1, 32}, {6, 1, 256}, {1, 6, 8192}}}}},
-        {"Intel, leaf 11 with modules and dies above the cores",
-         {R(R::Intel, 0x1B, Range(0, 4) + Range(64, 4))
-              .PerPackage(64)
-              .Caches(32, {{1, D, 2, 64, 12}})
-              .Levels({{1, 1, 2}, {2, 6, 4}, {5, 6, 4}}),
-          {2, 4, 8, 2, 2, {{4, 2, 48}}}}},
-        {"Intel, 4 cores, level 2 cache shared by pairs, leaves 1 and 4",
-         {R(R::Intel, 0xD, Range(0, 4)).PerPackage(4).Caches(4, core2), // leaf 11 exists but is empty
-          {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
-        {"Intel, 2 sockets of 1 core with 2 threads, before leaf 4",
-         {R(R::Intel, 2, {0, 1, 6, 7}).PerPackage(2), {2, 2, 4, 1, 2, {{2, 2, 0}}}}},
-        {"several sockets without the flag, as hypervisors report them",
-         {R(R::Intel, 0xD, Range(0, 3)).Caches(1, {{1, D, 1, 64, 8}}), {3, 3, 3, 1, 1, {{3, 1, 32}}}}},
-        {"hypervisor that counts fewer threads than cores",
-         {R(R::Intel, 0xA, Range(0, 4)).PerPackage(1).Caches(4, {{1, D, 1, 64, 8}}), {1, 4, 4, 4, 1, {{4, 1, 32}}}}},
-        {"AMD, 6 cores without multithreading, no topology extensions: caches unknown",
-         {R(R::Amd, 6, Range(0, 6)).PerPackage(6).AmdCores(0x10, 6, 3), {1, 6, 6, 6, 1, {}}}},
-        {"AMD, compute units are not threads",
-         {R(R::Amd, 0xD, Range(16, 8))
-              .PerPackage(8)
-              .AmdCores(0x15, 8, 4)
-              .AmdExtensions(2, {{1, D, 1, 64, 4}, {2, U, 2, 2048, 16}}),
-          {1, 8, 8, 8, 1, {{8, 1, 16}, {4, 2, 2048}}}}},
-        {"AMD, 8 cores with 2 threads in two groups, before leaf 11",
-         {R(R::Amd, 0xD, Range(0, 16)).PerPackage(16).AmdCores(0x17, 16, 4).AmdExtensions(2, zen),
-          {1, 8, 16, 8, 2, {{8, 2, 32}, {8, 2, 64}, {8, 2, 512}, {2, 8, 8192}}}}},
-        {"AMD, 2 sockets of 8 cores with 2 threads, leaf 11",
-         {R(R::Amd, 0x10, Range(0, 16) + Range(128, 16))
-              .PerPackage(16)
-              .AmdCores(0x17, 16, 7)
-              .AmdExtensions(2, rome)
-              .Levels({{1, 1, 2}, {2, 7, 16}}),
-          {2, 16, 32, 8, 2, {{16, 2, 32}, {16, 2, 32}, {16, 2, 512}, {4, 8, 16384}}}}},
-        {"identifiers above 8 bits, leaf 11",
-         {R(R::Amd, 0x10, Range(256, 2) + Range(512, 2))
-              .PerPackage(2)
-              .AmdCores(0x19, 2, 8)
-              .AmdExtensions(1, {{3, U, 2, 32768, 16}})
-              .Levels({{1, 0, 1}, {2, 8, 2}}),
-          {2, 4, 4, 2, 1, {{2, 2, 32768}}}}},
-    };
+    std::vector<Ids> lists;
+    for (const QString &list : cell.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        lists.emplace_back();
+        for (const QString &number : list.split(QLatin1Char(' ')))
+            lists.back().push_back(number.toUInt());
+    }
+    return lists;
+}
+
+Caches CachesAfterFirst(const std::vector<Ids> &lists)
+{
+    Caches caches;
+    for (size_t i = 1; i < lists.size(); ++i)
+        caches.push_back({lists[i][0], lists[i][1], lists[i][2], lists[i][3], lists[i][4]});
+    return caches;
+}
+
+/// Returns the machine of a row of machines.tsv, which explains the columns.
+R MachineOf(const QStringList &row)
+{
+    Ids ids;
+    for (const Ids &run : ListsOf(row[3]))
+        ids = ids + Range(run[0], run[1], run.size() > 2 ? run[2] : 1);
+    R machine(row[1] == QLatin1String("Intel") ? R::Intel : R::Amd, row[2].toUInt(), ids);
+    if (row[1] == QLatin1String("Hygon"))
+        machine.Set(0, 0, {row[2].toUInt(), 0x6F677948, 0x656E6975, 0x6E65476E}); // "HygonGenuine"
+    std::vector<RecordedLevel> levels;
+    for (const Ids &level : ListsOf(row[6]))
+        levels.push_back({level[0], level[1], level[2]});
+    if (!row[4].isEmpty())
+        machine.PerPackage(row[4].toUInt());
+    if (const auto lists = ListsOf(row[5]); !lists.empty())
+        machine.Caches(lists[0][0], CachesAfterFirst(lists));
+    if (!levels.empty())
+        machine.Levels(levels);
+    if (const auto cores = ListsOf(row[7]); !cores.empty())
+        machine.AmdCores(cores[0][0], cores[0][1], cores[0][2]);
+    if (const auto lists = ListsOf(row[8]); !lists.empty())
+        machine.AmdExtensions(lists[0][0], CachesAfterFirst(lists));
+    return machine;
 }
 
 struct FailureRow {
@@ -117,10 +90,30 @@ std::vector<FailureRow> Failures()
         {"binding refused", four, kTopologyBindError, 3, -1, 2},
         {"leaf 11 without threads", R(four).Levels({{2, 1, 4}}), kTopologyGeneralError},
         {"leaf 11 that never ends", R(four).Levels(std::vector<RecordedLevel>(20, {1, 1, 2})), kTopologyGeneralError},
+        {"more levels than the record holds", R(four).Levels(std::vector<RecordedLevel>(6, {1, 1, 2})),
+         kTopologyGeneralError},
+        {"more caches than the record holds", R(four).Caches(4, Caches(6, {1, D, 1, 64, 8})), kTopologyGeneralError},
         {"more leaves than the record holds", R(four).Set(0, 0, manyLeaves), kTopologyGeneralError},
-        {"more caches than the record holds", R(four).Caches(4, Caches(7, {1, D, 1, 64, 8})), kTopologyGeneralError},
+        {"more cores than the record holds",
+         R(R::Intel, 0xB, Range(0, MAX_CORES + 1)).PerPackage(4).Levels({{1, 0, 1}, {2, 10, 9}}), kTopologyGeneralError,
+         MAX_CORES + 1},
+        {"no processors", R(R::Intel, 0xB, {}), kTopologyAnalysisError},
         {"cores counted as threads, before leaf 4", R(R::Amd, 1, Range(0, 4)).PerPackage(4).AmdCores(0xF, 4, 0),
          kTopologyLegacyError}};
+}
+
+/// Returns whether the parts of each identifier add up to it.
+bool AddsUp()
+{
+    CpuTopology &g = *glbl_ptr;
+    bool isWhole = CompareEqualGenericAffinity(&g.processAffinity, &g.systemAffinity);
+    for (unsigned i = 0; i < g.threadCount; ++i) {
+        const CpuThreadRecord &r = g.threadRecords[i];
+        isWhole &= (r.packageId << g.packageShift | r.coreId << g.smtWidth | r.smtId) == r.apicId;
+        for (unsigned c = 0; c < MAX_CACHE_SUBLEAFS; ++c)
+            isWhole &= r.cacheId[c] + r.cacheSmtId[c] == r.apicId && r.cacheSmtId[c] >> g.cacheWidth[c] == 0;
+    }
+    return isWhole && g.maxCacheSubleaf == (g.cacheRecords.empty() ? 0 : g.cacheRecords.size() - 1);
 }
 
 } // namespace
@@ -135,6 +128,8 @@ private Q_SLOTS:
     void ordinals();
     void failures();
     void processorName();
+    void fieldsAndNames();
+    void masks();
 };
 
 void tst_CpuTopo::cleanup()
@@ -145,24 +140,29 @@ void tst_CpuTopo::cleanup()
 
 void tst_CpuTopo::recorded()
 {
-    for (auto &[name, row] : Machines()) {
-        const Case named(name);
-        auto &[machine, expected] = row;
+    for (const QStringList &row : ReadTable(QStringLiteral(MACHINES))) {
+        const Case named(row[0]);
+        R machine = MachineOf(row);
+        const std::vector<Ids> expected = ListsOf(row[9]);
+        const unsigned packages = expected[0][0], threads = expected[0][2];
         SetCpuMachine(&machine);
-        const Ids counts = {GetSysProcessorPackageCount(), GetSysProcessorCoreCount(),
-                            GetSysLogicalProcessorCount(), GetcoreCount(0),
-                            GetthreadCount(0, 0),          GetcoreCount(expected.packages)};
-        const Ids wanted = {expected.packages,        expected.cores,          expected.threads,
-                            expected.coresOfPackage0, expected.threadsOfCore0, 0u};
-        QVERIFY2(counts == wanted, name);
-        QVERIFY2(glbl_ptr->cacheRecords.size() == expected.caches.size(), name);
-        for (unsigned i = 0; i < expected.caches.size(); ++i) {
-            const std::array<unsigned, 3> cache = {GetSysEachCacheCount(i), GetCoreCountPerEachCache(i, 0),
-                                                   glbl_ptr->cacheRecords[i].sizeKb};
-            QVERIFY2(cache == expected.caches[i], name);
+        QCOMPARE(Ids({GetSysProcessorPackageCount(), GetSysProcessorCoreCount(), GetSysLogicalProcessorCount(),
+                      GetcoreCount(0), GetthreadCount(0, 0)}),
+                 expected[0]);
+        QCOMPARE(GetcoreCount(packages), 0u);
+        QCOMPARE(glbl_ptr->cacheRecords.size(), expected.size() - 1);
+        for (unsigned i = 0; i + 1 < expected.size(); ++i) {
+            const unsigned kb = glbl_ptr->cacheRecords[i].sizeKb;
+            QCOMPARE(Ids({GetSysEachCacheCount(i), GetCoreCountPerEachCache(i, 0), kb}), expected[i + 1]);
+            QCOMPARE(GetCacheTotalLize(MaxLeaf(machine), i), kb * 1024ull);
+            QCOMPARE(glbl_ptr->cacheMask[i], (1u << glbl_ptr->cacheWidth[i]) - 1);
         }
         InitCpuTopology();
-        QCOMPARE(machine.bindings, int(expected.threads)); // each processor is read only once
+        QCOMPARE(machine.bindings, int(threads)); // each processor is read only once
+        QVERIFY(AddsUp());
+        QCOMPARE(GetHWMTConfig(0), 0);
+        QCOMPARE(glbl_ptr->hwmtThreadsPerCore, expected[0][4]);
+        QCOMPARE(glbl_ptr->hwmtThreadsPerPackage, row[0][0] == QLatin1Char('h') ? 1 : threads / packages); // hypervisor
         cleanup();
         init();
     }
@@ -170,7 +170,7 @@ void tst_CpuTopo::recorded()
 
 void tst_CpuTopo::ordinals()
 {
-    RecordedMachine machine = Machines()[0].second.machine;
+    RecordedMachine machine = MachineOf(ReadTable(QStringLiteral(MACHINES)).first());
     SetCpuMachine(&machine);
     QCOMPARE(getEnumerateAPICID(0), 0u);
     QCOMPARE(getEnumerateAPICID(23), 53u);
@@ -182,13 +182,10 @@ void tst_CpuTopo::ordinals()
     QCOMPARE(SlectOrdfromPkg(2, -1, -1), 0u);
     QCOMPARE(GetHWMTConfig(1), 0);
     QCOMPARE(machine.current, 12u);
-    QCOMPARE(glbl_ptr->hwmtThreadsPerCore, 2u);
-    QCOMPARE(glbl_ptr->hwmtThreadsPerPackage, 12u);
     QCOMPARE(GetHWMTConfig(2), -1);
-    QCOMPARE(GetCacheTotalLize(0xF, 3), 15360ull * 1024);
+    machine.unbindableCpu = 12;
+    QCOMPARE(GetHWMTConfig(1), -1);
     QCOMPARE(GetCacheTotalLize(3, 0), 0ull);
-    QCOMPARE(glbl_ptr->cacheRecords[0].shortName, std::string("L1D"));
-    QCOMPARE(glbl_ptr->cacheRecords[3].longName, std::string("Level 3 Unified cache, size(KBytes)= 15360"));
 }
 
 void tst_CpuTopo::failures()
@@ -228,6 +225,64 @@ void tst_CpuTopo::processorName()
         QCOMPARE(machine.bindings, 0);
         SetCpuMachine(nullptr);
     }
+}
+
+void tst_CpuTopo::fieldsAndNames()
+{
+    CPUIDExit();
+    QCOMPARE(GetSysLogicalProcessorCount() + GetSysEachCacheCount(0), 0u); // without a record
+    const unsigned bits[][4] = {
+        {0xABCD1234, 8, 15, 0x12}, {~0u, 0, 31, ~0u}, {1u << 31, 31, 31, 1}, {~0u, 5, 4, 0}, {~0u, 0, 32, 0}};
+    for (const auto &[value, from, to, wanted] : bits)
+        QCOMPARE(getBitsFromDWORD(value, from, to), wanted);
+    const std::pair<unsigned, unsigned> widths[] = {{0, 0}, {1, 0}, {2, 1}, {3, 2}, {4, 2}, {5, 3}, {255, 8}};
+    for (const auto &[count, width] : widths)
+        QCOMPARE(WidthOf(count), width);
+    QCOMPARE(CacheBytes({0, 1 << 22 | 2 << 12 | 3, 4, 0}), 2ull * 3 * 4 * 5);
+    RecordedMachine machine(R::Intel, 4, {0});
+    machine.Caches(1, {{1, D, 1, 64, 8}, {1, 2, 1, 64, 8}, {2, 3, 1, 128, 8}, {3, 5, 1, 64, 8}});
+    QByteArray names;
+    for (unsigned i = 0; i < 5; ++i)
+        names += QByteArray::fromStdString(DescribeCache(machine, i).shortName + ": "
+                                           + DescribeCache(machine, i).longName + "\n");
+    QCOMPARE(names,
+             QByteArray("L1D: Level 1 Data cache, size(KBytes)= 32\n"
+                        "L1I: Level 1 Instruction cache, size(KBytes)= 32\n"
+                        "L2: Level 2 Unified cache, size(KBytes)= 64\n"
+                        "L3: Level 3 cache type undefined, size(KBytes)= 32\n"
+                        "Null: Level 0 Null, end of cache_type list, size(KBytes)= 0\n"));
+}
+
+void tst_CpuTopo::masks()
+{
+    GenericAffinityMask mask, empty, larger;
+    QVERIFY(AllocateGenericAffinityMask(&mask, 1017) == 0 && AllocateGenericAffinityMask(&empty, 1024) == 0
+            && AllocateGenericAffinityMask(&larger, 1025) == 0);
+    QVERIFY(!CompareEqualGenericAffinity(&empty, &larger));
+    QCOMPARE(FormatHexMask(&empty), std::string("0"));
+    const QString rows = QStringLiteral("0 1 1,5 20 20,11 800 800,12 1z3 1000,63 8z15 8000000000000000,64 1z16 1z16,"
+                                        "127 8z31 8z16000000000000000,128 1z32 1z32");
+    for (const QString &row : rows.split(QLatin1Char(','))) { // a processor and its mask in both forms
+        const Case named(row);
+        const QStringList cells = row.split(QLatin1Char(' '));
+        const unsigned cpu = cells[0].toUInt();
+        QCOMPARE(FormatSingleBitMask(cpu), cells[1].toStdString());
+        QCOMPARE(SetGenericAffinityBit(&mask, cpu), 0);
+        QCOMPARE(FormatHexMask(&mask), cells[2].toStdString());
+        QVERIFY(TestGenericAffinityBit(&mask, cpu) == 1 && !CompareEqualGenericAffinity(&mask, &empty));
+        QVERIFY(TestGenericAffinityBit(&mask, cpu ^ 1) == 0 && SetGenericAffinityBit(&mask, cpu ^ 1) == 0);
+        QCOMPARE(ClearGenericAffinityBit(&mask, cpu), 0);
+        QVERIFY(TestGenericAffinityBit(&mask, cpu) == 0 && TestGenericAffinityBit(&mask, cpu ^ 1) == 1);
+        ClearGenericAffinityMask(&mask);
+        QVERIFY(CompareEqualGenericAffinity(&mask, &empty));
+    }
+    QCOMPARE(SetGenericAffinityBit(&mask, 1023), 0); // room comes in whole bytes
+    QVERIFY(SetGenericAffinityBit(&mask, 1024) == -1 && ClearGenericAffinityBit(&mask, 1024) == -1
+            && TestGenericAffinityBit(&mask, 1024) == 255);
+    QCOMPARE(FormatHexMask(&mask).substr(0, 4), std::string("8z32"));
+    FreeGenericAffinityMask(&mask);
+    QVERIFY(!mask.bits && mask.maxByteLength == 0);
+    QCOMPARE(countBits(0xF00000000000000Full), 8u);
 }
 
 QTEST_GUILESS_MAIN(tst_CpuTopo)

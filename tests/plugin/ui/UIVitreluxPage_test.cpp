@@ -151,12 +151,17 @@ private Q_SLOTS:
     void endsDuringARender();
     void renderThatThrows();
     void animatedLabel();
+    void sharedHelpers();
+
+public Q_SLOTS:
+    void NoteUrl(const QUrl &url) { m_opened << url.toString(); }
 
 private:
     QString Profile(const ProfileModels &models, int width, int height);
 
     QTemporaryDir m_dir;
     QString m_whole; // a profile with all models
+    QStringList m_opened;
 };
 
 QString tst_UIVitreluxPage::Profile(const ProfileModels &models, int width, int height)
@@ -228,6 +233,7 @@ void tst_UIVitreluxPage::states()
     desk.wizard.resize(900, 700);
     const auto center = [&](const char *name) { return desk.Find<QWidget>(name)->geometry().center(); };
     QVERIFY((center("labelState") - center("frame")).manhattanLength() <= 2);
+    QCOMPARE(desk.Find<QWidget>("labelState")->size(), QSize(48, 48));
     QTRY_COMPARE(desk.State(), "true next"_s);
 
     QSignalSpy renders(desk.worker, &QThread::started);
@@ -378,6 +384,12 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), m_whole);
     const auto *path = desk.Find<QLineEdit>("lineEditLensPath"); // works although it is hidden
     QCOMPARE(path->text(), "C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/"_s);
+    const QString before = path->text();
+    {
+        ModalAnswers canceled({});
+        desk.Find<QAbstractButton>("toolButtonLensPath")->click();
+        QCOMPARE(path->text(), before);
+    }
     ModalAnswers answers(m_dir.path());
     desk.Find<QAbstractButton>("toolButtonLensPath")->click();
     QCOMPARE(path->text(), m_dir.path());
@@ -521,6 +533,7 @@ void tst_UIVitreluxPage::renderThatThrows()
         worker.getPreview(shown);
         QVERIFY2(shown.isNull() == (image == &empty), name);
     }
+    worker.start(); // the worker's destructor waits
 }
 
 void tst_UIVitreluxPage::animatedLabel()
@@ -536,9 +549,22 @@ void tst_UIVitreluxPage::animatedLabel()
     for (const int next : {5, 6, 5})
         QTRY_COMPARE(width(), next);
     QCOMPARE(label.minimumSize(), QSize(5, 9));
+    label.setSequence({}, 20); // stops
     label.setSequence({files[2]}, 20);
     QTRY_COMPARE(width(), 7);
     QCOMPARE(label.minimumSize(), QSize(7, 9));
+}
+
+void tst_UIVitreluxPage::sharedHelpers()
+{
+    QDesktopServices::setUrlHandler("file"_s, this, "NoteUrl");
+    const auto url = [](const char *path) { return QUrl(QLatin1String("file:///") + QLatin1String(path)); };
+    KUI::SelectInFileBrowser(nullptr, {url("a/1.jpg"), url("a/2.jpg"), url("b/3.jpg")});
+    QDesktopServices::unsetUrlHandler("file"_s);
+    m_opened.sort();
+    QCOMPARE(m_opened, QStringList({"file:///a/"_s, "file:///b/"_s})); // each folder once
+    QTest::ignoreMessage(QtCriticalMsg, "Cannot load closure-library.rcc file needed by KUI");
+    KUI::loadJSLibraries();
 }
 
 int main(int argc, char **argv)

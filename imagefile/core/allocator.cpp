@@ -23,7 +23,7 @@ const Allocator kPlain = {[](unsigned long size, void *) { return std::malloc(si
                           [](void *pointer, unsigned long size, void *) { return std::realloc(pointer, size); },
                           [](void *pointer, void *) { std::free(pointer); }, nullptr};
 
-std::mutex startMutex; // guards the next two
+std::mutex startMutex; // guards the next two variables
 int starts = 0;
 Allocator given;
 

@@ -202,7 +202,7 @@ void ForgetPending(const GFL_BITMAP *bitmap) noexcept
         Registered().erase(found);
         --registered;
     }
-    rows->Take(); // the caller frees it
+    rows->Take(); // the caller frees the bitmap
 }
 
 } // namespace imagefile

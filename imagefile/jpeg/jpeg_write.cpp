@@ -84,7 +84,7 @@ long CountOf(const Exiv2::Blob &blob)
 
 // Adds EXIF, which must fit into one segment, and space for a thumbnail if that still fits. If the EXIF doesn't fit,
 // Exiv2 encodes it again without keeping the maker note's offset and, if necessary, without previews and large
-// values. If it still doesn't fit, the maker note is dropped: other formats allow notes larger than a segment.
+// values. If it still doesn't fit, the maker note is dropped: in other formats, notes may be larger than a segment.
 void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);

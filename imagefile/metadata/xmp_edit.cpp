@@ -19,7 +19,7 @@ constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
 struct FileProperty {
     std::string_view prefix, name;
 };
-constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // in further segments of a JPEG
+constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // marks XMP in further segments of a JPEG
 constexpr FileProperty kOfFile[] = {
     {"tiff", "BitsPerSample"},          {"tiff", "Compression"},         {"tiff", "PhotometricInterpretation"},
     {"tiff", "SamplesPerPixel"},        {"tiff", "PlanarConfiguration"}, {"tiff", "YCbCrSubSampling"},

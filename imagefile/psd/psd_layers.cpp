@@ -25,7 +25,7 @@ bool IsOneOf(const std::string &key, std::initializer_list<std::string_view> key
     return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-/// Returns whether the block has a 64-bit length in a PSB.
+/// Returns whether a block with this key has a 64-bit length in a PSB.
 bool IsWide(const std::string &key)
 {
     return IsOneOf(

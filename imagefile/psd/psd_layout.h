@@ -24,8 +24,8 @@ struct PsdChannel {
 ///   | gray, duotone, RGB          | gray or RGB, with opacity RGBA; 8 or 16 bits, or float     |
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, with opacity RGBA; same depth                         |
 ///
-/// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
-/// selections and are left out. A picture with opacity is read from its layer if that is the only one, plain and of the
+/// Opacity is the first channel after the colors if the layer section marks it as such. Other channels are selections
+/// and are left out. A picture with opacity is read from its layer if that is the only one, plain and of the
 /// picture's size, because the colors of the merged picture are blended with white.
 struct PsdLayout {
     bool isLarge = false; // PSB: sides up to 300,000 pixels, 64-bit lengths

@@ -103,7 +103,7 @@ Writer::Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink)
       m_rowBytes(static_cast<std::size_t>(bitmap.Width) * static_cast<std::size_t>(m_sampleBytes)),
       m_channel(m_rowBytes)
 {
-    // A factor of 1.5 exceeds what packing and metadata add. A row's packed size must also fit in 16 bits.
+    // The factor of 1.5 leaves room for what packing and metadata add. A row's packed size must also fit in 16 bits.
     const std::uint64_t copies = m_channels == 4 ? 2 : 1;
     const std::uint64_t bytes =
         copies * m_rowBytes * static_cast<std::uint64_t>(m_channels) * static_cast<std::uint64_t>(bitmap.Height);
@@ -212,7 +212,8 @@ Status Writer::PutLength(std::uint64_t at, std::uint64_t length)
     return m_sink->WriteAt(at, bytes.data(), bytes.size());
 }
 
-// Returns the bytes before the layer: lengths to be filled in, and for deeper samples the header of a separate block.
+// Returns the bytes before the layer: lengths to be filled in and, for samples of 16 or 32 bits, the header of a
+// separate block.
 Bytes Writer::LayersHead() const
 {
     Bytes head(static_cast<std::size_t>(2 * LengthBytes())); // lengths of the section and of its layers

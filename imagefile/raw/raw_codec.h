@@ -1,4 +1,4 @@
-// Shared by the files of the camera raw codec: a file opened by LibRaw.
+// Declarations shared by the camera raw codec's source files.
 #pragma once
 
 #include "core/codec.h"

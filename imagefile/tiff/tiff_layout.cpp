@@ -291,7 +291,7 @@ std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
     return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxTiffDirectories));
 }
 
-// Search for the smallest suitable directory; its offset is 0 if there is none.
+// Search for the smallest suitable reduced version; Best() is 0 if there is none.
 class ReducedSearch {
 public:
     ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }

@@ -111,9 +111,9 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
-/// Sets whether the caller will sync (nonzero) or not sync (0, the default) the files that this thread saves. If it
-/// will, the system starts flushing a file to disk while it is being written, so that the sync is short. Files that
-/// replace others are flushed early in any case, because the save itself syncs them.
+/// Sets whether the caller will sync the files that this thread saves: nonzero for yes, 0 (the default) for no. If yes,
+/// the system starts flushing a file to disk while it is being written, so that the sync is short. Files that replace
+/// existing ones are flushed early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP. GFL_SAVE_ICC_PROFILE adds its ICC
@@ -176,7 +176,7 @@ GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// prefix gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items,
                                 std::uint32_t count);
-/// Replaces the profile of @p target with that of @p source, or with none.
+/// Replaces the profile of @p target with that of @p source; removes it if @p source has none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Replaces the block of @p target with a copy of @p data; null removes it. IPTC entries whose Id doesn't give a record
 /// and a data set are left out with a warning.

@@ -17,7 +17,7 @@ Status StartPending(const GFL_LOAD_PARAMS &params, std::function<Status(RowSink 
 /// are complete.
 Status WaitForRows(const GFL_BITMAP &bitmap, int rows, int *ready);
 
-/// Ends the thread that decodes this bitmap, if there is one, and removes the bitmap from the register.
+/// Ends the thread that decodes this bitmap, if there is one, and removes the bitmap from the registry.
 void ForgetPending(const GFL_BITMAP *bitmap) noexcept;
 
 } // namespace imagefile

@@ -10,7 +10,7 @@
 
 namespace imagefile {
 
-/// A box in pixels that a thumbnail must fit into.
+/// A size in pixels, such as that of the box that a thumbnail must fit into.
 struct Box {
     int width;
     int height;
@@ -31,7 +31,7 @@ public:
     virtual ~RowSink() = default;
     /// Sets the size and form of the rows. Call it before the first row; a second call starts over.
     virtual Status Start(int width, int height, const PixelForm &form) = 0;
-    /// Returns memory for row @p y in that form; valid until Done.
+    /// Returns memory for row @p y in the form given to Start; valid until Done.
     virtual std::uint8_t *Row(int y) = 0;
     /// Returns whether Row returns a row's final location, so that rows may be filled in several passes before Done.
     /// Several threads may then call Row and Done, each for different rows.

@@ -12,7 +12,7 @@ namespace imagefile {
 ///   | channels                      | delivered, as 32-bit float          |
 ///   |-------------------------------|-------------------------------------|
 ///   | Y                             | gray                                |
-///   | R, G, B, or some of them      | RGB, missing ones 0                 |
+///   | R, G, B, or some of them      | RGB; missing channels are 0         |
 ///   | Y, RY, BY                     | RGB                                 |
 ///   | any of these with A           | RGBA, colors divided by their alpha |
 ///

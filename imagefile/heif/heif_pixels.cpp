@@ -8,7 +8,7 @@ namespace imagefile {
 namespace {
 
 /// Returns the delivered value for each stored value of @p bits bits. In limited range, black is 16 and white is 235 at
-/// 8 bits (ITU-T H.273, 8.3); libheif expands it in color pictures, but not in gray ones.
+/// 8 bits (ITU-T H.273, 8.3); libheif expands that range in color pictures, but not in gray ones.
 std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isLimited)
 {
     const double unit = bits >= 8 ? double(1 << (bits - 8)) : 1.0;

@@ -109,7 +109,8 @@ private:
         return CheckClaim(stored, stored, m_source.Size(), kUnboundedRatio);
     }
 
-    /// Reads marker segments up to the next tile part or the data; they apply to @p tiles tiles.
+    /// Reads marker segments from @p at up to the next tile part or the data, and sets @p end to that position.
+    /// The segments apply to @p tiles tiles.
     Status ReadSegments(std::uint64_t at, std::uint64_t tiles, std::uint64_t *end)
     {
         for (;;) {

@@ -164,7 +164,7 @@ private:
     JpegError m_error;
     Status m_failure = Status::Ok();
     std::unique_ptr<Output> m_output;
-    std::uint64_t m_exifAt = 0; // position of the first segment's payload in the file
+    std::uint64_t m_exifAt = 0; // position of the first metadata segment's payload in the file
     std::vector<Segment> m_segments;
     std::vector<std::uint8_t> m_row;
     RowSource m_rows;

@@ -154,7 +154,7 @@ Status RawFile::HandOver(RowSink *rows)
     std::vector<std::uint8_t> pixels(rowBytes * static_cast<std::size_t>(height));
     if (Status status = StatusOf(m_raw->copy_mem_image(pixels.data(), static_cast<int>(rowBytes), 0)); !status)
         return status;
-    m_raw->recycle(); // frees four times the memory of the picture
+    m_raw->recycle(); // frees four times as much memory as the picture takes
     if (Status status = rows->Start(width, height, form); !status)
         return status;
     for (int y = 0; y < height; ++y) {

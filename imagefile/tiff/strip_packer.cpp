@@ -12,7 +12,7 @@ namespace imagefile {
 
 namespace {
 
-/// Enough that no thread waits while the calling thread writes a group to disk or packs one.
+/// Enough slots that no thread waits while the calling thread writes a group to disk or packs one.
 constexpr int kSlotsPerThread = 3;
 
 /// Uninitialized memory: pages that are never touched cost nothing.

@@ -33,7 +33,7 @@ public:
     /// Appends zeros to @p tiff, a little-endian block, as space for a second directory and the thumbnail. Does nothing
     /// if the block is empty, would become longer than @p most bytes, or has a second directory.
     void Append(std::size_t most, Bytes *tiff);
-    bool IsThere() const { return m_pointerAt != 0; }
+    bool IsReserved() const { return m_pointerAt != 0; }
 
     /// Writes the thumbnail into its space and links its directory; if no thumbnail fits, the space stays unused.
     /// @p exifAt  position of the EXIF segment's payload in the file.

@@ -196,7 +196,7 @@ Status Encoder::Write()
         return Status::Fail(GFL_ERROR_FILE_WRITE, Text("JPEG: the EXIF can't be written: %s", error.what()));
     }
     m_row.resize(static_cast<std::size_t>(m_bitmap.Width) * 3);
-    if (room.IsThere()) {
+    if (room.IsReserved()) {
         m_thumbnail = std::make_unique<MadeThumbnail>();
         if (Status status = m_thumbnail->Start(m_bitmap.Width, m_bitmap.Height, m_bitmap.Type == GFL_GREY ? 1 : 3);
             !status)

@@ -46,11 +46,11 @@ struct PsdLayout {
     /// Returns the size of a length field in bytes.
     int LengthBytes() const { return isLarge ? 8 : 4; }
     /// Returns the size in bytes of one entry in the table of packed row sizes.
-    int SizeBytes() const { return isLarge ? 4 : 2; }
+    int SizeEntryBytes() const { return isLarge ? 4 : 2; }
     /// Returns the size in bytes of one channel's table of packed row sizes.
-    std::uint64_t SizesBytes() const
+    std::uint64_t SizeTableBytes() const
     {
-        return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());
+        return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeEntryBytes());
     }
     /// Returns the unpacked size in bytes of a row of one channel.
     std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }

@@ -47,10 +47,10 @@ Status ChannelReader::Start()
         ByteReader reader(m_source, place.sizesAt);
         if (!m_channels.back().isPacked)
             continue;
-        if (reader.Left() < m_layout.SizesBytes())
+        if (reader.Left() < m_layout.SizeTableBytes())
             return EndsEarly();
         for (int y = 0; y < m_layout.height; ++y)
-            m_channels.back().size.push_back(static_cast<std::uint32_t>(reader.Number(m_layout.SizeBytes())));
+            m_channels.back().size.push_back(static_cast<std::uint32_t>(reader.Number(m_layout.SizeEntryBytes())));
         if (reader.Failed())
             return EndsEarly();
     }

@@ -67,7 +67,7 @@ public:
 private:
     int LengthBytes() const { return m_isLarge ? 8 : 4; }
     /// Returns the size in bytes of the table of a channel's packed row sizes.
-    std::size_t SizesBytes() const
+    std::size_t SizeTableBytes() const
     {
         return m_isPacked ? static_cast<std::size_t>(m_bitmap.Height) * (m_isLarge ? 4 : 2) : 0;
     }
@@ -193,7 +193,7 @@ Status Writer::WriteLayerChannels(std::vector<std::uint64_t> *channelBytes)
         const std::uint64_t at = m_sink->Size();
         Bytes sizes, head;
         AppendNumber(m_isPacked ? 1 : 0, 2, &head);
-        head.resize(2 + SizesBytes());
+        head.resize(2 + SizeTableBytes());
         if (Status status = Append(head); !status)
             return status;
         if (Status status = WriteChannel(c, Blend::No, &sizes); !status)
@@ -259,7 +259,7 @@ Status Writer::WriteMerged()
     Bytes head;
     AppendNumber(m_isPacked ? 1 : 0, 2, &head);
     const std::uint64_t sizesAt = m_sink->Size() + head.size();
-    head.resize(head.size() + SizesBytes() * static_cast<std::size_t>(m_channels));
+    head.resize(head.size() + SizeTableBytes() * static_cast<std::size_t>(m_channels));
     if (Status status = Append(head); !status)
         return status;
     Bytes packedSizes;

@@ -26,7 +26,7 @@ bool HoldsSensorValues(const Source &source);
 ///   | brightness        | factor, applied before gamma                                                        |
 ///   | red, blue scaling | factors in addition to the balance, applied before highlights are treated           |
 ///
-/// Invalid numbers (not finite, 0 or less) count as 1.
+/// Gamma, brightness and scaling are clamped to 0.001 to 1,000; invalid numbers (not finite, 0 or less) count as 1.
 class RawFile {
 public:
     RawFile();

@@ -18,7 +18,7 @@ QByteArray Bare()
     return jpeg;
 }
 
-/// Returns an APP1 marker segment; empty for an empty block.
+/// Returns an APP1 segment with @p block after the identifier @p mark; empty for an empty block.
 QByteArray Segment(const QByteArray &mark, const QByteArray &block)
 {
     if (block.isEmpty())

@@ -12,8 +12,8 @@
 
 namespace {
 
-/// Applies all combinations of corrections to one picture. Its size and values don't matter: positions come from the
-/// profile.
+/// Applies all combinations of corrections to small pictures. Their size and values don't matter: positions come from
+/// the profile.
 void CorrectBy(newLCP &lcp)
 {
     lcp.scale = 0.01F;
@@ -48,7 +48,8 @@ void Check(const FitResult &fit, const LensProfile &profile)
     }
 }
 
-/// Renders the correction of a picture; callers pass one that is wider than a unit of sharp sampling.
+/// Renders a blank picture with sharp sampling, which renders kUnitColumns columns at a time; callers pass a correction
+/// of a wider picture.
 void RenderSharp(const FitResult &fit, bool isFloat)
 {
     const Correction &correction = fit.correction;

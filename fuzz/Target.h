@@ -43,7 +43,7 @@ inline void Require(bool condition)
 /// Starts the image kernel on the first call.
 void StartKernel();
 
-/// Sequential reader of an input. A value longer than the rest reads as 0 and consumes nothing.
+/// Sequential reader of an input. A value that needs more bytes than are left reads as 0 and consumes nothing.
 class Input {
 public:
     Input(const std::uint8_t *data, std::size_t size) : m_data(data), m_left(size) { }
@@ -70,7 +70,7 @@ public:
         m_left -= taken;
         return bytes;
     }
-    /// Returns the bytes up to a line feed, which is dropped.
+    /// Returns the bytes up to the next line feed, which is skipped, or to the end.
     QByteArray Line()
     {
         const void *end = m_left ? std::memchr(m_data, '\n', m_left) : nullptr;

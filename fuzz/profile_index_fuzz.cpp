@@ -53,6 +53,6 @@ FUZZ_TARGET(profile_index)
     Write(folder.cache, isWhole ? rest : WithChecksum(folder.head, rest));
     ProfileIndex index(folder.cache);
     Require(index.Scan({folder.lenses}) && index.Profiles().size() == 1 && index.FilesRead() <= 1);
-    ProfileIndex again(folder.cache); // reads the cache that the first one wrote
+    ProfileIndex again(folder.cache); // reads the cache that `index` wrote
     Require(again.Scan({folder.lenses}) && again.FilesRead() == 0);
 }

@@ -9,7 +9,7 @@ const char *const kWild[] = {"0",    "-0",   "-1",     "1e-38", "1e38", "-1e38",
                              "-inf", "1/0",  "0/0",    "1/-3",  "0x10", "1,5",   "4294967296", "",      "true",
                              "16",   "1e-9", "1e-300", " 2 ",   "--1",  "+.5e1", "9999999999", "10000", "2147483648"};
 
-/// Returns a value near @p usual, an arbitrary float, or a value from kWild.
+/// Returns a value near @p usual, @p usual times a factor from -8 to 8, an arbitrary float, or a value from kWild.
 QByteArray AnyValue(Input &input, double usual)
 {
     const int kind = input.Below(6);

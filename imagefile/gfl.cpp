@@ -21,7 +21,7 @@ using namespace imagefile;
 namespace {
 
 constexpr Box kDefaultThumbnail = {256, 256};
-constexpr std::uint16_t kDefaultQuality = 90; // JPEG: from this on, artifacts are hard to see
+constexpr std::uint16_t kDefaultQuality = 90; // lowest JPEG quality at which artifacts are hard to see
 
 std::atomic<bool> lzwAllowed{false};
 thread_local bool acceptsPendingRows = false;
@@ -72,7 +72,7 @@ Status CompleteRecord(const Source &source, const OpenFile &file, const GFL_LOAD
     return Status::Ok();
 }
 
-/// Returns whether the rows of a file may still be decoded when its load returns.
+/// Returns whether a load may return while rows of the file are still being decoded.
 bool MayBePending(const OpenFile &file, const GFL_LOAD_PARAMS &params)
 {
     constexpr std::int64_t kWorthAThread = 1 << 20; // pixels
@@ -177,7 +177,7 @@ Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_
     const Codec *codec = CodecAt(params.FormatIndex);
     if (!codec)
         return Status::Fail(GFL_ERROR_BAD_FORMAT_INDEX, Text("unknown format %d", params.FormatIndex));
-    if (rows && !codec->WritesMadeRows())
+    if (rows && !codec->WritesGeneratedRows())
         return Status::Fail(GFL_ERROR_BAD_PARAMETERS,
                             Text("%s can't be written row by row", FormatAt(params.FormatIndex)->Name));
     return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);

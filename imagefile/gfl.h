@@ -1,6 +1,6 @@
 // The complete interface of the image-file layer: bitmap and parameter records, and the functions on them.
 //
-// C-style and re-entrant: any thread may call any function on different bitmaps and different files. Rules for all:
+// C-style and re-entrant: threads may call any functions at the same time, on different bitmaps and files. Rules:
 //  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result of functions that
 //    return no error number; freeing null does nothing.
 //  - Functions that can fail return a GflError number, and gflLastErrorText() then explains it. No exception leaves the
@@ -90,8 +90,8 @@ GFL_API void gflAcceptPendingRows(int accept);
 GFL_API bool gflAcceptsPendingRows();
 
 /// Waits until the first @p rows rows of a bitmap are decoded. @p ready, which may be null, is set to the number of
-/// rows decoded so far, from the top. Returns the error of the load, which may come with any call until all rows have
-/// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
+/// rows decoded so far, from the top. If the load fails, returns its error, at the latest when all rows are
+/// waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
 GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 
 /// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions and never
@@ -101,8 +101,8 @@ GFL_API int gflLoadThumbnailUTF8(const char *path, int width, int height, GFL_BI
                                  const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
 
 /// Reads a record with the metadata of a picture file and no pixels (Data is null; size and form are the file's). A
-/// file that can't be read as a picture gives the same error as reading it. Damaged metadata is left out with a warning
-/// (gflLastWarningText), here and in every function that reads metadata.
+/// file whose headers can't be read gives the same error as gflLoadBitmapUTF8. Damaged metadata is left out with a
+/// warning (gflLastWarningText), here and in every function that reads metadata.
 GFL_API int gflLoadMetadataUTF8(const char *path, GFL_BITMAP **bitmap);
 
 GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
@@ -111,9 +111,9 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
-/// Sets whether the caller will sync (nonzero) or not sync (0, the default) the files that this thread saves. If it
-/// will, the system starts flushing a file to disk while it is being written, so that the sync is short. Files that
-/// replace others are flushed early in any case, because the save itself syncs them.
+/// Sets whether the caller will sync the files that this thread saves: nonzero for yes, 0 (the default) for no. If yes,
+/// the system starts flushing a file to disk while it is being written, so that the sync is short. Files that replace
+/// existing ones are flushed early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP. GFL_SAVE_ICC_PROFILE adds its ICC
@@ -176,7 +176,7 @@ GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// prefix gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items,
                                 std::uint32_t count);
-/// Replaces the profile of @p target with that of @p source, or with none.
+/// Replaces the profile of @p target with that of @p source; removes it if @p source has none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Replaces the block of @p target with a copy of @p data; null removes it. IPTC entries whose Id doesn't give a record
 /// and a data set are left out with a warning.
@@ -205,7 +205,7 @@ GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 /// to 1, one curve after the other.
 /// @param points  At least 2. Tables in profiles have up to 4,096 entries.
 /// @param light   Room for 3 * @p points values; those of existing curves are filled.
-/// @return 3, or 1 for gray; 0 if the bytes are not such a profile or it has only lookup tables.
+/// @return the number of curves: 3, or 1 for gray; 0 if the bytes are not such a profile or it has only lookup tables.
 GFL_API int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light);
 
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);

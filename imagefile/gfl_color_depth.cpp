@@ -70,7 +70,7 @@ Status ChooseChange(int channels, int mode, int parameters, Change *change)
     return Status::Fail(GFL_ERROR_BAD_PARAMETERS, Text("no color conversion %d with parameter %d", mode, parameters));
 }
 
-/// Converts the record's pixels to another form. Keeps everything else.
+/// Converts the bitmap's pixels to another form. Keeps everything else.
 Status ChangeForm(GFL_BITMAP *bitmap, int channels)
 {
     const PixelForm from = {8, gflChannelsOfType(bitmap->Type)}, to = {8, channels};

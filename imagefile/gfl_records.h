@@ -68,7 +68,7 @@ enum GflLoadFlag : std::uint32_t {
     GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's depth; without it everything becomes 8 bits
     GFL_LOAD_METADATA = 0x0400,          // read ICC, IPTC, EXIF and XMP along with the pixels
     GFL_LOAD_FULL = 0x8000,              // set on every full read; has no effect
-    GFL_LOAD_PENDING = 0x10000,          // may return while rows are decoded on another thread: see gflWaitForRows
+    GFL_LOAD_PENDING = 0x10000,          // may return before all rows are decoded: see gflWaitForRows
 };
 
 struct GFL_LOAD_PARAMS {
@@ -130,7 +130,7 @@ static_assert(offsetof(GFL_SAVE_PARAMS, Compression) == 8 && offsetof(GFL_SAVE_P
 enum GflColorDepth : std::uint16_t {
     GFL_DEPTH_GREY = 1,            // GFL_GREY: luma of ITU-R BT.601
     GFL_DEPTH_RGB = 2,             // GFL_RGB: drops opacity
-    GFL_DEPTH_RGBA = 3,            // GFL_RGBA: new opacity is full
+    GFL_DEPTH_RGBA = 3,            // GFL_RGBA: opacity, if added, is full
     GFL_DEPTH_BLACK_AND_WHITE = 4, // GFL_GREY of 0 and 255; argument: lowest luma that becomes white, 0 means 128
     GFL_DEPTH_LEVELS = 5,          // keeps the form; argument: number of evenly spaced values per color, 2 to 256
 };
@@ -146,7 +146,7 @@ enum GflColorModel : std::uint16_t {
     GFL_CM_LAB = 6,
 };
 
-/// Description of a file without its pixels. Texts are zero-terminated ASCII.
+/// Description of a file, without pixels. Texts are zero-terminated ASCII.
 struct GFL_FILE_INFORMATION {
     char FormatName[8];   // for gflGetFormatIndexByName
     char Description[64]; // "TIFF", "TIFF tiled", "JPEG progressive", "PSD LAB", "JPEG CMYK" and so on

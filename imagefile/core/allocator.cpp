@@ -23,9 +23,9 @@ const Allocator kPlain = {[](unsigned long size, void *) { return std::malloc(si
                           [](void *pointer, unsigned long size, void *) { return std::realloc(pointer, size); },
                           [](void *pointer, void *) { std::free(pointer); }, nullptr};
 
-std::mutex startMutex; // guards the next two
+std::mutex startMutex; // guards the next two variables
 int starts = 0;
-Allocator given;
+Allocator hostAllocator;
 
 std::atomic<const Allocator *> current{&kPlain};
 
@@ -83,8 +83,8 @@ int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK realloc, GFL
     const std::lock_guard<std::mutex> lock(startMutex);
     if (starts++ > 0)
         return GFL_NO_ERROR;
-    given = alloc && realloc && free ? Allocator{alloc, realloc, free, userData} : kPlain;
-    current.store(&given, std::memory_order_release);
+    hostAllocator = alloc && realloc && free ? Allocator{alloc, realloc, free, userData} : kPlain;
+    current.store(&hostAllocator, std::memory_order_release);
     return GFL_NO_ERROR;
 }
 

@@ -14,7 +14,7 @@ void *Reallocate(void *pointer, std::size_t bytes);
 /// Frees a block; accepts null.
 void Release(void *pointer);
 
-/// Allocates @p count zeroed objects of a plain record type; throws std::bad_alloc. Zero objects still give a block.
+/// Allocates @p count zeroed objects of a plain record type; throws std::bad_alloc. Never null, even if @p count is 0.
 template <class T> T *NewZeroed(std::size_t count = 1);
 
 /// Returns a zero-terminated copy; throws std::bad_alloc.

@@ -23,7 +23,7 @@ struct RowMaker {
 };
 
 /// Parameters of a save. @c metadata is null if there is none; its ICC profile is empty unless it should be written.
-/// With @c rows the bitmap has no pixels: the rows are generated, as documented at gflSaveRowsUTF8.
+/// If @c rows is set, the bitmap has no pixels: the rows are generated, as documented for gflSaveRowsUTF8.
 struct SaveOptions {
     std::uint16_t compression = GFL_COMPRESSION_DEFAULT;
     std::uint16_t quality = 0;
@@ -40,11 +40,11 @@ struct SaveOptions {
 /// The format that a file's name suggests.
 struct NameHint {
     std::string suffix; // lowercase, with the dot; empty for memory or if there is none
-    bool isOwnSuffix;   // it is a suffix of the format being tested
+    bool isOwnSuffix;   // `suffix` is one of the format being tested
 };
 
-/// A file format. Stateless: one object serves all threads. Catches all longjmp calls of the format's library, and all
-/// exceptions except std::bad_alloc.
+/// A file format. Stateless: one object serves all threads. No longjmp by the format's library leaves these functions,
+/// but exceptions may: callers catch them with Guarded.
 class Codec {
 public:
     virtual ~Codec() = default;
@@ -52,7 +52,8 @@ public:
     /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// Returns whether a file that Probe accepted is of this format, for formats that begin like another.
+    /// Returns whether a file that Probe accepted is of this format, for formats that share their first bytes with
+    /// others.
     virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
     /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file if its
@@ -63,17 +64,17 @@ public:
     /// Returns whether ReadPixels passes on final rows long before it returns, and gives no warnings unless the file is
     /// CMYK.
     virtual bool StreamsRows() const { return false; }
-    /// Delivers the cheapest version that is at least as large as the picture fitted into @p box, or the picture if
-    /// there is none.
+    /// Delivers the version of the picture that is cheapest to read and at least as large as the picture fitted into
+    /// @p box, or the whole picture if there is no such version.
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;
 
     /// Adds the metadata of a file. Damaged metadata is left out with a warning (gflLastWarningText); only a source
-    /// that can't be read is a failure. Throws only std::bad_alloc.
+    /// that can't be read is a failure.
     virtual Status ReadMetadata(const Source &source, Metadata *metadata) const = 0;
 
     /// Returns whether Write accepts rows that are generated during the write.
-    virtual bool WritesMadeRows() const { return false; }
+    virtual bool WritesGeneratedRows() const { return false; }
     /// Writes a valid bitmap: GFL_GREY, GFL_RGB or GFL_RGBA at 8, 16 or 32 bits.
     virtual Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const = 0;
 };

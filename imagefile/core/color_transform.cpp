@@ -104,7 +104,7 @@ template <class T> void ColorTransform::MixInks(const T *src, T *dst, std::size_
     }
 }
 
-// Converts Lab relative to another white to XYZ, adapts it to D50, and converts it back to Lab.
+// Converts a row of Lab relative to a white other than D50: to XYZ, which is adapted to D50, back to Lab, then to RGB.
 template <class T> void ColorTransform::AdaptRow(const T *src, T *dst, std::size_t width)
 {
     const std::size_t step = m_hasAlpha ? 4 : 3;
@@ -116,10 +116,10 @@ template <class T> void ColorTransform::AdaptRow(const T *src, T *dst, std::size
         const cmsCIELab lab = {range(pixel[0], 100.0), range(pixel[1], 255.0) - 128.0, range(pixel[2], 255.0) - 128.0};
         cmsCIEXYZ xyz = {};
         cmsLab2XYZ(&white, &xyz, &lab);
-        const auto under = [&](std::size_t i) {
+        const auto component = [&](std::size_t i) {
             return m_toD50[0][i] * xyz.X + m_toD50[1][i] * xyz.Y + m_toD50[2][i] * xyz.Z;
         };
-        const cmsCIEXYZ adapted = {under(0), under(1), under(2)};
+        const cmsCIEXYZ adapted = {component(0), component(1), component(2)};
         cmsXYZ2Lab(cmsD50_XYZ(), reinterpret_cast<cmsCIELab *>(&m_lab[3 * x]), &adapted);
     }
     cmsDoTransform(m_engine->transform, m_lab.data(), dst, static_cast<cmsUInt32Number>(width));

@@ -23,8 +23,8 @@ public:
     ColorTransform();
     ~ColorTransform();
 
-    /// Prepares the conversion of CMYK, whose maximum is full ink. @p profile: may be empty or invalid; @p bits: 8, 16
-    /// or 32; @p hasAlpha: an opacity sample follows the colors, in source and target.
+    /// Prepares the conversion of CMYK, where the maximum means full ink. @p profile: may be empty or invalid; @p bits:
+    /// 8, 16 or 32; @p hasAlpha: an opacity sample follows the colors, in source and target.
     Status StartInks(const Bytes &profile, int bits, bool hasAlpha);
     /// Prepares the conversion of Lab relative to the white point @p white: L* from 0 to 100, a* and b* from -128 to
     /// 127 (ICC version 4). @p bits: 8 or 16. White maps to white; other colors are adapted by the Bradford matrix.

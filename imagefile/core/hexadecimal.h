@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Returns the value of a digit of either case, or -1.
+/// Returns the value of a hexadecimal digit of either case; -1 for other characters.
 inline int HexDigit(char c)
 {
     return c >= '0' && c <= '9' ? c - '0'

@@ -14,7 +14,8 @@ constexpr std::uint64_t kBigTiffFromBytes = std::uint64_t(1) << 32;
 /// Sets the maximum number of pixels that CheckImageSize accepts; 0 (the default) means no limit. Thread-safe.
 void SetMaxPixels(std::int64_t pixels);
 
-/// Checks sides, pixels and delivered bytes. @p channels 1 to 4, @p bits 8, 16 or 32 as delivered.
+/// Checks the sides, the number of pixels and the delivered bytes. @p channels 1 to 4, @p bits 8, 16 or 32 as
+/// delivered.
 Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int bits);
 
 /// Checks a file's claims against its size; claims up to kHarmlessBytes pass. @p storedBytes: unpacked size of its

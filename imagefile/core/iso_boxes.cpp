@@ -24,7 +24,7 @@ std::vector<IsoBox> IsoBoxesIn(const Source &source, std::uint64_t begin, std::u
         reader.Read(box.name, 4);
         if (size == 1)
             size = reader.Number(8);
-        else if (size == 0) // up to the end
+        else if (size == 0) // the box extends to the end
             size = end - begin;
         box.begin = reader.Position();
         box.isComplete = size <= end - begin;

@@ -10,8 +10,8 @@ namespace imagefile {
 /// std::runtime_error with the reason if they can't be loaded. Thread-safe.
 void *FindLate(const char *name);
 
-/// One such function, which is called like the original. The constants in this namespace have the names of the original
-/// functions and hide those.
+/// A function of libheif or libjxl, called like the original. The constants that VITRELUX_LATE defines in this
+/// namespace have the names of the original functions and hide them.
 template <class Function> class LateFunction;
 
 template <class Result, class... Arguments> class LateFunction<Result(Arguments...)> {
@@ -33,7 +33,7 @@ private:
     mutable std::atomic<void *> m_address{nullptr};
 };
 
-/// Defines such a constant for the function @p name.
+/// Defines the LateFunction constant for the function @p name.
 #define VITRELUX_LATE(name)                                                                                            \
     inline const LateFunction<decltype(::name)> name                                                                   \
     {                                                                                                                  \

@@ -36,7 +36,7 @@ void FreeReserve()
 
 } // namespace
 
-// Mapped, because freeing a block of this size would make malloc() map fewer blocks from then on.
+// Uses mmap(), because freeing a block of this size from malloc() would make malloc() map fewer blocks from then on.
 MemoryReserve::MemoryReserve()
     : m_memory(mmap(nullptr, kReserveBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))
 {

@@ -146,21 +146,21 @@ GFL_BITMAP *PendingRows::Take()
     return m_rows.Take();
 }
 
-using Register = std::map<const GFL_BITMAP *, std::unique_ptr<PendingRows>>;
+using Registry = std::map<const GFL_BITMAP *, std::unique_ptr<PendingRows>>;
 
-std::mutex registerMutex;
+std::mutex registryMutex;
 std::atomic<int> registered{0}; // most programs have none and take no lock
 
 /// Never destroyed: bitmaps may be freed while the process ends.
-Register &Registered()
+Registry &Registered()
 {
-    static auto *const bitmaps = new Register;
+    static auto *const bitmaps = new Registry;
     return *bitmaps;
 }
 
 PendingRows *Find(const GFL_BITMAP *bitmap)
 {
-    const std::lock_guard<std::mutex> lock(registerMutex);
+    const std::lock_guard<std::mutex> lock(registryMutex);
     const auto found = Registered().find(bitmap);
     return found == Registered().end() ? nullptr : found->second.get();
 }
@@ -174,7 +174,7 @@ Status StartPending(const GFL_LOAD_PARAMS &params, std::function<Status(RowSink 
     GFL_BITMAP *started = nullptr;
     if (Status status = rows->WaitForStart(&started); !status)
         return status;
-    const std::lock_guard<std::mutex> lock(registerMutex);
+    const std::lock_guard<std::mutex> lock(registryMutex);
     Registered().emplace(started, std::move(rows));
     ++registered;
     bitmap->reset(started);
@@ -194,7 +194,7 @@ void ForgetPending(const GFL_BITMAP *bitmap) noexcept
         return;
     std::unique_ptr<PendingRows> rows;
     {
-        const std::lock_guard<std::mutex> lock(registerMutex);
+        const std::lock_guard<std::mutex> lock(registryMutex);
         const auto found = Registered().find(bitmap);
         if (found == Registered().end())
             return;
@@ -202,7 +202,7 @@ void ForgetPending(const GFL_BITMAP *bitmap) noexcept
         Registered().erase(found);
         --registered;
     }
-    rows->Take(); // the caller frees it
+    rows->Take(); // the caller frees the bitmap
 }
 
 } // namespace imagefile

@@ -13,11 +13,11 @@ namespace imagefile {
 Status StartPending(const GFL_LOAD_PARAMS &params, std::function<Status(RowSink *)> decode, Owned<GFL_BITMAP> *bitmap);
 
 /// Waits until the first @p rows rows are decoded (for all rows, until decoding has ended) and sets @p ready to the
-/// number of decoded rows. Returns why decoding failed, or throws what it threw. Bitmaps that aren't registered are
-/// complete.
+/// number of decoded rows. Returns why decoding failed, or throws what decoding threw. Bitmaps that aren't registered
+/// are complete.
 Status WaitForRows(const GFL_BITMAP &bitmap, int rows, int *ready);
 
-/// Ends the thread that decodes this bitmap, if there is one, and removes the bitmap from the register.
+/// Ends the thread that decodes this bitmap, if there is one, and removes the bitmap from the registry.
 void ForgetPending(const GFL_BITMAP *bitmap) noexcept;
 
 } // namespace imagefile

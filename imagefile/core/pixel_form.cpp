@@ -35,7 +35,7 @@ void ConvertRow(const void *srcRow, void *dstRow, std::size_t width, std::uint8_
 }
 
 struct Converters {
-    RowConverter byChannels[3][3]; // source, target: 1, 3, 4
+    RowConverter byChannels[3][3]; // by source, then target: 1, 3, 4
 };
 
 template <class S, class D>

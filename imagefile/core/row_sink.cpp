@@ -133,7 +133,7 @@ void ReducedRows::Done(int y)
 {
     const bool is8 = m_form.bits == 8, is16 = m_form.bits == 16;
     is8 ? AddRow<std::uint8_t>() : is16 ? AddRow<std::uint16_t>() : AddRow<float>();
-    // Target row t covers the source rows from t * h / H up to (t + 1) * h / H.
+    // Of h source rows, target row t of H covers those from t * h / H up to (t + 1) * h / H.
     const std::int64_t end = (m_targetRow + std::int64_t(1)) * m_height / m_targetHeight;
     if (y + std::int64_t(1) == end)
         is8 ? FinishRow<std::uint8_t>() : is16 ? FinishRow<std::uint16_t>() : FinishRow<float>();

@@ -10,7 +10,7 @@
 
 namespace imagefile {
 
-/// A box in pixels that a thumbnail must fit into.
+/// A size in pixels, such as that of the box that a thumbnail must fit into.
 struct Box {
     int width;
     int height;
@@ -20,8 +20,9 @@ struct Box {
 /// least 1, and the picture is never enlarged.
 Box FitInto(const Box &box, int width, int height);
 
-/// Returns whether a @p preview can replace a @p picture in @p box: it must be large enough and have the proportions of
-/// the picture, except for the few rows and columns that cameras crop. This excludes previews with bars at the sides.
+/// Returns whether @p preview can replace @p picture in @p box: it must be at least as large as the picture fitted into
+/// the box and have its proportions, except for the few rows and columns that cameras crop.
+/// Previews with bars at the sides are thus excluded.
 bool CanReplace(const Box &picture, const Box &preview, const Box &box);
 
 /// Receiver of a picture's rows, from top to bottom. May throw std::bad_alloc.
@@ -30,7 +31,7 @@ public:
     virtual ~RowSink() = default;
     /// Sets the size and form of the rows. Call it before the first row; a second call starts over.
     virtual Status Start(int width, int height, const PixelForm &form) = 0;
-    /// Returns memory for row @p y in that form; valid until Done.
+    /// Returns memory for row @p y in the form given to Start; valid until Done.
     virtual std::uint8_t *Row(int y) = 0;
     /// Returns whether Row returns a row's final location, so that rows may be filled in several passes before Done.
     /// Several threads may then call Row and Done, each for different rows.
@@ -46,7 +47,7 @@ PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params);
 /// bitmap.
 Status NewBitmap(int width, int height, const PixelForm &form, Owned<GFL_BITMAP> *bitmap);
 
-/// Checks that the layer accepts a caller's record: GFL_GREY, GFL_RGB or GFL_RGBA of 8, 16 or 32 bits, with rows stored
+/// Checks that the layer accepts a caller's bitmap: GFL_GREY, GFL_RGB or GFL_RGBA of 8, 16 or 32 bits, with rows stored
 /// from the top and long enough. Otherwise returns GFL_ERROR_BAD_BITMAP. CheckShape doesn't check the pixels, which may
 /// be absent.
 Status CheckBitmap(const GFL_BITMAP &bitmap);
@@ -71,8 +72,8 @@ private:
     std::vector<std::uint8_t> m_row;
 };
 
-/// The picture reduced to fit into a box: each target pixel is the mean of the whole source pixels that it covers.
-/// Needs memory only for one row and the result.
+/// The picture reduced to fit into a box: each target pixel is the mean of a block of source pixels; blocks don't
+/// overlap. Needs memory only for one row and the result.
 class ReducedRows : public RowSink {
 public:
     ReducedRows(const GFL_LOAD_PARAMS &params, const Box &box);

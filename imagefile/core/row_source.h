@@ -10,7 +10,7 @@ namespace imagefile {
 /// A picture's rows from top to bottom, from a bitmap or generated in bands.
 class RowSource {
 public:
-    /// Both must outlive the object. @p maker is null if the pixels are in the bitmap.
+    /// Both arguments must outlive the object. @p maker is null if the pixels are in the bitmap.
     RowSource(const GFL_BITMAP &bitmap, const RowMaker *maker);
 
     /// Sets @p row to the next row, valid until the next call. Never requests rows past the last one.

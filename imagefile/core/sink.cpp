@@ -77,7 +77,7 @@ Status FileSink::CheckTarget()
 {
     struct stat existing = {};
     m_replaces = ::stat(m_target.c_str(), &existing) == 0;
-    m_storesEarly = m_replaces || isSyncedByCaller;
+    m_flushesEarly = m_replaces || isSyncedByCaller;
     if (!m_replaces) // a missing file can be created; other errors, such as circular links, would prevent that
         return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
@@ -110,13 +110,13 @@ Status FileSink::Commit()
 {
     if (m_replaces && ::fchmod(m_file, m_mode) != 0)
         return WriteFailure(m_target);
-    // Ensures that one of the two files survives a system crash. New files aren't synced: a batch of pictures would
-    // have to wait for the disk, and the sources still exist.
+    // Ensures that the old or the new file survives a system crash. If there is no old file, the new one isn't synced:
+    // a batch of pictures would have to wait for the disk, and the sources still exist.
     if (m_replaces && ::fsync(m_file) != 0 && errno != EINVAL)
         return WriteFailure(m_target);
     const int file = m_file;
     m_file = -1;
-    if (::close(file) != 0) // network disks and quotas report a lack of space here
+    if (::close(file) != 0) // on network disks or with quotas, a lack of space may be reported only here
         return WriteFailure(m_target);
     if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
         return CreateFailure(m_target, std::strerror(errno));
@@ -139,19 +139,19 @@ Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t len
         done += static_cast<std::size_t>(count);
     }
     m_size = std::max<std::uint64_t>(m_size, offset + length);
-    StartStoring();
+    StartFlush();
     return Status::Ok();
 }
 
 /// Starts flushing new data to disk, without waiting for it. Failures are reported when the file is synced.
-void FileSink::StartStoring()
+void FileSink::StartFlush()
 {
     constexpr std::uint64_t kAtOnce = 4 << 20;
-    if (!m_storesEarly || m_size < m_stored + kAtOnce)
+    if (!m_flushesEarly || m_size < m_flushed + kAtOnce)
         return;
-    ::sync_file_range(m_file, static_cast<off_t>(m_stored), static_cast<off_t>(m_size - m_stored),
+    ::sync_file_range(m_file, static_cast<off_t>(m_flushed), static_cast<off_t>(m_size - m_flushed),
                       SYNC_FILE_RANGE_WRITE);
-    m_stored = m_size;
+    m_flushed = m_size;
 }
 
 Status FileSink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count)

@@ -51,15 +51,15 @@ public:
 private:
     Status CheckTarget();
     Status OpenTemporary();
-    void StartStoring();
+    void StartFlush();
 
     int m_file = -1;
     std::string m_target;
     std::string m_temporary; // empty if there is none
     mode_t m_mode = 0;
     bool m_replaces = false;
-    bool m_storesEarly = false;
-    std::uint64_t m_stored = 0; // bytes from the start that the disk has been asked to store
+    bool m_flushesEarly = false;
+    std::uint64_t m_flushed = 0; // bytes from the start of the file whose flush has begun
 };
 
 /// A block from the layer's allocator.

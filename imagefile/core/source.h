@@ -33,8 +33,8 @@ public:
     /// file is now shorter than Size(), which Check then reports.
     std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
 
-    /// Returns GFL_ERROR_FILE_READ once a read has failed for a reason other than the end of the file. Decoders treat
-    /// missing bytes as the end, and some files may end early: call this after reading, before using the result.
+    /// Returns GFL_ERROR_FILE_READ once a read has failed for a reason other than the end of the file. Decoders mistake
+    /// unreadable bytes for the end, and some accept truncated files: call this before using what was read.
     Status Check() const;
 
 private:

@@ -8,7 +8,7 @@
 
 namespace imagefile {
 
-/// Success, or a GflError and what was read, expected and found. The compiler warns if it is ignored.
+/// Success, or a GflError with a text: what was read, expected and found. The compiler warns if it is ignored.
 class [[nodiscard]] Status {
 public:
     static Status Ok() { return Status(GFL_NO_ERROR, std::string()); }

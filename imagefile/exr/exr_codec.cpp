@@ -33,7 +33,7 @@ public:
         return source.Check();
     }
 
-    bool WritesMadeRows() const override { return true; }
+    bool WritesGeneratedRows() const override { return true; }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {

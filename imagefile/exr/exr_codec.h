@@ -12,7 +12,7 @@ namespace imagefile {
 ///   | channels                      | delivered, as 32-bit float          |
 ///   |-------------------------------|-------------------------------------|
 ///   | Y                             | gray                                |
-///   | R, G, B, or some of them      | RGB, missing ones 0                 |
+///   | R, G, B, or some of them      | RGB; missing channels are 0         |
 ///   | Y, RY, BY                     | RGB                                 |
 ///   | any of these with A           | RGBA, colors divided by their alpha |
 ///
@@ -29,8 +29,8 @@ Bytes ReadExrXmp(const Source &source);
 ///   | number | method          | stored                                                 |
 ///   |--------|-----------------|--------------------------------------------------------|
 ///   | 0 to 4 | none, RLE, ZIPS, ZIP, PIZ | half for 8-bit pictures or SaveOptions::halfFloats, else float |
-///   | 5      | PXR24           | as above, floats truncated to 24 bits: errors below 2^-16 of a value |
-///   | 6, 7   | B44, B44A       | half: errors below 2^-11 of a value; differences within 4 x 4 pixels in 6 bits |
+///   | 5      | PXR24           | as above, floats truncated to 24 bits: relative errors below 2^-16 |
+///   | 6, 7   | B44, B44A       | half: relative errors below 2^-11; differences within 4 x 4 pixels in 6 bits |
 ///   | 8, 9   | DWAA, DWAB      | half, lossy (DCT)                                      |
 ///
 /// Colors are multiplied by their alpha, as the format requires; where alpha is 0 they are lost.

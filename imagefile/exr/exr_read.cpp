@@ -103,7 +103,7 @@ int LinesPerChunk(Imf::Compression compression)
     return compression >= 0 && compression < Imf::NUM_COMPRESSION_METHODS ? kLines[compression] : 1;
 }
 
-/// Checks one part against the limits and the file, before OpenEXR allocates tables, a chunk and a row of tiles.
+/// Checks one part against the limits and the file's size, before OpenEXR allocates tables, a chunk and a row of tiles.
 Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64_t *tableBytes)
 {
     const Imath::Box2i &data = header.dataWindow();
@@ -211,7 +211,7 @@ template <class T> T *BaseOf(T *row, int minX, std::size_t pixelBytes)
     return reinterpret_cast<T *>(reinterpret_cast<std::intptr_t>(row) - minX * static_cast<std::intptr_t>(pixelBytes));
 }
 
-/// Reader of the data window's rows, as floats in the delivered form with colors as stored.
+/// Reader of the data window's rows, as floats with the delivered channels. Colors are still multiplied by alpha.
 class RowReader {
 public:
     RowReader(const Source &source, const ExrLayout &layout);
@@ -290,7 +290,7 @@ Status ReadRows(const Source &source, const ExrLayout &layout, RowSink *rows)
     const Imath::Box2i &display = layout.header.displayWindow(), &data = layout.header.dataWindow();
     RowReader reader(source, layout);
     const std::int64_t left = std::max(display.min.x, data.min.x);
-    const std::int64_t end = std::min(display.max.x, data.max.x) + std::int64_t(1); // the intersection of both windows
+    const std::int64_t end = std::min(display.max.x, data.max.x) + std::int64_t(1); // [left, end) is in both windows
     const int channels = layout.form.channels;
     for (int row = 0; row < layout.height; ++row) {
         float *out = reinterpret_cast<float *>(rows->Row(row));

@@ -16,7 +16,7 @@ namespace imagefile {
 
 namespace {
 
-// OpenEXR output stream over a Sink. Keeps the first failure, because OpenEXR writes the file's last table in a
+// OpenEXR output stream over a Sink. Keeps the first failure, because OpenEXR writes the chunk offsets in a
 // destructor, which swallows exceptions.
 class Output : public Imf::OStream {
 public:

@@ -67,7 +67,7 @@ Status TakeHeaderLine(const std::string &line, HdrLayout *layout)
     return Status::Ok();
 }
 
-// Parses "-Y 480 +X 640": the slower axis first. The y axis points up, so -Y means from the top down.
+// Parses "-Y 480 +X 640": the axis that varies more slowly comes first. The y axis points up, so -Y means top down.
 Status TakeAxes(const std::string &line, HdrLayout *layout)
 {
     char sign[2] = {}, axis[2] = {};
@@ -112,8 +112,8 @@ Status ReadHeader(const Source &source, ByteReader *reader, HdrLayout *layout)
 }
 
 /// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one; its exponent is the count. In a
-/// sequence of such pixels, the counts are multiplied by 1, 256 and 65,536. @p first: bytes of the first pixel that are
-/// already in @p rgbe.
+/// sequence of such pixels, the counts are multiplied by 1, 256 and 65,536. @p first: number of bytes of the first
+/// pixel that are already in @p rgbe.
 Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std::size_t first)
 {
     std::size_t x = 0;

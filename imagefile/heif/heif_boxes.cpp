@@ -21,7 +21,7 @@ std::uint64_t PrimaryItem(const Source &source, const IsoBox &pitm)
     return reader.Number(isLong ? 4 : 2);
 }
 
-/// Returns the numbers of an item's properties in order: 1 is the first in ipco.
+/// Returns the numbers of an item's properties, in the order to apply them. Number 1 is the first property in ipco.
 std::vector<std::size_t> PropertiesOf(std::uint64_t item, const Source &source, const IsoBox &ipma)
 {
     std::vector<std::size_t> numbers;

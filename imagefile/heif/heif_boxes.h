@@ -31,7 +31,7 @@ struct HeifProperties {
 /// as absent.
 HeifProperties ReadHeifProperties(const Source &source);
 
-/// Returns whether the file lists a brand, such as "avif", as its own or as a compatible one.
+/// Returns whether the file lists a brand, such as "avif", as its major brand or as a compatible one.
 bool HasHeifBrand(const Source &source, const char *brand);
 
 } // namespace imagefile

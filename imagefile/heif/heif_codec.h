@@ -44,9 +44,9 @@ private:
     /// Returns whether libheif should crop and rotate: it can do only both or neither. If it does neither, pixels are
     /// exact at any depth (libheif mirrors only 8 bits), but opacity can't be decoded if its size matches that of the
     /// colors only after cropping or rotation.
-    bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
+    bool LetsLibheifTransform() const { return m_properties.isCropped || m_form.channels == 4; }
     /// Returns the rotation of the decoded picture relative to the stored one.
-    HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }
+    HeifTurn AppliedTurn() const { return LetsLibheifTransform() ? m_properties.turn : HeifTurn(); }
     Status PassOn(const heif_image &image, RowSink *rows) const;
     void TakeBlock(heif_item_id id, Metadata *metadata) const;
     void TakeColors(Metadata *metadata) const;

@@ -33,8 +33,8 @@ Status HeifStatus(const heif_error &error)
     return Status::Fail(isMemory ? GFL_ERROR_NO_MEMORY : GFL_ERROR_FILE_READ, Text("HEIF: %s", error.message));
 }
 
-// The callbacks return 0 for success. Reads never report a failure, because an assertion in libheif would abort the
-// program. Missing bytes read as zeros instead, and Source::Check reports the failure.
+// The callbacks return 0 for success. Reads never report a failure, because an assertion in libheif would then abort
+// the program. Missing bytes read as zeros instead, and Source::Check reports the failure.
 const heif_reader &HeifFile::Reader()
 {
     static const heif_reader reader = {

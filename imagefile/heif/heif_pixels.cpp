@@ -8,7 +8,7 @@ namespace imagefile {
 namespace {
 
 /// Returns the delivered value for each stored value of @p bits bits. In limited range, black is 16 and white is 235 at
-/// 8 bits (ITU-T H.273, 8.3); libheif expands it in color pictures, but not in gray ones.
+/// 8 bits (ITU-T H.273, 8.3); libheif expands that range in color pictures, but not in gray ones.
 std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isLimited)
 {
     const double unit = bits >= 8 ? double(1 << (bits - 8)) : 1.0;
@@ -33,11 +33,12 @@ void Gather(const std::uint8_t *src, std::ptrdiff_t step, std::uint8_t *row, int
 }
 
 /// Scales a row of stored values. Premultiplied colors are divided by the stored opacity instead.
-template <class T> void FinishRow(const std::vector<std::uint16_t> &table, bool isBlended, T *row, std::size_t samples)
+template <class T>
+void FinishRow(const std::vector<std::uint16_t> &table, bool isPremultiplied, T *row, std::size_t samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>();
     for (std::size_t i = 0; i < samples; ++i) {
-        const std::uint32_t value = row[i], opacity = isBlended && i % 4 != 3 ? row[i | 3] : 0;
+        const std::uint32_t value = row[i], opacity = isPremultiplied && i % 4 != 3 ? row[i | 3] : 0;
         row[i] = static_cast<T>(opacity > 0 ? std::min(kFull, (value * kFull + opacity / 2) / opacity)
                                             : table[std::min<std::size_t>(value, table.size() - 1)]);
     }
@@ -85,7 +86,7 @@ Status HeifFile::Decode(HeifImage *image)
         heif_decoding_options_alloc());
     if (!options)
         return Status::Fail(GFL_ERROR_NO_MEMORY, "HEIF: not enough memory");
-    options->ignore_transformations = !IsShown();
+    options->ignore_transformations = !LetsLibheifTransform();
     options->strict_decoding = 1;
     const bool isGray = m_form.channels == 1, hasAlpha = m_form.channels == 4;
     const heif_chroma small = hasAlpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;
@@ -122,13 +123,14 @@ Status HeifFile::PassOn(const heif_image &image, RowSink *rows) const
     const std::uint8_t *first = plane + (turn.xx + turn.xy < 0 ? std::ptrdiff_t(width - 1) * pixelBytes : 0)
         + (turn.yx + turn.yy < 0 ? std::ptrdiff_t(height - 1) * stride : 0);
     const std::vector<std::uint16_t> table = ScaleTable(bits, m_form.bits, isGray && HasLimitedRange(image));
-    const bool isBlended = m_form.channels == 4 && heif_image_handle_is_premultiplied_alpha(m_handle.get()) != 0;
+    const bool isPremultiplied = m_form.channels == 4 && heif_image_handle_is_premultiplied_alpha(m_handle.get()) != 0;
     const auto samples = static_cast<std::size_t>(m_width) * static_cast<std::size_t>(m_form.channels);
     for (int y = 0; y < m_height; ++y) {
         std::uint8_t *row = rows->Row(y);
         auto *wide = reinterpret_cast<std::uint16_t *>(row);
         Gather(first + y * stepY, stepX, row, m_width, pixelBytes);
-        m_form.bits == 16 ? FinishRow(table, isBlended, wide, samples) : FinishRow(table, isBlended, row, samples);
+        m_form.bits == 16 ? FinishRow(table, isPremultiplied, wide, samples)
+                          : FinishRow(table, isPremultiplied, row, samples);
         rows->Done(y);
     }
     return Status::Ok();

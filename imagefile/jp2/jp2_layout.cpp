@@ -109,7 +109,8 @@ private:
         return CheckClaim(stored, stored, m_source.Size(), kUnboundedRatio);
     }
 
-    /// Reads marker segments up to the next tile part or the data; they apply to @p tiles tiles.
+    /// Reads marker segments from @p at up to the next tile part or the data, and sets @p end to that position.
+    /// The segments apply to @p tiles tiles.
     Status ReadSegments(std::uint64_t at, std::uint64_t tiles, std::uint64_t *end)
     {
         for (;;) {
@@ -133,7 +134,7 @@ private:
     Status CountPrecincts(ByteReader *reader, bool ofComponent, std::uint64_t tiles)
     {
         if (ofComponent)
-            reader->Skip(1); // its number: one byte, because there are at most 4
+            reader->Skip(1); // the component's number: one byte, because there are at most 4 components
         const bool hasSizes = (reader->Byte() & 1) != 0;
         if (!ofComponent)
             reader->Skip(4); // progression, layers, transform of components
@@ -146,10 +147,10 @@ private:
             const unsigned sizes = hasSizes ? reader->Byte() : 0xFF;
             const int reduced = std::min(levels - resolution, 30);
             // Plus one, because a tile may begin inside a precinct.
-            const auto along = [&](std::uint64_t side, unsigned exponent) {
+            const auto countAlong = [&](std::uint64_t side, unsigned exponent) {
                 return DividedUp(DividedUp(side, std::uint64_t(1) << reduced), std::uint64_t(1) << exponent) + 1;
             };
-            count += along(m_tileWidth, sizes & 0xF) * along(m_tileHeight, sizes >> 4); // <= 2^41 each
+            count += countAlong(m_tileWidth, sizes & 0xF) * countAlong(m_tileHeight, sizes >> 4); // <= 2^41 each
         }
         const auto components = static_cast<std::uint64_t>(ofComponent ? 1 : m_layout->components);
         // The count may be 4 times too high, and tile headers may repeat the precincts of the main header.

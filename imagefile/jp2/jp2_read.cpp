@@ -114,7 +114,7 @@ void Spread(const opj_image_comp_t &component, std::size_t first, std::size_t wi
     }
 }
 
-/// Fills a row; gray with opacity becomes three equal colors.
+/// Fills a row; gray with opacity becomes three equal colors and opacity.
 template <class T> void FillRow(const opj_image_t &image, const Jp2Layout &layout, std::size_t first, T *row)
 {
     const auto width = static_cast<std::size_t>(layout.width);

@@ -37,7 +37,7 @@ std::size_t NumberAt(const Bytes &block, std::size_t at, std::size_t bytes)
     return value;
 }
 
-/// Returns the directory of a thumbnail (Exif 2.3, 4.6.9), with its rational numbers.
+/// Returns the directory of a thumbnail (Exif 2.3, 4.6.9) for offset @p at, followed by its rational numbers.
 Bytes DirectoryAt(std::size_t at, std::size_t jpegBytes)
 {
     constexpr std::uint32_t kDpi = 72, kInch = 2, kJpegCompression = 6;
@@ -114,7 +114,7 @@ void ThumbnailRoom::Append(std::size_t most, Bytes *tiff)
     tiff->resize(directoryAt + kJpegAt + kRoomBytes);
 }
 
-Status ThumbnailRoom::Fill(MadeThumbnail &thumbnail, std::uint64_t tiffAt, Sink *sink) const
+Status ThumbnailRoom::Fill(MadeThumbnail &thumbnail, std::uint64_t exifAt, Sink *sink) const
 {
     Bytes jpeg;
     if (Status status = thumbnail.Encode(kRoomBytes, &jpeg); !status || jpeg.empty())
@@ -123,7 +123,7 @@ Status ThumbnailRoom::Fill(MadeThumbnail &thumbnail, std::uint64_t tiffAt, Sink 
     block.insert(block.end(), jpeg.begin(), jpeg.end());
     Bytes pointer;
     Add(m_directoryAt, 4, &pointer);
-    const std::uint64_t begin = tiffAt + kSignatureBytes;
+    const std::uint64_t begin = exifAt + kSignatureBytes;
     if (Status status = sink->WriteAt(begin + m_directoryAt, block.data(), block.size()); !status)
         return status;
     return sink->WriteAt(begin + m_pointerAt, pointer.data(), pointer.size());

@@ -15,8 +15,8 @@ public:
     Status Start(int width, int height, int channels);
     /// Adds the next row, without padding.
     void AddRow(const std::uint8_t *row);
-    /// Encodes the thumbnail, after the last row, with the best quality that fits into @p most bytes. Leaves @p jpeg
-    /// unchanged if none does.
+    /// Encodes the thumbnail with the best quality that fits into @p most bytes. Call it after the last row. Leaves
+    /// @p jpeg unchanged if no quality fits.
     Status Encode(std::size_t most, Bytes *jpeg);
 
 private:
@@ -33,11 +33,11 @@ public:
     /// Appends zeros to @p tiff, a little-endian block, as space for a second directory and the thumbnail. Does nothing
     /// if the block is empty, would become longer than @p most bytes, or has a second directory.
     void Append(std::size_t most, Bytes *tiff);
-    bool IsThere() const { return m_pointerAt != 0; }
+    bool IsReserved() const { return m_pointerAt != 0; }
 
     /// Writes the thumbnail into its space and links its directory; if no thumbnail fits, the space stays unused.
-    /// @p tiffAt  position of the EXIF segment's payload in the file.
-    Status Fill(MadeThumbnail &thumbnail, std::uint64_t tiffAt, Sink *sink) const;
+    /// @p exifAt  position of the EXIF segment's payload in the file.
+    Status Fill(MadeThumbnail &thumbnail, std::uint64_t exifAt, Sink *sink) const;
 
 private:
     std::size_t m_pointerAt = 0, m_directoryAt = 0; // in the block

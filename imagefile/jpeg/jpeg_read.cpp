@@ -214,8 +214,8 @@ Status Decoder::CheckComplete()
 {
     // A Huffman-coded file with a single scan may be complete without its end marker. Without one, a file with several
     // scans or arithmetic codes counts as damaged, because missing scans or codes can't be detected.
-    const bool mayMiss = m_error.damaged || m_manyScans || m_cinfo.arith_code;
-    if (m_input->ended && mayMiss)
+    const bool needsEndMarker = m_error.damaged || m_manyScans || m_cinfo.arith_code;
+    if (m_input->ended && needsEndMarker)
         return Status::Fail(GFL_ERROR_FILE_READ, "JPEG: the file ends early");
     if (m_error.damaged)
         return Failure();

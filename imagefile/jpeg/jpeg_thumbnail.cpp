@@ -8,7 +8,7 @@ namespace imagefile {
 
 namespace {
 
-// The TIFF block in an APP1 segment, in either byte order. Bytes past the end read as 0.
+// The TIFF block in an APP1 segment, in either byte order. Numbers that extend past the end read as 0.
 class ExifBlock {
 public:
     explicit ExifBlock(Bytes bytes)
@@ -48,7 +48,7 @@ private:
     const bool m_isBigEndian;
 };
 
-// Finds the EXIF data, which is either the first segment of a file or follows the short JFIF header.
+// Finds the EXIF data, which is in the first segment of a file or follows the JFIF segment.
 Bytes FindExif(const Source &source)
 {
     constexpr std::size_t kHead = 10; // 0xFF, marker, length including its own two bytes, "Exif", two zeros

@@ -84,7 +84,7 @@ long CountOf(const Exiv2::Blob &blob)
 
 // Adds EXIF, which must fit into one segment, and space for a thumbnail if that still fits. If the EXIF doesn't fit,
 // Exiv2 encodes it again without keeping the maker note's offset and, if necessary, without previews and large
-// values. If it still doesn't fit, the maker note is dropped: other formats allow notes larger than a segment.
+// values. If it still doesn't fit, the maker note is dropped: in other formats, notes may be larger than a segment.
 void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);
@@ -164,7 +164,7 @@ private:
     JpegError m_error;
     Status m_failure = Status::Ok();
     std::unique_ptr<Output> m_output;
-    std::uint64_t m_exifAt = 0; // position of the first segment's payload in the file
+    std::uint64_t m_exifAt = 0; // position of the first metadata segment's payload in the file
     std::vector<Segment> m_segments;
     std::vector<std::uint8_t> m_row;
     RowSource m_rows;
@@ -196,7 +196,7 @@ Status Encoder::Write()
         return Status::Fail(GFL_ERROR_FILE_WRITE, Text("JPEG: the EXIF can't be written: %s", error.what()));
     }
     m_row.resize(static_cast<std::size_t>(m_bitmap.Width) * 3);
-    if (room.IsThere()) {
+    if (room.IsReserved()) {
         m_thumbnail = std::make_unique<MadeThumbnail>();
         if (Status status = m_thumbnail->Start(m_bitmap.Width, m_bitmap.Height, m_bitmap.Type == GFL_GREY ? 1 : 3);
             !status)

@@ -1,4 +1,4 @@
-// Shared by the files of the JPEG XL codec: a file opened by libjxl.
+// Declarations shared by the JPEG XL codec's source files.
 #pragma once
 
 #include "core/bytes.h"

@@ -64,7 +64,7 @@ bool IsSrgb(const JxlColorEncoding &colors)
 } // namespace
 
 // Requests sRGB for lossy pictures with an ICC profile, for both metadata and pixels: libjxl can't convert the format's
-// internal color space to an ICC profile, and would choose linear sRGB by default.
+// internal color space to that of an ICC profile, and would choose linear sRGB by default.
 void JxlFile::ChooseColors()
 {
     JxlColorEncoding colors;

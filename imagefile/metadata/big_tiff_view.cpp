@@ -14,7 +14,8 @@ constexpr std::size_t kHeadBytes = std::size_t(1) << 20; // copied unchanged; ou
 constexpr std::size_t kDirectoryBytes = 65536;           // room for 3,276 fields
 constexpr std::uint16_t kTypeLong = 4;
 
-// XMP, IPTC, Photoshop resources, ICC profile, maker note. Other fields over the limits describe how pixels are stored.
+// Fields whose loss gives a warning: XMP, IPTC, Photoshop resources, ICC profile, maker note. Other fields that exceed
+// the limits describe how pixels are stored.
 constexpr std::uint16_t kMetadataTags[] = {700, 33723, 34377, 34675, 37500};
 
 Bytes ReadBytes(const Source &source, std::uint64_t offset, std::uint64_t length)

@@ -56,13 +56,14 @@ std::string Fraction(const Exiv2::Value &value)
     const std::int64_t divisor = std::gcd(std::int64_t(rational.first), std::int64_t(rational.second));
     if (divisor == 0 || rational.second == 0 || rational.first == 0)
         return "0";
-    const std::int64_t over = rational.first / divisor, under = rational.second / divisor;
-    if (std::abs(over) >= std::abs(under))
+    const std::int64_t numerator = rational.first / divisor, denominator = rational.second / divisor;
+    if (std::abs(numerator) >= std::abs(denominator))
         return Decimal(Quotient(rational));
-    return std::to_string(under < 0 ? -over : over) + '/' + std::to_string(std::abs(under));
+    return std::to_string(denominator < 0 ? -numerator : numerator) + '/' + std::to_string(std::abs(denominator));
 }
 
-// Returns whole degrees and minutes, regardless of how the file splits them: "45° 30' 7.5\"".
+// Formats an angle with whole degrees and, if it has seconds, whole minutes, however the file splits it:
+// "45° 30' 7.5\"".
 std::string Degrees(const Exiv2::Value &value)
 {
     if (value.count() < 3)

@@ -28,7 +28,7 @@ void LockXmp(void *, bool lock)
 
 thread_local bool isReading = false; // this thread is reading metadata
 
-/// While an instance exists, Exiv2's messages on this thread become warnings.
+/// Scope in which Exiv2's messages on this thread become warnings.
 class Listening {
 public:
     Listening() { isReading = true; }

@@ -27,8 +27,8 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata);
 /// Adds the readable EXIF of a TIFF of @p size bytes in memory; warns about the rest. Throws only std::bad_alloc.
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif);
 
-/// Like DecodeExifTiff, but the block may begin with "Exif\0\0" as in a JPEG. Other formats define it without this
-/// prefix.
+/// Like DecodeExifTiff, but the block may begin with "Exif\0\0" as in a JPEG. Other formats define the block without
+/// this prefix.
 void DecodeExifBlock(const Bytes &block, Exiv2::ExifData *exif);
 
 /// Like DecodeExifBlock, for the contents of an EXIF box (ISO/IEC 23008-12, A.2.1), which begin with a 32-bit offset of

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kChunkFrame = 12; // length, name, checksum
 
 // Decompresses a zlib stream to at most @p budget bytes and reduces the budget; empty if the stream is damaged or
-// larger. All chunks of a file share one budget, which bounds the total time.
+// exceeds it. All chunks of a file share one budget, which bounds the total time.
 Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
 {
     Bytes out;

@@ -19,8 +19,8 @@ constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
 struct FileProperty {
     std::string_view prefix, name;
 };
-constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // in further segments of a JPEG
-constexpr FileProperty kOfFile[] = {
+constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // marks XMP in further segments of a JPEG
+constexpr FileProperty kFileProperties[] = {
     {"tiff", "BitsPerSample"},          {"tiff", "Compression"},         {"tiff", "PhotometricInterpretation"},
     {"tiff", "SamplesPerPixel"},        {"tiff", "PlanarConfiguration"}, {"tiff", "YCbCrSubSampling"},
     {"tiff", "YCbCrPositioning"},       {"tiff", "NativeDigest"},        {"exif", "NativeDigest"},
@@ -52,9 +52,9 @@ bool IsNamed(const Exiv2::Xmpdatum &datum, const FileProperty &property)
     return datum.groupName() == property.prefix && tag.substr(0, tag.find_first_of("[/")) == property.name;
 }
 
-bool IsOfFile(const Exiv2::Xmpdatum &datum)
+bool DescribesSourceFile(const Exiv2::Xmpdatum &datum)
 {
-    return std::any_of(std::begin(kOfFile), std::end(kOfFile),
+    return std::any_of(std::begin(kFileProperties), std::end(kFileProperties),
                        [&](const FileProperty &one) { return IsNamed(datum, one); });
 }
 
@@ -78,7 +78,7 @@ void UpdateXmp(PictureSize size, const Exiv2::ExifData &exif, Exiv2::XmpData *xm
     if (!AreSettingsApplied(*xmp))
         Remove(xmp, IsDevelopSetting);
     Remove(xmp, IsOwnRecord);
-    Remove(xmp, IsOfFile);
+    Remove(xmp, DescribesSourceFile);
     SetIfThere("Xmp.tiff.ImageWidth", size.width, xmp);
     SetIfThere("Xmp.tiff.ImageLength", size.height, xmp);
     SetIfThere("Xmp.exif.PixelXDimension", size.width, xmp);

@@ -26,7 +26,7 @@ public:
         return ReadPngMetadata(source, metadata);
     }
 
-    bool WritesMadeRows() const override { return true; }
+    bool WritesGeneratedRows() const override { return true; }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {

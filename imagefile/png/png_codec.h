@@ -1,4 +1,4 @@
-// Shared by the PNG reader and writer: handling of libpng errors.
+// Declarations shared by the PNG codec's source files, and the handling of libpng's errors.
 #pragma once
 
 #include "core/codec.h"
@@ -16,7 +16,7 @@ Status WritePng(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink
 /// leave the scope of an object with a destructor.
 struct PngError {
     std::jmp_buf out;
-    GflError error = GFL_ERROR_FILE_READ; // unless a better cause is known
+    GflError error = GFL_ERROR_FILE_READ; // unless a more specific error is set
     char text[256] = "";
 };
 

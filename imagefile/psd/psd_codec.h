@@ -1,4 +1,4 @@
-// Shared by the files of the Photoshop codec.
+// Declarations shared by the Photoshop codec's source files.
 #pragma once
 
 #include "core/codec.h"

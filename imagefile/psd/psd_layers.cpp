@@ -25,7 +25,7 @@ bool IsOneOf(const std::string &key, std::initializer_list<std::string_view> key
     return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-/// Returns whether the block has a 64-bit length in a PSB.
+/// Returns whether a block with this key has a 64-bit length in a PSB.
 bool IsWide(const std::string &key)
 {
     return IsOneOf(
@@ -75,7 +75,7 @@ std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &l
         const std::uint64_t sizesAt = reader->Position();
         const std::size_t place = identifier == kOpacityChannel ? colors : static_cast<std::size_t>(identifier);
         if (identifier >= kOpacityChannel && place <= colors && compression <= 1)
-            found[place] = {compression, sizesAt, sizesAt + (compression == 0 ? 0 : layout.SizesBytes())};
+            found[place] = {compression, sizesAt, sizesAt + (compression == 0 ? 0 : layout.SizeTableBytes())};
         if (bytes < 2 || !reader->Skip(bytes - 2))
             return {};
     }
@@ -84,8 +84,9 @@ std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &l
     return isComplete ? found : std::vector<PsdChannel>();
 }
 
-// The layer count is negative if the first channel after the colors is the opacity of the merged picture.
-void ReadInfo(const Source &source, std::uint64_t at, PsdLayout *layout)
+// Reads the layer info at @p at. Its layer count is negative if the first channel after the colors is the opacity of
+// the merged picture.
+void ReadLayerInfo(const Source &source, std::uint64_t at, PsdLayout *layout)
 {
     ByteReader reader(source, at);
     const auto count = static_cast<std::int16_t>(reader.Number(2));
@@ -109,7 +110,7 @@ void ReadBlocks(const Source &source, ByteReader *reader, std::uint64_t end, Psd
         if (reader->Position() > end || bytes > end - reader->Position())
             return;
         if (IsOneOf(key, {"Lr16", "Lr32", "Layr"}) && bytes >= 2)
-            ReadInfo(source, reader->Position(), layout);
+            ReadLayerInfo(source, reader->Position(), layout);
         layout->mergesOpacity = layout->mergesOpacity || IsOneOf(key, {"Mt16", "Mt32", "Mtrn"});
         reader->Skip(std::min((bytes + 3) / 4 * 4, end - reader->Position()));
     }
@@ -128,7 +129,7 @@ Status ReadPsdLayers(const Source &source, ByteReader *reader, PsdLayout *layout
         return Status::Ok();
     const std::uint64_t infoBytes = inside.Number(layout->LengthBytes());
     if (infoBytes >= 2)
-        ReadInfo(source, inside.Position(), layout);
+        ReadLayerInfo(source, inside.Position(), layout);
     const std::uint64_t maskBytes = infoBytes == 0 && end - inside.Position() >= 4 ? inside.Number(4) : length;
     if (maskBytes <= end - inside.Position() && inside.Skip(maskBytes))
         ReadBlocks(source, &inside, end, layout);

@@ -107,18 +107,18 @@ Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *l
     if (!layout->channelPlaces.empty())
         return Status::Ok();
     const std::uint64_t tablesAt = reader->Position(),
-                        tableBytes = layout->SizesBytes() * static_cast<std::uint64_t>(layout->channels);
+                        tableBytes = layout->SizeTableBytes() * static_cast<std::uint64_t>(layout->channels);
     if (compression != 0 && reader->Left() < tableBytes)
         return Damaged("the file ends early");
     std::uint64_t at = tablesAt + (compression == 0 ? 0 : tableBytes);
     ByteReader sizes(source, tablesAt);
     for (int c = 0; c < layout->UsedChannels(); ++c) {
-        const std::uint64_t sizesAt = tablesAt + static_cast<std::uint64_t>(c) * layout->SizesBytes();
+        const std::uint64_t sizesAt = tablesAt + static_cast<std::uint64_t>(c) * layout->SizeTableBytes();
         layout->channelPlaces.push_back({compression, sizesAt, at});
         if (compression == 0)
             at += layout->RowBytes() * static_cast<std::uint64_t>(layout->height);
         for (int y = 0; compression != 0 && y < layout->height; ++y)
-            at += sizes.Number(layout->SizeBytes());
+            at += sizes.Number(layout->SizeEntryBytes());
     }
     return Status::Ok();
 }

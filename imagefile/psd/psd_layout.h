@@ -24,8 +24,8 @@ struct PsdChannel {
 ///   | gray, duotone, RGB          | gray or RGB, with opacity RGBA; 8 or 16 bits, or float     |
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, with opacity RGBA; same depth                         |
 ///
-/// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
-/// selections and are left out. A picture with opacity is read from its layer if that is the only one, plain and of the
+/// Opacity is the first channel after the colors if the layer section marks it as such. Other channels are selections
+/// and are left out. A picture with opacity is read from its layer if that is the only one, plain and of the
 /// picture's size, because the colors of the merged picture are blended with white.
 struct PsdLayout {
     bool isLarge = false; // PSB: sides up to 300,000 pixels, 64-bit lengths
@@ -46,11 +46,11 @@ struct PsdLayout {
     /// Returns the size of a length field in bytes.
     int LengthBytes() const { return isLarge ? 8 : 4; }
     /// Returns the size in bytes of one entry in the table of packed row sizes.
-    int SizeBytes() const { return isLarge ? 4 : 2; }
+    int SizeEntryBytes() const { return isLarge ? 4 : 2; }
     /// Returns the size in bytes of one channel's table of packed row sizes.
-    std::uint64_t SizesBytes() const
+    std::uint64_t SizeTableBytes() const
     {
-        return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());
+        return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeEntryBytes());
     }
     /// Returns the unpacked size in bytes of a row of one channel.
     std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }

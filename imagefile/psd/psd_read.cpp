@@ -47,10 +47,10 @@ Status ChannelReader::Start()
         ByteReader reader(m_source, place.sizesAt);
         if (!m_channels.back().isPacked)
             continue;
-        if (reader.Left() < m_layout.SizesBytes())
+        if (reader.Left() < m_layout.SizeTableBytes())
             return EndsEarly();
         for (int y = 0; y < m_layout.height; ++y)
-            m_channels.back().size.push_back(static_cast<std::uint32_t>(reader.Number(m_layout.SizeBytes())));
+            m_channels.back().size.push_back(static_cast<std::uint32_t>(reader.Number(m_layout.SizeEntryBytes())));
         if (reader.Failed())
             return EndsEarly();
     }
@@ -102,8 +102,8 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
         *row = invert ? static_cast<T>(FullScale<T>() - Load<T>(channel)) : Load<T>(channel);
 }
 
-/// Removes the white that partly transparent pixels were blended with. Leaves pixels unchanged that are too dark to
-/// contain that white, because some programs store unblended colors.
+/// Removes the white that partly transparent pixels were blended with. Pixels that are too dark to contain that
+/// white stay unchanged, because some programs store unblended colors.
 template <class T> void UnblendFromWhite(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
@@ -126,7 +126,7 @@ public:
     Status Start(const Source &source);
     /// Returns the buffer for a row of a channel, in the file's byte order.
     std::uint8_t *Channel() { return m_channel.data(); }
-    /// Processes a complete channel.
+    /// Takes the row in Channel(), which belongs to the channel with index @p channel.
     void TakeChannel(std::size_t channel);
     /// Fills the delivered row once all channels are complete.
     void Finish(std::uint8_t *row);

@@ -67,7 +67,7 @@ public:
 private:
     int LengthBytes() const { return m_isLarge ? 8 : 4; }
     /// Returns the size in bytes of the table of a channel's packed row sizes.
-    std::size_t SizesBytes() const
+    std::size_t SizeTableBytes() const
     {
         return m_isPacked ? static_cast<std::size_t>(m_bitmap.Height) * (m_isLarge ? 4 : 2) : 0;
     }
@@ -103,7 +103,7 @@ Writer::Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink)
       m_rowBytes(static_cast<std::size_t>(bitmap.Width) * static_cast<std::size_t>(m_sampleBytes)),
       m_channel(m_rowBytes)
 {
-    // A factor of 1.5 exceeds what packing and metadata add. A row's packed size must also fit in 16 bits.
+    // The factor of 1.5 leaves room for what packing and metadata add. A row's packed size must also fit in 16 bits.
     const std::uint64_t copies = m_channels == 4 ? 2 : 1;
     const std::uint64_t bytes =
         copies * m_rowBytes * static_cast<std::uint64_t>(m_channels) * static_cast<std::uint64_t>(bitmap.Height);
@@ -193,7 +193,7 @@ Status Writer::WriteLayerChannels(std::vector<std::uint64_t> *channelBytes)
         const std::uint64_t at = m_sink->Size();
         Bytes sizes, head;
         AppendNumber(m_isPacked ? 1 : 0, 2, &head);
-        head.resize(2 + SizesBytes());
+        head.resize(2 + SizeTableBytes());
         if (Status status = Append(head); !status)
             return status;
         if (Status status = WriteChannel(c, Blend::No, &sizes); !status)
@@ -212,7 +212,8 @@ Status Writer::PutLength(std::uint64_t at, std::uint64_t length)
     return m_sink->WriteAt(at, bytes.data(), bytes.size());
 }
 
-// Returns the bytes before the layer: lengths to be filled in, and for deeper samples the header of a separate block.
+// Returns the bytes before the layer: lengths to be filled in and, for samples of 16 or 32 bits, the header of a
+// separate block.
 Bytes Writer::LayersHead() const
 {
     Bytes head(static_cast<std::size_t>(2 * LengthBytes())); // lengths of the section and of its layers
@@ -258,7 +259,7 @@ Status Writer::WriteMerged()
     Bytes head;
     AppendNumber(m_isPacked ? 1 : 0, 2, &head);
     const std::uint64_t sizesAt = m_sink->Size() + head.size();
-    head.resize(head.size() + SizesBytes() * static_cast<std::size_t>(m_channels));
+    head.resize(head.size() + SizeTableBytes() * static_cast<std::size_t>(m_channels));
     if (Status status = Append(head); !status)
         return status;
     Bytes packedSizes;

@@ -1,4 +1,4 @@
-// Shared by the files of the camera raw codec: a file opened by LibRaw.
+// Declarations shared by the camera raw codec's source files.
 #pragma once
 
 #include "core/codec.h"
@@ -26,7 +26,7 @@ bool HoldsSensorValues(const Source &source);
 ///   | brightness        | factor, applied before gamma                                                        |
 ///   | red, blue scaling | factors in addition to the balance, applied before highlights are treated           |
 ///
-/// Invalid numbers (not finite, 0 or less) count as 1.
+/// Gamma, brightness and scaling are clamped to 0.001 to 1,000; invalid numbers (not finite, 0 or less) count as 1.
 class RawFile {
 public:
     RawFile();

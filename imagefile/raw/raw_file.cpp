@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-float Sensible(float value)
+float ValidFactor(float value)
 {
     return std::isfinite(value) && value > 0.0f ? std::clamp(value, 1e-3f, 1e3f) : 1.0f;
 }
@@ -121,14 +121,14 @@ void RawFile::SetUp(const GFL_LOAD_PARAMS &params, Size size)
     to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0;
     to.highlight = std::min<int>(params.RawHighlight, 9);
     to.no_auto_bright = params.RawAutoBright == 0;
-    to.gamm[0] = 1.0 / static_cast<double>(Sensible(params.RawGamma));
+    to.gamm[0] = 1.0 / static_cast<double>(ValidFactor(params.RawGamma));
     to.gamm[1] = 0.0; // no linear toe
-    to.bright = Sensible(params.RawBrightness);
+    to.bright = ValidFactor(params.RawBrightness);
     to.adjust_maximum_thr = 0.0f; // otherwise brightness depends on the brightest pixel
     to.output_bps = (params.Flags & GFL_LOAD_ORIGINAL_DEPTH) != 0 ? 16 : 8;
     to.half_size = size == Size::Half;
-    m_raw->redScaling = Sensible(params.RawRedScaling);
-    m_raw->blueScaling = Sensible(params.RawBlueScaling);
+    m_raw->redScaling = ValidFactor(params.RawRedScaling);
+    m_raw->blueScaling = ValidFactor(params.RawBlueScaling);
 }
 
 Status RawFile::Develop(const GFL_LOAD_PARAMS &params, Size size, RowSink *rows)
@@ -154,7 +154,7 @@ Status RawFile::HandOver(RowSink *rows)
     std::vector<std::uint8_t> pixels(rowBytes * static_cast<std::size_t>(height));
     if (Status status = StatusOf(m_raw->copy_mem_image(pixels.data(), static_cast<int>(rowBytes), 0)); !status)
         return status;
-    m_raw->recycle(); // frees four times the memory of the picture
+    m_raw->recycle(); // frees four times as much memory as the picture takes
     if (Status status = rows->Start(width, height, form); !status)
         return status;
     for (int y = 0; y < height; ++y) {

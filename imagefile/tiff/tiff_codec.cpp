@@ -36,7 +36,7 @@ public:
         return ReadExiv2Metadata(source, metadata);
     }
 
-    bool WritesMadeRows() const override { return true; }
+    bool WritesGeneratedRows() const override { return true; }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {

@@ -1,4 +1,4 @@
-// Shared by the files of the TIFF codec.
+// Declarations shared by the TIFF codec's source files.
 #pragma once
 
 #include "core/codec.h"

@@ -63,8 +63,9 @@ Status TiffExif::Encode(const Exiv2::ExifData &exif)
 
 Status TiffExif::WriteHead(Sink *sink) const
 {
-    // The file's header replaces that of the small TIFF. A BigTIFF's is longer and also overwrites the beginning of the
-    // small TIFF's first directory, which readers never reach: JoinFirstDirectory merges its fields into the file's.
+    // The file's header replaces that of the small TIFF. A BigTIFF header is longer and also overwrites the beginning
+    // of the small TIFF's first directory, which readers never reach: JoinFirstDirectory merges its fields into the
+    // file's.
     const std::size_t begin = m_variant.HeaderBytes();
     return m_classic.size() > begin ? sink->WriteAt(begin, m_classic.data() + begin, m_classic.size() - begin)
                                     : Status::Ok();

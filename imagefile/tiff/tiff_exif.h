@@ -1,6 +1,6 @@
 // Writes EXIF into a new TIFF exactly as Exiv2 encodes it: rationals are unchanged and maker notes still decode.
 //
-// libtiff doesn't support maker notes and rounds rationals; adding them with Exiv2 would rewrite the whole file.
+// libtiff rounds rationals and doesn't support maker notes; Exiv2 can add EXIF only by rewriting the whole file.
 // So Exiv2 makes a small TIFF with only metadata, whose bytes go to the head of the file, where all its offsets
 // stay valid. The picture follows. Finally the first directory is written again, with libtiff's fields for the picture
 // and Exiv2's for everything else, including the EXIF and GPS directories.
@@ -23,7 +23,8 @@ public:
     /// Sets the variant of the file. Must be called before the functions below.
     void SetVariant(TiffVariant variant) { m_variant = variant; }
 
-    /// Writes Exiv2's small TIFF, except for its header, after the file's header. Must precede all other bytes.
+    /// Writes Exiv2's small TIFF, except for its header, after the file's header. Call it right after
+    /// TiffHandle::OpenForWriting.
     Status WriteHead(Sink *sink) const;
     /// Merges Exiv2's fields into the file's first directory, which must have been written. Fields already in the
     /// directory take precedence.

@@ -101,7 +101,7 @@ bool TiffHandle::RequireMemory(const std::function<bool()> &step) const
 Status TiffHandle::OpenForReading(const Source &source)
 {
     m_client->source = &source;
-    return Open("rm"); // m: no memory mapping; a file that shrinks would crash the process
+    return Open("rm"); // m: no memory mapping; a mapped file that shrinks would crash the process
 }
 
 Status TiffHandle::OpenForWriting(Sink *sink, bool big)

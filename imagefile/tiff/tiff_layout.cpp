@@ -66,7 +66,7 @@ Status ReadSampleForm(const TiffHandle &handle, TiffLayout *layout)
     return Status::Ok();
 }
 
-// Guesses colors from the number of samples if the file doesn't specify them, as in files from old scanners.
+// Guesses the color model from the number of samples if the file doesn't specify it, as in files from old scanners.
 std::uint16_t Photometric(const TiffHandle &handle, const TiffLayout &layout)
 {
     std::uint16_t photometric = 0;
@@ -146,7 +146,7 @@ Status CheckPalette(const Source &source, const TiffHandle &handle, const TiffLa
         : Status::Ok();
 }
 
-// Reads the white point, stored as its chromaticities x and y (TIFF 6.0, section 20).
+// Reads the white point, stored as its chromaticity coordinates x and y (TIFF 6.0, section 20).
 void ReadWhite(const TiffHandle &handle, TiffLayout *layout)
 {
     const float *white = nullptr;
@@ -291,7 +291,7 @@ std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
     return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxTiffDirectories));
 }
 
-// Search for the smallest suitable directory; its offset is 0 if there is none.
+// Search for the smallest suitable reduced version; Best() is 0 if there is none.
 class ReducedSearch {
 public:
     ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }

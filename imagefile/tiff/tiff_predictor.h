@@ -1,4 +1,4 @@
-// TIFF predictors, which make rows easier to compress by storing differences of neighbors.
+// TIFF predictors, which make rows easier to compress by storing differences between neighbors.
 #pragma once
 
 #include <cstddef>

@@ -17,7 +17,7 @@ namespace imagefile {
 
 namespace {
 
-/// Strips up to this size are decoded at once: libtiff then uses libdeflate, which is much faster than decoding row by
+/// Strips up to this size are decoded whole: libtiff then uses libdeflate, which is much faster than decoding row by
 /// row. For larger strips, such as a whole picture in one, that would take twice the memory.
 constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 
@@ -51,7 +51,7 @@ private:
     std::vector<std::unique_ptr<TiffHandle>> m_planes; // one, or one per used sample
     int m_pieceWidth = 0;                              // width of a tile or of the picture
     int m_bandRows = 0;                                // tile height, rows of a strip, or 1
-    bool m_byRow = false;                              // strips are too large to decode at once
+    bool m_byRow = false;                              // strips are too large to decode whole
     std::size_t m_pieces = 1;                          // side by side
     std::size_t m_rowBytes = 0;                        // of a piece
     std::size_t m_pieceBytes = 0;

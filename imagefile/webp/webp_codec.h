@@ -1,4 +1,4 @@
-// Shared by the files of the WebP codec: the layout of a file.
+// Declarations shared by the WebP codec's source files, such as the layout of a file.
 #pragma once
 
 #include "core/codec.h"

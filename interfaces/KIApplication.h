@@ -34,7 +34,7 @@ public:
     /// file can't be described.
     virtual KIImageDef *ImageDefOf(QString fileName) = 0;
     virtual void Reserved4() { }
-    /// Returns the application's image and interface kernels. If null, the plug-in starts its own.
+    /// Return the application's kernels for images and for the user interface. If null, the plug-in starts its own.
     virtual KImageInstances *ImageInstances() = 0;
     virtual KUIInstances *UIInstances() = 0;
 };

@@ -23,8 +23,8 @@
 
 namespace {
 
-/// Returns the topology's count or, if that is unknown, OpenMP's; at least 1.
-int CountOr1(unsigned counted)
+/// Returns @p counted or, if it is 0, which means unknown, OpenMP's count, at least 1.
+int KnownCountOrOpenMps(unsigned counted)
 {
     return counted ? static_cast<int>(counted) : std::max(omp_get_max_threads(), 1);
 }
@@ -254,12 +254,12 @@ Qt::KeyboardModifiers KSystemInfo::KeyboardModifiers()
 
 int KSystemInfo::cpuVirtualCount()
 {
-    return CountOr1(GetSysLogicalProcessorCount());
+    return KnownCountOrOpenMps(GetSysLogicalProcessorCount());
 }
 
 int KSystemInfo::cpuPhysicalCount()
 {
-    return CountOr1(GetSysProcessorCoreCount());
+    return KnownCountOrOpenMps(GetSysProcessorCoreCount());
 }
 
 int KSystemInfo::cpuHyperThreadingCount()

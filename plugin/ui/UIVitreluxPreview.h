@@ -38,7 +38,7 @@ public:
     /// Shows @p def and edits its record @p params (a KVitreluxOne2One::Params) from then on. The caller owns both and
     /// keeps them alive until the next call or clearImage. Does nothing if the pixels are not available.
     void setImage(KIImageDef *def, void *params);
-    /// Releases image and record and returns to the state without an image.
+    /// Drops the pointers to image and record, and returns to the state without an image.
     void clearImage();
 
     bool eventFilter(QObject *watched, QEvent *event) override;

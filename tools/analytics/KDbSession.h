@@ -69,9 +69,10 @@ public:
     virtual QStringList allTables() = 0;
 
 private:
-    /// Applies the settings. Returns false if another process has the file locked: SQLite then accepts no settings.
+    /// Applies the SQLite settings. Returns false if another process has the file locked: SQLite then accepts no
+    /// settings.
     bool Tune(QSqlDatabase &db);
-    /// Applies the settings and creates the missing tables once the other process has unlocked the file.
+    /// Applies the SQLite settings and creates the missing tables once the other process has unlocked the file.
     void CatchUp();
     /// Sets the savepoint, if savepoints are on and the session has the file locked.
     void Begin();

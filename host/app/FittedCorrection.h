@@ -58,7 +58,7 @@ public:
 private:
     /// Results read from the record after a run.
     struct Report {
-        bool isThere = false; // false: the plug-in doesn't support fitted corrections, or failed before it decided
+        bool isThere = false; // false: the plug-in doesn't support fitted corrections, or failed before it fitted
         QString profile, entries, assumed, why;
         Corrections done;
     };

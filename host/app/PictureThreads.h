@@ -9,7 +9,7 @@
 
 class PluginLoader;
 
-/// The process objects of a run, one per thread: a given one, and more of the same kind. Destroy it before the
+/// The process objects of a run, one per thread: a given one, and more of the same kind. Must be destroyed before the
 /// plug-in.
 class ThreadProcesses {
 public:

@@ -54,7 +54,7 @@ constexpr AmountName kAmounts[] = {{"distortion", "AmountDisto", &FitOptions::am
                                    {"ca", "AmountCA", &FitOptions::amountChromatic},
                                    {"vignetting", "AmountFalloff", &FitOptions::amountVignetting}};
 
-/// Converts "distortion=80,ca=100" to attributes with factors instead of percent; empty if it can't be parsed.
+/// Converts "distortion=80,ca=100" to attributes with factors instead of percentages; empty if it can't be parsed.
 QVector<QPair<QString, QString>> Amounts(const QString &text)
 {
     QVector<QPair<QString, QString>> attributes;

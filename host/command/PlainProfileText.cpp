@@ -26,7 +26,7 @@ QString Numbers(const QVector<float> &values)
     return numbers.join(QStringLiteral(", "));
 }
 
-/// Returns the setting, "135 mm, f/2.5, 5.9 m".
+/// Returns focal length, aperture and distance of the measurement: "135 mm, f/2.5, 5.9 m".
 QString Shooting(const ProfileReport &report)
 {
     QStringList parts;

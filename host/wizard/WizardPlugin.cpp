@@ -11,7 +11,7 @@ WizardPlugin::WizardPlugin(HostApplication *application, const QString &file, co
       m_correction(m_folders.Folders(), application, guard)
 {
     if (m_process && SwitchOnUnchosen(application)) {
-        m_another = m_loader.MakeProcess(); // a process reads the settings when it is made
+        m_another = m_loader.MakeProcess(); // a process object reads the settings when it is created
         if (auto *process = qobject_cast<KIPluginOne2One *>(m_another.get()))
             m_process = process;
     }

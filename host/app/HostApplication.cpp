@@ -108,7 +108,7 @@ QString CheckSettings()
 {
     const QString problem = SettingsProblem(kOrganization, kApplication);
     if (!problem.isEmpty())
-        PassOverSettingsFiles();
+        IgnoreSettingsFiles();
     return problem;
 }
 

@@ -224,7 +224,7 @@ bool ReadMaxPixels(const QCommandLineParser &parser, qint64 *pixels)
     return ok && megapixels >= 1 && megapixels <= kMaxMegapixels;
 }
 
-/// Reads "2/16".
+/// Reads a shard such as "2/16".
 bool ReadShard(const QString &text, Shard *shard)
 {
     bool isIndex = false, isCount = false;

@@ -80,7 +80,7 @@ struct Row {
     const char *attribute;                // of the record's XML element; null: those that Amounts() returns
     bool (*isValid)(const QString &text); // checks values other than the words; null: no others are valid
     const char *expected;                 // for the message
-    void (*decide)(const QString &text, FitOptions *options) = nullptr; // null: doesn't affect the fit
+    void (*applyToFit)(const QString &text, FitOptions *options) = nullptr; // null: doesn't affect the fit
 };
 
 void TakeFraming(const QString &text, FitOptions *options)
@@ -220,7 +220,7 @@ QString TakeFittedOption(const QString &name, const QString &value, FittedOption
         options->attributes.append({QLatin1String(row->attribute), row->shown.value ? value : QStringLiteral("1")});
     else
         options->attributes += Amounts(value);
-    if (row->decide)
-        row->decide(value, &options->fit);
+    if (row->applyToFit)
+        row->applyToFit(value, &options->fit);
     return QString();
 }

@@ -28,7 +28,8 @@ struct JobPicture {
     qint64 bytes = 0;       // memory needed
 };
 
-/// Reads the choices for each picture from the process, and checks whether it can be corrected. GUI thread.
+/// Reads the choices for each picture from the process object, and checks whether the picture can be corrected. GUI
+/// thread.
 std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process,
                                    const QVector<NamedPicture> &pictures, const JobOutput &output);
 

@@ -44,8 +44,8 @@ private:
     HostApplication *m_application;
     KIPluginOne2One *m_process;
     PicturesPage *m_pictures;
-    QPointer<QWizardPage> m_pluginPage; // owned by the process
+    QPointer<QWizardPage> m_pluginPage; // owned by the process object
     RunPage *m_run;
-    QStringList m_announced; // the files last passed to the process
+    QStringList m_announced; // the files last passed to the process object
     QString m_framing;       // the framing last passed with them
 };

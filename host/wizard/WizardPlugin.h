@@ -22,7 +22,7 @@ public:
     FittedCorrection *Correction() { return &m_correction; }
 
 private:
-    bool SwitchOnUnchosen(HostApplication *application) const;
+    bool EnableUnchosenCorrections(HostApplication *application) const;
 
     SearchedFolders m_folders; // before the plug-in, which reads the stored folder when it is loaded
     PluginLoader m_loader;

@@ -82,7 +82,7 @@ private:
     bool m_updating = false; // the widgets are being filled: don't render
     KVitreluxOne2One *m_process;
     ComputePreview m_computePreview;
-    QAction *m_automatic = nullptr; // in the profile's row: clears the chosen profile; null until one can be cleared
+    QAction *m_clearProfile = nullptr; // in the profile's row; null until a profile can be cleared
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;

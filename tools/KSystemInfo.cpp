@@ -69,7 +69,7 @@ struct Pipe {
     _exit(0);
 }
 
-ssize_t ReadAgain(int file, void *data, size_t size)
+ssize_t ReadRetrying(int file, void *data, size_t size)
 {
     ssize_t got;
     do
@@ -220,7 +220,7 @@ Runnable IsRunnable(const char *program)
         Execute(program, errors.ends[1]);
     errors.CloseWrite();
     int error;
-    const ssize_t got = ReadAgain(errors.ends[0], &error, sizeof error);
+    const ssize_t got = ReadRetrying(errors.ends[0], &error, sizeof error);
     while (waitpid(child, nullptr, 0) == -1 && errno == EINTR) { }
     if (got == 0)
         return Runnable::Yes; // the pipe closed when the program started

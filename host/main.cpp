@@ -95,7 +95,7 @@ void OccupyStandardStreams()
     }
 }
 
-[[noreturn]] void EndForException(const char *why)
+[[noreturn]] void PrintAndExit(const char *why)
 {
     std::fflush(stdout);
     std::fprintf(stderr, "vitrelux: %s\n", why);
@@ -103,16 +103,16 @@ void OccupyStandardStreams()
 }
 
 /// Handles exceptions that nothing catches, such as those in Qt slots.
-[[noreturn]] void EndByException() noexcept
+[[noreturn]] void HandleTermination() noexcept
 {
     InterruptGuard::RemoveFolders();
     try {
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
     } catch (const std::bad_alloc &) { // caught first, because the other messages need memory
-        EndForException("not enough memory");
+        PrintAndExit("not enough memory");
     } catch (...) {
-        EndForException(qUtf8Printable(OneLine(TextOfCurrentException())));
+        PrintAndExit(qUtf8Printable(OneLine(TextOfCurrentException())));
     }
     std::abort();
 }
@@ -121,7 +121,7 @@ void OccupyStandardStreams()
 [[gnu::constructor(101)]] void PrepareProcess()
 {
     OccupyStandardStreams();
-    std::set_terminate(EndByException);
+    std::set_terminate(HandleTermination);
 }
 
 } // namespace

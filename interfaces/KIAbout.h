@@ -15,7 +15,7 @@ public:
     virtual QString Comment() const = 0;
     virtual QString Version() const = 0;
     virtual QIcon Icon() const = 0;
-    /// Returns a 36-character GUID. It names the resource folder and is the first key of stored settings.
+    /// Returns a 36-character GUID, which names the resource folder and identifies the plug-in's stored settings.
     virtual QString UID() const = 0;
 };
 

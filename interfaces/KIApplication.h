@@ -12,7 +12,8 @@ struct KUIInstances;
 
 /// Implemented by the host's application object, which lists it in Q_INTERFACES. Each time the plug-in needs the host,
 /// it calls qt_metacast("KIApplication") on QCoreApplication::instance(). Called on the GUI thread, except that Process
-/// calls ImageDefOf, and AllocParameters calls GetPluginSetting, on the thread on which the host called them.
+/// calls ImageDefOf, and AllocParameters calls GetPluginSetting, on the thread on which the host called Process or
+/// AllocParameters.
 ///
 /// The order of the virtual functions is a binary contract: don't add or move any. The reserved functions belong to
 /// hosts; the plug-in never calls them.
@@ -34,7 +35,7 @@ public:
     /// file can't be described.
     virtual KIImageDef *ImageDefOf(QString fileName) = 0;
     virtual void Reserved4() { }
-    /// Returns the application's image and interface kernels. If null, the plug-in starts its own.
+    /// Return the application's kernels for images and for the user interface. If null, the plug-in starts its own.
     virtual KImageInstances *ImageInstances() = 0;
     virtual KUIInstances *UIInstances() = 0;
 };

@@ -33,8 +33,9 @@ public:
     /// Returns ln(N^2 / t) for f-number N and exposure time t in seconds: the exposure value, but with the natural
     /// logarithm instead of the binary one. 0 if unknown.
     virtual float GetEV() const = 0;
-    /// Returns the pixels, width by height, at the file's depth or at 8 bits. The description owns the image, which is
-    /// valid until Unlock is called with the same arguments, once for each Lock. Throws KException.
+    /// Returns the pixels, width by height, at the file's depth if @p nativeDepth, otherwise at 8 bits. The description
+    /// owns the image, which is valid until Unlock is called with the same arguments, once for each Lock. Throws
+    /// KException.
     virtual KImage *Lock(int width, int height, bool nativeDepth) = 0;
     virtual void Unlock(int width, int height, bool nativeDepth) = 0;
     virtual KImage *LockFullSize(bool nativeDepth) = 0;

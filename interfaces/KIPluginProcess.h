@@ -13,7 +13,7 @@ class QWizardPage;
 class KIPluginProcess : public KIAbout {
 public:
     /// Returns the page on which the user sets up the process: the same one in each call, unless the host deleted it
-    /// with its wizard. The process's destructor deletes a page that still exists. Null if there is none.
+    /// with its wizard. The process's destructor deletes a page that still exists. Null if the process has no page.
     virtual QWizardPage *WizardPage() = 0;
     /// Called when the user leaves the page; stores defaults.
     virtual void OnValidatePage() { }

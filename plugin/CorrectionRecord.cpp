@@ -15,7 +15,7 @@ struct CorrectionRow {
     const char *name;
     bool FitResult::*made;
     bool FitOptions::*wanted;
-    Fact<bool> PictureFacts::*before;
+    Fact<bool> PictureFacts::*doneBefore;
     bool PictureFacts::*tried;
     double FitOptions::*amount;
     const char *scale; // camera raw setting that holds the amount in percent
@@ -30,18 +30,18 @@ constexpr CorrectionRow kCorrections[] = {
      &PictureFacts::vignettingTried, &FitOptions::amountVignetting, "LensProfileVignettingScale"},
 };
 
-/// Returns the names of the corrections for which @p isOne is true.
-template <typename Predicate> QString Names(Predicate isOne)
+/// Returns the names of the corrections that satisfy @p isNamed.
+template <typename Predicate> QString Names(Predicate isNamed)
 {
     QStringList names;
     for (const CorrectionRow &row : kCorrections)
-        if (isOne(row))
+        if (isNamed(row))
             names << QLatin1String(row.name);
     return names.join(QStringLiteral(", "));
 }
 
-/// Returns whether the source's XMP reports the correction. Other metadata, which the result keeps, reports corrections
-/// by the camera.
+/// Returns whether the source's XMP reports the correction. Corrections made by the camera are reported in other
+/// metadata, which the result keeps.
 bool IsInXmp(const Fact<bool> &done)
 {
     return done.value && done.source.startsWith(QLatin1String("XMP "));
@@ -49,7 +49,7 @@ bool IsInXmp(const Fact<bool> &done)
 
 /// Names of the profile in the record.
 struct ProfileNames {
-    QString name;         // from the profile if it has one
+    QString name;         // the name in the profile, otherwise that of its file
     QString file, digest; // empty for lensfun's profiles
 };
 
@@ -68,7 +68,7 @@ ProfileNames NamesOf(const FitResult &fit)
             QString::fromLatin1(hash.result().toHex().toUpper())};
 }
 
-/// Writer of properties in one namespace.
+/// Writer of XMP properties in one namespace.
 class Properties {
 public:
     Properties(const char *prefix, KImage::EditRecord *record)
@@ -89,9 +89,9 @@ void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &o
     Properties own("vitrelux", record);
     own.Set("Version", QStringLiteral(VITRELUX_VERSION));
     own.Set("Corrections",
-            Names([&](const CorrectionRow &row) { return fit.*row.made || IsInXmp(facts.*row.before); }));
+            Names([&](const CorrectionRow &row) { return fit.*row.made || IsInXmp(facts.*row.doneBefore); }));
     own.Set("Requested", Names([&](const CorrectionRow &row) {
-                return (options.*row.wanted && options.*row.amount > 0.0) || IsInXmp(facts.*row.before)
+                return (options.*row.wanted && options.*row.amount > 0.0) || IsInXmp(facts.*row.doneBefore)
                     || facts.*row.tried;
             }));
     own.Set("Profile", profile.file.isEmpty() ? fit.profile : profile.file);
@@ -119,7 +119,7 @@ void AddCameraRaw(const FitResult &fit, const PictureFacts &facts, const FitOpti
     for (const CorrectionRow &row : kCorrections) {
         if (fit.*row.made)
             crs.Set(row.scale, QString::number(std::lround(options.*row.amount * 100.0)));
-        else if (!IsInXmp(facts.*row.before)) // otherwise the source's value stays
+        else if (!IsInXmp(facts.*row.doneBefore)) // otherwise the source's value stays
             crs.Set(row.scale, QStringLiteral("0"));
     }
 }

@@ -85,7 +85,7 @@ void FittedBands::MakeBand(Work *work, int firstRow) const
         work->band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     work->firstRow = firstRow;
     if (firstRow + rows == m_picture.height())
-        ReadableRows(m_picture.height()); // wait for all, so that damage at the end is always reported
+        ReadableRows(m_picture.height()); // wait for all rows, so that damage at the end of the file is always reported
     Render(&work->source, work->band, firstRow);
     m_values.Apply(&work->band);
 }
@@ -112,7 +112,7 @@ void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
     }
 }
 
-/// Renders from stored rows as soon as the first @p rows of them can be read. Returns false if others are needed.
+/// Renders from stored rows as soon as the first @p rows of them can be read. Returns false if more are needed.
 bool FittedBands::RenderStored(KImage &band, int firstRow, int rows) const
 {
     KImage readable; // wraps the complete rows, which no thread writes to

@@ -1,4 +1,4 @@
-// Bands of a fitted picture in the output file's pixel format.
+// Bands of a picture with a fitted correction, in the output file's pixel format.
 #pragma once
 
 #include "Fit.h"
@@ -15,14 +15,14 @@
 /// Decisions about a correction, made before pixels are read.
 struct FittedPlan {
     FitResult fit;
-    TransferCurve light; // of the picture's values; used only for the gain
+    TransferCurve light; // of the picture's values; used only for the vignetting gain
     PictureFacts facts;
     ResultFile file;
     ResultValues values; // conversions to the values in the file
 };
 
 /// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they
-/// are converted while they are in the caches.
+/// are converted while they are in the CPU caches.
 class FittedBands {
 public:
     /// Waits until the first @p rows rows of the source can be read, and returns the number of readable rows. May
@@ -41,8 +41,9 @@ public:
     /// Returns whether pixels are blended onto black, because the file has no alpha.
     bool Flattens() const { return m_values.flattens; }
 
-    /// Fills @p rows, of the type and depth above, with rows of the result, starting at @p firstRow. Efficient for
-    /// whole bands of GFL_FAST_ROWS rows, and for consecutive parts of one. Any number of threads may call it at once.
+    /// Fills @p rows, which must have the type and depth returned above, with rows of the result, starting at @p
+    /// firstRow. Efficient for whole bands of GFL_FAST_ROWS rows, and for consecutive parts of one. Any number of
+    /// threads may call it at once.
     void Fill(KImage &rows, int firstRow);
     /// Fills @p image with the whole result. It must be float RGBA of the source's size, and not be the source.
     void FillFloat(KImage &image);

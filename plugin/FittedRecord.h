@@ -21,7 +21,7 @@ struct FitReport {
 /// Fitted part of a record; a record without it is plain. Corrections and profile are fields of the record itself.
 struct FittedRecord {
     FitOptions options;
-    ResultFile file;                 // belongs to one picture: neither a default nor copied
+    ResultFile file;                 // belongs to one picture: neither stored as a default nor copied
     std::optional<FitReport> report; // nullopt before the first run
 };
 
@@ -42,11 +42,11 @@ struct FittedRecord {
 /// text is missing, empty or invalid.
 namespace fitted {
 
-/// Lasting options are stored as defaults for later jobs and copied from picture to picture; the others, typed facts
-/// and "Again", belong to one picture.
+/// Lasting options are stored as defaults for later jobs and copied from picture to picture. The others, which are
+/// facts typed by the user and "Again", belong to one picture.
 enum class Options { Lasting, All };
 
-/// Reads options from the texts that @p textOf returns, empty for missing ones.
+/// Reads options from the texts that @p textOf returns; an empty text means that the option is missing.
 FitOptions Read(Options which, const std::function<QString(const QString &name)> &textOf);
 /// Calls @p write for each lasting option and, with Options::All, for each other option that has a value.
 void Write(Options which, const FitOptions &options,

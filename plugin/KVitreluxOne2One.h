@@ -24,7 +24,7 @@ struct FittedPlan;
 /// this object.
 ///
 /// While the dynamic property "Correction" has the value "fitted", new records are fitted; a record never changes its
-/// mode. Without it, nothing of FittedRecord is read, written or stored.
+/// mode. For plain records, nothing of FittedRecord is read, written or stored.
 ///
 /// The code is in KVitreluxOne2One.cpp (records, settings, job), _Process.cpp (plain processing of pixels), _Fitted.cpp
 /// (processing of fitted records) and _Lookup.cpp (search for a profile).
@@ -32,7 +32,7 @@ class KVitreluxOne2One : public QObject, public KIPluginOne2One {
     Q_OBJECT
     Q_INTERFACES(KIPluginOne2One:KIPluginProcess : KIAbout)
 public:
-    /// Parameter record of one image, to which the opaque pointers point.
+    /// Parameter record of one image; `void *parameters` points to it.
     struct Params {
         bool disto = false;   // correct geometric distortion
         bool ca = false;      // correct chromatic aberration
@@ -71,10 +71,10 @@ public:
     void FreeParameters(void *parameters) override;
     QIcon BeforeAfter() const override;
 
-    /// Corrects the image of @p fileName at full size to "<base>_corrected.tiff" next to it: a deflate-compressed TIFF
-    /// of the source's depth, with four channels of 8 or 16 bits or three float channels, and with the source's ICC
-    /// profile, IPTC and EXIF. A fitted record's ResultFile chooses another format, with its suffix. Throws KException;
-    /// an existing file of that name is then unchanged.
+    /// Corrects the image in @p fileName at full size and writes it to "<base>_corrected.tiff" in the same folder: a
+    /// deflate-compressed TIFF of the source's depth, with four channels of 8 or 16 bits or three float channels, and
+    /// with the source's ICC profile, IPTC and EXIF. A fitted record's ResultFile may choose another format, with its
+    /// suffix. Throws KException; an existing file of that name is then unchanged.
     void Process(QString fileName, void *parameters, QString &outputFileName) override;
     void SetFiles(QStringList files) override;
     QDomElement GetFileXmlParams(QString file) override;
@@ -82,9 +82,9 @@ public:
     /// Copies @p parameters to the record that OnValidatePage stores.
     virtual void SaveDefaultSettings(void *parameters);
 
-    /// Corrects item.second, an image of four float channels, in place; item.first describes it. If the record has no
-    /// profile, looks one up and leaves the pixels unchanged; a second run corrects them. Square and upright images are
-    /// treated as rotated, because a profile describes a landscape frame. Throws KException.
+    /// Corrects item.second, an image of four float channels, in place; item.first describes it. If a plain record has
+    /// no profile, looks one up and leaves the pixels unchanged; a second run corrects them. Square and upright images
+    /// are treated as rotated, because a profile describes a landscape frame. Throws KException.
     void Process(QPair<KIImageDef *, KImage *> item, void *parameters);
 
     /// Returns the path of the profile that fits the image's camera and lens best; empty if there is none. If the lens
@@ -107,7 +107,7 @@ private:
     std::optional<newLCP> ProfileOf(KIImageDef *def, Params &params);
 
     QMap<KIImageDef *, void *> m_params; // record of each image of the job
-    QPointer<UIVitreluxPage> m_page;     // null until WizardPage, and after its wizard deleted it
+    QPointer<UIVitreluxPage> m_page;     // null before WizardPage, and after its wizard has deleted it
     Params *m_defaults;                  // stored by OnValidatePage
     QString m_lensPath;
 };

@@ -90,7 +90,7 @@ QStringList KVitreluxOne2One::ProfileFolders() const
 /// Fits the record's profile, or one that it finds, and stores the report in the record. Throws KException with the
 /// reason if there is nothing to correct.
 ///
-/// @param pixels  Size of the pixels in memory; empty for the file's size.
+/// @param pixels  Size of the picture in memory; empty: the size in the file.
 FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
                                      Params &params) const
 {
@@ -107,7 +107,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     const bool isFloat = def->nDepth() > 16;
     plan.values.toLight = plan.file.HoldsLight();
     plan.values.encodes = isFloat && !plan.file.HoldsFloats()
-        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // a profile defines the curve
+        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // an ICC profile defines the curve
     if (plan.fit.vignetting || plan.values.toLight) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);
@@ -126,7 +126,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
 void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
                                      const QString &outputFileName)
 {
-    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before decoding, which may be unnecessary
+    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before decoding, which would be useless if this throws
     // Locked until the file is written: a copy would double the memory needed.
     const FullSizeLock full(def, FullSizeLock::Rows::MayBePending);
     if (!full.Image())

@@ -26,12 +26,12 @@ QDir FolderOf(const QString &brand, const QDir &base)
     const QStringList entries = base.entryList();
     for (const QString &entry : entries) {
         if (Contains(brand, entry))
-            return QDir(base.path() + QLatin1Char('\\') + entry); // on every platform: installations rely on this
+            return QDir(base.path() + QLatin1Char('\\') + entry); // a backslash everywhere: installations rely on it
     }
     return QDir(QString());
 }
 
-QStringList FilesHolding(const QString &modelName, const QDir &folder)
+QStringList FilesForModel(const QString &modelName, const QDir &folder)
 {
     QStringList files;
     const QStringList all = folder.entryList(QDir::Files);
@@ -85,7 +85,7 @@ QString BestMatch(const QStringList &files, const QString &lens)
 QStringList Lookup(const ShootingInformation &shooting, LensIDProperties &database, const QString &brand,
                    const QDir &folder, QString &message)
 {
-    const QStringList files = FilesHolding(shooting.modelName, folder);
+    const QStringList files = FilesForModel(shooting.modelName, folder);
     if (files.isEmpty()) {
         message = QStringLiteral("No matching LensID");
         return {};

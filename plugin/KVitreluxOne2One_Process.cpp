@@ -25,15 +25,15 @@ QString CorrectedFileName(const QString &fileName, const QString &suffix)
 }
 
 /// Returns the frame in which a picture is corrected. A profile describes a landscape frame; upright and square
-/// pictures are corrected as if they were rotated into it and back. In these, pixels that no model writes are black, as
-/// after a rotation into a cleared image.
+/// pictures are corrected as if they were rotated into it and back. In such pictures, pixels that the correction does
+/// not write are black, as after a rotation into a cleared image.
 FloatWarp::Frame FrameOf(const KImage &image)
 {
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
 }
 
 /// Renderer of bands of the corrected picture in the output file's pixel format. Only a few rows of source and result
-/// exist as floats at a time, and they are converted while they are in the caches.
+/// exist as floats at a time, and they are converted while they are in the CPU caches.
 class CorrectedBands {
 public:
     /// @p source must outlive the object. Without @p lcp, the picture is not corrected.
@@ -64,7 +64,7 @@ private:
         FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
         m_source.Hold(range.first, range.end);
         while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
-            range = range.Widened(m_height); // ends with the whole picture, where no row is missing
+            range = range.Widened(m_height); // at last to the whole picture, where no row is missing
             m_source.Hold(range.first, range.end);
         }
     }

@@ -13,7 +13,7 @@ public:
     /// Loads the translation for the host's language and uses the kernels that the host shares. Does neither without a
     /// host.
     Library();
-    /// Deletes the process objects that still exist and stops the image and interface modules.
+    /// Deletes the process objects that still exist and stops the image and user interface modules.
     ~Library() override;
 
     QString Name() const override;

@@ -17,12 +17,13 @@ struct ResultFile {
     /// Returns the file suffix: "tiff", "jpg", "png" or "exr".
     QString Suffix() const;
     QString MimeType() const;
-    /// Returns how to write a picture of @p sourceBits (8, 16 or 32) per channel.
+    /// Returns how to write a picture with @p sourceBits (8, 16 or 32) bits per channel.
     KImage::FileForm Form(int sourceBits) const;
-    /// Returns the bits per channel to write for a picture of @p sourceBits. OpenEXR gets floats, stored as half for
-    /// 8-bit pictures.
+    /// Returns the bits per channel to write for a picture with @p sourceBits bits per channel. OpenEXR gets floats,
+    /// stored as half for 8-bit pictures.
     int Bits(int sourceBits) const;
     bool HasAlpha() const { return format != Format::Jpeg; }
+    /// Returns whether the values in the file are linear light.
     bool HoldsLight() const { return format == Format::Exr; }
     bool HoldsFloats() const { return format == Format::Tiff || format == Format::Exr; }
 };

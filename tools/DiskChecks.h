@@ -1,4 +1,4 @@
-// Checks whether a file can be read or written, with messages for users. All functions are thread-safe.
+// Checks of free space, write access and missing files, with messages for users. All functions are thread-safe.
 #pragma once
 
 #include <QString>
@@ -7,8 +7,7 @@
 /// for example because the path doesn't exist.
 qint64 getFreeDiskSpace(QString path);
 
-/// Returns whether the disk of @p fileName has room for @p size bytes. A folder that can't be queried counts as large
-/// enough.
+/// Returns whether the disk of @p fileName has room for @p size bytes; true if the file's folder can't be queried.
 bool CheckForDiskSpace(QString fileName, qint64 size);
 
 /// Explains a failed save: throws a KException if the disk has no room for @p size bytes or the file can't be opened

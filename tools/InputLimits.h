@@ -17,10 +17,10 @@ constexpr int kMaxXmlNodes = 500000;
 /// one per value.
 constexpr int kMaxProfileNotes = 1000;
 
-// ---- Profile heads, which the index reads from each file in a folder. ----
+// ---- Profile heads: names, frame and flags of a profile's first entry, which the index reads from every file ----
 
 constexpr int kMaxHeadDepth = 64;       // nested elements; profiles have 12
-constexpr int kMaxHeadAlternates = 100; // names and numbers of one lens
+constexpr int kMaxHeadAlternates = 100; // alternate names and IDs of one lens
 constexpr int kMaxHeadText = 4096;      // characters of one field
 
 // ---- Profile folders and their index ----

@@ -26,8 +26,8 @@ public:
     template <typename Element> void construct(Element *) noexcept { }
 };
 
-/// Generator of temporary file names. The n-th name is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no folder has
-/// more than 1,024 files and a process can distinguish its folders from those of other processes.
+/// Generator of temporary file names. Name n, counted from 0, is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no
+/// folder has more than 1,024 files and a process can distinguish its folders from those of other processes.
 ///
 /// KTools::init creates the process's manager or adopts a host's; KTools::exit deletes it. Any thread may call
 /// getTempFile() and removeTempFile(); call everything else only while no thread writes copies. Nothing throws; the
@@ -47,8 +47,8 @@ public:
 
     /// Sets the first part of subfolder names, initially "BRELT".
     void setPrefix(QString prefix);
-    /// Sets the folders in order of preference, initially the system's. Lookups skip missing folders. Always returns
-    /// true.
+    /// Sets the temporary folders in order of preference, initially the system's. Lookups skip missing folders. Always
+    /// returns true.
     bool setTemporaryFolders(QStringList folders);
     QStringList getTemporaryFoldersName();
     QStringList getSystemDrives();
@@ -57,8 +57,8 @@ public:
     QString getTempFolder(unsigned long long size, unsigned long long reserve);
     /// Returns an unused name, in an existing folder, for a file of about @p size bytes. Empty if all disks are full.
     QString getTempFile(unsigned long long size);
-    /// Removes the files in each subfolder whose name begins with the prefix, even if it belongs to another running
-    /// process, then the subfolder if it is empty. Call it at startup.
+    /// Removes the files in each subfolder whose name begins with the prefix, then the subfolder if it is empty, even
+    /// if another running process uses it. Call it at startup.
     void cleanTempFiles();
     bool removeTempFile(QString name);
 
@@ -70,7 +70,7 @@ private:
     QString m_prefix;
     QStringList m_folders;
     std::atomic<int> m_fileCounter{0};
-    std::atomic<int> m_folderCount{0}; // ahead of m_createdFolders while a thread creates a folder
+    std::atomic<int> m_folderCount{0}; // exceeds the size of m_createdFolders while a thread creates a folder
     tbb::concurrent_vector<std::atomic<QString *>, ZeroingAllocator<std::atomic<QString *>>>
         m_createdFolders; // owned; null while an entry is being written
 };

@@ -17,7 +17,7 @@ public:
 
     /// Times in ticks.
     struct Counter {
-        qint64 nbCalls = 0; // completed pairs, and AccumulateTiming() calls
+        qint64 nbCalls = 0; // completed Start/Stop pairs, and AccumulateTiming() calls
         qint64 totalTime = 0;
         qint64 startTime = 0;
         qint64 stopTime = 0;
@@ -31,9 +31,9 @@ public:
     /// Measures the overhead of one Start/Stop pair if this is the first instance.
     KChronometer();
 
-    /// Starts the timer. A second call moves the start time.
+    /// Starts the timer, or restarts it if it is running.
     void Start(QString name);
-    /// Returns the ticks since Start(), or 0 if this thread never started the name. A second call measures from the
+    /// Returns the ticks since Start(), or 0 if this thread never started the timer. A second call measures from the
     /// same start.
     qint64 Stop(QString name);
     double Stop(QString name, TimeUnits units);
@@ -44,14 +44,14 @@ public:
     /// Resets the timer in all threads.
     void Reset(QString name);
 
-    // The index is -1 for all threads, otherwise a position in the order in which threads first started the name. The
+    // The index is -1 for all threads, otherwise a position in the order in which threads first started the timer. The
     // result is 0 if there is no such thread.
     qint64 GetStatTotalTime(QString name, int index);
     double GetStatTotalTime(QString name, TimeUnits units, int index);
     qint64 GetStatNbCalls(QString name, int index);
     /// Returns the number of threads that started the timer or, with @p onlyUsed, also stopped it.
     int GetNbContext(QString name, bool onlyUsed);
-    /// Returns the keys "name@thread" of a name, in the order of their first start.
+    /// Returns the keys "name@thread" of a timer, in the order of their first start.
     QStringList FindRelatedCounter(QString name);
 
     /// Formats a time like "1 h:1 min:1 s", "1.5 s" or "1000 ms": in the largest unit that gives a value above one,

@@ -29,7 +29,7 @@ void KLog::WriteLine(const QString &text)
         m_stream << " | ";
     m_stream << text << "\r\n";
     m_stream.flush();
-    m_stream.resetStatus(); // after a failed write it would buffer every later line in memory
+    m_stream.resetStatus(); // otherwise, after a failed write, the stream would buffer all later lines in memory
 }
 
 void KLog::Log(const QString &text)
@@ -68,7 +68,7 @@ void KLog::EnableLogToFile(const QString &fileName, bool append)
 {
     QMutexLocker locker(&m_mutex);
     m_logToFile = true;
-    m_file.close(); // a second call may name another file, and Qt warns if an open file is renamed
+    m_file.close(); // because Qt warns if setFileName() is called on an open file
     m_file.setFileName(fileName);
     if (m_file.open(append ? QIODevice::WriteOnly | QIODevice::Append : QIODevice::WriteOnly)) {
         m_stream.setDevice(&m_file);

@@ -20,8 +20,8 @@ public:
     KLog();
     ~KLog() override;
 
-    /// Logs one line: the text, a carriage return and a line feed, without time or level. It goes to listeners and, if
-    /// enabled, to the file. Only listeners receive @p id.
+    /// Logs one line, without time or level. Listeners receive the text; the file, if enabled, also gets a carriage
+    /// return and a line feed. Only listeners receive @p id.
     void Log(const QString &text);
     void Log(int id, const QString &text);
     void Log(const char *format, ...) __attribute__((format(printf, 2, 3)));

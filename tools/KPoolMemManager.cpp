@@ -43,7 +43,7 @@ int KPoolMemManager::computeBlockSize(int memoryMo, int threads)
     int size = 8;
     qint64 count = memoryMo / size;
     if (count < 1)
-        return 1; // doubling 0 would never end
+        return 1; // otherwise the loop would double 0 forever
     for (; count < wanted; count *= 2)
         size >>= 1;
     return qMax(size, 1);

@@ -1,4 +1,5 @@
-// A pool of equal memory blocks, allocated up front so that a very large job fails at its start if memory is short.
+// A pool of memory blocks of equal size, allocated up front so that a very large job fails at its start if memory is
+// short.
 #pragma once
 
 #include "KOmp.h"

@@ -69,7 +69,7 @@ KSRFromXMLFile::KSRFromXMLFile(const QString &fileName) : m_document(std::make_u
     const QByteArray content = ReadXmlBytes(&file);
     if (content.size() > kMaxXmlBytes)
         return;
-    *m_document = ReadXml(QString::fromUtf8(content.constData())).document; // ends at the first zero byte
+    *m_document = ReadXml(QString::fromUtf8(content.constData())).document; // the text ends at the first zero byte
 }
 
 KSRFromXMLFile::~KSRFromXMLFile() = default;

@@ -11,7 +11,7 @@
 #include <QSettings>
 #include <QStringList>
 
-/// Two independent families of getters:
+/// The preferences, with two independent families of getters:
 ///
 ///   | family                     | result if the store lacks the key                                               |
 ///   |----------------------------|---------------------------------------------------------------------------------|

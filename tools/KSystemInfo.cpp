@@ -23,8 +23,8 @@
 
 namespace {
 
-/// Returns the topology's count or, if that is unknown, OpenMP's; at least 1.
-int CountOr1(unsigned counted)
+/// Returns @p counted or, if it is 0, which means unknown, OpenMP's count, at least 1.
+int KnownCountOrOpenMps(unsigned counted)
 {
     return counted ? static_cast<int>(counted) : std::max(omp_get_max_threads(), 1);
 }
@@ -69,7 +69,7 @@ struct Pipe {
     _exit(0);
 }
 
-ssize_t ReadAgain(int file, void *data, size_t size)
+ssize_t ReadRetrying(int file, void *data, size_t size)
 {
     ssize_t got;
     do
@@ -220,7 +220,7 @@ Runnable IsRunnable(const char *program)
         Execute(program, errors.ends[1]);
     errors.CloseWrite();
     int error;
-    const ssize_t got = ReadAgain(errors.ends[0], &error, sizeof error);
+    const ssize_t got = ReadRetrying(errors.ends[0], &error, sizeof error);
     while (waitpid(child, nullptr, 0) == -1 && errno == EINTR) { }
     if (got == 0)
         return Runnable::Yes; // the pipe closed when the program started
@@ -254,12 +254,12 @@ Qt::KeyboardModifiers KSystemInfo::KeyboardModifiers()
 
 int KSystemInfo::cpuVirtualCount()
 {
-    return CountOr1(GetSysLogicalProcessorCount());
+    return KnownCountOrOpenMps(GetSysLogicalProcessorCount());
 }
 
 int KSystemInfo::cpuPhysicalCount()
 {
-    return CountOr1(GetSysProcessorCoreCount());
+    return KnownCountOrOpenMps(GetSysProcessorCoreCount());
 }
 
 int KSystemInfo::cpuHyperThreadingCount()

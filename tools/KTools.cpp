@@ -36,7 +36,7 @@ void CountProcessors()
 void SetUpOpenMp()
 {
     if (kmp_set_blocktime)
-        kmp_set_blocktime(0); // workers sleep after a region instead of spinning against the host's threads
+        kmp_set_blocktime(0); // workers sleep after a region; spinning would slow the host's threads
     omp_set_schedule(omp_sched_guided, 10);
 }
 

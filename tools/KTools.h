@@ -23,8 +23,8 @@ class KTools {
 public:
     /// Starts the kernel; main thread only. With a host's @p instances, uses its objects, which the host still owns.
     /// With null, creates the objects, sets up OpenMP for the process, and counts the processors; later calls do
-    /// nothing until exit(). The application object must exist and have its names set, because they determine the
-    /// analytics folder.
+    /// nothing until exit(). The application object must exist, with organization and application names, because these
+    /// determine the analytics folder.
     static void init(KToolsInstances *instances);
     /// Reverts init(nullptr); does nothing after init with a host's objects.
     static void exit();

@@ -22,7 +22,7 @@ QByteArray ReadXmlBytes(QIODevice *device);
 ///
 /// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes, comments, CDATA
 /// sections and processing instructions, and documents that declare entities, a few lines of which can expand to
-/// gigabytes. Bytes are decoded by their byte order mark or declaration, otherwise as UTF-8. If std::bad_alloc is
-/// thrown, the memory of the parse leaks.
+/// gigabytes. Bytes are decoded as their byte order mark or XML declaration says, otherwise as UTF-8. If std::bad_alloc
+/// is thrown, the memory of the parse leaks.
 XmlDocument ReadXml(const QByteArray &text);
 XmlDocument ReadXml(const QString &text);

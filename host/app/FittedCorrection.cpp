@@ -32,7 +32,7 @@ bool Covers(const Corrections &all, const Corrections &some)
         && (all.vignetting || !some.vignetting);
 }
 
-/// Returns the corrections that count as already made: none if the user chose a profile or "again".
+/// Returns the corrections that count as already made: none if the user chose a profile or --again.
 Corrections DoneBefore(const PictureFacts &facts, const FittedRequest &request)
 {
     Corrections done;

@@ -16,8 +16,8 @@ QStringList NamesInRecord(const Corrections &corrections);
 /// A request for one picture.
 struct FittedRequest {
     QDomElement parameters; // XML form of the record, with the options as further attributes
-    Corrections required;   // the picture fails without them, unless they were already made; usually none
-    FitOptions fit;         // the options again, for the program's own fits: Plan, and near misses
+    Corrections required;   // without these the picture fails, unless they were made before; usually none
+    FitOptions fit;         // the same options, for fits by the host: in Plan, and to find near misses
 };
 
 /// Corrector for the pictures of a run. Any thread may call it, each with a separate process object.
@@ -58,7 +58,7 @@ public:
 private:
     /// Results read from the record after a run.
     struct Report {
-        bool isThere = false; // false: the plug-in doesn't support fitted corrections, or failed before it decided
+        bool isThere = false; // false: the plug-in doesn't support fitted corrections, or failed before it fitted
         QString profile, entries, assumed, why;
         Corrections done;
     };
@@ -71,5 +71,5 @@ private:
     HostApplication *m_application;
     InterruptGuard *m_guard;
     std::mutex m_mutex;     // guards the plug-in's XML document, which all its elements share
-    PictureFitter m_fitter; // for Plan, and for near misses, which records lack
+    PictureFitter m_fitter; // for Plan, and to find near misses, which the plug-in doesn't report
 };

@@ -51,8 +51,8 @@ void SetVariable(const char *name, const QByteArray &value)
         throw std::bad_alloc();
 }
 
-/// Creates a manager that keeps analytics off; the kernels use an existing manager and delete it. XDG_DATA_HOME is
-/// /dev/null during its construction, so no folder is created.
+/// Creates an analytics manager that is switched off; the kernels use it and later delete it. XDG_DATA_HOME is
+/// /dev/null while it is constructed, so no folder is created.
 void SwitchAnalyticsOff()
 {
     constexpr const char *kDataFolder = "XDG_DATA_HOME";
@@ -108,7 +108,7 @@ QString CheckSettings()
 {
     const QString problem = SettingsProblem(kOrganization, kApplication);
     if (!problem.isEmpty())
-        PassOverSettingsFiles();
+        IgnoreSettingsFiles();
     return problem;
 }
 
@@ -117,7 +117,7 @@ QString SettingPath(const QString &uid, const QString &key)
     return QStringLiteral("Plugins/%1/%2").arg(uid, key);
 }
 
-QtMessageHandler g_otherMessages;
+QtMessageHandler g_previousHandler;
 
 /// Filters Qt's messages. At each start Qt warns if the runtime folder is missing or belongs to another user, as under
 /// cron and sudo; nothing here uses that folder. Only the first messages are printed, because a damaged file may cause
@@ -135,9 +135,9 @@ void FilterMessages(QtMsgType type, const QMessageLogContext &context, const QSt
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMaxMessages))
         return;
     if (++count == kMaxMessages)
-        g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages from Qt are omitted"));
+        g_previousHandler(type, context, text + QLatin1String("\nvitrelux: further messages from Qt are omitted"));
     else
-        g_otherMessages(type, context, text);
+        g_previousHandler(type, context, text);
 }
 
 /// Ends the program with a message if Qt cannot reach the display, because Qt would then abort.
@@ -153,7 +153,7 @@ void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const 
 
 void ChooseDisplayless()
 {
-    g_otherMessages = qInstallMessageHandler(FilterMessages);
+    g_previousHandler = qInstallMessageHandler(FilterMessages);
     // Set even if the session names a platform: a desktop platform aborts the program if no display is reachable, as in
     // a remote shell.
     SetVariable("QT_QPA_PLATFORM", "offscreen");
@@ -171,7 +171,7 @@ void ChooseDisplayless()
 
 QString ChooseDisplay()
 {
-    g_otherMessages = qInstallMessageHandler(EndWithoutDisplay);
+    g_previousHandler = qInstallMessageHandler(EndWithoutDisplay);
     for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
         if (qEnvironmentVariableIsEmpty(name))
             continue;
@@ -220,8 +220,8 @@ CommandApplication::CommandApplication() : m_application(MakeApplication()) { }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // Workers create records too, so access is locked. Separate QSettings objects would read the file every time, and
-    // Qt crashes if memory runs out while it creates one.
+    // Worker threads create records too, so access is locked. Separate QSettings objects would read the file every
+    // time, and Qt crashes if memory runs out while it creates one.
     const QVariant value = [&] {
         const std::lock_guard<std::mutex> lock(m_settingsMutex);
         return m_settings.value(SettingPath(uid, key), defaultValue);

@@ -21,12 +21,12 @@
 void ChooseDisplayless();
 
 /// Prepares Qt for windows. Called before the application is constructed, by commands that show windows. @return why no
-/// window can be shown; empty if one can. If a display is named but cannot be reached, constructing the application
-/// ends the program with a message.
+/// window can be shown; empty if one can. If the environment names a display that cannot be reached, constructing the
+/// application ends the program with a message.
 QString ChooseDisplay();
 
-/// Command line for the application object: only the program's name, because we parse the user's arguments. Must
-/// outlive the application.
+/// Command line for the application object: only the program's name, because we parse the user's arguments ourselves.
+/// Must outlive the application.
 struct ProgramName {
     char name[9] = "vitrelux";
     char *argv[2] = {name, nullptr};
@@ -80,11 +80,11 @@ public:
     /// Frees the description of the file and its pixels, including disk copies of raw files. They must not be in use.
     /// Any thread.
     void Forget(const QString &fileName);
-    /// Makes later descriptions include pictures that the kernel refuses; for commands that only need whole pictures.
+    /// Lets later calls describe pictures that the kernel refuses, for commands that read only full-size pictures.
     void Accept(AcceptedPictures accepted) { m_accepted = accepted; }
     /// Adds thumbnails to later descriptions, for commands with windows.
     void MakeThumbnails() { m_makesThumbnails = true; }
-    /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
+    /// Returns the settings of the program; those of plug-ins are accessed by GetPluginSetting.
     QSettings &Settings() { return m_settings; }
     /// Returns why settings files are ignored, in one line; empty if they aren't.
     QString SettingsProblem() const { return m_settingsProblem; }

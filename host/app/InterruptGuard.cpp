@@ -122,7 +122,7 @@ void InterruptGuard::RemoveFolders() noexcept
         return;
     try {
         guard->RemoveAll();
-    } catch (...) { // out of memory: the next run with this folder removes the rest
+    } catch (...) { // out of memory: the next run in the same output folder removes the rest
     }
 }
 

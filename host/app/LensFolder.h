@@ -15,9 +15,9 @@ public:
 
     /// Returns the user's folder as an absolute path.
     QString Folder() const { return m_folder; }
-    /// Returns why the folder could not be created, in one line; empty if it exists.
+    /// Returns why the folder of links could not be created, in one line; empty if it exists.
     QString Problem() const;
-    /// Returns the path to pass to the plug-in; empty if the folder could not be created.
+    /// Returns the path of the folder of links, for the plug-in; empty if it could not be created.
     QString Place() const;
     /// Returns a private folder for temporary files.
     QString Scratch() const { return m_place.Path(); }

@@ -26,7 +26,7 @@ qint64 BytesToCorrect(const ImageDef &image, Corrector corrector)
 {
     constexpr qint64 kProgramBytes = qint64(80) << 20;
     constexpr qint64 kFloatPixel = 4 * 4;
-    constexpr qint64 kWindow = kFloatPixel / 4; // per thread: a quarter of all rows; 64 rows need up to a fifth of them
+    constexpr qint64 kWindow = kFloatPixel / 4; // per thread: a quarter of all rows; 64 output rows need up to a fifth
     const qint64 stored = qint64(image.nBands()) * image.nDepth() / 8;
     const qint64 decoder = DecoderBytes(image.FileName(), stored);
     const bool isStoredRgb = image.nBands() == 3 && image.nDepth() <= 16;

@@ -30,14 +30,14 @@ struct PlannedPicture {
 /// Folder and names of outputs.
 struct OutputNaming {
     QString folder; // empty: the folder of each picture. The subfolders of a walked folder are mirrored in it
-    /// {name}: the picture's name without its last suffix; {ext}: that suffix; {folder}: its folder's name. The default
-    /// is the plug-in's own name for its output.
+    /// {name}: the picture's name without its last suffix; {ext}: that suffix; {folder}: the name of the picture's
+    /// folder. The default is the plug-in's own name for its output.
     QString pattern = QStringLiteral("{name}_corrected.tiff");
-    QString ending{}; // appended unchanged, even with braces
+    QString ending{}; // appended unchanged, even if it contains braces
 };
 
-/// Returns the suffixes, without dots, of the files of @p format, named as in a record's attribute "Format". The
-/// default suffix is the first one. Empty if the format is unknown.
+/// Returns the file suffixes, without dots, of @p format, a value of a record's attribute "Format". The default suffix
+/// is the first one. Empty if the format is unknown.
 QStringList SuffixesOfFormat(const QString &format);
 
 /// Returns the text appended to a picture's name: @p ending, by default the plug-in's, and the format's suffix.
@@ -52,6 +52,6 @@ QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffixes);
 
 /// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png in one folder, or two files named
-/// a.jpg with one output folder, the first one gets it, even if it fails. An output that differs from the picture in
-/// its base name, such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
+/// a.jpg with one output folder, the first one gets it, even if it fails. An output whose base name differs from its
+/// picture's, such as a_corrected.tiff, may replace another picture of the run, which is usually an earlier result.
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

@@ -8,7 +8,7 @@
 /// One picture of a run.
 struct NamedPicture {
     QString name;    // as typed, or as shown to the user
-    QString subpath; // its folder, relative to the walked one; empty: that folder itself, or named individually
+    QString subpath; // path from the walked folder to the picture's; empty: the same folder, or named individually
 };
 
 /// Returns the patterns of file names of all known formats: "*.tif" and so on.

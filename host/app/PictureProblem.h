@@ -11,5 +11,5 @@ QString FileProblem(const QString &path);
 /// Returns the text for the image kernel's refusal of the file @p path; empty if it wasn't refused.
 QString TextOf(const RefusalReason &reason, const QString &path);
 
-/// Returns @p text without the name of the file @p path at its start, because messages add that name.
+/// Returns @p text without @p path at its start, because messages add the file's name.
 QString WithoutFileName(const QString &text, const QString &path);

@@ -57,8 +57,8 @@ void CopyTime(const QString &picture, const QString &result)
     throw KException(WorkFolder::tr("cannot set the file time: %1").arg(qt_error_string(errno)), KPlace());
 }
 
-/// Runs the plug-in's process on files in @p folder. @return the output's path. Error messages contain the user's file
-/// names.
+/// Runs the process object on @p admitted, the picture in @p folder. @return the output's path. Error messages contain
+/// the user's file names, not those in the folder.
 QString Process(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
                 const WorkFolder &folder, const QString &admitted)
 {
@@ -120,7 +120,7 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
     WorkFolder folder(replaces ? QFileInfo(target.Path()).path() : planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
     const QString result = [&] {
-        const auto forget = qScopeGuard([&] { // this name is not used again; frees memory while the disk works
+        const auto forget = qScopeGuard([&] { // this path is not used again: free its pixels early
             try {
                 application->Forget(admitted);
             } catch (const std::bad_alloc &) { // the description stays until the program ends

@@ -53,7 +53,8 @@ public:
         const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/true);
         return QString::fromUtf8(entry ? entry->Value : "").trimmed();
     }
-    /// Returns whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be "0".
+    /// Returns whether the first fraction of a GPS entry has a nonzero denominator. GpsText() can't tell: for a
+    /// fraction 0/0 it also returns "0".
     bool IsGpsNumber(quint32 tag) const
     {
         constexpr std::size_t kDenominatorAt = 4, kFractionSize = 8; // bytes
@@ -82,7 +83,7 @@ private:
     std::unique_ptr<GFL_EXIF_DATAEX, void (*)(GFL_EXIF_DATAEX *)> m_values;
 };
 
-/// Describes a picture as the image kernel does, and also pictures that the kernel refuses, such as gray ones.
+/// Describes a picture as the image kernel does, even one that the kernel refuses, such as a gray picture.
 std::unique_ptr<ImageDef> Describe(const QString &path)
 {
     ImageDef *made = nullptr;
@@ -242,7 +243,7 @@ QDateTime CameraClock(qint64 timestamp)
 void AddDate(const ShootingInformation &shooting, PictureSummary *facts)
 {
     const QDateTime date = CameraClock(shooting.timestamp);
-    constexpr int kFirstYear = 1826; // the year of the first photograph; an unset clock gives 0
+    constexpr int kFirstYear = 1826; // the year of the first photograph; an unset clock gives an earlier year
     if (shooting.timestamp == 0 || date.date().year() < kFirstYear)
         return;
     *facts << PictureFact{QStringLiteral("Taken"), date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),

@@ -9,14 +9,14 @@
 
 class PluginLoader;
 
-/// The process objects of a run, one per thread: a given one, and more of the same kind. Destroy it before the
+/// The process objects of a run, one per thread: a given one, and more of the same kind. Must be destroyed before the
 /// plug-in.
 class ThreadProcesses {
 public:
-    /// Makes up to @p count in total; only @p first if the plug-in cannot create more; none if @p first is null.
+    /// Provides up to @p count objects: only @p first if the plug-in cannot create more, none if @p first is null.
     ThreadProcesses(const PluginLoader &plugin, KIPluginOne2One *first, int count);
 
-    /// Returns the processes, the given one first.
+    /// Returns the process objects, the given one first.
     const std::vector<KIPluginOne2One *> &All() const { return m_all; }
 
 private:

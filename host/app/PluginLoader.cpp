@@ -29,7 +29,7 @@ PluginLoader::PluginLoader(const QString &file, CorrectionMode mode) : m_mode(mo
 PluginLoader::~PluginLoader()
 {
     if (m_loader.isLoaded())
-        m_loader.unload(); // deletes the library object, which deletes its processes
+        m_loader.unload(); // deletes the library object, which deletes its process objects
 }
 
 std::unique_ptr<QObject> PluginLoader::MakeProcess() const

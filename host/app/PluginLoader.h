@@ -7,8 +7,8 @@
 
 #include <memory>
 
-/// The kind of correction that process objects apply: fitted ones have the dynamic property "Correction" with the value
-/// "fitted".
+/// The kind of correction that process objects apply. Those for fitted corrections have the dynamic property
+/// "Correction" with the value "fitted".
 enum class CorrectionMode { Plain, Fitted };
 
 /// Owner of the loaded plug-in. Needs the application object, and must be destroyed before it.

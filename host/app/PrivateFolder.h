@@ -1,4 +1,4 @@
-// A private folder of this process, removed by the object's destructor.
+// A private folder of this process, removed by the destructor.
 #pragma once
 
 #include <QString>
@@ -7,9 +7,9 @@
 
 class InterruptGuard;
 
-/// Folder named ".vitrelux-" plus six letters. A lock on a file in it shows other processes that its owner is running.
-/// When a process creates its first folder in a parent folder, it also removes those left there by killed processes.
-/// Removal problems are printed on standard error.
+/// Folder named ".vitrelux-" plus six random characters. A lock on a file in it shows other processes that its owner is
+/// running. When a process creates its first folder in a parent folder, it also removes the folders that killed
+/// processes left there. Failures to remove a folder are printed on standard error.
 class PrivateFolder {
 public:
     /// @param parent  an existing folder.

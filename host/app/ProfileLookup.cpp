@@ -27,7 +27,7 @@ private:
     KImage m_pixel;
 };
 
-bool IsServed(const QString &maker)
+bool IsSupportedMaker(const QString &maker)
 {
     return CameraProperties::isBrand(maker, QStringLiteral("Nikon"))
         || CameraProperties::isBrand(maker, QStringLiteral("Canon"));
@@ -39,7 +39,7 @@ QString MissingInPicture(const ImageDef &image)
     const ShootingInformation &shooting = image.m_shooting;
     if (!image.HasExif())
         return QStringLiteral("neither its metadata nor the table of cameras gives its 35 mm equivalent focal length");
-    if (!IsServed(shooting.makerName)) {
+    if (!IsSupportedMaker(shooting.makerName)) {
         return QStringLiteral("profiles are found only for Nikon and Canon cameras, but this one is from \"%1\"")
             .arg(shooting.makerName);
     }

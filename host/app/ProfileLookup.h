@@ -12,8 +12,8 @@ class KIPluginOne2One;
 /// Lookup through the plug-in: if it runs with a record that names no profile, it looks one up, stores it in the record
 /// and leaves the pixels unchanged. This class runs it on a picture that provides a single pixel.
 ///
-/// Create it before the process object that it runs, because that object reads the profile folder when it is created.
-/// Only one thread at a time may call Find.
+/// Create it before the process object that it runs, because that object reads the setting for the profile folder when
+/// it is created. Only one thread at a time may call Find.
 class ProfileLookup {
 public:
     static const QLatin1String kLensPath; // the plug-in's setting for the profile folder
@@ -34,8 +34,9 @@ public:
     ProfileLookup(const ProfileLookup &) = delete;
     ProfileLookup &operator=(const ProfileLookup &) = delete;
 
-    /// @param process  the last one created while this object exists: each new process gets a new profile folder.
-    /// @param picture  absolute.
+    /// @param process  the last one created while this object exists: each new process object gets a new profile
+    /// folder.
+    /// @param picture  absolute path.
     Answer Find(KIPluginOne2One *process, const QString &picture);
 
 private:

@@ -13,7 +13,7 @@ struct ProfileUse {
     QString problem;    // why it cannot be used at all, in one line; empty if it can
     Corrections holds;  // supported corrections
     QStringList lacks;  // for each other correction: its name and the missing data or the flaw
-    QStringList flaws;  // the missing corrections whose models exist but are flawed
+    QStringList flaws;  // the entries of `lacks` whose models exist but are flawed
     double width = 0.0; // of the pictures it was made for, in landscape orientation
     double height = 0.0;
 };

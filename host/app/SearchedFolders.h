@@ -6,8 +6,8 @@
 class HostApplication;
 
 /// The profile folders for the plug-in and the host's fits: the folder named by the user, otherwise the one in the
-/// plug-in's settings if it exists, otherwise the default folders. Create it before the plug-in, which
-/// reads its folder when it is loaded.
+/// plug-in's settings if it exists, otherwise the default folders. Create it before the plug-in, which reads the
+/// setting when it is loaded.
 class SearchedFolders {
 public:
     /// @param given  overrides the stored folder; empty: none.

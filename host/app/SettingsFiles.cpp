@@ -36,7 +36,7 @@ QString SettingsProblem(const QString &organization, const QString &application)
     return QString();
 }
 
-void PassOverSettingsFiles()
+void IgnoreSettingsFiles()
 {
     const QString nowhere = QStringLiteral("/dev/null"); // no folder can be created below it
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, nowhere);

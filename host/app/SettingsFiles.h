@@ -8,4 +8,4 @@
 QString SettingsProblem(const QString &organization, const QString &application);
 
 /// Stops Qt from reading and writing settings files in this process.
-void PassOverSettingsFiles();
+void IgnoreSettingsFiles();

@@ -9,8 +9,8 @@ class ReplacedFile;
 
 /// The plug-in writes next to its input file and overwrites existing files. Therefore it is given the picture, under
 /// its own name, in a private folder inside the output folder. Because that is on the same file system, a complete
-/// output moves into place in one step, and an existing one is untouched until then. All other files are removed with
-/// this object or, on an interruption, by the guard.
+/// output moves into place in one step, and an existing one is untouched until then. All other files in the private
+/// folder are removed with this object or, on an interruption, by the guard.
 ///
 /// All functions throw KException with a message about the failed operation.
 class WorkFolder {
@@ -26,8 +26,8 @@ public:
     /// folder.
     QString Admit(const QString &picture);
 
-    /// Moves @p result, a file in this folder, to @p target in the output folder, which should not exist yet. @return
-    /// false, with @p target kept, if it was created in the meantime.
+    /// Moves @p result, a file in this folder, to @p target, a path in the output folder where no file should exist
+    /// yet. @return false if one was created there in the meantime; it is kept.
     [[nodiscard]] bool Publish(const QString &result, const QString &target) const;
     /// Moves @p result to @p target, replacing an existing file.
     void Publish(const QString &result, const ReplacedFile &target) const;

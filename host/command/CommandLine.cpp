@@ -212,7 +212,7 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMaxJobs;
 }
 
-/// Reads the limit in megapixels, or the default if the option is missing. @return false if the value is invalid.
+/// Reads the limit, typed in megapixels; the default if the option is missing. @return false if the value is invalid.
 bool ReadMaxPixels(const QCommandLineParser &parser, qint64 *pixels)
 {
     constexpr int kDefaultMegapixels = 2000; // 32 GB as float RGBA
@@ -224,7 +224,7 @@ bool ReadMaxPixels(const QCommandLineParser &parser, qint64 *pixels)
     return ok && megapixels >= 1 && megapixels <= kMaxMegapixels;
 }
 
-/// Reads "2/16".
+/// Reads a shard such as "2/16".
 bool ReadShard(const QString &text, Shard *shard)
 {
     bool isIndex = false, isCount = false;
@@ -356,7 +356,7 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     if (first == QLatin1String("--version"))
         return PrintText(QStringLiteral("vitrelux " VITRELUX_VERSION "\n"));
     if (const VerbRow *verb = FindVerb(first))
-        return ParseVerb(*verb, arguments); // the parser expects the program's name in place of the verb
+        return ParseVerb(*verb, arguments); // the parser ignores the first argument, usually a program's name
     if (first.startsWith(QLatin1Char('-')))
         return Refuse(program, QStringLiteral("unknown option '%1' where a command was expected.").arg(first));
     return Refuse(program, QStringLiteral("unknown command '%1'.").arg(first));

@@ -58,7 +58,7 @@ struct ProfileOptions {
     bool plain = false; // print what the plain correction uses
     bool json = false;  // one object per profile, one per line
     bool check = false; // print only problems
-    QString picture;    // also print its correction; empty: none
+    QString picture;    // also print what is applied to this picture; empty: none
     QString plot;       // .svg or .png file to write, for a single profile; empty: none
     bool overwrite = false;
 };

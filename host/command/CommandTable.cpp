@@ -145,7 +145,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Help, {"names", nullptr}, nullptr, "print the names of all commands, one per line"},
 };
 
-/// Returns the fitted options that are facts about the picture, or the other fitted options.
+/// Returns the fitted options that are facts about the picture if @p facts, otherwise the other ones.
 QVector<OptionRow> FittedRows(Verb verb, bool facts)
 {
     QVector<OptionRow> rows;

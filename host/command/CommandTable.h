@@ -20,9 +20,9 @@ struct VerbRow {
 struct OptionRow {
     Verb verb;
     const char *names[2];        // as on the command line, without dashes; the second may be null
-    const char *value;           // null: a switch. FILE, PICTURE and DIR are completed
+    const char *value;           // null: a switch. Shells complete FILE, PICTURE and DIR
     const char *help;            // one line
-    const char *words = nullptr; // values to complete, separated by spaces; others may be valid too
+    const char *words = nullptr; // values that shells suggest, separated by spaces; others may be valid too
     bool isBrief = false;        // listed without its description in the short help
 };
 

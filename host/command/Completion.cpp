@@ -31,7 +31,7 @@ Value OperandOf(const VerbRow &verb)
     return {operand.contains(QLatin1String("WORD")) ? Kind::None : Kind::Files, QString()};
 }
 
-/// Escapes text for single quotes in a shell.
+/// Puts text into single quotes for bash and zsh.
 QString Quoted(QString text)
 {
     return QLatin1Char('\'') + text.replace(QLatin1Char('\''), QLatin1String("'\\''")) + QLatin1Char('\'');
@@ -188,7 +188,7 @@ QString FishValue(const Value &value)
     return QStringLiteral(" -x");
 }
 
-/// Escapes text for single quotes in fish.
+/// Puts text into single quotes for fish.
 QString FishQuoted(QString text)
 {
     return QLatin1Char('\'')

@@ -13,7 +13,7 @@ QString OneLine(const QString &text);
 /// Returns "  LABEL   VALUE", with the label padded to @p width and the value on one line; nothing for an empty value.
 QString LabeledLine(const QString &label, int width, const QString &value);
 
-/// Returns "about 3 min left" at the speed so far, in s, min, or h and min; empty before the first picture is done.
+/// Returns the time left at the speed so far, such as "about 3 min left"; empty before the first picture is done.
 /// @param seconds  since the start.
 /// @param done     pictures that took work; skipped ones don't affect the estimate.
 /// @param open     pictures not finished, each of which may take work.

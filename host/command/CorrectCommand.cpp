@@ -13,7 +13,8 @@
 
 namespace {
 
-/// Returns this shard's pictures. Output names are assigned over all pictures, so that they don't depend on the shards.
+/// Returns this shard's pictures. Output names are assigned to the pictures of all shards, so that they don't depend on
+/// how the pictures are divided.
 QVector<PlannedPicture> PlanShard(const CorrectOptions &options, QVector<NamedPicture> pictures)
 {
     if (options.shard.count > 1) {
@@ -35,7 +36,7 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
     const PictureFiles files = ListPictures(options.pictures);
     ChooseDisplayless();
     const CommandApplication application;
-    if (!options.plain) // plain corrections support only the kernel's kinds of pictures
+    if (!options.plain) // plain corrections support only pictures that the kernel accepts
         application->Accept(options.convert ? AcceptedPictures::Converted : AcceptedPictures::GrayAndTiled);
     if (!application->SettingsProblem().isEmpty())
         console->Note(QString(), application->SettingsProblem());

@@ -167,7 +167,7 @@ void CorrectRun::PrintNotes(const QString &picture, const PictureReport &report)
         m_console->Note(picture, QLatin1String("would be skipped: ") + report.why);
 }
 
-/// Prints all lines of a picture together.
+/// Prints all lines about a picture together.
 void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &report)
 {
     if (!report.facts.isEmpty())

@@ -44,5 +44,5 @@ private:
     std::mutex m_mutex; // guards the console and all members below
     QMap<PictureReport::Outcome, int> m_counts;
     QString m_firstFailure;
-    QString m_firstOtherReason; // a skip, or corrections left out
+    QString m_firstOtherReason; // why a picture was skipped or a correction left out
 };

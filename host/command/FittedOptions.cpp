@@ -54,7 +54,7 @@ constexpr AmountName kAmounts[] = {{"distortion", "AmountDisto", &FitOptions::am
                                    {"ca", "AmountCA", &FitOptions::amountChromatic},
                                    {"vignetting", "AmountFalloff", &FitOptions::amountVignetting}};
 
-/// Converts "distortion=80,ca=100" to attributes with factors instead of percent; empty if it can't be parsed.
+/// Converts "distortion=80,ca=100" to attributes with factors instead of percentages; empty if it can't be parsed.
 QVector<QPair<QString, QString>> Amounts(const QString &text)
 {
     QVector<QPair<QString, QString>> attributes;
@@ -80,7 +80,7 @@ struct Row {
     const char *attribute;                // of the record's XML element; null: those that Amounts() returns
     bool (*isValid)(const QString &text); // checks values other than the words; null: no others are valid
     const char *expected;                 // for the message
-    void (*decide)(const QString &text, FitOptions *options) = nullptr; // null: doesn't affect the fit
+    void (*applyToFit)(const QString &text, FitOptions *options) = nullptr; // null: doesn't affect the fit
 };
 
 void TakeFraming(const QString &text, FitOptions *options)
@@ -220,7 +220,7 @@ QString TakeFittedOption(const QString &name, const QString &value, FittedOption
         options->attributes.append({QLatin1String(row->attribute), row->shown.value ? value : QStringLiteral("1")});
     else
         options->attributes += Amounts(value);
-    if (row->decide)
-        row->decide(value, &options->fit);
+    if (row->applyToFit)
+        row->applyToFit(value, &options->fit);
     return QString();
 }

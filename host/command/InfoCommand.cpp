@@ -136,7 +136,7 @@ ExitCode ShowFitted(const InfoOptions &options, HostApplication *application, Co
 {
     application->Accept(AcceptedPictures::GrayAndTiled); // as `vitrelux correct` does
     const SearchedFolders folders(application, options.lensPath);
-    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // gives `folders` the stored folder
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // loading it gives `folders` the stored folder
     if (!plugin.Process())
         console->Note(QString(), plugin.Problem());
     PictureFitter fitter(folders.Folders());

@@ -33,7 +33,7 @@ QString LensOf(const ProfileHead &head)
                                     : head.lensNames.first();
 }
 
-/// Files, lenses, and unreadable profiles and subfolders of one folder.
+/// One folder: its number of files, its lenses, and its unreadable profiles and subfolders.
 class Place {
 public:
     explicit Place(const QString &folder) : m_folder(folder), m_prefix(QFileInfo(folder).canonicalFilePath())
@@ -178,7 +178,7 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
     if (!application->SettingsProblem().isEmpty())
         console->Note(QString(), application->SettingsProblem());
     const SearchedFolders folders(application.Get(), options.lensPath);
-    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // gives `folders` the stored folder
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // loading it gives `folders` the stored folder
     if (!folders.Problem().isEmpty()) {
         console->Failure(QString(), folders.Problem());
         return kSomeFailed;

@@ -23,8 +23,8 @@ struct FittedRequest;
 /// a separate process object.
 class PictureCorrector {
 public:
-    /// @param lookup   null if the user named a profile, or if fitted
-    /// @param folders  null if plain
+    /// @param lookup   null if the user named a profile, and for fitted corrections
+    /// @param folders  null for plain corrections
     PictureCorrector(const CorrectOptions &options, HostApplication *application, ProfileLookup *lookup,
                      const SearchedFolders *folders, InterruptGuard *guard);
     ~PictureCorrector();

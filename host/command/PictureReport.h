@@ -12,7 +12,7 @@ struct PictureReport {
 
     QString picture; // as the user named it
     Outcome outcome = Outcome::Failed;
-    QString output;          // absolute path; empty if listed before, or refused because the output conflicts
+    QString output;          // absolute path; empty if the picture was listed before or its output conflicts
     QString why;             // why it was skipped or failed, or what was left out; may be empty
     QString camera, lens;    // from the metadata; empty: not named, or a plain run
     QString profile;         // path, or "lensfun:MAKER/LENS"; empty: none

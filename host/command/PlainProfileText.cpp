@@ -26,8 +26,8 @@ QString Numbers(const QVector<float> &values)
     return numbers.join(QStringLiteral(", "));
 }
 
-/// Returns the setting, "135 mm, f/2.5, 5.9 m".
-QString Shooting(const ProfileReport &report)
+/// Returns focal length, aperture and distance of the measurement: "135 mm, f/2.5, 5.9 m".
+QString MeasurementText(const ProfileReport &report)
 {
     QStringList parts;
     if (report.focalLengthMm)
@@ -65,7 +65,7 @@ QString PlainProfileText(const QString &file, const ProfileReport &report)
     text += Line(QStringLiteral("Profile"), report.profileName);
     text += Line(QStringLiteral("Camera"), report.camera.isEmpty() ? report.model : report.camera);
     text += Line(QStringLiteral("Lens"), report.lens);
-    text += Line(QStringLiteral("Measured at"), Shooting(report));
+    text += Line(QStringLiteral("Measured at"), MeasurementText(report));
     text += Line(QStringLiteral("Made for pictures of"),
                  QStringLiteral("%1 x %2 pixels").arg(Number(report.imageWidth), Number(report.imageLength)));
     text += Line(QStringLiteral("Entries"), QString::number(report.entryCount));
@@ -81,7 +81,7 @@ QString PlainProfileText(const QString &file, const ProfileReport &report)
     return text;
 }
 
-QString WhyPlainlyUseless(const QString &file, const ProfileReport &report)
+QString WhyNoPlainCorrection(const QString &file, const ProfileReport &report)
 {
     if (!report.usable)
         return report.problem;

@@ -10,4 +10,4 @@ QString PlainProfileText(const QString &file, const ProfileReport &report);
 
 /// Returns one line about why plain corrections can't use the profile; empty if they can. A readable profile that
 /// corrects nothing also counts as unusable.
-QString WhyPlainlyUseless(const QString &file, const ProfileReport &report);
+QString WhyNoPlainCorrection(const QString &file, const ProfileReport &report);

@@ -1,5 +1,5 @@
-// Drawing of lines and texts, rendered as SVG or as pixels. Positions and sizes are in units from the top
-// left corner; one unit is one SVG pixel.
+// Drawing of lines and texts, rendered as SVG or as pixels. Positions are measured from the top left corner. One unit
+// of position or size is one SVG pixel.
 #pragma once
 
 #include <QByteArray>

@@ -40,7 +40,7 @@ public:
 
     void Show(const QString &file)
     {
-        const QString problem = m_options.plain ? ShowPlainly(file) : ShowGrid(file);
+        const QString problem = m_options.plain ? ShowPlain(file) : ShowGrid(file);
         if (problem.isEmpty())
             return;
         m_console->Failure(file, problem);
@@ -58,12 +58,12 @@ private:
     }
 
     // Each returns why the profile can't be used; empty if it can.
-    QString ShowPlainly(const QString &file)
+    QString ShowPlain(const QString &file)
     {
         const ProfileReport report = ReadProfileReport(AbsolutePath(file));
         if (report.usable)
             PrintApart(PlainProfileText(file, report));
-        return WhyPlainlyUseless(file, report);
+        return WhyNoPlainCorrection(file, report);
     }
 
     QString ShowGrid(const QString &file)

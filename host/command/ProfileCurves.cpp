@@ -19,7 +19,7 @@ constexpr double kMaxPercent = 200.0, kMaxPixels = 1000.0, kMaxEv = 8.0;
 /// Scale of an entry's models in the plotted frame.
 struct CurveFrame {
     double unitPx = 0.0;       // long side of the profile's frame, in pixels of the plotted frame
-    double focalLength = 0.0;  // for models without one; unit: that long side
+    double focalLength = 0.0;  // for models without one, in units of that long side
     double halfDiagonal = 0.0; // of the plotted frame, in pixels; 0: unknown
 };
 

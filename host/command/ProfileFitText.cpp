@@ -46,8 +46,8 @@ QString AppliedText(const FitResult &result)
     return names.isEmpty() ? QStringLiteral("nothing") : names.join(QLatin1String(", "));
 }
 
-/// Returns the long side of the picture's frame divided by that of the entry with the largest weight; 0 if none is
-/// usable.
+/// Returns the long side of the picture's frame divided by that of the profile's frame, taken from the entry with the
+/// largest weight; 0 if no entry is usable.
 double FrameRatio(const LensProfile &profile, const ProfileFit &fit)
 {
     for (const auto *entries : {&fit.result.geometryEntries, &fit.result.colorEntries, &fit.result.lightEntries}) {

@@ -86,7 +86,7 @@ Row RowOf(const ProfileEntry &entry)
     return row;
 }
 
-/// Returns whether @p a and @p b, with a <= b, count as the same setting; 0 equals only 0.
+/// Returns whether @p a and @p b, with a <= b, count as the same value; 0 equals only 0.
 bool AreSame(double a, double b, double ratio)
 {
     return a == b || (a > 0.0 && b <= a * ratio && std::isfinite(b));
@@ -138,7 +138,7 @@ QVector<Row> RowsOf(const LensProfile &profile)
     return rows;
 }
 
-/// Returns sorted numbers as ranges: "1-3, 7".
+/// Sorts the numbers and joins them into ranges: "1-3, 7".
 QString Ranges(QVector<int> numbers)
 {
     std::sort(numbers.begin(), numbers.end());

@@ -1,4 +1,4 @@
-// Readable text about the entries of a lens profile, as a grid of settings.
+// Readable text about the entries of a lens profile, as a grid of focal lengths, distances and apertures.
 #pragma once
 
 #include <QString>

@@ -15,7 +15,7 @@ const QColor kInk(0x22, 0x22, 0x22), kGrid(0xdd, 0xdd, 0xdd), kBlend(0, 0, 0);
 
 struct PanelRow {
     const char *title;
-    double leastSpan; // a smaller span gets this one's tick spacing, so that tiny differences look small
+    double leastSpan; // the ticks suit at least this span, so that tiny differences look small
     ProfileCurve ProfileCurves::*solid;
     ProfileCurve ProfileCurves::*dashed; // may be null
 };
@@ -107,10 +107,10 @@ private:
             AddCurves(row, entry, axis, left, ColorOf(entry.focalMm), 1.0);
         if (m_blend)
             AddCurves(row, *m_blend, axis, left, kBlend, 2.5);
-        const auto isIn = [&](const ProfileCurves &entry) {
+        const auto hasCurve = [&](const ProfileCurves &entry) {
             return !(entry.*row.solid).isEmpty() || (row.dashed && !(entry.*row.dashed).isEmpty());
         };
-        if (std::none_of(m_entries.begin(), m_entries.end(), isIn))
+        if (std::none_of(m_entries.begin(), m_entries.end(), hasCurve))
             AddText({left + kPanelWidth / 2.0, kTop + kPanelHeight / 2.0}, QStringLiteral("no model"),
                     PlotText::Anchor::Middle);
     }

@@ -17,7 +17,7 @@ namespace {
 constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that aren't records
 constexpr int kSlowest = 5;
 
-/// Returns whether @p later was skipped only because the picture had been corrected or was listed twice.
+/// Returns whether @p later was skipped only because the picture had already been corrected or was listed twice.
 bool AddsNothing(const PictureReport &earlier, const PictureReport &later)
 {
     return later.outcome == PictureReport::Outcome::Skipped
@@ -58,7 +58,7 @@ int Total(const QMap<PictureReport::Outcome, int> &counts)
     return total;
 }
 
-/// Returns a heading and a line per name, the most frequent ones first; empty if there are none.
+/// Returns a heading and one line per name, the most frequent names first; empty if there are none.
 QString Table(const char *heading, const Counts &counts, bool withOutcomes)
 {
     QStringList names = counts.keys();

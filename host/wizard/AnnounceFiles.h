@@ -1,4 +1,4 @@
-// Passes the files of a job to the process.
+// Passes the files of a job to the process object.
 #pragma once
 
 #include <QStringList>

@@ -36,7 +36,7 @@ constexpr KeyRow kKeys[] = {
     {Qt::Key_Up, 1.0, 0.0, kMoveShare},   {Qt::Key_Down, 1.0, 0.0, -kMoveShare},
 };
 
-/// Converts a float picture to sRGB for display. @param light  the picture's curve.
+/// Converts a float picture to sRGB for display. @param light  the picture's transfer curve.
 QImage ShownFloats(const KImage &floats, const TransferCurve &light)
 {
     KImage pixels;

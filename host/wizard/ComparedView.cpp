@@ -29,7 +29,7 @@ void SharedPlace::ShowAll()
     Set(1.0, m_center);
 }
 
-/// Sets zoom and center, but keeps the center far enough inside that the views show no area outside the picture.
+/// Sets zoom and center, but keeps the center so far inside the picture that the views show nothing outside it.
 void SharedPlace::Set(double zoom, const QPointF &center)
 {
     const double margin = 0.5 / zoom;
@@ -79,7 +79,7 @@ void ComparedView::paintEvent(QPaintEvent *)
     const QRectF target = PictureRect();
     const double perPixel = target.width() / m_image.width();
     painter.setRenderHint(QPainter::SmoothPixmapTransform,
-                          perPixel < 2.0); // from twice the size on, shows single pixels
+                          perPixel < 2.0); // at twice the size and above, shows individual pixels
     painter.drawImage(target, m_image);
     if (hasFocus()) {
         painter.setPen(palette().color(QPalette::Highlight));

@@ -13,7 +13,7 @@ public:
 
     /// Returns the zoom, from 1 (the whole picture) to kMaxZoom.
     double Zoom() const { return m_zoom; }
-    /// Returns the point in the middle of the views, as fractions of width and height.
+    /// Returns the point in the middle of the views, as fractions of the picture's width and height.
     QPointF Center() const { return m_center; }
     /// Multiplies the zoom; the point @p at, as fractions of the picture, doesn't move in the views.
     void ZoomBy(double factor, const QPointF &at);

@@ -28,7 +28,7 @@ public:
 };
 
 /// Returns the record's XML form with the format of the output. It is a copy in a separate document, because threads
-/// must not share the process's document.
+/// must not share the document of the process object.
 QDomElement WithFormat(const QDomElement &parameters, const QString &format)
 {
     QVector<QPair<QString, QString>> options;
@@ -60,7 +60,7 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
     return pictures;
 }
 
-/// Scope in which Cancel() interrupts the calling thread.
+/// Scope in which Cancel() interrupts the thread that created the object.
 class CorrectionJob::Interruptible {
 public:
     explicit Interruptible(CorrectionJob *job) : m_job(job)

@@ -22,13 +22,14 @@ struct JobOutput {
 /// One picture of a job.
 struct JobPicture {
     PlannedPicture planned;
-    QDomElement parameters; // the record's XML form with the user's choices; without a profile the run finds one
-    QString problem;        // why it can't be corrected, for the user; empty: it is attempted
+    QDomElement parameters; // the record's XML form with the user's choices; if it names no profile, the run finds one
+    QString problem;        // why it can't be corrected, for the user; empty: no reason known, the run tries
     qint64 pixels = 0;      // amount of work
     qint64 bytes = 0;       // memory needed
 };
 
-/// Reads the choices for each picture from the process, and checks whether it can be corrected. GUI thread.
+/// Reads the choices for each picture from the process object, and checks whether the picture can be corrected. GUI
+/// thread.
 std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process,
                                    const QVector<NamedPicture> &pictures, const JobOutput &output);
 
@@ -48,8 +49,8 @@ public:
     ~CorrectionJob() override;
 
     const std::vector<JobPicture> &Pictures() const { return m_pictures; }
-    /// Stops the job: pictures in progress are interrupted, unless they are almost finished. They and the remaining
-    /// ones are LeftOut, without a file.
+    /// Stops the job: pictures in progress are interrupted, unless they are almost finished. The interrupted and the
+    /// remaining pictures are LeftOut, without a file.
     void Cancel();
 
 Q_SIGNALS:

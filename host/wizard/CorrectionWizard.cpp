@@ -91,7 +91,7 @@ void CorrectionWizard::initializePage(int id)
     QWizard::initializePage(id);
     const QStringList files = m_pictures->Files();
     const QString framing = m_pictures->Framing();
-    const bool isNew = files != m_announced || framing != m_framing; // otherwise the page need not render again
+    const bool isNew = files != m_announced || framing != m_framing; // if not, the page need not render again
     if (id != kPicturesPage && isNew) {
         AnnounceFiles(m_application, m_process, Readable(m_announced), Readable(files), framing);
         m_announced = files;
@@ -103,7 +103,7 @@ void CorrectionWizard::initializePage(int id)
     }
 }
 
-/// Returns the files that are pictures. Others have no choices; they only appear as failures of the run.
+/// Returns the files that are pictures. Other files get no record; they only appear as failures of the run.
 QStringList CorrectionWizard::Readable(const QStringList &files) const
 {
     QStringList readable;

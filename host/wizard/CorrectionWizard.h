@@ -11,14 +11,14 @@ class InterruptGuard;
 class PicturesPage;
 class RunPage;
 
-/// Window that calls a process object in the order that its interface requires: the page, the files, the end of the
-/// page, then one run per file. If that object has no page, pictures are corrected with its stored settings. The
+/// Window that calls a process object in the order that its interface requires: WizardPage, SetFiles, OnValidatePage,
+/// then Process for each file. If that object has no page, pictures are corrected with its stored settings. The
 /// window's size is stored. GUI thread.
 class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:
     /// All arguments must outlive the window.
-    /// @param processes  one for each picture that is corrected at the same time; the first one has the page.
+    /// @param processes  one per picture corrected in parallel; the first one has the page.
     CorrectionWizard(HostApplication *application, const std::vector<KIPluginOne2One *> &processes,
                      FittedCorrection *correction, InterruptGuard *guard);
     /// Gives the page back to the plug-in, and waits for pictures in progress.
@@ -44,8 +44,8 @@ private:
     HostApplication *m_application;
     KIPluginOne2One *m_process;
     PicturesPage *m_pictures;
-    QPointer<QWizardPage> m_pluginPage; // owned by the process
+    QPointer<QWizardPage> m_pluginPage; // owned by the process object
     RunPage *m_run;
-    QStringList m_announced; // the files last passed to the process
+    QStringList m_announced; // the files last passed to the process object
     QString m_framing;       // the framing last passed with them
 };

@@ -60,7 +60,7 @@ private:
 
     HostApplication *m_application;
     QTreeWidget *m_list;
-    int m_described = 0; // how many rows, counted from the first, have described files
+    int m_described = 0; // number of rows, from the first on, whose files are described
     QLabel *m_hint;
     QPushButton *m_remove;
     QLabel *m_reading; // how many files are described; empty if all are

@@ -228,7 +228,7 @@ void RunPage::SetRunning(bool running)
     Q_EMIT RunningChanged();
 }
 
-/// Estimates the time left from the pixels corrected so far; shows nothing before the first picture is corrected.
+/// Shows the time left, estimated from the pixels corrected so far; nothing before the first picture is corrected.
 void RunPage::ShowTimeLeft()
 {
     if (m_canceled || m_pixelsDone == 0)

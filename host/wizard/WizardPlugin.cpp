@@ -10,8 +10,8 @@ WizardPlugin::WizardPlugin(HostApplication *application, const QString &file, co
       m_process(m_loader.Process()),
       m_correction(m_folders.Folders(), application, guard)
 {
-    if (m_process && SwitchOnUnchosen(application)) {
-        m_another = m_loader.MakeProcess(); // a process reads the settings when it is made
+    if (m_process && EnableUnchosenCorrections(application)) {
+        m_another = m_loader.MakeProcess(); // a process object reads the settings when it is created
         if (auto *process = qobject_cast<KIPluginOne2One *>(m_another.get()))
             m_process = process;
     }
@@ -24,7 +24,7 @@ QString WizardPlugin::Problem() const
 }
 
 /// Enables the corrections for which no choice is stored. @return whether there were any.
-bool WizardPlugin::SwitchOnUnchosen(HostApplication *application) const
+bool WizardPlugin::EnableUnchosenCorrections(HostApplication *application) const
 {
     bool isChanged = false;
     for (const char *name : {"Disto", "CA", "Falloff"}) {

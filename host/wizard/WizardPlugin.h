@@ -6,7 +6,7 @@
 #include "app/PluginLoader.h"
 #include "app/SearchedFolders.h"
 
-/// The plug-in, loaded with fitted processes. For users who have never stored a choice, all corrections are on, as on
+/// The plug-in, loaded for fitted corrections. For users who have never stored a choice, all corrections are on, as on
 /// the command line; the plug-in alone begins with none. The arguments must outlive the object, and the object must
 /// outlive the windows.
 class WizardPlugin {
@@ -22,11 +22,11 @@ public:
     FittedCorrection *Correction() { return &m_correction; }
 
 private:
-    bool SwitchOnUnchosen(HostApplication *application) const;
+    bool EnableUnchosenCorrections(HostApplication *application) const;
 
     SearchedFolders m_folders; // before the plug-in, which reads the stored folder when it is loaded
     PluginLoader m_loader;
-    std::unique_ptr<QObject> m_another; // the process in use, if not the loader's
+    std::unique_ptr<QObject> m_another; // the process object in use, if it isn't the loader's
     KIPluginOne2One *m_process;
     std::unique_ptr<ThreadProcesses> m_processes;
     FittedCorrection m_correction;

@@ -19,7 +19,7 @@ public:
 
     /// Replaces the list and shows its first image. The order is the map's, not the job's.
     void SetImages(const QMap<KIImageDef *, void *> &images);
-    /// Adds @p child to the layout, which takes ownership.
+    /// Adds @p child to the page, which takes ownership.
     void SetChild(QWidget *child);
 
     virtual void SetImage(KIImageDef *def, void *params) = 0;

@@ -176,8 +176,8 @@ void UIVitreluxPreview::clearImage()
         *image = QImage();
     FitPictures();
     ShowReport(std::nullopt);
-    if (m_automatic)
-        m_automatic->setVisible(false);
+    if (m_clearProfile)
+        m_clearProfile->setVisible(false);
     EnableBoxes(kAllCorrections);
     ui->labelState->show();
     SetComplete(QVariant());
@@ -263,14 +263,14 @@ void UIVitreluxPreview::ShowProfile(const QString &fileName)
 {
     ui->lineEditLensFile->setText(fileName);
     const bool canBeCleared = m_params->fitted && !fileName.isEmpty();
-    if (canBeCleared && !m_automatic) { // only fitted records need it
-        m_automatic = ui->lineEditLensFile->addAction(style()->standardIcon(QStyle::SP_LineEditClearButton),
-                                                      QLineEdit::TrailingPosition);
-        m_automatic->setToolTip(tr("Find the profile automatically"));
-        connect(m_automatic, &QAction::triggered, this, &UIVitreluxPreview::FindProfileAgain);
+    if (canBeCleared && !m_clearProfile) { // only fitted records need it
+        m_clearProfile = ui->lineEditLensFile->addAction(style()->standardIcon(QStyle::SP_LineEditClearButton),
+                                                         QLineEdit::TrailingPosition);
+        m_clearProfile->setToolTip(tr("Find the profile automatically"));
+        connect(m_clearProfile, &QAction::triggered, this, &UIVitreluxPreview::FindProfileAgain);
     }
-    if (m_automatic)
-        m_automatic->setVisible(canBeCleared);
+    if (m_clearProfile)
+        m_clearProfile->setVisible(canBeCleared);
 }
 
 /// Shows the profile found, or why none was found or nothing was corrected; the tooltip has the whole report.

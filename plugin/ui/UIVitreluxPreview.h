@@ -38,7 +38,7 @@ public:
     /// Shows @p def and edits its record @p params (a KVitreluxOne2One::Params) from then on. The caller owns both and
     /// keeps them alive until the next call or clearImage. Does nothing if the pixels are not available.
     void setImage(KIImageDef *def, void *params);
-    /// Releases image and record and returns to the state without an image.
+    /// Drops the pointers to image and record, and returns to the state without an image.
     void clearImage();
 
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -82,7 +82,7 @@ private:
     bool m_updating = false; // the widgets are being filled: don't render
     KVitreluxOne2One *m_process;
     ComputePreview m_computePreview;
-    QAction *m_automatic = nullptr; // in the profile's row: clears the chosen profile; null until one can be cleared
+    QAction *m_clearProfile = nullptr; // in the profile's row; null until a profile can be cleared
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;

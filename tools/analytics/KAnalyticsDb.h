@@ -29,7 +29,8 @@ public:
     /// still wait for another process's lock come last, with the id 0.
     QList<KAnalyticsRawEvent *> allEvents();
     /// Returns the user identifier; empty if there is none and @p create is false, or while another process has the
-    /// file locked. A newly created identifier has no braces; in later sessions it has, because the stored text does.
+    /// file locked. A newly created identifier has no braces; in later sessions it has them, because the stored text
+    /// does.
     QString userId(const bool &create);
     /// Stores an identifier unless there is one.
     void setUserId(QString userId);

@@ -71,7 +71,7 @@ KAnalyticsManager *KAnalyticsManager::init(KAnalyticsManager *instance)
 
 void KAnalyticsManager::killInstance()
 {
-    delete s_instance; // which resets the pointer
+    delete s_instance; // the destructor resets the pointer
 }
 
 void KAnalyticsManager::createDb(bool useSettingsUserId)
@@ -279,7 +279,7 @@ void KAnalyticsManager::flushEventsSend()
     for (KAnalyticsProvider *provider : providers)
         provider->flushEvents(raw);
     if (providers.isEmpty())
-        qDeleteAll(raw); // no provider takes them
+        qDeleteAll(raw); // no provider takes ownership
 }
 
 void KAnalyticsManager::waitBeforeExit()

@@ -64,8 +64,8 @@ public Q_SLOTS:
     // --- Events, timers and counters. While analytics is off, these slots record nothing. ---
     void sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value);
     void sendEventAction(QString category, QString name, QVariant value);
-    /// Takes ownership of the event. With @p flush, each event requests a flush once there have been
-    /// maxEventsBufferised events since the start.
+    /// Takes ownership of the event. With @p flush, each event requests a flush once maxEventsBufferised events have
+    /// been sent since the manager was created.
     void sendEvent(KAnalyticsEvent *event, bool flush = true);
     /// Starts or restarts a timer.
     void startTimerEvent(QString category, QString name);
@@ -101,7 +101,7 @@ private:
     KAnalyticsDb *m_db = nullptr;
     KAnalyticsFile *m_file = nullptr;
     QList<KAnalyticsProvider *> m_providers; // owned
-    int m_nbEvents = 0;                      // since the start: never reset
+    int m_nbEvents = 0;                      // since the manager was created: never reset
     int m_maxEventsBufferised = 10;
     QHash<QString, KAnalyticsEventTimer *> m_timers;
     QHash<QString, KAnalyticsEventCounter *> m_counters;

@@ -154,7 +154,7 @@ bool KDbSession::Tune(QSqlDatabase &db)
                                   "PRAGMA journal_mode = OFF"})
         Run(query, QString::fromLatin1(statement));
     const bool locked = TakeLock(query);
-    if (locked) { // without the lock, exclusive mode would keep read locks, which block others
+    if (locked) { // without the lock, exclusive mode would keep read locks, which block other processes
         Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
         Run(query, QStringLiteral("COMMIT")); // exclusive mode keeps the lock
     }

@@ -14,9 +14,9 @@ Q_DECLARE_LOGGING_CATEGORY(dbsessionquery)
 Q_DECLARE_LOGGING_CATEGORY(dbquery)
 
 /// A session that owns its database. It starts closed; setFilePath() opens it and creates the subclass's tables. SQLite
-/// runs without a journal on disk and without waiting for the disk, and locks out other processes while it is open:
-/// fast, but not safe against a system crash. While another process has the database locked, every statement fails at
-/// once.
+/// runs without a journal on disk and without waiting for the disk, and locks out other processes while the session is
+/// open: fast, but not safe against a system crash. While another process has the database locked, every statement
+/// fails at once.
 ///
 /// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps the changes made since the
 /// previous commitAll(); cancelAll() and close() undo them. There is no savepoint while another process has the file
@@ -46,8 +46,8 @@ public:
     QSqlQuery executeQueries(QStringList queries);
     QSqlQuery executeQueries(QList<KDbQuery> queries);
 
-    /// Opens another file in the same way, including tables, and replaces any connection of that name. The caller
-    /// closes and removes the connection. Returns an invalid database for an empty path.
+    /// Opens another file as setFilePath() does, creates missing tables, and replaces any connection of that name. The
+    /// caller closes and removes the connection. Returns an invalid database for an empty path.
     QSqlDatabase openDb(QString connectionName, QString filePath);
 
 public Q_SLOTS:
@@ -69,9 +69,10 @@ public:
     virtual QStringList allTables() = 0;
 
 private:
-    /// Applies the settings. Returns false if another process has the file locked: SQLite then accepts no settings.
+    /// Applies the SQLite settings. Returns false if another process has the file locked: SQLite then accepts no
+    /// settings.
     bool Tune(QSqlDatabase &db);
-    /// Applies the settings and creates the missing tables once the other process has unlocked the file.
+    /// Applies the SQLite settings and creates the missing tables once the other process has unlocked the file.
     void CatchUp();
     /// Sets the savepoint, if savepoints are on and the session has the file locked.
     void Begin();

@@ -58,7 +58,7 @@ ApicFields FieldsOfWidths(unsigned smtWidth, unsigned coreWidth)
 }
 
 /// Reads the extended leaves: leaf 0x80000008 has the combined width of the core and thread fields or, on older
-/// processors, a count; leaf 0x8000001E has the number of threads per core.
+/// processors, a count of threads; leaf 0x8000001E has the number of threads per core.
 ApicFields AmdFields(CpuMachine &machine)
 {
     const unsigned ecx = machine.Cpuid(0x80000008u, 0).ecx;

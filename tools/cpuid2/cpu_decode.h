@@ -21,7 +21,7 @@ struct CacheDescription {
     unsigned level = 0;
     unsigned type = 0; // 0 none, 1 data, 2 instruction, 3 unified
     unsigned sizeKb = 0;
-    unsigned sharingCount = 0; // identifiers reserved for the logical processors that share it, at least 1
+    unsigned sharingCount = 0; // number of identifiers reserved for the processors that share the cache, at least 1
     std::string shortName;     // "L1D"
     std::string longName;      // "Level 1 Data cache, size(KBytes)= 32"
 };

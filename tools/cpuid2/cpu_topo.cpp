@@ -1,4 +1,4 @@
-// Enumeration of the processors, their numbering, and the masks it uses.
+// Enumeration and numbering of the processors, and affinity masks.
 #include "cpu_topo.h"
 
 #include <algorithm>

@@ -18,11 +18,11 @@ constexpr unsigned MAX_CORES = 512; // per package
 // Bits of CpuTopology::error. With any of them set, queries return their error value.
 constexpr unsigned kTopologyGeneralError = 0x80000000u;
 constexpr unsigned kTopologyLegacyError = 0x88000000u;   // AMD, several cores, no leaf 4: unknown identifier layout
-constexpr unsigned kTopologyAnalysisError = 0xC0800000u; // no identifier to number
+constexpr unsigned kTopologyAnalysisError = 0xC0800000u; // no identifier was read
 constexpr unsigned kTopologyAffinityError = 0xC1000000u; // the process may not run on every processor
 constexpr unsigned kTopologyBindError = 0xC2000000u;
 
-/// Rows of counters.
+/// Table of counters.
 struct CounterTable {
     std::vector<unsigned> data;
     unsigned dim[2] = {0, 0};
@@ -131,7 +131,7 @@ const char *GetCpuDescription();
 int BindContext(unsigned cpu);
 unsigned GetMaxCPUSupportedByOS();
 void _CPUID(CpuidRegisters *registers, unsigned leaf, unsigned subleaf);
-/// Numbers the parts of the first @p count identifiers. Returns 0, or -1 if there are none.
+/// Assigns ordinals to the parts of the first @p count identifiers. Returns 0, or -1 if @p count is 0.
 int numberPackagesAndCores(unsigned count);
 int numberCaches(unsigned subleaf, unsigned count);
 
@@ -144,7 +144,7 @@ void FreeGenericAffinityMask(GenericAffinityMask *mask);
 int SetGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu);
 int ClearGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu);
 void ClearGenericAffinityMask(GenericAffinityMask *mask);
-/// Returns 1, 0, or 255 for a processor past the mask.
+/// Returns 1 if the bit is set and 0 if not; 255 for a processor past the mask.
 unsigned char TestGenericAffinityBit(const GenericAffinityMask *mask, unsigned cpu);
 /// Returns whether both have the same size and the same processors.
 bool CompareEqualGenericAffinity(const GenericAffinityMask *a, const GenericAffinityMask *b);

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Ensures that the topology has been read. Returns whether there is one.
+/// Reads the topology if @p counter is still 0. Returns whether a topology is known.
 bool HasTopology(unsigned CpuTopology::*counter)
 {
     if (!glbl_ptr)

@@ -9,10 +9,10 @@
 
 /// One item per image file, keyed by ImageDef::IdOf of the file name, so copies of a description share an item. An item
 /// holds any number of versions: whole decoded pictures, each at one size and depth. Locked versions are never evicted.
-/// When the total exceeds the limit, the images whose newest version was used least recently lose all their unlocked
-/// versions; each unlock checks the limit.
+/// When the total exceeds the limit, images lose all their unlocked versions, the least recently used image first; each
+/// unlock checks the limit.
 ///
-/// KImage::init creates the process's cache or adopts a host's; a use before that creates it. KImage::exit deletes it
+/// KImage::init creates the process's cache or adopts a host's; a use before init creates it. KImage::exit deletes it
 /// unless it is a host's. Any thread may lock and unlock. The cache's mutex guards the items and is never held during a
 /// load.
 template <typename Image, typename Loader> class ImageCache {
@@ -35,7 +35,7 @@ public:
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
-        Item::pImageDefCache = cache; // its clock also stamps items that another copy of the kernel made
+        Item::pImageDefCache = cache; // the cache's clock also stamps items that another copy of the kernel made
     }
 
     // Call these with the mutex held.

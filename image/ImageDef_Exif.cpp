@@ -167,7 +167,7 @@ double Component(const QString &text)
 /// Truncates a text before a search that takes quadratic time: 64,000 digits would take minutes.
 QString ShortText(const char *value)
 {
-    constexpr int kLongest = 256; // cameras write up to 40
+    constexpr int kLongest = 256; // characters; cameras write up to 40
     return Text(value).left(kLongest);
 }
 

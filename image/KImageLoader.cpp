@@ -184,6 +184,6 @@ void KImageLoader::LockPostProcess(ImageDef *def, KImage *image, QMutex &cacheMu
     if (!image || def->m_highResReady)
         return;
     const CacheLocker locker(cacheMutex);
-    if (!def->m_highResReady) // another thread may have made it in the meantime
+    if (!def->m_highResReady) // another thread may have made the thumbnail in the meantime
         def->GetThumbnailFromHighRes(*image);
 }

@@ -10,7 +10,7 @@ using KImageCache = ImageCache<KImage, KImageLoader>;
 ///
 ///   | image             | first time                                           | after eviction |
 ///   |-------------------|------------------------------------------------------|----------------|
-///   | raw, above 8 bits | full size and depth: the file; others: the full one  | its disk copy  |
+///   | raw, above 8 bits | full size and depth: the file; others: that version  | its disk copy  |
 ///   | any other         | a bigger version in memory, else the file            | the file       |
 ///
 /// All functions except LockPostProcess are called with the item's mutex held. On failure they throw KException and

@@ -15,7 +15,7 @@
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
     RadialCurve factor;                          // for lateral color, includes the model's ScaleFactor
-    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficients per unit of the model, scaled like `factor`
+    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: the model's terms / its focal length; scaled as `factor`
     double endRadius = std::numeric_limits<double>::infinity();
 };
 
@@ -39,7 +39,7 @@ struct GainMap {
 /// of any channel lies outside [-0.5 - 1/256, side - 0.5 + 1/256]. The curves include the requested strength and the
 /// projection of fisheyes.
 struct Correction {
-    int width = 0, height = 0; // of source and result, as stored
+    int width = 0, height = 0; // of source and result, in the stored orientation
     double zoom = 1.0;         // above 1 enlarges
     std::optional<RadialMap> geometry, red, blue;
     std::optional<GainMap> light;

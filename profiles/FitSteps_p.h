@@ -7,7 +7,7 @@
 
 #include <array>
 
-/// Returns the picture's setting: typed by the user, otherwise read from the file.
+/// Returns focal length, aperture and distance of the picture: typed by the user, otherwise read from the file.
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
 /// Returns the picture's body: typed by the user, with or without its maker, otherwise read from the file.
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
@@ -22,7 +22,7 @@ struct FitTask {
     bool isWanted;
     double amount;
     Fact<bool> done;
-    bool tried; // an earlier run failed to correct it
+    bool tried; // an earlier run failed to make this correction
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 

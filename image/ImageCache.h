@@ -24,7 +24,7 @@ public:
     ~ImageCache()
     {
         qDeleteAll(m_items);
-        qDeleteAll(m_lentOfDeleted);
+        qDeleteAll(m_orphanedPixels);
     }
     ImageCache(const ImageCache &) = delete;
     ImageCache &operator=(const ImageCache &) = delete;
@@ -74,7 +74,7 @@ private:
     /// Doesn't use m_id: a copied description has none, and an assigned one keeps that of its previous file.
     static QString KeyOf(const ImageDef *def) { return ImageDef::IdOf(def->FileName()); }
 
-    QVector<Image *> m_lentOfDeleted; // owned: pixels that were locked when their image was removed
+    QVector<Image *> m_orphanedPixels; // owned: pixels that were locked when their image was removed
 };
 
 template <typename Image, typename Loader> ImageCache<Image, Loader> &ImageCache<Image, Loader>::Instance()
@@ -145,5 +145,5 @@ template <typename Image, typename Loader> void ImageCache<Image, Loader>::Remov
     const CacheLocker locker(m_mutex);
     item.reset(m_items.take(KeyOf(def)));
     if (item)
-        m_lentOfDeleted += item->Abandon();
+        m_orphanedPixels += item->Abandon();
 }

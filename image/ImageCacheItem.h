@@ -206,12 +206,12 @@ template <typename Image, typename Loader> QVector<Image *> ImageCacheItem<Image
     const CacheLocker locker(m_mutex);
     m_def.clear();
     Forget_unlocked();
-    QVector<Image *> lent;
+    QVector<Image *> locked;
     for (Version *version : qAsConst(m_versions)) {
-        lent += version->m_retired;
+        locked += version->m_retired;
         version->m_retired.clear();
     }
-    return lent;
+    return locked;
 }
 
 template <typename Image, typename Loader>

@@ -217,7 +217,7 @@ void ReadGps(quint32 tag, const char *value, ShootingInformation &to)
     }
 }
 
-/// Reads entries that the image-file layer adds to those of the file.
+/// Reads an entry that the image-file layer has added to those of the file.
 void ReadAdded(const char *name, const char *value, ShootingInformation &to)
 {
     if (qstrncmp(name, "LensID", 6) == 0)

@@ -100,7 +100,7 @@ public:
 
     /// Reads a file, as @p type at the file's depth; with @p thumbnail, reduced to fit into 256 by 256 pixels.
     void Read(QString fileName, unsigned short type, bool thumbnail);
-    /// Reads a file, in its form, into an empty image: at the file's depth, or reduced to 8 bits.
+    /// Reads a file into an empty image, as gray, RGB or RGBA like the file, at the file's depth or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
     /// Like ID_Read, but may return while rows are still being decoded: call WaitForRows before reading any.
     void ID_ReadPending(QString fileName, bool nativeDepth);

@@ -28,7 +28,7 @@ public:
     /// the item already has, locks that one and returns false.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
-    /// Returns whether decoding failed after the version was lent (gflAcceptPendingRows).
+    /// Returns whether decoding failed after the version was handed out (gflAcceptPendingRows).
     static bool HasFailed(const Version *version);
     /// Returns the size in bytes of a version, as if it had four channels: an estimate that doesn't access the pixels.
     static qint64 memSize(Version *version);

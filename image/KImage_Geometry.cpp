@@ -72,7 +72,8 @@ struct Outline {
     std::vector<int> leftOf, rightOf, topOf, bottomOf;
 };
 
-/// NaN counts as valid. The stride of a wrapped block may leave floats unaligned.
+/// Returns whether a pixel's alpha isn't 0; NaN counts as valid. The stride of a wrapped block may leave floats
+/// unaligned.
 bool IsValid(const KImage &image, int x, int y)
 {
     float alpha;

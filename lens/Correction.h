@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-/// Radial map from one position to another. With d = position - center and r = |d|, both in pixels,
+/// Radial map, with tangential terms, from one position to another. With d = position - center and r = |d|, in pixels,
 ///
 ///     result.x = center.x + factor(r) dx + (2 dx^2 + r^2) tangential2 + 2 dx dy tangential1
 ///     result.y = center.y + factor(r) dy + (2 dy^2 + r^2) tangential1 + 2 dx dy tangential2

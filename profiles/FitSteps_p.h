@@ -47,6 +47,6 @@ void NoteAgain(const FitTasks &tasks, FitResult *result);
 /// Returns why a map that leaves nearly all of the picture empty can't be used; an empty string for usable maps.
 QString WhyUseless(const RadialMap &map, const QSize &pixels);
 
-/// Sets the zoom of the result's correction and fills in its effect on the field of view. Notes if the rectilinear
-/// picture of a fisheye lens ends before the photograph does.
+/// Sets the zoom of the result's correction and fills in its effect on the field of view. Adds a note if the
+/// rectilinear picture of a fisheye lens ends before the photograph does.
 void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result);

@@ -22,7 +22,7 @@ namespace {
 constexpr float kReach = 3.5f; // of kernels, in sigmas; one part in 2,000 of the weight lies beyond
 constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline extends two steps to both sides
 
-/// A plane that owns its memory; empty if the allocation fails.
+/// A plane that owns its memory or wraps another owner's; empty if the allocation fails.
 struct Plane {
     explicit Plane(Size of) : size(of), block(AllocateImage<Ipp32f, 1>(of.width, of.height, &step), Free) { }
     /// Wraps memory of another owner.

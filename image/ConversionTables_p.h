@@ -33,7 +33,7 @@ constexpr Depth DepthOf(int bitsPerComponent)
     return bitsPerComponent == 8 ? kDepth8u : bitsPerComponent == 16 ? kDepth16u : kDepth32f;
 }
 
-/// Returns the layout for a channel count, which, unlike the image's type, also covers other channel orders.
+/// Returns the layout for a channel count. Unlike the image's type, the count also covers other channel orders.
 constexpr Layout LayoutOf(int channels)
 {
     return channels == 1 ? kGray : channels == 3 ? kRgb : kRgba;
@@ -58,7 +58,7 @@ void Call(Status (&primitive)(const S *, Step, D *, Step, Size, Extra...), const
     primitive(static_cast<const S *>(src), 0, static_cast<D *>(dst), 0, {pixels, 1}, static_cast<Extra>(given)...);
 }
 
-/// Calls a primitive as a step, with the arguments that follow its size.
+/// Calls a primitive as a step; @p Arguments follow the primitive's size argument.
 template <auto &Primitive, int... Arguments> void Run(const void *src, void *dst, int pixels)
 {
     Call(Primitive, src, dst, pixels, Arguments...);
@@ -121,11 +121,11 @@ constexpr RunStep kChannelSteps[3][3][3] = {
 constexpr RunStep kToOpaqueFloats[] = {steps::OpaqueFloats<Ipp8u>, steps::OpaqueFloats<Ipp16u>,
                                        steps::Opaque<Ipp32f, 3, 1>};
 
-/// The exceptions to an opaque alpha, all from gray to RGBA; hosts rely on them.
+/// The exceptions to the rule that new alpha is opaque, all from gray to RGBA; hosts rely on them.
 struct AlphaException {
     Form from;
     Form to;
-    RunStep channelStep; // replaces the table's step at the target's depth
+    RunStep channelStep; // used instead of kChannelSteps
     bool leavesAlpha;    // the target's alpha stays unchanged
 };
 
@@ -146,8 +146,8 @@ inline const AlphaException *FindAlphaException(Form from, Form to)
     return nullptr;
 }
 
-/// Conversion of runs from one form to another: no step for the same form, otherwise one step, or two with a run in
-/// between.
+/// Conversion of runs from one form to another: no step for the same form, otherwise one step, or two with
+/// an intermediate run.
 class Conversion {
 public:
     Conversion(Form from, Form to)
@@ -176,7 +176,7 @@ public:
         m_last(m_first ? between.bytes : src, dst, pixels);
     }
 
-    /// Returns the run in the other form: in @p block, or in place if the forms are the same.
+    /// Returns the run in the other form: in @p block, or @p src itself if the forms are the same.
     const void *Converted(const void *src, RunBlock &block, int pixels) const
     {
         if (IsIdentity())

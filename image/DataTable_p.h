@@ -28,7 +28,7 @@ template <typename Read> void ReadOnce(std::atomic<bool> &done, QMutex &mutex, R
         return;
     const QMutexLocker locker(&mutex);
     if (done.load(std::memory_order_relaxed))
-        return; // another thread read it while this one waited
+        return; // another thread called read() while this one waited
     read();
     done.store(true, std::memory_order_release);
 }

@@ -9,10 +9,10 @@
 
 /// One item per image file, keyed by ImageDef::IdOf of the file name, so copies of a description share an item. An item
 /// holds any number of versions: whole decoded pictures, each at one size and depth. Locked versions are never evicted.
-/// When the total exceeds the limit, the images whose newest version was used least recently lose all their unlocked
-/// versions; each unlock checks the limit.
+/// When the total exceeds the limit, images lose all their unlocked versions, the least recently used image first; each
+/// unlock checks the limit.
 ///
-/// KImage::init creates the process's cache or adopts a host's; a use before that creates it. KImage::exit deletes it
+/// KImage::init creates the process's cache or adopts a host's; a use before init creates it. KImage::exit deletes it
 /// unless it is a host's. Any thread may lock and unlock. The cache's mutex guards the items and is never held during a
 /// load.
 template <typename Image, typename Loader> class ImageCache {
@@ -24,7 +24,7 @@ public:
     ~ImageCache()
     {
         qDeleteAll(m_items);
-        qDeleteAll(m_lentOfDeleted);
+        qDeleteAll(m_orphanedPixels);
     }
     ImageCache(const ImageCache &) = delete;
     ImageCache &operator=(const ImageCache &) = delete;
@@ -35,7 +35,7 @@ public:
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
-        Item::pImageDefCache = cache; // its clock also stamps items that another copy of the kernel made
+        Item::pImageDefCache = cache; // the cache's clock also stamps items that another copy of the kernel made
     }
 
     // Call these with the mutex held.
@@ -74,7 +74,7 @@ private:
     /// Doesn't use m_id: a copied description has none, and an assigned one keeps that of its previous file.
     static QString KeyOf(const ImageDef *def) { return ImageDef::IdOf(def->FileName()); }
 
-    QVector<Image *> m_lentOfDeleted; // owned: pixels that were locked when their image was removed
+    QVector<Image *> m_orphanedPixels; // owned: pixels that were locked when their image was removed
 };
 
 template <typename Image, typename Loader> ImageCache<Image, Loader> &ImageCache<Image, Loader>::Instance()
@@ -145,5 +145,5 @@ template <typename Image, typename Loader> void ImageCache<Image, Loader>::Remov
     const CacheLocker locker(m_mutex);
     item.reset(m_items.take(KeyOf(def)));
     if (item)
-        m_lentOfDeleted += item->Abandon();
+        m_orphanedPixels += item->Abandon();
 }

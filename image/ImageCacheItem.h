@@ -51,7 +51,7 @@ public:
 
     /// Makes @p def, a new description, the item's image and drops all versions: the file may have changed.
     void Adopt(ImageDef *def);
-    /// Gives up ownership of the image and returns the pixels that are still locked.
+    /// Gives up ownership of the image and returns the pixels that are still locked, which the caller then owns.
     QVector<Image *> Abandon();
 
     void ReleaseFromMemory()
@@ -70,7 +70,7 @@ public:
         const CacheLocker locker(m_mutex);
         return Usage_unlocked().isFreeable;
     }
-    // Like the three functions above, but they skip an item that is being loaded instead of waiting for it.
+    // Variants of the functions above that skip an item that is being loaded instead of waiting for it.
     Usage TryUsage() const
     {
         const CacheLocker locker(m_mutex, std::try_to_lock);
@@ -84,7 +84,7 @@ public:
 
     // For the loader, which is called with the mutex held.
 
-    /// Returns the first version with that identity, or null.
+    /// Returns the first version of that size and depth, or null.
     Version *Find_unlocked(int width, int height, int depth);
     /// Returns the first version in memory of that depth that is wider and higher, or null.
     Version *FindBiggerInMemory(int width, int height, int depth);
@@ -206,12 +206,12 @@ template <typename Image, typename Loader> QVector<Image *> ImageCacheItem<Image
     const CacheLocker locker(m_mutex);
     m_def.clear();
     Forget_unlocked();
-    QVector<Image *> lent;
+    QVector<Image *> locked;
     for (Version *version : qAsConst(m_versions)) {
-        lent += version->m_retired;
+        locked += version->m_retired;
         version->m_retired.clear();
     }
-    return lent;
+    return locked;
 }
 
 template <typename Image, typename Loader>

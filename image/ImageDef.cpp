@@ -59,8 +59,8 @@ RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATIO
     return isPhotoshop && channels >= 3 ? RefusalReason::None : suspicion->second;
 }
 
-/// Reads the parts of a file that a description needs: the header, and a record with the metadata, which has pixels
-/// only if a thumbnail is requested. @p bitmap may stay null if there is no metadata.
+/// Reads the parts of a file that a description needs: the header, and a record with the metadata. The record has
+/// pixels only if a thumbnail is requested. @p bitmap may stay null if there is no metadata.
 bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *information, GFL_BITMAP **bitmap)
 {
     const QByteArray name = path.toUtf8();
@@ -78,7 +78,7 @@ bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *inf
     constexpr std::uint32_t kFlags = 4; // the customary value; it has no effect
     if (gflGetFileInformationExUTF8(name.constData(), kAnyFormat, information, kFlags) != GFL_NO_ERROR)
         return false;
-    gflLoadMetadataUTF8(name.constData(), bitmap); // read once for all blocks
+    gflLoadMetadataUTF8(name.constData(), bitmap); // one read for all metadata blocks
     return true;
 }
 
@@ -113,7 +113,7 @@ template <typename Data> std::unique_ptr<Data, void (*)(Data *)> Block(Data *dat
     return {data, free};
 }
 
-/// Returns the suffixes by which hosts recognize raw images (m_isRaw). The image-file layer reads more.
+/// Returns the suffixes by which hosts recognize raw images (m_isRaw). The image-file layer reads more raw formats.
 const QStringList &RawSuffixes()
 {
     static const QStringList suffixes =
@@ -277,7 +277,7 @@ void ImageDef::SetThumbnails(KImage &loaded)
 {
     const QSize box = Settings().thumbnailSize;
     const int scale = ScaleThatCovers(m_cols, m_rows, box);
-    m_highResThumbnail = new KImage; // enlarged from the small one; a placeholder until real pixels arrive
+    m_highResThumbnail = new KImage; // enlarged from the small thumbnail; a placeholder until real pixels arrive
     loaded.Resize(*m_highResThumbnail, std::max(1, m_cols / scale), std::max(1, m_rows / scale));
 
     KImage centered(box.width(), box.height(), loaded.type(), loaded.bitsPerComponent(), /*clear=*/true, nullptr, 0);
@@ -316,7 +316,7 @@ void ImageDef::SetLensKind()
     if (kind < 0) {
         const auto focalMm = static_cast<float>(m_shooting.focal35mm);
         m_model = focalMm != 0.0F && focalMm < kWidestRectilinearMm;
-    } else if (kind < 2) { // other kinds, tilt and shift, leave it unchanged
+    } else if (kind < 2) { // tilt/shift lenses leave m_model unchanged
         m_model = kind;
     }
 }
@@ -481,7 +481,7 @@ KImage *ImageDef::GetHighResThumbnail32()
 {
     if (!m_highResReady) {
         const int scale = ScaleThatFits(m_cols, m_rows, Settings().thumbnailSize);
-        Lock(m_cols / scale, m_rows / scale, /*nativeDepth=*/true); // creates it as a side effect
+        Lock(m_cols / scale, m_rows / scale, /*nativeDepth=*/true); // also creates the thumbnail
         Unlock(m_cols / scale, m_rows / scale, /*nativeDepth=*/true);
     }
     return m_highResThumbnail;

@@ -37,7 +37,8 @@ struct RefusalReason {
 /// An image in the cache, added by IsAPicture or by a lock, belongs to the cache: Delete or KImage::exit destroys it.
 /// Any other belongs to the caller that requested it.
 ///
-/// Threads may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, and any function on different images.
+/// Threads may concurrently call Lock, Unlock, IsCached and ReleaseFromMemory on one image, and any function on
+/// different images.
 /// Assign, reload and delete an image only while no other thread is calling it; pixels may stay locked meanwhile. Call
 /// GetThumbnail on the GUI thread.
 class ImageDef : public QObject, public KIImageDef {

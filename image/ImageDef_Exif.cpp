@@ -167,7 +167,7 @@ double Component(const QString &text)
 /// Truncates a text before a search that takes quadratic time: 64,000 digits would take minutes.
 QString ShortText(const char *value)
 {
-    constexpr int kLongest = 256; // cameras write up to 40
+    constexpr int kLongest = 256; // characters; cameras write up to 40
     return Text(value).left(kLongest);
 }
 
@@ -217,7 +217,7 @@ void ReadGps(quint32 tag, const char *value, ShootingInformation &to)
     }
 }
 
-/// Reads entries that the image-file layer adds to those of the file.
+/// Reads an entry that the image-file layer has added to those of the file.
 void ReadAdded(const char *name, const char *value, ShootingInformation &to)
 {
     if (qstrncmp(name, "LensID", 6) == 0)

@@ -46,6 +46,6 @@ public:
     short m_depth;
     bool m_inMemory = true;
     // Owned: locked pixels from before the image was described again. Their locks can't be distinguished from later
-    // ones, so they are freed when all locks are released.
+    // ones, so these pixels are freed when all locks are released.
     QVector<Image *> m_retired;
 };

@@ -42,7 +42,8 @@ KImage::KImage()
     Ctor();
 }
 
-// The other constructors start from an empty image: then the destructor frees a partial result if they throw.
+// The other constructors delegate to the default constructor, so that the destructor frees a partial result if they
+// throw.
 
 KImage::KImage(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                int bytesPerLine)

@@ -36,8 +36,8 @@ struct KImageInstances {
 ///   | GFL_RGB  | 3: R G B | same         | same            | same                               |
 ///   | GFL_RGBA | 4: R G B A, straight alpha | same | same  | same                               |
 ///
-/// Channels are interleaved, in native byte order. Rows start at multiples of 4 bytes, the top one first. An image is
-/// empty (no record) or allocated. Copies are deep: images never share pixels, but one can wrap a block of the caller.
+/// Channels are interleaved, in native byte order. Rows start at multiples of 4 bytes, the top row first. An image is
+/// empty (no record) or allocated. Copies are deep: images never share pixels, but one can wrap a caller's block.
 /// Errors are KExceptions; arguments are checked in a fixed order. The messages are "Invalid Bitmap" (this image is
 /// empty, or the operation doesn't support its form), "Invalid Parameter" and "Not enough memory". Either one thread
 /// modifies an image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
@@ -65,7 +65,7 @@ public:
     /// Allocates the image, @p width by @p height of @p type at @p bitsPerComponent. With null @p data the image owns
     /// its pixels, and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data
     /// it wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass the low 32 bits
-    /// of a stride of 2 GiB or more. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are
+    /// of a stride of 2 GiB or more. @p clear zeroes the pixels, even of a wrapped block; if false, new pixels are
     /// undefined. After a failure the old content is lost.
     void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                      int bytesPerLine);
@@ -98,9 +98,9 @@ public:
 
     // --- Files (KImage_File.cpp) ---
 
-    /// Reads a file, as @p type at the file's depth; with @p thumbnail, reduced to fit into 256 by 256.
+    /// Reads a file, as @p type at the file's depth; with @p thumbnail, reduced to fit into 256 by 256 pixels.
     void Read(QString fileName, unsigned short type, bool thumbnail);
-    /// Reads a file, in its form, into an empty image: at the file's depth, or reduced to 8 bits.
+    /// Reads a file into an empty image, as gray, RGB or RGBA like the file, at the file's depth or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
     /// Like ID_Read, but may return while rows are still being decoded: call WaitForRows before reading any.
     void ID_ReadPending(QString fileName, bool nativeDepth);
@@ -111,15 +111,15 @@ public:
     /// Reads a file of @p size bytes in memory, at 8 bits. Camera raw files are developed with the layer's defaults.
     void ReadFromMemory(unsigned char *data, unsigned int size);
     /// Writes the image. @p format is a case-insensitive name such as "tiff" or its short form "tif"; @p compression as
-    /// in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless it is empty. A
-    /// failed write leaves an existing file unchanged and creates no new one.
+    /// in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless the name is
+    /// empty. A failed write leaves an existing file unchanged and creates no new one.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
     /// A picture that is generated from the top down while it is written, so that it is never completely in memory.
     struct RowsToWrite {
         int width, height;
         unsigned short type;
         int bitsPerComponent;
-        std::function<void(KImage &rows, int firstRow)> fill; // a block of rows; may throw, which ends the write
+        std::function<void(KImage &rows, int firstRow)> fill; // fills a block of rows; may throw, which ends the write
         bool fast = false; // GFL_SAVE_FAST: several threads call fill, roughly in order
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
@@ -133,7 +133,7 @@ public:
     /// properties, adapts the metadata to the edited picture (gflBitmapMarkEdited), and gives a JPEG a new thumbnail.
     static void WriteRows(const RowsToWrite &rows, const QString &fileName, const FileForm &form,
                           const QString &metadataSource, const EditRecord &record = {});
-    /// Like Write, into a block that the caller owns and releases with free.
+    /// Like Write, but into a block that the caller owns and releases with free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
     /// Writes an uncompressed TIFF in the image's form; ID_Read at native depth restores it exactly.
     void ID_WriteToCache(QString fileName);
@@ -150,10 +150,10 @@ public:
     ///   |-----------|-----------------------------------------------------------------|
     ///   | jpeg      | 0 to 12: quality 4 to 100                                       |
     ///   | tiff      | 2 LZW, 3 deflate, 50000 Zstandard, others none                  |
-    ///   | exr       | 1 to 4 and 6 to 8: method number + 1; others PIZ                |
+    ///   | exr       | 1 to 4 and 6 to 8: OpenEXR's method number + 1; others PIZ      |
     ///   | png, hdri, psd | passed on unchanged                                        |
     void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);
-    /// Throws a KException for an error number of the layer; returns for 0. An empty @p fileName omits the file's line.
+    /// Throws a KException for an error number of the layer; returns for 0. The message omits an empty @p fileName.
     void CheckIfGFLError(int error, QString fileName, QString where);
 
     // --- Copying and conversion (KImage_Copy.cpp) ---
@@ -210,7 +210,7 @@ public:
     /// lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of this
     /// image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
-    /// Sets alpha below half of the full range, and NaN, to 0; any other alpha to full.
+    /// Sets alpha below half of the full range, and NaN, to 0; any other alpha to opaque.
     void BinarizeAlpha();
     /// Converts premultiplied colors to straight ones, color * full / alpha, truncated and saturated, and makes the
     /// pixels opaque. Pixels with alpha 0 are unchanged.
@@ -262,7 +262,7 @@ public:
     // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp) ---
 
     /// Finds the image circle: radius and center, in pixels from the frame's middle; all 0 if there is none. Seeds
-    /// qrand(). Cat-eye: for a circle cut off by the frame; @p nominalRadius is its radius within 20 %, or 0.
+    /// qrand(). Cat-eye: for a circle cut off by the frame; @p nominalRadius: within 20 %, or 0 if unknown.
     void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
     void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.

@@ -18,7 +18,7 @@ std::unique_ptr<KImage> ReadFile(const QString &fileName, bool nativeDepth)
 }
 
 /// Like ReadFile, but rows may still be pending if the calling thread accepts that.
-std::unique_ptr<KImage> ReadLentFile(const QString &fileName, bool nativeDepth)
+std::unique_ptr<KImage> ReadFileMaybePending(const QString &fileName, bool nativeDepth)
 {
     if (!gflAcceptsPendingRows())
         return ReadFile(fileName, nativeDepth);
@@ -70,7 +70,7 @@ template <typename Read> Version *FullVersion(const ImageDef *def, int depth, It
 
 void FillFromSource(const ImageDef *def, Version *version)
 {
-    SetPixels(version, ReadLentFile(def->FileName(), version->m_depth != 8));
+    SetPixels(version, ReadFileMaybePending(def->FileName(), version->m_depth != 8));
 }
 
 void MakeFromSource(ImageDef *def, Version *version, Item *item)
@@ -184,6 +184,6 @@ void KImageLoader::LockPostProcess(ImageDef *def, KImage *image, QMutex &cacheMu
     if (!image || def->m_highResReady)
         return;
     const CacheLocker locker(cacheMutex);
-    if (!def->m_highResReady) // another thread may have made it in the meantime
+    if (!def->m_highResReady) // another thread may have made the thumbnail in the meantime
         def->GetThumbnailFromHighRes(*image);
 }

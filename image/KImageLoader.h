@@ -10,7 +10,7 @@ using KImageCache = ImageCache<KImage, KImageLoader>;
 ///
 ///   | image             | first time                                           | after eviction |
 ///   |-------------------|------------------------------------------------------|----------------|
-///   | raw, above 8 bits | full size and depth: the file; others: the full one  | its disk copy  |
+///   | raw, above 8 bits | full size and depth: the file; others: that version  | its disk copy  |
 ///   | any other         | a bigger version in memory, else the file            | the file       |
 ///
 /// All functions except LockPostProcess are called with the item's mutex held. On failure they throw KException and
@@ -28,7 +28,7 @@ public:
     /// the item already has, locks that one and returns false.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
-    /// Returns whether decoding failed after the version was lent (gflAcceptPendingRows).
+    /// Returns whether decoding failed after the version was handed out (gflAcceptPendingRows).
     static bool HasFailed(const Version *version);
     /// Returns the size in bytes of a version, as if it had four channels: an estimate that doesn't access the pixels.
     static qint64 memSize(Version *version);

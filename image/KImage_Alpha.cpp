@@ -36,7 +36,7 @@ template <typename T> void BinarizeRun(T *alpha, int pixels)
     primitives::ThresholdValue<T>(alpha, 0, alpha, 0, {pixels, 1}, T(0), kFull, primitives::Comparison::Greater);
 }
 
-/// Leaves pixels unchanged whose alpha is 0 or NaN.
+/// Leaves pixels whose alpha is 0 or NaN unchanged.
 template <typename T> void ScaleRunByAlpha(void *run, int pixels)
 {
     T *rgba = static_cast<T *>(run);

@@ -99,7 +99,7 @@ KImage &KImage::operator*=(float factor)
         KThrow(kInvalidBitmap);
 
     // Multiply colors by the factor, alpha by the equivalent of 1: for integers that is one less than the divisor, so
-    // they lose one part in 256 or 65,536.
+    // integer samples lose one part in 256 or 65,536.
     const int k16 = IntegerFactor(65535.0, factor), k8 = IntegerFactor(255.0, factor);
     const float floats[4] = {factor, factor, factor, 1.0f};
     const int words[4] = {k16, k16, k16, 65535};

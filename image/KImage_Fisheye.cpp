@@ -107,8 +107,8 @@ struct PolarGrid {
     int rows;
 };
 
-/// Returns brightness as a code. Codes are square roots, so that the step from a dim picture to black outweighs steps
-/// between bright objects. Transparent pixels and NaN are black.
+/// Returns brightness as a code. Codes are proportional to the square root of brightness, so that the step from a dim
+/// picture to black outweighs steps between bright objects. Transparent pixels and NaN are black.
 template <typename T> Ipp16s CodeOf(const float *pixel, int channels)
 {
     const float visible = channels == 4 && !(pixel[3] > 0) ? 0.0f : Luma(pixel, channels) / kFullValue<T>;
@@ -147,7 +147,7 @@ template <typename T> void SampleRays(const PixelSampler<T> &sampler, const Pola
 struct PolarFrame {
     explicit PolarFrame(const KImage &image) : grid(image), codes(grid.rows), edges(grid.rows)
     {
-        PolarPlane &sampled = edges; // the plane is unused until the end
+        PolarPlane &sampled = edges; // borrowed until the edge filter fills it
         WithSampler(image, [&](const auto &sampler) { SampleRays(sampler, grid, sampled); });
         sampled.Wrap();
         ippiFilterMedianCross_16s_C1R(sampled.At(0, 0), sampled.StepBytes(), codes.At(0, 0), codes.StepBytes(),

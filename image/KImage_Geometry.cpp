@@ -66,13 +66,14 @@ template <typename T> void ResizeInto(const KImage &source, KImage &target)
 
 // --- Automatic crop ---
 
-/// Bounds of the valid area: the first and last valid position of each row and of each column, searched only up to the
-/// middle. If there is none, the first is the middle and the last is the position before it.
+/// Bounds of the valid area: the first and last valid position of each row and of each column, each searched only
+/// up to the middle. If there is none, the first is the middle and the last is the position before the middle.
 struct Outline {
     std::vector<int> leftOf, rightOf, topOf, bottomOf;
 };
 
-/// NaN counts as valid. The stride of a wrapped block may leave floats unaligned.
+/// Returns whether a pixel's alpha isn't 0; NaN counts as valid. The stride of a wrapped block may leave floats
+/// unaligned.
 bool IsValid(const KImage &image, int x, int y)
 {
     float alpha;

@@ -68,7 +68,7 @@ void KImage::init(KImageInstances *instances)
 
 void KImage::exit()
 {
-    if (s_ownsCache) { // before the tool kernel, which removes the folders of the disk copies once they are empty
+    if (s_ownsCache) { // before KTools::exit, which removes the folders of the disk copies only if they are empty
         delete KImageCache::ms_instance;
         KImageCache::SetInstance(nullptr);
         ms_instances.cache = nullptr;

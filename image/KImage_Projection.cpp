@@ -36,7 +36,7 @@ public:
     }
 
     /// Returns the position for a direction (x to the right, y up, z along the axis); NaN outside the lens's view.
-    Position Of(float x, float y, float z) const
+    Position PositionOf(float x, float y, float z) const
     {
         const float fromAxis = std::sqrt(x * x + y * y), angle = atan2f(fromAxis, z);
         if (!(angle <= m_halfAngleRad))
@@ -58,7 +58,7 @@ void ProjectRow(const PixelSampler<T> &frame, const EquidistantLens &lens, float
     const int width = sphere.width();
     for (int x = 0; x < width; ++x) {
         sincosf(static_cast<float>(((x + 0.5) / width - 0.5) * 2 * M_PI), &sinLongitude, &cosLongitude);
-        const Position from = lens.Of(cosLatitude * sinLongitude, sinLatitude, cosLatitude * cosLongitude);
+        const Position from = lens.PositionOf(cosLatitude * sinLongitude, sinLatitude, cosLatitude * cosLongitude);
         float rgba[4] = {};
         if (frame.Contains(from.x, from.y))
             frame.Read(from.x, from.y, 0, 4, rgba);
@@ -103,7 +103,7 @@ public:
     }
 
     /// Returns NaN where the model has no inverse.
-    Position Of(float x, float y) const
+    Position PositionOf(float x, float y) const
     {
         const float dx = x - m_center.x, dy = y - m_center.y, r = std::sqrt(dx * dx + dy * dy) / m_unitPx;
         const float factor = m_isInverse ? 1 / (m_scale * InverseFactor(r / m_scale))
@@ -147,7 +147,7 @@ void Remap(KImage &image, const RadialModel &model, int first, int end, Outside 
         using T = typename std::decay_t<decltype(sampler)>::Component;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {
-                const Position from = model.Of(static_cast<float>(x), static_cast<float>(y));
+                const Position from = model.PositionOf(static_cast<float>(x), static_cast<float>(y));
                 float values[4] = {};
                 if (sampler.Contains(from.x, from.y) || (outside == Outside::NearestEdge && from.x == from.x))
                     sampler.Read(from.x, from.y, first, end, values);

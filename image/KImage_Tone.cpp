@@ -76,7 +76,7 @@ void CheckIsFloat(const KImage &image)
         KThrow(kInvalidBitmap);
 }
 
-/// Calls use(pixel, colorChannels) for each pixel of a float image; it may change the pixel.
+/// Calls use(pixel, colorChannels) for each pixel of a float image; @p use may change the pixel.
 template <typename Use> void ForFloatPixels(KImage &image, Use use)
 {
     const int channels = image.m_bitmap->ComponentsPerPixel, colors = qMin(channels, 3);
@@ -97,7 +97,7 @@ struct Range {
     float minimum;
     float length;
 
-    /// Clamps a sample to the range, relative to its start. NaN counts as the start.
+    /// Returns the sample, clamped to the range, minus the range's start. NaN counts as the start.
     float Within(float value) const { return value > minimum ? qMin(value - minimum, length) : 0.0f; }
 };
 

@@ -7,7 +7,7 @@ constexpr char kInvalidBitmap[] = "Invalid Bitmap";
 constexpr char kInvalidParameter[] = "Invalid Parameter";
 constexpr char kNotEnoughMemory[] = "Not enough memory";
 
-/// Return whether a type is one of the three working types, or a depth one of the three working depths.
+/// Return whether a type is one of the three working types, or a depth is one of the three working depths.
 constexpr bool IsWorkingType(int type)
 {
     return type == GFL_GREY || type == GFL_RGB || type == GFL_RGBA;
@@ -50,7 +50,7 @@ inline bool HasShape(const GFL_BITMAP &bitmap, int width, int height, int type, 
         && bitmap.BitsPerComponent == bitsPerComponent;
 }
 
-/// A loader's information record, freed when the scope ends.
+/// The image-file layer's record about a file, freed when the scope ends.
 struct FileInformation : GFL_FILE_INFORMATION {
     FileInformation() : GFL_FILE_INFORMATION() { }
     ~FileInformation() { gflFreeFileInformation(this); }

@@ -11,7 +11,7 @@ namespace {
 /// Allocates a zeroed array in the image-file layer's memory; null if that fails or the size doesn't fit in 32 bits.
 template <typename T> T *NewCleared(quint64 count = 1)
 {
-    const quint64 bytes = count * sizeof(T); // counts above 32 bits have 1-byte elements: cannot overflow
+    const quint64 bytes = count * sizeof(T); // cannot overflow: only 1-byte elements have counts above 32 bits
     if (bytes > std::numeric_limits<quint32>::max())
         return nullptr;
     void *block = gflMemoryAlloc(static_cast<quint32>(qMax(bytes, quint64(1))));

@@ -35,7 +35,7 @@ struct ShootingInformation {
     double fovThird = 0.0;
     double gpsLatitude = kUnknownPlace; // degrees, unsigned: the Refs give the hemisphere
     double gpsLongitude = kUnknownPlace;
-    double gpsAltitude = kUnknownPlace; // 0 if the file has one: the number is not read
+    double gpsAltitude = kUnknownPlace; // 0 if the file has an altitude: the number is not read
     double gpsDirection = kUnknownPlace;
     QString gpsLatitudeRef = QStringLiteral("North");
     QString gpsLongitudeRef = QStringLiteral("East");

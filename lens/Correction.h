@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-/// Radial map from one position to another. With d = position - center and r = |d|, both in pixels,
+/// Radial map, with tangential terms, from one position to another. With d = position - center and r = |d|, in pixels,
 ///
 ///     result.x = center.x + factor(r) dx + (2 dx^2 + r^2) tangential2 + 2 dx dy tangential1
 ///     result.y = center.y + factor(r) dy + (2 dy^2 + r^2) tangential1 + 2 dx dy tangential2
@@ -15,7 +15,7 @@
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
     RadialCurve factor;                          // for lateral color, includes the model's ScaleFactor
-    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: coefficients per unit of the model, scaled like `factor`
+    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: the model's terms / its focal length; scaled as `factor`
     double endRadius = std::numeric_limits<double>::infinity();
 };
 
@@ -39,7 +39,7 @@ struct GainMap {
 /// of any channel lies outside [-0.5 - 1/256, side - 0.5 + 1/256]. The curves include the requested strength and the
 /// projection of fisheyes.
 struct Correction {
-    int width = 0, height = 0; // of source and result, as stored
+    int width = 0, height = 0; // of source and result, in the stored orientation
     double zoom = 1.0;         // above 1 enlarges
     std::optional<RadialMap> geometry, red, blue;
     std::optional<GainMap> light;

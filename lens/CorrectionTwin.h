@@ -10,9 +10,9 @@ struct SourcePlaces {
     };
     Point red, green, blue;
     double gain = 1.0;
-    bool folded = false; ///< A map ends before the pixel: the positions are invalid.
+    bool folded = false; ///< The pixel is beyond the end of a map: the positions are invalid.
     /// Distance to the nearest end of a map or of its table, in pixels of the map's input; negative beyond the end. Up
-    /// to the end, positions are smooth functions of the pixel.
+    /// to the end, sampling positions are smooth functions of the pixel's position.
     double toEnd = std::numeric_limits<double>::infinity();
 };
 
@@ -31,8 +31,8 @@ public:
 
     /// Returns the sampling positions of the output pixel at (@p x, @p y), which may be anywhere, even between pixels.
     SourcePlaces At(double x, double y) const;
-    /// Returns whether the pixel with these sampling positions stays empty: one is outside the picture, or a map ends
-    /// before the pixel.
+    /// Returns whether the pixel with these sampling positions stays empty: a position is outside the picture, or the
+    /// pixel is beyond the end of a map.
     bool IsEmpty(const SourcePlaces &places) const;
     /// Returns whether any pixel of the result stays empty. Checks only the edges: maps are continuous and increase
     /// outward up to their ends, so if any pixel is empty, one at an edge is empty, too.

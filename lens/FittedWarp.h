@@ -9,8 +9,8 @@
 
 class KImage;
 
-/// Renderer of a Correction. CorrectionTwin defines the positions; those used here are within 0.005 pixels of them,
-/// plus the rounding of the sampling tables. Results are bit-identical on every processor.
+/// Renderer of a Correction. CorrectionTwin defines the sampling positions; those of this class differ by at most 0.005
+/// pixels, plus the rounding of the sampling tables. Results are bit-identical on every processor.
 ///
 /// Neighbors outside the picture repeat its edge. Pixels that the correction leaves empty become transparent black; all
 /// others are opaque or get the source's alpha.
@@ -34,8 +34,8 @@ public:
     /// Returns whether any pixel of the result is empty. If so, the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
-    /// Estimates the source rows that a band of @p rows rows, starting at @p firstRow, needs, from the positions in its
-    /// first and last row. The estimate is too small only where a map isn't monotonic.
+    /// Estimates which source rows a band of @p rows rows, starting at @p firstRow, needs. Evaluates positions only in
+    /// the band's first and last row. The estimate is too small only where a map isn't monotonic.
     RowRange RowsFor(int firstRow, int rows) const;
 
     /// Returns whether Render also accepts the unconverted rows of @p picture, RGB at 8 or 16 bits, with the same

@@ -56,7 +56,7 @@ struct Light {
     {
     }
 
-    VITRELUX_INLINE Float4 Grown(Float4 sample, float gain) const
+    VITRELUX_INLINE Float4 Amplified(Float4 sample, float gain) const
     {
         const Float4 stored = Magnitude(sample);
         Float4 lit = Through(toStored, Through(toLight, stored) * Same(gain));
@@ -113,7 +113,7 @@ template <typename Floats> struct FormulaLight {
 
     /// Returns the pixels of a vector, multiplied and clamped. Sets @p simple to false if a gain lifts a value out of
     /// the linear toe: the result is then invalid, because it requires a power.
-    VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
+    VITRELUX_INLINE Floats Amplified(Floats stored, const float *gain, const float *root, bool *simple) const
     {
         const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);
         const Floats onCurve = (stored + offset) * ForPixels<Floats>(root, 1.0F) - offset;
@@ -137,15 +137,15 @@ VITRELUX_INLINE void StoreByFormula(const FittedWarp::Band &band, const Block &b
     constexpr int kPixels = sizeof(Floats) / kPixelBytes;
     const auto storeOne = [&](int i) VITRELUX_INLINED {
         bool simple;
-        Float4 lit = formulaOfOne.Grown(samples[i], gains.gain + i, gains.root + i, &simple);
+        Float4 lit = formulaOfOne.Amplified(samples[i], gains.gain + i, gains.root + i, &simple);
         if (!simple)
-            lit = Limited(tables.Grown(samples[i], gains.gain[i]));
+            lit = Limited(tables.Amplified(samples[i], gains.gain[i]));
         std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
     };
     int hard[kBlockPixels], hardCount = 0, i = 0;
     for (; i + kPixels <= block.count; i += kPixels) {
         bool simple;
-        const Floats lit = formula.Grown(LoadVector<Floats>(samples + i), gains.gain + i, gains.root + i, &simple);
+        const Floats lit = formula.Amplified(LoadVector<Floats>(samples + i), gains.gain + i, gains.root + i, &simple);
         std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
         hard[hardCount] = i;
         hardCount += int(!simple);
@@ -201,7 +201,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
         return StoreByFormula<Masked>(band, block, samples, gains);
     const Light light(band.light);
     for (int i = 0; i < block.count; ++i)
-        Store(band, block.target + i * kPixelBytes, light.Grown(samples[i], gain[i]));
+        Store(band, block.target + i * kPixelBytes, light.Amplified(samples[i], gain[i]));
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// Working memory of finished calls to Render, kept for later calls on the same object: page faults on fresh memory
-/// would take up to a sixth of the time. Thread-safe.
+/// would take up to a sixth of a call's time. Thread-safe.
 class FittedWarp::IdleMemory {
 public:
     struct Piece {

@@ -158,7 +158,7 @@ template <typename Set, bool kSplit> struct SharpCodes {
     }
 };
 
-/// Sharp sampling of float pictures and of those with alpha.
+/// Sharp sampling of float pictures and of pictures with alpha.
 template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
     static constexpr bool kSplits = kSplit;
     static constexpr int kStep = 1;

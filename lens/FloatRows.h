@@ -4,13 +4,13 @@
 #include "KImage.h"
 
 /// Source rows that the warp is reading. Converting the whole picture would spend most of its time on page faults. If
-/// distortion is so strong that a call needs much of the picture, the block has room for all rows, which then never
-/// move. One thread at a time.
+/// distortion is so strong that one Hold needs much of the picture, the window's memory has room for all rows, which
+/// then never move. One thread at a time.
 class FloatRows {
 public:
     /// How requested ranges progress down the picture.
     enum class Walk {
-        Steps, ///< ranges overlap: the block has spare rows, so that rows rarely move, but still fits in the caches
+        Steps, ///< ranges overlap: the memory has spare rows, so that rows rarely move, but still fits in the caches
         Leaps, ///< ranges barely overlap: each thread has a window, so rows are converted without OpenMP
     };
 

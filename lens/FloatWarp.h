@@ -52,8 +52,8 @@ public:
         /// Returns the range extended by its length on both sides, within a picture of @p height rows.
         RowRange Widened(int height) const;
     };
-    /// Estimates the source rows that a band of @p rows rows, starting at @p firstRow, needs, from 64 positions in its
-    /// first and last row. The estimate is too small only if a model isn't smooth.
+    /// Estimates which source rows a band of @p rows rows, starting at @p firstRow, needs. Evaluates 64 positions in
+    /// each of the band's first and last rows. The estimate is too small only if a model isn't smooth.
     RowRange RowsFor(int firstRow, int rows) const;
     /// Like Render, but reads the source rows from @p window, which must satisfy Serves and starts at row @p windowRow.
     /// Returns false if other rows are needed; the filled rows are then invalid. With all rows of the source, it always

@@ -1,9 +1,9 @@
-// One model of a lens profile: where a point is in the uncorrected picture, and how much light it lost there.
+// One model of a lens profile: where a point is in the uncorrected picture, and how much light the lens lost there.
 #pragma once
 
 #include <QVector>
 
-/// Formula that a model maps positions with.
+/// Formula by which a model maps positions.
 enum class LensModel { Perspective, Fisheye };
 
 /// Radial polynomial around a center, with a scale.

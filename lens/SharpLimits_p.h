@@ -48,7 +48,7 @@ template <typename Vector> VITRELUX_INLINE Allowance<Vector> AllowanceOf(Vector 
     const Vector before = v1 - v0, between = v2 - v1, after = v3 - v2, zero = {};
     const Vector left = v1 + Half(before), right = v2 - Half(after);
     const Vector least = Least(v1, v2), greatest = Greatest(v1, v2);
-    // Limited before they are subtracted, so that differences fit in 16 bits.
+    // Clamp before subtracting, so that differences fit in 16 bits.
     const Vector up = Greatest(Least(left, right), greatest) - greatest;
     const Vector down = least - Least(Greatest(left, right), least);
     const Vector top = Greatest(Least(before, zero - between), Least(between, zero - after));

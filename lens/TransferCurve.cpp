@@ -138,7 +138,7 @@ private:
 TransferCurve::Channel::Channel(Function toLight, Function toStored)
     : light(std::move(toLight)),
       stored(std::move(toStored)),
-      // From below the first 16-bit code to three octaves above white, which only float pictures reach. The errors are
+      // From below the first 16-bit code to three octaves above white; only float pictures exceed white. The errors are
       // below 1/60,000 of the value.
       lightTable(TableOf(light, -17, 3, 7)),
       storedTable(TableOf(stored, -40, 12, 6))

@@ -25,8 +25,8 @@ public:
     /// Returns the curve through points; nullopt if a curve never increases or contains infinity or NaN.
     ///
     /// @param curves  Light at stored values evenly spaced from 0 to 1, at least two points each; one curve for all
-    /// channels, or three. Light is interpolated linearly between points and continues as a power above 1. Light at 0
-    /// is treated as black; where a curve falls, it is treated as level.
+    /// channels, or three. Light is interpolated linearly between points and continues as a power above 1. Light at
+    /// stored value 0 counts as black; where a curve falls, it is treated as level.
     static std::optional<TransferCurve> FromSamples(const std::vector<std::vector<double>> &curves);
 
     bool IsLinear() const { return !m_data; }

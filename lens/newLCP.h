@@ -20,7 +20,7 @@ public:
     /// @param ok  True if the file contains a profile. False if there is no rdf:li on the path of first child elements,
     /// if the rdf:li has no rdf:parseType="Resource" or no model element, or if the file is not XML or exceeds the
     /// limits of ReadProfileDocument. Unchanged if the file cannot be opened or read to its end, so callers must
-    /// initialize it. Throws nothing. Truncated XML is used up to its end.
+    /// initialize it. Throws nothing. Truncated XML is used up to the error.
     newLCP(const QString &fileName, bool &ok);
     /// Same as above; also sets @p whyNotRead if a regular file can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);

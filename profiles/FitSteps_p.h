@@ -7,7 +7,7 @@
 
 #include <array>
 
-/// Returns the picture's setting: typed by the user, otherwise read from the file.
+/// Returns focal length, aperture and distance of the picture: typed by the user, otherwise read from the file.
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
 /// Returns the picture's body: typed by the user, with or without its maker, otherwise read from the file.
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
@@ -22,7 +22,7 @@ struct FitTask {
     bool isWanted;
     double amount;
     Fact<bool> done;
-    bool tried; // an earlier run failed to correct it
+    bool tried; // an earlier run failed to make this correction
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 
@@ -47,6 +47,6 @@ void NoteAgain(const FitTasks &tasks, FitResult *result);
 /// Returns why a map that leaves nearly all of the picture empty can't be used; an empty string for usable maps.
 QString WhyUseless(const RadialMap &map, const QSize &pixels);
 
-/// Sets the zoom of the result's correction and fills in its effect on the field of view. Notes if the rectilinear
-/// picture of a fisheye lens ends before the photograph does.
+/// Sets the zoom of the result's correction and fills in its effect on the field of view. Adds a note if the
+/// rectilinear picture of a fisheye lens ends before the photograph does.
 void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result);

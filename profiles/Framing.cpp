@@ -167,7 +167,7 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     else if (correction.geometry && framing == Framing::All)
         found.zoom = ZoomForAll(correction);
     const double bounded = std::clamp(found.zoom, kMinZoom, kMaxZoom);
-    // A picture without empty pixels at kMinZoom might have none at smaller zooms either, so the bound limits it.
+    // A picture without empty pixels at kMinZoom might have none at smaller zooms either, so the bound limits the zoom.
     found.isBounded = bounded != found.zoom || (found.isFull && bounded == kMinZoom);
     found.zoom = bounded;
     return found;

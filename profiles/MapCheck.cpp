@@ -60,7 +60,7 @@ private:
 
     template <typename Make> void Check(const char *name, const ProfileModel &model, const Make &make)
     {
-        const bool hasScale = model.focalLengthX > 0.0; // otherwise it depends on the picture's frame
+        const bool hasScale = model.focalLengthX > 0.0; // otherwise the scale depends on the picture's frame
         const QString why = hasScale ? WhyUseless(make(), m_facts.pixels) : QString();
         m_isUsable |= why.isEmpty();
         if (why.isEmpty())

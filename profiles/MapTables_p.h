@@ -14,7 +14,7 @@ struct MapMiddle {
     PictureVector tangential; // 1 / pixel
 };
 
-/// Returns the distance, in pixels, from @p center to the farthest corner of the picture when enlarged around its
+/// Returns the distance, in pixels, from @p center to the farthest corner of the picture enlarged around its
 /// middle by 1 / @p shrink, plus a margin.
 double FarthestRadius(const QSize &pixels, const PictureVector &center, double shrink);
 

@@ -236,8 +236,8 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     return match;
 }
 
-/// Returns MatchHelp::correctAlike. It compares the same profile with many others, so it reads and fits that one only
-/// once; it doesn't fit identical files at all.
+/// Returns MatchHelp::correctAlike. The matcher compares the same profile with many others, so that profile is read and
+/// fitted only once; identical files aren't fitted at all.
 std::function<bool(const QString &, const QString &)> PictureFitter::Comparison(const PictureFacts &facts,
                                                                                 const FitOptions &options)
 {

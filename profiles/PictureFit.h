@@ -13,7 +13,7 @@
 /// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
 /// folders of raw converters in this user's Wine prefixes. Only existing ones, in order of preference.
 QStringList DefaultProfileFolders();
-/// Returns "vitrelux/profiles" in the user's data folder, which need not exist.
+/// Returns the path of "vitrelux/profiles" in the user's data folder, even if no such folder exists.
 QString UserProfileFolder();
 
 /// Returns the name to show for FitResult::profile: the file's name, or "lensfun: MAKER/LENS".

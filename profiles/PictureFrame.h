@@ -66,7 +66,7 @@ public:
     PictureFrame(const PictureFacts &facts, const PictureBody &body);
 
     /// Returns the picture's frame for an entry; nullopt, with the reason in @p why, if the entry cannot be used.
-    /// @param chosen  whether the user chose the profile: if its frame is too small, it is extrapolated, with a note.
+    /// @param chosen  whether the user chose the profile; if so, too small a frame is extrapolated, with a note.
     std::optional<EntryFrame> ForEntry(const ProfileEntry &entry, bool chosen, QString *why) const;
 
     /// Returns the shape of the frame; nullopt, with the reason in @p why, if the picture's position in it is unknown.

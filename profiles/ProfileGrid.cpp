@@ -13,7 +13,8 @@ double Aperture(const ProfileEntry &entry)
     return entry.hasAperture ? std::exp2(entry.apertureApex / 2.0) : 0.0;
 }
 
-/// Sorts entries by a value and passes each run of values that count as equal to @p take, in the file's order.
+/// Sorts entries by a value and calls take(run) for each run of entries whose values count as equal; the entries of a
+/// run are in the file's order.
 /// @param same  ratio up to which values count as equal.
 template <typename Value, typename Take>
 void ForEachRun(QVector<int> entries, double same, const Value &value, const Take &take)
@@ -125,7 +126,7 @@ ProfileGrid::ProfileGrid(const LensProfile &profile, Quantity quantity, const st
         isFocalGiven |= entry.focalMm > 0.0;
     }
     for (QVector<int> &entries : kinds) {
-        if (isFocalGiven) // entries without one cannot be ordered among the others
+        if (isFocalGiven) // entries without a focal length cannot be ordered among the others
             entries.erase(std::remove_if(entries.begin(), entries.end(),
                                          [&](int i) { return !(profile.entries[i].focalMm > 0.0); }),
                           entries.end());

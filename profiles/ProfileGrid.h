@@ -25,7 +25,7 @@ enum class Quantity { Geometry, Color, Light };
 /// Returns whether the entry has a model for @p quantity.
 bool HasModel(const ProfileEntry &entry, Quantity quantity);
 
-/// The setting of a picture; absent values are unknown.
+/// The setting that a picture was taken at: focal length, aperture and distance. Absent values are unknown.
 struct Setting {
     std::optional<double> focalMm, aperture, distanceM; // aperture: f-number; the distance may be infinite
 };

@@ -32,7 +32,7 @@ public:
     double width = 0;            // of the image
     double height = 0;
 
-    /// Runs the trials until one is good enough.
+    /// Runs at most `iterations` trials, until one is good enough.
     void process();
     /// Returns the circle through three edges drawn at random, by a linear model that holds for centers near the
     /// origin: distance = radius + centerX * directionX + centerY * directionY. All 0 if the three directions don't

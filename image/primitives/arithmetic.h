@@ -10,16 +10,16 @@ namespace primitives {
 
 /// Operations on the first and the second source. The first is the subtrahend or the divisor.
 struct AddOp {
-    template <typename V> static constexpr V Of(V first, V second) { return second + first; }
+    template <typename V> static constexpr V Apply(V first, V second) { return second + first; }
 };
 struct SubOp {
-    template <typename V> static constexpr V Of(V first, V second) { return second - first; }
+    template <typename V> static constexpr V Apply(V first, V second) { return second - first; }
 };
 struct MulOp {
-    template <typename V> static constexpr V Of(V first, V second) { return second * first; }
+    template <typename V> static constexpr V Apply(V first, V second) { return second * first; }
 };
 struct DivOp {
-    static constexpr float Of(float first, float second) { return second / first; }
+    static constexpr float Apply(float first, float second) { return second / first; }
 };
 
 /// Returns value / 2^scaleFactor, with halves rounded up.
@@ -41,7 +41,7 @@ Status Combine(const Ipp32f *first, Step firstStep, const Ipp32f *second, Step s
 {
     return ForRows(first, firstStep, second, secondStep, dst, dstStep, size,
                    [n = RowSamples<C>(size)](const Ipp32f *a, const Ipp32f *b, Ipp32f *out) {
-                       ForSamples(n, [=](std::int64_t i) { out[i] = Op::Of(a[i], b[i]); });
+                       ForSamples(n, [=](std::int64_t i) { out[i] = Op::Apply(a[i], b[i]); });
                    });
 }
 
@@ -57,7 +57,7 @@ Status CombineScaled(const T *first, Step firstStep, const T *second, Step secon
     return ForRows(first, firstStep, second, secondStep, dst, dstStep, size,
                    [=, n = RowSamples<C>(size)](const T *a, const T *b, T *out) {
                        ForSamples(n, [=](std::int64_t i) {
-                           out[i] = Saturate<T>(ScaleDown(Op::Of(Wide(a[i]), Wide(b[i])), shift));
+                           out[i] = Saturate<T>(ScaleDown(Op::Apply(Wide(a[i]), Wide(b[i])), shift));
                        });
                    });
 }
@@ -75,7 +75,7 @@ Status CombineConstants(const Ipp32f *src, Step srcStep, const Ipp32f constants[
     return ForRows(src, srcStep, dst, dstStep, size, [&k, width = size.width](const Ipp32f *srcRow, Ipp32f *dstRow) {
         ForSamples(width, [&](std::int64_t x) {
             for (int c = 0; c < C; ++c)
-                dstRow[x * C + c] = Op::Of(k[c], srcRow[x * C + c]);
+                dstRow[x * C + c] = Op::Apply(k[c], srcRow[x * C + c]);
         });
     });
 }

@@ -7,7 +7,7 @@
 
 namespace primitives {
 
-/// Header of a block in which the weights come next, from the center outward.
+/// Header of a block; the weights follow it in memory, from the center outward.
 struct GaussianSpec {
     int radius;
     int padding; // keeps the weights aligned to 8 bytes

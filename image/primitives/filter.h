@@ -6,7 +6,7 @@
 
 namespace primitives {
 
-/// Weights of a blur, stored in a block of the caller.
+/// Weights of a blur, stored in a block that the caller provides.
 struct GaussianSpec;
 
 /// Returns the sizes in bytes of the weights and of the work block of a blur. @p kernelSize is odd.

@@ -22,7 +22,7 @@ namespace {
 constexpr float kReach = 3.5f; // of kernels, in sigmas; one part in 2,000 of the weight lies beyond
 constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline extends two steps to both sides
 
-/// A plane that owns its memory; empty if the allocation fails.
+/// A plane that owns its memory or wraps another owner's; empty if the allocation fails.
 struct Plane {
     explicit Plane(Size of) : size(of), block(AllocateImage<Ipp32f, 1>(of.width, of.height, &step), Free) { }
     /// Wraps memory of another owner.
@@ -36,7 +36,7 @@ struct Plane {
 };
 
 /// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes farther out would
-/// equal the outermost one, because the edge repeats, so the blur on the grid repeats that one.
+/// equal the outermost one, because the edge repeats, so the blur on the grid repeats the outermost node.
 struct Grid {
     int pixels;
     int spacing; // k
@@ -175,8 +175,9 @@ Status BlurPlainly(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, S
         : Status::NoMemory;
 }
 
-/// A plane's two grids, with projection and evaluation. Works in blocks of node rows, which are transposed for the
-/// columns so that every loop accesses memory sequentially; planes on the grid are stored transposed.
+/// The grids of a plane's rows and columns, with projection and evaluation. Works in blocks of node rows, which are
+/// transposed for the columns so that every loop accesses memory sequentially; planes on the grid are stored
+/// transposed.
 class GridBlur {
 public:
     GridBlur(Size size, int spacing)
@@ -228,15 +229,16 @@ private:
 
 Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma)
 {
-    // The B-splines add 2 / 3 to the variance of the blur on the grid, which is at least 2 unless the grid has the
-    // smallest spacing.
+    // The B-splines add 2 / 3 to the variance of the blur on the grid. The blur's variance is at least 2 unless the
+    // grid has the smallest spacing.
     constexpr float kSplines = 2.0f / 3, kMinOnGrid = 2;
     const int spacing = std::max(2, static_cast<int>(sigma / std::sqrt(kMinOnGrid + kSplines)));
     const float relative = sigma / static_cast<float>(spacing);
 
     GridBlur grid(size, spacing);
     const Size onGridSize = grid.GridSize();
-    // Keep the grid in the target until that is filled: the first access to new memory takes longer than the blur.
+    // Keep the grid in the target until the result overwrites it: the first access to new memory takes longer than the
+    // blur.
     const bool fits = onGridSize.width <= size.width && onGridSize.height <= size.height;
     Plane onGrid = fits ? Plane(onGridSize, dst, dstStep) : Plane(onGridSize);
     Plane blurred(onGridSize);

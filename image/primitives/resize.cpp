@@ -11,7 +11,7 @@ namespace {
 struct Taps {
     std::int32_t first;
     std::int32_t count;
-    std::int64_t weights; // index of the first
+    std::int64_t weights; // index of the first weight
 };
 
 /// Number of products summed in single precision before the sum is added to a double: keeps a flat picture flat when
@@ -24,7 +24,7 @@ constexpr int kRowsAtOnce = 3;
 constexpr std::int64_t kRunSamples = 256;
 
 /// Returns the maximum number of weights of an axis: with area weighting a source position contributes to one target
-/// position, or to two if an edge cuts it.
+/// position, or to two if the edge between them cuts it.
 std::int64_t MaxWeights(int src, int dst, ResizeMethod method)
 {
     return method == kResizeSuper ? std::int64_t(src) + dst : 2 * std::int64_t(dst);

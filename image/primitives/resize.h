@@ -17,7 +17,7 @@ struct Point {
     int y;
 };
 
-/// Opaque; stored in a block of the caller, of the size that ResizeGetSize returns.
+/// Opaque; stored in a block that the caller provides, of the size that ResizeGetSize returns.
 struct ResizeSpec;
 
 /// Returns the sizes in bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is
@@ -25,8 +25,8 @@ struct ResizeSpec;
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);
 
-/// Prepares area weighting: a target pixel is the mean of the source area that it covers, in which pixels cut by its
-/// edge count in proportion. Supports any ratio of 1 or more, separately for each direction.
+/// Prepares area weighting: a target pixel is the mean of the source area that it covers; source pixels cut by the
+/// area's edge count in proportion. Supports any ratio of 1 or more, separately for each direction.
 Status ResizeSuperInit(Size src, Size dst, ResizeSpec *spec);
 /// Prepares bilinear interpolation between pixel centers; the outermost pixels are repeated beyond their centers. @p
 /// initBuffer is not used.

@@ -77,7 +77,7 @@ template <typename T> struct Turn {
     T SourceY(T x, T y) const { return sine * (x - shiftX) + cosine * (y - shiftY); }
 };
 
-/// Part of the target whose source positions all lie within the source.
+/// A rectangle of pixels, as ranges of columns and rows.
 struct Region {
     Range x;
     Range y;

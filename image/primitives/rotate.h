@@ -14,8 +14,8 @@ enum Interpolation { kCubic = 4 };
 ///     dstX =  cos(angle) * srcX + sin(angle) * srcY + shiftX
 ///     dstY = -sin(angle) * srcX + cos(angle) * srcY + shiftY
 ///
-/// So 90 degrees with the shift (0, width - 1) fills a target with swapped sides, whose top row is the source's
-/// right-hand column; -90 degrees with (width - 1, 0), for the same width, is the inverse.
+/// So 90 degrees with the shift (0, width - 1) fills a target with width and height swapped, whose top row is the
+/// source's right-hand column; -90 degrees with (width - 1, 0), for the same width, is the inverse.
 ///
 /// @param src      Pixel (0, 0) of the whole source image of @p srcSize; only @p srcRect of it is read.
 /// @param dst      Pixel (0, 0) of the target image; only pixels of @p dstRect that come from within srcRect are

@@ -22,7 +22,7 @@ private:
     bool IsColor(int lane) const { return lane % m_channels < 3; }
 
     int m_channels;
-    Ipp8u m_low[kLanes], m_high[kLanes]; // of the samples at each position in a group, which separates alpha
+    Ipp8u m_low[kLanes], m_high[kLanes]; // per position in a group, so that alpha stays separate
 };
 
 /// Maps the colors of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.

@@ -7,7 +7,8 @@
 
 namespace primitives {
 
-/// Definitions. The functions below use them for the end of a row and for processors without the instructions.
+/// Definitions. The functions below use them for the end of a row and for processors without the vector
+/// instructions.
 namespace plain {
 
 /// Computes (v - low) * factor, rounded and saturated.

@@ -33,7 +33,7 @@ void SetLensInfo(const QString &text, ProfileHead *head)
     head->maxAperture = NumberOrZero(parts[3]);
 }
 
-/// Reader of the first entry. Fields are attributes or element texts; models have none with the names used here.
+/// Reader of the first entry. Fields are attributes or element texts; models have no fields with the names used here.
 class HeadReader {
 public:
     HeadReader(QIODevice *device, ProfileHead *head) : m_xml(device), m_head(head) { }

@@ -8,7 +8,7 @@ class QIODevice;
 
 struct ProfileHead {
     QString make, model;     // of the camera
-    QStringList lensNames;   // Lens, LensPrettyName and alternate names; neither empty ones nor duplicates
+    QStringList lensNames;   // Lens, LensPrettyName and alternate names; none empty, no duplicates
     QStringList lensIds;     // LensID and alternate IDs, as text
     double minFocalMm = 0.0; // from LensInfo or a name; 0: not given
     double maxFocalMm = 0.0;

@@ -20,7 +20,7 @@ namespace {
 
 constexpr quint32 kMagic = 0x564c5058; // "VLPX"
 constexpr quint32 kVersion = 3;        // caches of another version are rebuilt: increase it with every format change
-constexpr qint64 kUnread = -1;         // modification time of files that failed to open or read
+constexpr qint64 kUnread = -1;         // modification time of files that could not be opened or read
 constexpr const char *kMisnamed = "its name is not UTF-8";
 
 QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
@@ -180,7 +180,7 @@ void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked,
 }
 
 /// Adds the profiles and folders whose names are not UTF-8, with replacement characters: Qt neither lists nor opens
-/// them. Records a folder that cannot be listed, which Qt doesn't report.
+/// them. Records folders that cannot be listed, because Qt doesn't report them.
 void ProfileIndex::AddMisnamed(const QString &folder, QStringList *files)
 {
     std::error_code failed, unknown;

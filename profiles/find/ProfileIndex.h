@@ -34,7 +34,7 @@ public:
     /// @param cacheFile  empty: no cache. See DefaultCacheFile.
     explicit ProfileIndex(const QString &cacheFile = DefaultCacheFile());
 
-    /// Returns a path in the user's cache folder; empty if there is none.
+    /// Returns a path in the user's cache folder; empty if there is no cache folder.
     static QString DefaultCacheFile();
 
     /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.

@@ -41,7 +41,7 @@ private:
 };
 
 /// Returns the parsed lens names of the picture: the most specific ones, with numbers completed from EXIF
-/// LensSpecification. Empty if it names no lens.
+/// LensSpecification. Empty if the picture names no lens.
 QVector<LensName> WantedLenses(const PictureFacts &facts);
 
 /// Returns a lens of @p wanted other than @p found that the picture's focal length allows: a camera may use one ID

@@ -9,10 +9,10 @@ struct lfLens;
 /// The frame to which a lens's models are applied.
 struct LensfunFrame {
     double width = 0.0, height = 0.0; // of the whole picture that the camera took, in pixels
-    double cropFactor = 0.0;          // of the camera
+    double cropFactor = 0.0;          // of the sensor area that the picture shows
 };
 
-/// The setting of the picture. 0: unknown.
+/// The setting that the picture was taken at. 0: unknown.
 struct LensfunSetting {
     double focalMm = 0.0, aperture = 0.0, distanceM = 0.0;
 };

@@ -69,8 +69,8 @@ public:
         KImage::exit();
     }
 
-    /// Returns the process, which the plug-in owns, set up for fitted or plain corrections. Throws KException if the
-    /// plug-in can't be loaded.
+    /// Returns the process object, which the plug-in owns, set up for fitted or plain corrections. Throws KException if
+    /// the plug-in can't be loaded.
     KIPluginOne2One *Process(bool isFitted)
     {
         QObject *object = m_plugin.instance();

@@ -19,7 +19,8 @@ constexpr int kHalfWidth = 512; // of each picture in the sheet
 constexpr int kGap = 8;
 constexpr int kLoupe = 128; // side of the enlarged spot in the sheet
 constexpr int kZoom = 2;
-constexpr Samples::Point kSpot = {2358, 1525}; // center of the spot, corrected: dark stone between light borders
+/// Center of the spot in the corrected picture: dark stone between light borders.
+constexpr Samples::Point kSpot = {2358, 1525};
 
 QImage ReadTiff(const char *path)
 {

@@ -85,7 +85,8 @@ Rgb FloorColor(const Spot &at)
     return Mix(color, color * 0.6, pool - at.Box(-kPoolHalf, kPoolNear, kPoolHalf, kPoolFar - 0.12));
 }
 
-/// Returns how brightly the sun lights the floor, from 0 to 1: it falls through the left windows in slanted patches.
+/// Returns how brightly the sun lights the floor, from 0 to 1: its light falls through the left windows in slanted
+/// patches.
 double SunOnFloor(const Spot &at)
 {
     const double slant = InBay(at.t - 0.45 * (at.s + kWall));

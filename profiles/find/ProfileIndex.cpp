@@ -19,7 +19,7 @@
 namespace {
 
 constexpr quint32 kMagic = 0x564c5058; // "VLPX"
-constexpr quint32 kVersion = 3;        // caches of another version are rebuilt: increase it with every format change
+constexpr quint32 kVersion = 4;        // caches of another version are rebuilt: increase it with every format change
 constexpr qint64 kUnread = -1;         // modification time of files that could not be opened or read
 constexpr const char *kMisnamed = "its name is not UTF-8";
 
@@ -60,13 +60,14 @@ QByteArray Checksum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 
-/// Fills in missing focal lengths from the lens names, so that a search has fewer names to parse.
+/// Fills in missing focal lengths from the lens names, so that a search has fewer names to parse. Names of several
+/// lenses, such as "A or B", are left out: a picture's lens may be any of these.
 void CompleteNumbers(ProfileHead *head)
 {
     for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
-        for (const LensName &name : ParseLensNames(head->lensNames[i])) {
-            head->minFocalMm = name.minFocalMm;
-            head->maxFocalMm = name.maxFocalMm;
+        if (const QVector<LensName> names = ParseLensNames(head->lensNames[i]); names.size() == 1) {
+            head->minFocalMm = names[0].minFocalMm;
+            head->maxFocalMm = names[0].maxFocalMm;
         }
 }
 

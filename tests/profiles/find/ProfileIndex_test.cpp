@@ -152,7 +152,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     Write(folder.filePath(QStringLiteral("broken.lcp")), "no XML");
     Write(folder.filePath(QStringLiteral("other.xml")), ProfileOf(QStringLiteral("not a profile, by its suffix")));
     const QTemporaryDir elsewhere; // linked from the folder, with a link back
-    Write(elsewhere.filePath(QStringLiteral("c.lcp")), ProfileOf(QStringLiteral("linked 35mm")));
+    Write(elsewhere.filePath(QStringLiteral("c.lcp")), ProfileOf(QStringLiteral("linked 35mm or 50mm")));
     QVERIFY(QFile::link(folder.path(), elsewhere.filePath(QStringLiteral("back"))));
     const auto scan = [&](int filesRead, const QStringList &lenses) {
         ProfileIndex index(file);
@@ -175,7 +175,10 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     QVERIFY(index.Scan({folder.path()}));
     QStringList lenses = Lenses(index);
     lenses.sort();
-    QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
+    QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm or 50mm"), two}));
+    for (const IndexedProfile &profile : index.Profiles()) // a name of two lenses gives no focal lengths
+        if (profile.path.endsWith(QLatin1String("c.lcp")))
+            QCOMPARE(Text(profile.head), QStringLiteral("|M|linked 35mm or 50mm 0 0 0 0 0 0"));
 }
 
 /// Two operations fail even for root: opening a file whose name is not UTF-8, and a folder while no file descriptor is

@@ -22,7 +22,7 @@ struct PixelForm {
 /// A source, filled with noise, and a target; both are in one block of memory.
 class ImagePair {
 public:
-    /// @param turned  makes the source upright.
+    /// @param turned  gives the source portrait orientation.
     ImagePair(PixelForm from, PixelForm to, int targetWidth, int targetHeight, bool turned = false)
         : block(
             static_cast<std::size_t>(kPixels * from.BytesPerPixel() + to.BytesPerPixel() * targetWidth * targetHeight))

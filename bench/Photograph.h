@@ -58,12 +58,12 @@ template <typename Sample> void FillPhotograph(KImage *image, float white)
     }
 }
 
-/// Allocates and fills an RGB picture of about @p megapixels, 8 or 16 bits, 3 : 2 or, if @p upright, 2 : 3.
-inline void MakePhotograph(KImage *image, double megapixels, int bits = 8, bool upright = false)
+/// Allocates and fills an RGB picture of about @p megapixels, 8 or 16 bits, 3 : 2 or, if @p portrait, 2 : 3.
+inline void MakePhotograph(KImage *image, double megapixels, int bits = 8, bool portrait = false)
 {
     const int shortSide = static_cast<int>(std::lround(std::sqrt(megapixels * 1e6 / 1.5))),
               longSide = shortSide * 3 / 2;
-    image->AllocBitmap(upright ? shortSide : longSide, upright ? longSide : shortSide, GFL_RGB, bits, /*clear=*/false,
+    image->AllocBitmap(portrait ? shortSide : longSide, portrait ? longSide : shortSide, GFL_RGB, bits, /*clear=*/false,
                        nullptr, 0);
     bits == 8 ? FillPhotograph<std::uint8_t>(image, 255.0F) : FillPhotograph<std::uint16_t>(image, 65535.0F);
 }

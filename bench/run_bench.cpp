@@ -47,7 +47,7 @@ double Now()
 struct Kind {
     const char *name;
     int bits; // 8: a JPEG; 16: an uncompressed TIFF
-    bool upright;
+    bool portrait;
     const char *sampling; // null: plain corrections
 };
 
@@ -56,7 +56,7 @@ constexpr Kind kKinds[] = {{"plain", 8, false, nullptr},
                            {"bilinear", 8, false, "--sampling=bilinear"},
                            {"sharp16", 16, false, "--sampling=sharp"},
                            {"bilinear16", 16, false, "--sampling=bilinear"},
-                           {"uprightSharp", 8, true, "--sampling=sharp"}};
+                           {"portraitSharp", 8, true, "--sampling=sharp"}};
 
 /// A folder with a picture and a profile made for its size.
 class Job {
@@ -64,7 +64,7 @@ public:
     Job(const Kind &kind, double megapixels)
         : m_kind(kind), m_folder(QDir::tempPath() + QLatin1String("/vitrelux-bench-XXXXXX"))
     {
-        MakePhotograph(&m_photograph, megapixels, kind.bits, kind.upright);
+        MakePhotograph(&m_photograph, megapixels, kind.bits, kind.portrait);
         constexpr int kQualityOfCameras = 11, kNone = 0;
         const bool isJpeg = kind.bits == 8;
         m_photograph.Write(Picture(), isJpeg ? QStringLiteral("jpeg") : QStringLiteral("tiff"),

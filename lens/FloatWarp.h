@@ -18,7 +18,7 @@ class newLCP;
 /// different rows. Nothing here throws or allocates.
 class FloatWarp {
 public:
-    /// Orientation of the corrected picture relative to the profile's landscape frame. Turned is for upright pictures:
+    /// Orientation of the corrected picture relative to the profile's landscape frame. Turned is for portrait pictures:
     /// in the models' frame they are rotated counterclockwise by a right angle, so that their right-hand column is on
     /// top.
     enum class Frame { Landscape, Turned };

@@ -83,7 +83,7 @@ public:
     virtual void SaveDefaultSettings(void *parameters);
 
     /// Corrects item.second, an image of four float channels, in place; item.first describes it. If a plain record has
-    /// no profile, looks one up and leaves the pixels unchanged; a second run corrects them. Square and upright images
+    /// no profile, looks one up and leaves the pixels unchanged; a second run corrects them. Square and portrait images
     /// are treated as rotated, because a profile describes a landscape frame. Throws KException.
     void Process(QPair<KIImageDef *, KImage *> item, void *parameters);
 

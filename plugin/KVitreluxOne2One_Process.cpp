@@ -24,7 +24,7 @@ QString CorrectedFileName(const QString &fileName, const QString &suffix)
     return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.") + suffix;
 }
 
-/// Returns the frame in which a picture is corrected. A profile describes a landscape frame; upright and square
+/// Returns the frame in which a picture is corrected. A profile describes a landscape frame; portrait and square
 /// pictures are corrected as if they were rotated into it and back. In such pictures, pixels that the correction does
 /// not write are black, as after a rotation into a cleared image.
 FloatWarp::Frame FrameOf(const KImage &image)

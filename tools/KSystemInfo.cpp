@@ -24,7 +24,7 @@
 namespace {
 
 /// Returns @p counted or, if it is 0, which means unknown, OpenMP's count, at least 1.
-int KnownCountOrOpenMps(unsigned counted)
+int CountOrOpenMpThreads(unsigned counted)
 {
     return counted ? static_cast<int>(counted) : std::max(omp_get_max_threads(), 1);
 }
@@ -254,12 +254,12 @@ Qt::KeyboardModifiers KSystemInfo::KeyboardModifiers()
 
 int KSystemInfo::cpuVirtualCount()
 {
-    return KnownCountOrOpenMps(GetSysLogicalProcessorCount());
+    return CountOrOpenMpThreads(GetSysLogicalProcessorCount());
 }
 
 int KSystemInfo::cpuPhysicalCount()
 {
-    return KnownCountOrOpenMps(GetSysProcessorCoreCount());
+    return CountOrOpenMpThreads(GetSysProcessorCoreCount());
 }
 
 int KSystemInfo::cpuHyperThreadingCount()

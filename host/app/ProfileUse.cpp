@@ -99,10 +99,10 @@ Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &aske
 
 QString SizeMismatch(const ProfileUse &profile, int width, int height)
 {
-    const bool upright = width <= height;
-    if ((upright ? height : width) == profile.width && (upright ? width : height) == profile.height)
+    const bool isPortrait = width <= height;
+    if ((isPortrait ? height : width) == profile.width && (isPortrait ? width : height) == profile.height)
         return QString();
-    const QString expected = upright ? Sides(profile.height, profile.width) : Sides(profile.width, profile.height);
+    const QString expected = isPortrait ? Sides(profile.height, profile.width) : Sides(profile.width, profile.height);
     return QStringLiteral(
                "has %1 pixels, but the profile was made for %2; corrected as the top left part of such a picture")
         .arg(Sides(width, height), expected);

@@ -37,11 +37,11 @@ ReducedSize SizeOfPreview(const KIImageDef &def)
     const int rows = def.nRows();
     if (columns < 1 || rows < 1)
         KThrow("Invalid Parameter");
-    const bool upright = columns <= rows;
-    const int longSide = std::min(kLongestSidePx, upright ? rows : columns);
-    const double scale = double(longSide) / (upright ? rows : columns);
-    const int shortSide = std::max(1, int((upright ? columns : rows) * scale));
-    return upright ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
+    const bool isPortrait = columns <= rows;
+    const int longSide = std::min(kLongestSidePx, isPortrait ? rows : columns);
+    const double scale = double(longSide) / (isPortrait ? rows : columns);
+    const int shortSide = std::max(1, int((isPortrait ? columns : rows) * scale));
+    return isPortrait ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
 }
 
 /// Scoped lock of an image's reduced pixels.

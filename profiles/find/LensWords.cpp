@@ -162,7 +162,7 @@ constexpr Mark kMarks[] = {
     {"zf", Group::Mount, "ze"},
     {"zk", Group::Mount, "ze"},
     {"zm", Group::Mount, nullptr},
-    {"contax", Group::Series, nullptr}, // later Zeiss lenses are other designs
+    {"contax", Group::Series, nullptr}, // later Zeiss lenses have different designs
     {"ex", Group::Series, nullptr},
     {"otus", Group::Series, nullptr},
     {"milvus", Group::Series, nullptr},

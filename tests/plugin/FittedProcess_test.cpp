@@ -303,7 +303,7 @@ void tst_FittedProcess::gainMultipliesLight()
     }
 }
 
-/// A host may return pixels of another size than the file's, as after developing a raw image.
+/// A host may return pixels of a different size than the file's, as after developing a raw image.
 void tst_FittedProcess::pixelsOfTheHost()
 {
     const TiffRaster small = Coordinates(QSize(300, 200), 0b010);

@@ -140,16 +140,16 @@ void tst_ClosedForm::betweenEntries()
     QVector<ProfileEntry> entries;
     for (const Shot &shot : grid)
         entries.append(Measured(shot));
-    const auto apart = [](const Shot &a, const Shot &b) {
-        const auto share = [](double one, double other) { return std::abs(1.0 / one - 1.0 / other); };
-        return share(a.focalMm, b.focalMm) * 24.0 + share(a.distanceM, b.distanceM) * 0.5
-            + share(a.aperture * a.aperture, b.aperture * b.aperture) * 2.8 * 2.8;
+    const auto separation = [](const Shot &a, const Shot &b) {
+        const auto difference = [](double one, double other) { return std::abs(1.0 / one - 1.0 / other); };
+        return difference(a.focalMm, b.focalMm) * 24.0 + difference(a.distanceM, b.distanceM) * 0.5
+            + difference(a.aperture * a.aperture, b.aperture * b.aperture) * 2.8 * 2.8;
     };
     std::array<QVector<double>, 6> errors; // of three methods: in pixels, then in EV
     for (const Shot &shot : Grid({26.0, 31.0, 40.0, 50.0, 62.0}, {0.8, 4.0}, {3.3, 4.8, 8.0})) {
         int nearest = 0;
         for (int i = 1; i < grid.size(); ++i)
-            nearest = apart(grid[i], shot) < apart(grid[nearest], shot) ? i : nearest;
+            nearest = separation(grid[i], shot) < separation(grid[nearest], shot) ? i : nearest;
         const LensProfile ways[] = {Profile(entries), Profile({entries[nearest]}), Profile({entries[0]})};
         for (size_t way = 0; way < 3; ++way) {
             const Error error = ErrorOf(ways[way], shot);

@@ -26,7 +26,7 @@ struct FittedPlan {
 class FittedBands {
 public:
     /// Waits until the first @p rows rows of the source can be read, and returns the number of readable rows. May
-    /// throw. Once all rows are readable, none is damaged.
+    /// throw; waiting for all rows throws if the source is damaged.
     using WaitForRows = std::function<int(int rows)>;
 
     /// @p source must outlive the object and have the correction's size.

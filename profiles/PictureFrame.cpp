@@ -130,19 +130,19 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
 }
 
 /// Returns whether the picture was rotated by 90 degrees before it was stored.
-bool PictureFrame::LiesAcross(const QSizeF &reference) const
+bool PictureFrame::IsRotated(const QSizeF &reference) const
 {
     if (!m_facts.crop.Known())
         return reference.height() > reference.width() ? m_place.width > m_place.height : m_place.height > m_place.width;
     // A crop may have any shape: choose the orientation in which the whole picture has the profile's proportions.
     const double profileAspect = reference.isEmpty() ? 1.5 : reference.width() / reference.height();
     const double straight = std::abs(std::log(m_place.width / m_place.height / profileAspect));
-    const PictureVector across = SidesAcross();
-    return straight > std::log(kSameAspect) && std::abs(std::log(across.x / across.y / profileAspect)) < straight;
+    const PictureVector rotated = SidesIfRotated();
+    return straight > std::log(kSameAspect) && std::abs(std::log(rotated.x / rotated.y / profileAspect)) < straight;
 }
 
 /// Returns the sides that the whole picture has if the current one was rotated by 90 degrees.
-PictureVector PictureFrame::SidesAcross() const
+PictureVector PictureFrame::SidesIfRotated() const
 {
     const QRectF crop = m_facts.crop.Known() ? m_facts.crop.value : QRectF(0.0, 0.0, 1.0, 1.0);
     const double share = crop.width() / crop.height();
@@ -201,9 +201,9 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
 {
     FrameShape shape;
     PictureVector sides{m_place.width, m_place.height};
-    shape.liesAcross = LiesAcross(reference);
-    if (shape.liesAcross && m_facts.crop.Known()) {
-        sides = SidesAcross();
+    shape.isRotated = IsRotated(reference);
+    if (shape.isRotated && m_facts.crop.Known()) {
+        sides = SidesIfRotated();
         const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
         if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
             *why = QStringLiteral("the picture was cropped from a rotated one, and its position there is unknown");
@@ -224,7 +224,7 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
         shape.shortPx = shape.longPx / aspect;
     if (shape.isCut)
         shape.assumed << QStringLiteral("cropped from the center of a %1:1 frame").arg(aspect, 0, 'f', 2);
-    if (shape.liesAcross)
+    if (shape.isRotated)
         shape.assumed << QStringLiteral(
             "rotated in an unknown direction: the lens's center is assumed to be in the middle");
     return shape;
@@ -242,9 +242,9 @@ std::optional<EntryFrame> PictureFrame::ForEntry(const ProfileEntry &entry, bool
     if (!SetRatio(entry, shape->aspect, &frame, why) || !LimitRatio(chosen, &frame, why))
         return std::nullopt;
     frame.unitPx = shape->longPx / frame.ratio;
-    frame.tangential = !shape->liesAcross;
+    frame.tangential = !shape->isRotated;
     frame.assumed += shape->assumed;
-    if (isSame && hasSize && !shape->isCut && !shape->liesAcross)
+    if (isSame && hasSize && !shape->isCut && !shape->isRotated)
         frame.frameHeight = entry.height / entry.width;
     return frame;
 }

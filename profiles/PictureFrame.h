@@ -48,7 +48,7 @@ struct FrameShape {
     double longPx = 0.0, shortPx = 0.0; // sides, in pixels of the current picture
     double aspect = 1.0;                // of the frame, at least 1
     bool isCut = false;                 // cropped from the center of a frame with other proportions
-    bool liesAcross = false;            // rotated by 90 degrees, in an unknown direction
+    bool isRotated = false;             // rotated by 90 degrees, in an unknown direction
     QStringList assumed;                // messages for the user
 };
 
@@ -85,8 +85,8 @@ public:
 private:
     bool SetRatio(const ProfileEntry &entry, double aspect, EntryFrame *frame, QString *why) const;
     bool LimitRatio(bool chosen, EntryFrame *frame, QString *why) const;
-    bool LiesAcross(const QSizeF &reference) const;
-    PictureVector SidesAcross() const;
+    bool IsRotated(const QSizeF &reference) const;
+    PictureVector SidesIfRotated() const;
 
     const PictureFacts &m_facts;
     PictureBody m_body;

@@ -14,7 +14,7 @@ class QDomElement;
 ///   |---------|------------------------------------------------------------------------------------|
 ///   | bool    | "true" or "false", ignoring case, not trimmed; or a decimal integer: true unless 0 |
 ///   | int     | a decimal integer                                                                  |
-///   | double  | a number, with a decimal point                                                     |
+///   | double  | a number; its decimal separator is a point                                         |
 ///   | QString | any text, including an empty one                                                   |
 template <typename T> struct XmlValueBuilder {
     static T Build(const QDomElement &element, T defaultValue);

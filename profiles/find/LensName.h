@@ -33,7 +33,7 @@ QVector<LensName> ParseLensNames(const QString &text);
 /// The result of comparing two names.
 struct NameMatch {
     bool fits = false;      // no number, mark or word conflicts
-    bool sameFocal = false; // both name the same focal lengths, and no different apertures
+    bool sameFocal = false; // both give the same focal lengths, and their apertures don't conflict
     double score = 0;       // weighted count of shared parts minus those in only one name
     QString why;            // if it doesn't fit: the first contradiction, as text for the user
 };

@@ -96,7 +96,7 @@ private:
         if (m_curves.light && !setting.distanceM)
             m_result.assumed << QStringLiteral("distant subject");
         m_result.entries = QStringLiteral("at %1 mm").arg(*setting.focalMm);
-        const double shift = shape->liesAcross ? 0.0 : 1.0; // rotated: the direction of the center's shift is unknown
+        const double shift = shape->isRotated ? 0.0 : 1.0; // rotated: the direction of the center's shift is unknown
         const PictureVector turned =
             Turned(place.turn, {shift * m_curves.centerX - place.middleX, shift * m_curves.centerY - place.middleY});
         m_center = {(m_facts.pixels.width() - 1) / 2.0 + turned.x, (m_facts.pixels.height() - 1) / 2.0 + turned.y};

@@ -67,7 +67,7 @@ std::vector<Sample> AllSamples()
          "fisheye",
          fisheye,
          Hold::Landscape,
-         {"Swimming hall", "hall", "2021:06:13 09:15:10", 10, 60, 4.0, 400},
+         {"Swimming pool", "hall", "2021:06:13 09:15:10", 10, 60, 4.0, 400},
          std::make_shared<Hall>(focalPx, center)},
     };
 }

@@ -235,8 +235,8 @@ void HostRunTest::replacedFile()
     QVERIFY(QDir::setCurrent("/"_s));
 }
 
-/// The program replaces a call that the file system lacks by another; if there is none or a call fails, the message
-/// says why.
+/// If the file system doesn't support a call, the program falls back to another one. If the run fails nevertheless, the
+/// message gives the reason.
 void HostRunTest::refusedCalls()
 {
 #ifdef __x86_64__ // elsewhere, the C library makes other calls
@@ -245,7 +245,7 @@ void HostRunTest::refusedCalls()
     const struct {
         const char *name, *manner, *options;
         QVector<Call> refused;
-        const char *content, *message; // %1: the output, %2: its folder; empty: written
+        const char *content, *message; // the output's content, and the error; %1: the output, %2: its folder
     } rows[] = {
         {"exclusive rename", "", "", {noRename}, "probe", ""},
         {"exclusive rename, output exists", "rival", "", {noRename}, "rival", "cannot write \"%1\": File exists"},
@@ -275,7 +275,7 @@ void HostRunTest::refusedCalls()
         QCOMPARE(result.exitCode, int(*row.message != 0));
         QCOMPARE(Made(), *row.content ? QStringList(kOutput) : QStringList());
         QVERIFY(!*row.content || ReadFile(Path(kOutput)) == row.content);
-        QCOMPARE(Notes().filter("Process a.jpg "_s), Notes().filter("Process "_s)); // a copy has the picture's name
+        QCOMPARE(Notes().filter("Process a.jpg "_s), Notes().filter("Process "_s)); // even if a copy replaces the link
     }
 #endif
 }

@@ -22,6 +22,6 @@ template <class Data> QByteArray TakeBytes(Data *data, void (*release)(Data *))
 /// Returns an ICC profile made by lcms2, an XMP packet, and EXIF with only an orientation.
 Blocks SomeBlocks(int orientation = 6);
 
-/// Returns the blocks of a loaded bitmap. Its EXIF is that of SomeBlocks with the bitmap's orientation; empty
-/// if the bitmap has none.
+/// Returns the blocks of a loaded bitmap, but with the EXIF of SomeBlocks for the bitmap's orientation; no EXIF if the
+/// bitmap has no orientation.
 Blocks BlocksOf(const GFL_BITMAP &bitmap);

@@ -485,7 +485,7 @@ void tst_FittedProcess::formats()
     }
 }
 
-/// The record of a correction that follows one by a program that left XMP, or by the camera.
+/// The record of a correction, in a picture in which the vignetting had already been corrected.
 void tst_FittedProcess::recordOfResult()
 {
     FitResult fit;

@@ -120,11 +120,15 @@ void tst_Exif::date()
     time.tm_year = 110;
     time.tm_mon = 6;
     time.tm_mday = 3;
+    const qint64 midnight = std::mktime(&time);
     time.tm_hour = 18;
     const qint64 evening = std::mktime(&time);
     const auto stamp = [](const char *value) { return Analyze(QByteArray("36867=") + value)->m_shooting.timestamp; };
     QCOMPARE(stamp("2010:07:03 18:00:00"), evening);
     QCOMPARE(stamp("2010:07:03 18"), evening);
+    QCOMPARE(stamp("2010:07:03 18:30:15"), evening + 1815);
+    QCOMPARE(stamp("2010:07:03"), midnight);
+    QCOMPARE(stamp("2010:07"), 0);
     QCOMPARE(stamp("    :  :     :  :  "), 0);
     QCOMPARE(stamp("today"), 0);
     const std::time_t before1970 = -1; // also what the C library returns for a date that it can't represent

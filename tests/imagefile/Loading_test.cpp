@@ -76,7 +76,7 @@ void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind, bool isDamag
     TIFFWriteDirectory(tiff);
 }
 
-enum Embedding { InRaw, InRawAsPixels, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond, Damaged };
+enum Embedding { InRaw, InRawAsPixels, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond, Damaged, Between };
 
 } // namespace
 
@@ -186,11 +186,14 @@ void tst_Loading::embeddedPreviews()
         bool isUsed;      // for a box of 90 x 90 and a picture of 300 x 200
         int segments = 0; // more before the JPEG's EXIF, which is only found among the first four
     };
-    QVector<Row> rows = {{BeforePage, {60, 40}, false},
-                         {AsPageOfTheSecond, {120, 80}, false},
-                         {Damaged, {120, 80}, false},
-                         {InExif, {120, 80}, true, 2},
-                         {InExif, {120, 80}, false, 3}};
+    QVector<Row> rows = {
+        {BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false},
+        {Damaged, {120, 80}, false},   {Between, {120, 80}, true}, // the smallest that suffices, of three
+        {Between, {90, 60}, true},     {InExif, {91, 60}, true},   // large enough, or a pixel too small
+        {InExif, {89, 60}, false},     {InExif, {90, 59}, false},
+        {InExif, {120, 78}, true}, // proportions that differ by 2.6 % and 3.6 %
+        {InExif, {120, 83}, false},    {InExif, {120, 80}, true, 2},
+        {InExif, {120, 80}, false, 3}};
     // Previews larger than the box, too small, and with other proportions.
     for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
@@ -220,12 +223,17 @@ void tst_Loading::embeddedPreviews()
             AddPage(tiff, {300, 200}, 0, 0);
             if (embedding == AsPageOfTheSecond)
                 AddPage(tiff, {300, 200}, 0, 0);
+            if (embedding == Between)
+                AddPage(tiff, {150, 100}, 0, FILETYPE_REDUCEDIMAGE);
             AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE, embedding == Damaged);
+            if (embedding == Between)
+                AddPage(tiff, {180, 120}, 0, FILETYPE_REDUCEDIMAGE);
             TIFFClose(tiff);
         }
         const BitmapPtr got = LoadThumbnail(path, {90, 90}), whole = Load(path);
-        QVERIFY2(got && got->Width == 90 && got->Height == 60, gflLastErrorText());
-        for (int y = 0; y < 60; ++y)
+        const int height = isUsed ? qRound(90.0 * preview.height() / preview.width()) : 60;
+        QVERIFY2(got && got->Width == 90 && got->Height == height, gflLastErrorText());
+        for (int y = 0; y < height; ++y)
             QCOMPARE(SampleAt(*got, 45, y, 0) > 0.5, isUsed);
         QCOMPARE(SampleAt(*got, 45, 50, 0) < SampleAt(*got, 45, 10, 0) - 0.1, isUsed && embedding == InRawAsPixels);
         QVERIFY2(whole && whole->Width == 300 && SampleAt(*whole, 5, 5, 0) < 0.5, gflLastErrorText());

@@ -403,9 +403,15 @@ void tst_Tiff::writtenFilesAreCorrect()
             for (int compression : schemes.keys()) {
                 const Case named(type, bits, "compression", compression);
                 const BitmapPtr bitmap = RandomBitmap(301, 503, type, bits); // many strips at all depths
+                bitmap->Xdpi = compression == 2 ? 0 : 300;
+                bitmap->Ydpi = compression == 0 ? 0 : 150;
                 QVERIFY2(Save(path, *bitmap, SaveParams("tiff", compression)) == GFL_NO_ERROR, gflLastErrorText());
                 TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");
-                quint16 scheme = 0, predictor = 1, extraCount = 0, *extra = nullptr;
+                quint16 scheme = 0, predictor = 1, extraCount = 0, *extra = nullptr, unit = 0;
+                float xDpi = 0, yDpi = 0;
+                const int dpiFields = TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &xDpi)
+                    + TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &yDpi)
+                    + TIFFGetField(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
                 TIFFGetField(tiff, TIFFTAG_COMPRESSION, &scheme);
                 TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
                 if (compression != 0)
@@ -420,6 +426,8 @@ void tst_Tiff::writtenFilesAreCorrect()
                 QCOMPARE(int(scheme), schemes[compression]);
                 QCOMPARE(int(predictor), compression == 0 ? 1 : bits == 32 ? 3 : 2);
                 QCOMPARE(isStraight, type == GFL_RGBA);
+                QCOMPARE(dpiFields, compression == 4 ? 3 : 0); // only if both are known
+                QVERIFY(compression != 4 || (xDpi == 300 && yDpi == 150 && unit == RESUNIT_INCH));
             }
 }
 

@@ -27,6 +27,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <limits>
 #include <new>
 #include <sys/syscall.h>
@@ -39,12 +40,13 @@ using namespace imagefile;
 namespace {
 
 thread_local const char *failingCall = ""; // system call that fails once on this thread
+thread_local int callsLeft = 0;            // such calls until one fails
 thread_local int failure = 0;              // its errno
 thread_local int allocationsLeft = 0;      // calls to operator new on this thread until one fails; 0: none fails
 
 bool Fails(const char *call)
 {
-    if (qstrcmp(call, failingCall) != 0)
+    if (qstrcmp(call, failingCall) != 0 || --callsLeft > 0)
         return false;
     failingCall = "";
     errno = failure;
@@ -77,16 +79,23 @@ private:
     int m_left;
 };
 
-/// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns false if it can't.
-bool Break(const QString &path)
+/// Makes each of a function's system calls @p call fail once: with @p number as errno or, for 0, by doing nothing and
+/// returning 0. Returns an empty string if the function then always returns @p error with this text; otherwise its
+/// result.
+std::string BadFailure(const std::function<int()> &function, const char *call, int number, int error,
+                       const std::string &text)
 {
-    for (int fd = 3; fd < 100; ++fd) {
-        if (QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(fd)) != path)
-            continue;
-        const int folder = ::open("/", O_RDONLY);
-        return ::dup2(folder, fd) == fd && ::close(folder) == 0;
+    for (int n = 1;; ++n) {
+        failingCall = call;
+        failure = number;
+        callsLeft = n;
+        const int got = function();
+        const bool hasFailed = *std::exchange(failingCall, "") == '\0';
+        if (!hasFailed && got == 0 && n > 1)
+            return std::string();
+        if (!hasFailed || got != error || (error != 0 && text != gflLastErrorText()))
+            return Text("%s %d of errno %d: error %d, %s", call, n, number, got, gflLastErrorText());
     }
-    return false;
 }
 
 } // namespace
@@ -104,6 +113,14 @@ int close(int file)
 {
     const int result = int(::syscall(SYS_close, file));
     return Fails("close") ? -1 : result;
+}
+ssize_t pread(int file, void *buffer, std::size_t size, off_t offset)
+{
+    return Fails("pread") ? -(failure != 0) : ::syscall(SYS_pread64, file, buffer, size, offset);
+}
+ssize_t pwrite(int file, const void *data, std::size_t size, off_t offset)
+{
+    return Fails("pwrite") ? -(failure != 0) : ::syscall(SYS_pwrite64, file, data, size, offset);
 }
 int rename(const char *from, const char *to) noexcept
 {
@@ -353,36 +370,66 @@ void tst_Inside::brokenDisk()
         QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("truncated"));
     }
-    // Unreadable metadata must not be mistaken for missing metadata either.
-    WriteFile(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff")));
-    for (const bool isBroken : {false, true}) {
-        const Case named("broken", isBroken);
-        Source source;
-        Metadata metadata;
-        QVERIFY(bool(source.Open(path.toStdString())));
-        QVERIFY(isBroken ? Break(path) : QFile::resize(path, 100));
-        const Status status = ReadExiv2Metadata(source, &metadata);
-        QCOMPARE(int(status.Error()), int(GFL_ERROR_FILE_READ));
-        QVERIFY2(QByteArray::fromStdString(status.Why()).contains(path.toUtf8()), status.Why().c_str());
+    const QByteArray name = path.toUtf8();
+    const std::string file = path.toStdString(), what = ": " + std::string(std::strerror(EIO));
+    const BitmapPtr picture = SmoothBitmap(9, 9, GFL_RGB, 8);
+    MakeMetadata(picture.get())->exif["Exif.Photo.LensModel"] = "A lens";
+    const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_METADATA);
+    GFL_FILE_INFORMATION info;
+    for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+        const auto loads = [](auto load) {
+            return [load] {
+                GFL_BITMAP *bitmap = nullptr;
+                const int error = load(&bitmap);
+                return (BitmapPtr(bitmap) == nullptr) == (error != 0) ? error : -1;
+            };
+        };
+        const std::function<int()> functions[] = {
+            [&] { return Describe(path, &info); },
+            loads([&](GFL_BITMAP **to) { return gflLoadBitmapUTF8(name, to, &params, nullptr); }),
+            loads([&](GFL_BITMAP **to) { return gflLoadThumbnailUTF8(name, 5, 5, to, &params, nullptr); }),
+            loads([&](GFL_BITMAP **to) { return gflLoadMetadataUTF8(name, to); }),
+            [&] { return gflHasEXIFUTF8(name) ? 0 : int(GFL_ERROR_FILE_READ); },
+            [&] {
+                GFL_METADATA_LIST *list = nullptr;
+                const int error = gflLoadMetadataListUTF8(name, &list);
+                const bool isMade = list != nullptr;
+                gflFreeMetadataList(list);
+                return isMade == (error == 0) ? error : -1;
+            }};
+        QCOMPARE(Save(path, *picture, SaveParams(format)), 0);
+        for (const auto &function : functions) {
+            const Case named(format, "function", &function - functions);
+            QCOMPARE(BadFailure(function, "pread", EINTR, 0, ""), std::string());
+            QCOMPARE(BadFailure(function, "pread", EIO, GFL_ERROR_FILE_READ, "can't read " + file + what),
+                     std::string());
+            QCOMPARE(BadFailure(function, "pread", 0, GFL_ERROR_FILE_READ, file + " was truncated while being read"),
+                     std::string());
+        }
     }
     // A failed save leaves the old file and no other. Some file systems can't sync.
-    const std::tuple<const char *, int, int> calls[] = {{"fchmod", EPERM, GFL_ERROR_FILE_WRITE},
-                                                        {"fsync", EIO, GFL_ERROR_FILE_WRITE},
-                                                        {"fsync", EINVAL, 0},
-                                                        {"close", EDQUOT, GFL_ERROR_FILE_WRITE},
-                                                        {"rename", EROFS, GFL_ERROR_FILE_CREATE}};
-    for (const auto &[call, number, expected] : calls) {
-        const Case named(call, number);
+    const auto save = [&] {
         WriteFile(path, "old");
-        failingCall = call;
-        failure = number;
-        const int error = Save(path, *SmoothBitmap(9, 9, GFL_RGB, 8));
-        QCOMPARE(std::exchange(failingCall, ""), "");
-        QCOMPARE(error, expected);
-        QVERIFY(error == 0 || QByteArray(gflLastErrorText()).endsWith(QByteArray(": ").append(std::strerror(number))));
-        QCOMPARE(ReadFile(path) == "old", error != 0);
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    }
+        const int error = Save(path, *picture);
+        const bool isAlone = QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size() == 1;
+        return isAlone && (ReadFile(path) == "old") == (error != 0) ? error : -1;
+    };
+    const std::tuple<const char *, int, int, const char *> calls[] = {
+        {"fchmod", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
+        {"fsync", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
+        {"fsync", EINVAL, 0, ""},
+        {"close", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
+        {"rename", EIO, GFL_ERROR_FILE_CREATE, "can't create "},
+        {"pwrite", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
+        {"pwrite", EINTR, 0, ""},
+        {"pread", EIO, GFL_ERROR_FILE_WRITE, "can't read back "}, // to join the EXIF
+        {"pread", EINTR, 0, ""}};
+    for (const auto &[call, number, error, start] : calls)
+        QCOMPARE(BadFailure(save, call, number, error, start + file + what), std::string());
+    QCOMPARE(BadFailure(save, "pwrite", 0, GFL_ERROR_FILE_WRITE, "can't write " + file + ": " + std::strerror(ENOSPC)),
+             std::string());
+    QCOMPARE(BadFailure(save, "pread", 0, GFL_ERROR_FILE_WRITE, "TIFF: the first directory can't be read back"),
+             std::string());
 }
 
 /// Makes each call to operator new fail once. The load or save must then either report the lack of memory or succeed

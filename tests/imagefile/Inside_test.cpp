@@ -3,6 +3,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
+#include "Table.h"
 #include "core/byte_reader.h"
 #include "core/codec.h"
 #include "core/iso_boxes.h"
@@ -80,10 +81,10 @@ private:
 };
 
 /// Makes each of a function's system calls @p call fail once: with @p number as errno or, for 0, by doing nothing and
-/// returning 0. Returns an empty string if the function then always returns @p error with this text; otherwise its
+/// returning 0. Returns an empty text if the function then always returns @p error with this text, otherwise its
 /// result.
-std::string BadFailure(const std::function<int()> &function, const char *call, int number, int error,
-                       const std::string &text)
+QByteArray BadFailure(const std::function<int()> &function, const QByteArray &call, int number, int error,
+                      const QByteArray &text)
 {
     for (int n = 1;; ++n) {
         failingCall = call;
@@ -92,9 +93,9 @@ std::string BadFailure(const std::function<int()> &function, const char *call, i
         const int got = function();
         const bool hasFailed = *std::exchange(failingCall, "") == '\0';
         if (!hasFailed && got == 0 && n > 1)
-            return std::string();
+            return QByteArray();
         if (!hasFailed || got != error || (error != 0 && text != gflLastErrorText()))
-            return Text("%s %d of errno %d: error %d, %s", call, n, number, got, gflLastErrorText());
+            return call + ' ' + QByteArray::number(n) + ": " + QByteArray::number(got) + ' ' + gflLastErrorText();
     }
 }
 
@@ -370,66 +371,47 @@ void tst_Inside::brokenDisk()
         QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("truncated"));
     }
-    const QByteArray name = path.toUtf8();
-    const std::string file = path.toStdString(), what = ": " + std::string(std::strerror(EIO));
     const BitmapPtr picture = SmoothBitmap(9, 9, GFL_RGB, 8);
     MakeMetadata(picture.get())->exif["Exif.Photo.LensModel"] = "A lens";
-    const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_METADATA);
+    const QByteArray name = path.toUtf8();
+    int error = 0;
+    GFL_BITMAP *bitmap = nullptr;
+    GFL_METADATA_LIST *list = nullptr;
     GFL_FILE_INFORMATION info;
-    for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
-        const auto loads = [](auto load) {
-            return [load] {
-                GFL_BITMAP *bitmap = nullptr;
-                const int error = load(&bitmap);
-                return (BitmapPtr(bitmap) == nullptr) == (error != 0) ? error : -1;
-            };
-        };
-        const std::function<int()> functions[] = {
-            [&] { return Describe(path, &info); },
-            loads([&](GFL_BITMAP **to) { return gflLoadBitmapUTF8(name, to, &params, nullptr); }),
-            loads([&](GFL_BITMAP **to) { return gflLoadThumbnailUTF8(name, 5, 5, to, &params, nullptr); }),
-            loads([&](GFL_BITMAP **to) { return gflLoadMetadataUTF8(name, to); }),
-            [&] { return gflHasEXIFUTF8(name) ? 0 : int(GFL_ERROR_FILE_READ); },
-            [&] {
-                GFL_METADATA_LIST *list = nullptr;
-                const int error = gflLoadMetadataListUTF8(name, &list);
-                const bool isMade = list != nullptr;
-                gflFreeMetadataList(list);
-                return isMade == (error == 0) ? error : -1;
-            }};
-        QCOMPARE(Save(path, *picture, SaveParams(format)), 0);
-        for (const auto &function : functions) {
-            const Case named(format, "function", &function - functions);
-            QCOMPARE(BadFailure(function, "pread", EINTR, 0, ""), std::string());
-            QCOMPARE(BadFailure(function, "pread", EIO, GFL_ERROR_FILE_READ, "can't read " + file + what),
-                     std::string());
-            QCOMPARE(BadFailure(function, "pread", 0, GFL_ERROR_FILE_READ, file + " was truncated while being read"),
-                     std::string());
+    const std::function<int()> functions[] = {
+        [&] {
+            WriteFile(path, "old");
+            error = Save(path, *picture); // a failure leaves the old file and no other
+            const bool isAlone = QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size() == 1;
+            return isAlone && (ReadFile(path) == "old") == (error != 0) ? error : -1;
+        },
+        [&] { return Load(path, &error, LoadParams(GFL_LOAD_METADATA)) ? 0 : error; },
+        [&] {
+            return LoadThumbnail(path, {5, 5}) ? 0 : int(GFL_ERROR_FILE_READ);
+        },
+        [&] { return Describe(path, &info); },
+        [&] { return gflHasEXIFUTF8(name) ? 0 : int(GFL_ERROR_FILE_READ); },
+        [&] {
+            error = gflLoadMetadataUTF8(name, &bitmap);
+            return gflFreeBitmap(bitmap), error;
+        },
+        [&] {
+            error = gflLoadMetadataListUTF8(name, &list);
+            return gflFreeMetadataList(list), error;
+        }};
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_FAILING_CALLS)))
+        for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+            QCOMPARE(Save(path, *picture, SaveParams(format)), 0);
+            for (const auto &function : functions) {
+                const Case named(row, format, "function", &function - functions);
+                if ((row.value(0) == QLatin1String("save")) != (&function == functions))
+                    continue;
+                const int number = row.value(2).toInt();
+                const QByteArray why = std::strerror(number != 0 ? number : ENOSPC);
+                const QByteArray text = row.value(4).toUtf8().replace("PATH", name).replace("WHY", why);
+                QCOMPARE(BadFailure(function, row.value(1).toUtf8(), number, row.value(3).toInt(), text), QByteArray());
+            }
         }
-    }
-    // A failed save leaves the old file and no other. Some file systems can't sync.
-    const auto save = [&] {
-        WriteFile(path, "old");
-        const int error = Save(path, *picture);
-        const bool isAlone = QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size() == 1;
-        return isAlone && (ReadFile(path) == "old") == (error != 0) ? error : -1;
-    };
-    const std::tuple<const char *, int, int, const char *> calls[] = {
-        {"fchmod", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
-        {"fsync", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
-        {"fsync", EINVAL, 0, ""},
-        {"close", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
-        {"rename", EIO, GFL_ERROR_FILE_CREATE, "can't create "},
-        {"pwrite", EIO, GFL_ERROR_FILE_WRITE, "can't write "},
-        {"pwrite", EINTR, 0, ""},
-        {"pread", EIO, GFL_ERROR_FILE_WRITE, "can't read back "}, // to join the EXIF
-        {"pread", EINTR, 0, ""}};
-    for (const auto &[call, number, error, start] : calls)
-        QCOMPARE(BadFailure(save, call, number, error, start + file + what), std::string());
-    QCOMPARE(BadFailure(save, "pwrite", 0, GFL_ERROR_FILE_WRITE, "can't write " + file + ": " + std::strerror(ENOSPC)),
-             std::string());
-    QCOMPARE(BadFailure(save, "pread", 0, GFL_ERROR_FILE_WRITE, "TIFF: the first directory can't be read back"),
-             std::string());
 }
 
 /// Makes each call to operator new fail once. The load or save must then either report the lack of memory or succeed

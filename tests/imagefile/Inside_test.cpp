@@ -359,15 +359,7 @@ void tst_Inside::bigTiffOfBothOrders()
 void tst_Inside::brokenDisk()
 {
     const Folder folder;
-    const QString path = QFileInfo(folder.path()).canonicalFilePath() + QStringLiteral("/a");
-    WriteFile(path, QByteArray(1000, 'x'));
-    char bytes[100];
-    {
-        Source source;
-        QVERIFY(bool(source.Open(path.toStdString())));
-        QCOMPARE(source.ReadAt(950, bytes, sizeof bytes), std::size_t(50));
-        QVERIFY(bool(source.Check())); // reaching the end is not a failure
-    }
+    const QString path = folder("a");
     const BitmapPtr picture = SmoothBitmap(9, 9, GFL_RGB, 8);
     MakeMetadata(picture.get())->exif["Exif.Photo.LensModel"] = "A lens";
     const QByteArray name = path.toUtf8();

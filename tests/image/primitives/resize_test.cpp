@@ -76,10 +76,6 @@ void tst_Resize::flatStaysFlat()
 
 void tst_Resize::refused()
 {
-    std::int64_t bytes = 0;
-    QVERIFY(ippiResizeGetSize_8u({9, 9}, {9, 9}, kResizeLinear, 0, &bytes, nullptr) == Status::NullPointer);
-    QVERIFY(ippiResizeGetSize_8u({9, 9}, {9, 9}, kResizeLinear, 0, nullptr, &bytes) == Status::NullPointer);
-    QVERIFY(ippiResizeGetBufferSize_8u(nullptr, {9, 9}, 1, &bytes) == Status::NullPointer);
     const struct {
         int width, height, method, antialiasing;
         Status status;

@@ -384,8 +384,15 @@ void tst_Loading::refusedFiles()
     QCOMPARE(bad, QString());
     QVERIFY(largestBlock < 1000000);
     const BitmapPtr longest = FilledBitmap(1 << 20, 1, GFL_GREY, 8, [](int x, int, int) { return x % 2; });
-    const BitmapPtr read = LoadFromMemory(SavedBytes(*longest, SaveParams("png")));
-    QVERIFY2(read && Difference(*read, *longest).isEmpty(), gflLastErrorText());
+    const QByteArray file = SavedBytes(*longest, SaveParams("png"));
+    for (const int most : {1048576, 1048575}) {
+        gflSetMaxPixels(most);
+        const BitmapPtr read = LoadFromMemory(file);
+        gflSetMaxPixels(0);
+        QVERIFY2(most == 1048576 ? read && Difference(*read, *longest).isEmpty() : !read, gflLastErrorText());
+    }
+    QCOMPARE(QByteArray(gflLastErrorText()),
+             QByteArray(": 1048576 x 1 pixels are 1.048576 megapixels; at most 1.048575 are allowed"));
 }
 
 void tst_Loading::hugeFloatPicture()

@@ -88,7 +88,7 @@ public:
     Version *Find_unlocked(int width, int height, int depth);
     /// Returns the first version in memory of that depth that is wider and higher, or null.
     Version *FindBiggerInMemory(int width, int height, int depth);
-    /// Returns the name of the version's disk copy, assigning one if it has none. Throws if no temporary folder has
+    /// Assigns a name to the disk copy of a version that has none, and returns it. Throws if no temporary folder has
     /// room.
     QString fullCacheName(Version *version);
 
@@ -233,8 +233,6 @@ ImageVersion<Image> *ImageCacheItem<Image, Loader>::FindBiggerInMemory(int width
 
 template <typename Image, typename Loader> QString ImageCacheItem<Image, Loader>::fullCacheName(Version *version)
 {
-    if (!version->m_cacheName.isEmpty())
-        return version->m_cacheName;
     // An estimate for one channel only; the disk manager keeps a reserve for the rest.
     const qint64 bytes = static_cast<qint64>(version->m_width) * version->m_height * (version->m_depth / 8);
     KCacheDiskManager::init(nullptr); // created on first use

@@ -32,29 +32,20 @@ struct OpenFile {
     GFL_FILE_INFORMATION info = {};
 };
 
-Status ReadHeaders(const Source &source, OpenFile *file)
-{
-    if (Status status = FindCodec(source, &file->codec, &file->info.FormatIndex); !status)
-        return status;
-    std::snprintf(file->info.FormatName, sizeof file->info.FormatName, "%s", FormatAt(file->info.FormatIndex)->Name);
-    Status status = file->codec->ReadInfo(source, &file->info);
-    if (Status read = source.Check(); !read)
-        return read;
-    return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
-}
-
-Status AttachMetadata(const Source &source, const Codec &codec, GFL_BITMAP *bitmap)
-{
-    Status status = codec.ReadMetadata(source, MakeMetadata(bitmap));
-    return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
-}
-
 /// Returns the result of reading a file whose codec returned @p status.
 Status ResultOf(const Source &source, const Status &status)
 {
     if (Status read = source.Check(); !read)
         return read;
     return status ? Status::Ok() : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
+}
+
+Status ReadHeaders(const Source &source, OpenFile *file)
+{
+    if (Status status = FindCodec(source, &file->codec, &file->info.FormatIndex); !status)
+        return status;
+    std::snprintf(file->info.FormatName, sizeof file->info.FormatName, "%s", FormatAt(file->info.FormatIndex)->Name);
+    return ResultOf(source, file->codec->ReadInfo(source, &file->info));
 }
 
 /// Fills in everything but the pixels.
@@ -64,8 +55,8 @@ Status CompleteRecord(const Source &source, const OpenFile &file, const GFL_LOAD
     made->Xdpi = file.info.Xdpi;
     made->Ydpi = file.info.Ydpi;
     if ((params.Flags & GFL_LOAD_METADATA) != 0)
-        if (Status attached = AttachMetadata(source, *file.codec, made.get()); !attached)
-            return attached;
+        if (Status status = file.codec->ReadMetadata(source, MakeMetadata(made.get())); !status)
+            return status;
     *bitmap = made.release();
     if (info)
         *info = file.info;
@@ -129,7 +120,7 @@ Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
     made->TransparentIndex = -1;
     made->Xdpi = file.info.Xdpi;
     made->Ydpi = file.info.Ydpi;
-    if (Status status = AttachMetadata(source, *file.codec, made.get()); !status)
+    if (Status status = file.codec->ReadMetadata(source, MakeMetadata(made.get())); !status)
         return status;
     *bitmap = made.release();
     return Status::Ok();

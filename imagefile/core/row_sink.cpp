@@ -16,8 +16,6 @@ Box FitInto(const Box &box, int width, int height)
 bool CanReplace(const Box &picture, const Box &preview, const Box &box)
 {
     constexpr double kAlmostTheSame = 0.03;
-    if (preview.width < 1 || preview.height < 1)
-        return false;
     const Box wanted = FitInto(box, picture.width, picture.height);
     const double proportion = static_cast<double>(preview.width) * picture.height / preview.height / picture.width;
     return preview.width >= wanted.width && preview.height >= wanted.height

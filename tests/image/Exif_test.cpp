@@ -120,11 +120,15 @@ void tst_Exif::date()
     time.tm_year = 110;
     time.tm_mon = 6;
     time.tm_mday = 3;
+    const qint64 midnight = std::mktime(&time);
     time.tm_hour = 18;
     const qint64 evening = std::mktime(&time);
     const auto stamp = [](const char *value) { return Analyze(QByteArray("36867=") + value)->m_shooting.timestamp; };
     QCOMPARE(stamp("2010:07:03 18:00:00"), evening);
     QCOMPARE(stamp("2010:07:03 18"), evening);
+    QCOMPARE(stamp("2010:07:03 18:30:15"), evening + 1815);
+    QCOMPARE(stamp("2010:07:03"), midnight);
+    QCOMPARE(stamp("2010:07"), 0);
     QCOMPARE(stamp("    :  :     :  :  "), 0);
     QCOMPARE(stamp("today"), 0);
     const std::time_t before1970 = -1; // also what the C library returns for a date that it can't represent
@@ -189,8 +193,16 @@ void tst_Exif::privateRecord()
 
 void tst_Exif::summary()
 {
-    const auto image = Analyze("271=%1 \"A\"|274=Top-left (1)|41488=Inch (2)|41488=furlong|33437=2.8");
-    QCOMPARE(image->m_exifSummary, QStringLiteral("Maker: \"%1 \"A\"\";Focal plan res. unit inch;F Number: \"2.8\";"));
+    const auto image =
+        Analyze("271=%1 \"A\"|274=Top-left (1)|41488=Inch (2)|41488=furlong|33437=2.8|272=b|37386=c|41989=d|"
+                "33434=e|37377=f|36867=g|34855=h|37380=i|40962=j|40963=k|41486=l|41487=m|41488=cm|41488=um|"
+                "305=n|g1=o|o0 LensID=p");
+    QCOMPARE(image->m_exifSummary,
+             QString::fromUtf8(
+                 "Maker: \"%1 \"A\"\";Focal plan res. unit inch;F Number: \"2.8\";Model: \"b\";Real focal length: "
+                 "\"c\";35mm f.length: \"d\";Exposure time: \"e\";Shutter speed: \"f\";Date Time: \"g\";ISO: \"h\";"
+                 "Exposure bias value: \"i\";Width: \"j\";Height: \"k\";Focal plane res X: \"l\";"
+                 "Focal plane res Y: \"m\";Focal plan res. unit cm;Focal plan res. unit \u00B5m;"));
 }
 
 void tst_Exif::secondAnalysisResets()

@@ -224,12 +224,14 @@ void tst_ImageDef::rawFiles()
 
 void tst_ImageDef::refusals()
 {
-    for (const char *name : {"thumb.THM", "thumb.thm", "rgb.jpg"})
+    for (const char *name : {"thumb.THM", "thumb2.thm", "rgb.jpg"})
         WritePicture(Path(name), "jpeg", 9, 7);
     WritePicture(Path("gray.PSD.jpg"), "jpeg", 9, 7, GFL_GREY);
     WritePicture(Path("rgba.png"), "png", 9, 7, GFL_RGBA, 16);
     WriteTiff(Path("rgb.tif"), PHOTOMETRIC_RGB, 3);
     WriteTiff(Path("tiled.tif"), PHOTOMETRIC_RGB, 3, true);
+    WriteTiff(Path("tiled-cmyk.tif"), PHOTOMETRIC_SEPARATED, 4, true);
+    WriteTiff(Path("tiled-lab.tif"), PHOTOMETRIC_CIELAB, 3, true);
     WriteTiff(Path("gray.tif"), PHOTOMETRIC_MINISBLACK, 1);
     WriteTiff(Path("gray-alpha.tif"), PHOTOMETRIC_MINISBLACK, 2);
     WriteTiff(Path("cmyk.tif"), PHOTOMETRIC_SEPARATED, 4);
@@ -242,7 +244,7 @@ void tst_ImageDef::refusals()
     const QString expected =
         QStringLiteral("cmyk.PSD 0 4; cmyk.tif 5 4; gray-alpha.tif 6 2; gray.psd 0 1; gray.PSD.jpg 3 1; "
                        "gray.tif 3 1; lab.psd 0 3; lab.tif 4 3; rgb.jpg 0 3; rgb.tif 0 3; rgba.png 0 4; text.jpg 1 0; "
-                       "thumb.THM 2 0; thumb.thm 2 0; tiled.tif 7 3; ");
+                       "thumb.THM 2 0; thumb2.thm 2 0; tiled-cmyk.tif 5 4; tiled-lab.tif 4 3; tiled.tif 7 3; ");
     ImageDef *image;
     RefusalReason reason;
     for (bool withThumbnail : {false, true}) {
@@ -297,8 +299,26 @@ void tst_ImageDef::exifModes()
             QCOMPARE(image->DumpExif(), QStringLiteral("No Exif\n"));
         QCOMPARE(image->m_metaData.Exifex() != nullptr, hasExif);
     }
-    const auto image = Describe(WriteWithExif(Path("dump.jpg"), 60, "Nobody"), true);
-    QVERIFY(image->DumpExif().contains(QStringLiteral("(01_0110) \"No camera\" ")));
+    const QString dumped = WriteWithExif(Path("dump.jpg"), 60, "Canon");
+    const Exiv2::Image::AutoPtr file = Exiv2::ImageFactory::open(dumped.toStdString());
+    file->readMetadata();
+    file->exifData()["Exif.CanonCs.Lens"] = "22 10 1";
+    file->exifData()["Exif.CanonCs.LensType"] = uint16_t(235);
+    file->writeMetadata();
+    const auto image = Describe(dumped, true);
+    const char *const lines[][3] = {{"01_010f", "Canon", "Make"},
+                                    {"01_0110", "No camera", "Model"},
+                                    {"02_9003", "2010:05:03 18:30:00", "DateTimeOriginal"},
+                                    {"02_920a", "30", "FocalLength"},
+                                    {"02_927c", "(70 bytes)", "MakerNote"}, // one field with 26 numbers
+                                    {"02_a405", "60", "FocalLengthIn35mmFilm"},
+                                    {"0032_0000", "Binary Value", "LensID"}};
+    QString table = QStringLiteral("(  Tag  ) ------------------------Value----------------------|"
+                                   "-------------------Description-------------------\n");
+    for (const auto &line : lines)
+        table += QString::asprintf("(%s) %-50s | %-50s\n", line[0], ('"' + QByteArray(line[1]) + '"').constData(),
+                                   ('"' + QByteArray(line[2]) + '"').constData());
+    QCOMPARE(image->DumpExif(), table);
     image->m_hasIcc = image->m_hasIptc = image->m_hasXmp = image->m_isRaw = image->m_isHdr = image->m_highResReady =
         true;
     image->m_model = 7;

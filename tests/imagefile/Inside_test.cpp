@@ -3,6 +3,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
+#include "Table.h"
 #include "core/byte_reader.h"
 #include "core/codec.h"
 #include "core/iso_boxes.h"
@@ -27,6 +28,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <limits>
 #include <new>
 #include <sys/syscall.h>
@@ -39,12 +41,13 @@ using namespace imagefile;
 namespace {
 
 thread_local const char *failingCall = ""; // system call that fails once on this thread
+thread_local int callsLeft = 0;            // such calls until one fails
 thread_local int failure = 0;              // its errno
 thread_local int allocationsLeft = 0;      // calls to operator new on this thread until one fails; 0: none fails
 
 bool Fails(const char *call)
 {
-    if (qstrcmp(call, failingCall) != 0)
+    if (qstrcmp(call, failingCall) != 0 || --callsLeft > 0)
         return false;
     failingCall = "";
     errno = failure;
@@ -77,16 +80,23 @@ private:
     int m_left;
 };
 
-/// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns false if it can't.
-bool Break(const QString &path)
+/// Makes each of a function's system calls @p call fail once: with @p number as errno or, for 0, by doing nothing and
+/// returning 0. Returns an empty text if the function then always returns @p error with this text, otherwise its
+/// result.
+QByteArray BadFailure(const std::function<int()> &function, const QByteArray &call, int number, int error,
+                      const QByteArray &text)
 {
-    for (int fd = 3; fd < 100; ++fd) {
-        if (QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(fd)) != path)
-            continue;
-        const int folder = ::open("/", O_RDONLY);
-        return ::dup2(folder, fd) == fd && ::close(folder) == 0;
+    for (int n = 1;; ++n) {
+        failingCall = call;
+        failure = number;
+        callsLeft = n;
+        const int got = function();
+        const bool hasFailed = *std::exchange(failingCall, "") == '\0';
+        if (!hasFailed && got == 0 && n > 1)
+            return QByteArray();
+        if (!hasFailed || got != error || (error != 0 && text != gflLastErrorText()))
+            return call + ' ' + QByteArray::number(n) + ": " + QByteArray::number(got) + ' ' + gflLastErrorText();
     }
-    return false;
 }
 
 } // namespace
@@ -104,6 +114,14 @@ int close(int file)
 {
     const int result = int(::syscall(SYS_close, file));
     return Fails("close") ? -1 : result;
+}
+ssize_t pread(int file, void *buffer, std::size_t size, off_t offset)
+{
+    return Fails("pread") ? -(failure != 0) : ::syscall(SYS_pread64, file, buffer, size, offset);
+}
+ssize_t pwrite(int file, const void *data, std::size_t size, off_t offset)
+{
+    return Fails("pwrite") ? -(failure != 0) : ::syscall(SYS_pwrite64, file, data, size, offset);
 }
 int rename(const char *from, const char *to) noexcept
 {
@@ -341,48 +359,48 @@ void tst_Inside::bigTiffOfBothOrders()
 void tst_Inside::brokenDisk()
 {
     const Folder folder;
-    const QString path = QFileInfo(folder.path()).canonicalFilePath() + QStringLiteral("/a");
-    WriteFile(path, QByteArray(1000, 'x'));
-    char bytes[100];
-    {
-        Source source;
-        QVERIFY(bool(source.Open(path.toStdString())));
-        QCOMPARE(source.ReadAt(950, bytes, sizeof bytes), std::size_t(50));
-        QVERIFY(bool(source.Check())); // reaching the end is not a failure
-        QVERIFY(QFile::resize(path, 500));
-        QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
-        QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("truncated"));
-    }
-    // Unreadable metadata must not be mistaken for missing metadata either.
-    WriteFile(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff")));
-    for (const bool isBroken : {false, true}) {
-        const Case named("broken", isBroken);
-        Source source;
-        Metadata metadata;
-        QVERIFY(bool(source.Open(path.toStdString())));
-        QVERIFY(isBroken ? Break(path) : QFile::resize(path, 100));
-        const Status status = ReadExiv2Metadata(source, &metadata);
-        QCOMPARE(int(status.Error()), int(GFL_ERROR_FILE_READ));
-        QVERIFY2(QByteArray::fromStdString(status.Why()).contains(path.toUtf8()), status.Why().c_str());
-    }
-    // A failed save leaves the old file and no other. Some file systems can't sync.
-    const std::tuple<const char *, int, int> calls[] = {{"fchmod", EPERM, GFL_ERROR_FILE_WRITE},
-                                                        {"fsync", EIO, GFL_ERROR_FILE_WRITE},
-                                                        {"fsync", EINVAL, 0},
-                                                        {"close", EDQUOT, GFL_ERROR_FILE_WRITE},
-                                                        {"rename", EROFS, GFL_ERROR_FILE_CREATE}};
-    for (const auto &[call, number, expected] : calls) {
-        const Case named(call, number);
-        WriteFile(path, "old");
-        failingCall = call;
-        failure = number;
-        const int error = Save(path, *SmoothBitmap(9, 9, GFL_RGB, 8));
-        QCOMPARE(std::exchange(failingCall, ""), "");
-        QCOMPARE(error, expected);
-        QVERIFY(error == 0 || QByteArray(gflLastErrorText()).endsWith(QByteArray(": ").append(std::strerror(number))));
-        QCOMPARE(ReadFile(path) == "old", error != 0);
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    }
+    const QString path = folder("a");
+    const BitmapPtr picture = SmoothBitmap(9, 9, GFL_RGB, 8);
+    MakeMetadata(picture.get())->exif["Exif.Photo.LensModel"] = "A lens";
+    const QByteArray name = path.toUtf8();
+    int error = 0;
+    GFL_BITMAP *bitmap = nullptr;
+    GFL_METADATA_LIST *list = nullptr;
+    GFL_FILE_INFORMATION info;
+    const std::function<int()> functions[] = {
+        [&] {
+            WriteFile(path, "old");
+            error = Save(path, *picture); // a failure leaves the old file and no other
+            const bool isAlone = QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size() == 1;
+            return isAlone && (ReadFile(path) == "old") == (error != 0) ? error : -1;
+        },
+        [&] { return Load(path, &error, LoadParams(GFL_LOAD_METADATA)) ? 0 : error; },
+        [&] {
+            return LoadThumbnail(path, {5, 5}) ? 0 : int(GFL_ERROR_FILE_READ);
+        },
+        [&] { return Describe(path, &info); },
+        [&] { return gflHasEXIFUTF8(name) ? 0 : int(GFL_ERROR_FILE_READ); },
+        [&] {
+            error = gflLoadMetadataUTF8(name, &bitmap);
+            return gflFreeBitmap(bitmap), error;
+        },
+        [&] {
+            error = gflLoadMetadataListUTF8(name, &list);
+            return gflFreeMetadataList(list), error;
+        }};
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_FAILING_CALLS)))
+        for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+            QCOMPARE(Save(path, *picture, SaveParams(format)), 0);
+            for (const auto &function : functions) {
+                const Case named(row, format, "function", &function - functions);
+                if ((row.value(0) == QLatin1String("save")) != (&function == functions))
+                    continue;
+                const int number = row.value(2).toInt();
+                const QByteArray why = std::strerror(number != 0 ? number : ENOSPC);
+                const QByteArray text = row.value(4).toUtf8().replace("PATH", name).replace("WHY", why);
+                QCOMPARE(BadFailure(function, row.value(1).toUtf8(), number, row.value(3).toInt(), text), QByteArray());
+            }
+        }
 }
 
 /// Makes each call to operator new fail once. The load or save must then either report the lack of memory or succeed

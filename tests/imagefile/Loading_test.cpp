@@ -76,7 +76,7 @@ void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind, bool isDamag
     TIFFWriteDirectory(tiff);
 }
 
-enum Embedding { InRaw, InRawAsPixels, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond, Damaged };
+enum Embedding { InRaw, InRawAsPixels, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond, Damaged, Between };
 
 } // namespace
 
@@ -186,11 +186,14 @@ void tst_Loading::embeddedPreviews()
         bool isUsed;      // for a box of 90 x 90 and a picture of 300 x 200
         int segments = 0; // more before the JPEG's EXIF, which is only found among the first four
     };
-    QVector<Row> rows = {{BeforePage, {60, 40}, false},
-                         {AsPageOfTheSecond, {120, 80}, false},
-                         {Damaged, {120, 80}, false},
-                         {InExif, {120, 80}, true, 2},
-                         {InExif, {120, 80}, false, 3}};
+    QVector<Row> rows = {
+        {BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false},
+        {Damaged, {120, 80}, false},   {Between, {120, 80}, true}, // the smallest that suffices, of three
+        {Between, {90, 60}, true},     {InExif, {91, 60}, true},   // large enough, or a pixel too small
+        {InExif, {89, 60}, false},     {InExif, {90, 59}, false},
+        {InExif, {120, 78}, true}, // proportions that differ by 2.6 % and 3.6 %
+        {InExif, {120, 83}, false},    {InExif, {120, 80}, true, 2},
+        {InExif, {120, 80}, false, 3}};
     // Previews larger than the box, too small, and with other proportions.
     for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
@@ -220,12 +223,17 @@ void tst_Loading::embeddedPreviews()
             AddPage(tiff, {300, 200}, 0, 0);
             if (embedding == AsPageOfTheSecond)
                 AddPage(tiff, {300, 200}, 0, 0);
+            if (embedding == Between)
+                AddPage(tiff, {150, 100}, 0, FILETYPE_REDUCEDIMAGE);
             AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE, embedding == Damaged);
+            if (embedding == Between)
+                AddPage(tiff, {180, 120}, 0, FILETYPE_REDUCEDIMAGE);
             TIFFClose(tiff);
         }
         const BitmapPtr got = LoadThumbnail(path, {90, 90}), whole = Load(path);
-        QVERIFY2(got && got->Width == 90 && got->Height == 60, gflLastErrorText());
-        for (int y = 0; y < 60; ++y)
+        const int height = isUsed ? qRound(90.0 * preview.height() / preview.width()) : 60;
+        QVERIFY2(got && got->Width == 90 && got->Height == height, gflLastErrorText());
+        for (int y = 0; y < height; ++y)
             QCOMPARE(SampleAt(*got, 45, y, 0) > 0.5, isUsed);
         QCOMPARE(SampleAt(*got, 45, 50, 0) < SampleAt(*got, 45, 10, 0) - 0.1, isUsed && embedding == InRawAsPixels);
         QVERIFY2(whole && whole->Width == 300 && SampleAt(*whole, 5, 5, 0) < 0.5, gflLastErrorText());
@@ -356,7 +364,7 @@ void tst_Loading::refusedFiles()
         int error = 0;
         const bool isRead = Load(path, &error) != nullptr;
         gflLibraryExit();
-        QVERIFY(!isRead && largestBlock < 1000000);
+        QVERIFY(!isRead && (row.isDescribed || largestBlock < 1000000));
         QCOMPARE(error, row.error);
         QVERIFY2(QByteArray(gflLastErrorText()).startsWith(path.toUtf8() + row.text), gflLastErrorText());
         GFL_FILE_INFORMATION info;
@@ -376,8 +384,15 @@ void tst_Loading::refusedFiles()
     QCOMPARE(bad, QString());
     QVERIFY(largestBlock < 1000000);
     const BitmapPtr longest = FilledBitmap(1 << 20, 1, GFL_GREY, 8, [](int x, int, int) { return x % 2; });
-    const BitmapPtr read = LoadFromMemory(SavedBytes(*longest, SaveParams("png")));
-    QVERIFY2(read && Difference(*read, *longest).isEmpty(), gflLastErrorText());
+    const QByteArray file = SavedBytes(*longest, SaveParams("png"));
+    for (const int most : {1048576, 1048575}) {
+        gflSetMaxPixels(most);
+        const BitmapPtr read = LoadFromMemory(file);
+        gflSetMaxPixels(0);
+        QVERIFY2(most == 1048576 ? read && Difference(*read, *longest).isEmpty() : !read, gflLastErrorText());
+    }
+    QCOMPARE(QByteArray(gflLastErrorText()),
+             QByteArray(": 1048576 x 1 pixels are 1.048576 megapixels; at most 1.048575 are allowed"));
 }
 
 void tst_Loading::hugeFloatPicture()

@@ -33,6 +33,9 @@ struct Spec {
     bool hasInkProfile = false;
     bool isD65 = false;      // Lab relative to D65
     float badWhiteY = -1.0f; // of a white that is ignored; -1: none
+    int unit = RESUNIT_CENTIMETER;
+    double density = 100.0; // horizontal; the vertical one is 50
+    QSize dpi = {254, 127};
 
     bool IsLumaAndChroma() const { return photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_NONE; }
     bool IsLab() const { return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB; }
@@ -179,8 +182,8 @@ void SetFields(TIFF *tiff, const Spec &spec)
     const float white[] = {0.3127f, spec.isD65 ? 0.329f : spec.badWhiteY};
     if (white[1] >= 0.0f)
         TIFFSetField(tiff, TIFFTAG_WHITEPOINT, white);
-    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
-    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 100.0);
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, spec.unit);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, spec.density);
     TIFFSetField(tiff, TIFFTAG_YRESOLUTION, 50.0);
     if (spec.tile > 0) {
         TIFFSetField(tiff, TIFFTAG_TILEWIDTH, spec.tile);
@@ -301,12 +304,15 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("RGB double", With(Rgb(64), isFloat), GFL_RGB, 32);
     row("RGB 32-bit integers", Rgb(32), GFL_RGB, 32);
     row("RGB 24-bit integers, big-endian", With(Rgb(24), bigEndian), GFL_RGB, 32);
-    row("RGB 10 bits, planar", With(Rgb(10), planar), GFL_RGB, 16);
-    row("gray 2", Gray(2), GFL_GREY, 8);
+    const auto resolution = [](int unit, double density, QSize dpi) {
+        return [=](Spec &s) { s.unit = unit, s.density = density, s.dpi = dpi; };
+    };
+    row("RGB 10 bits, planar", With(Rgb(10), planar, resolution(RESUNIT_NONE, 100, {0, 0})), GFL_RGB, 16);
+    row("gray 2", With(Gray(2), resolution(RESUNIT_INCH, 65535, {0, 50})), GFL_GREY, 8);
     row("gray 4, white is 0", Gray(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
     row("1 bit, white is 0, fax", With(Gray(1, PHOTOMETRIC_MINISWHITE), packed(COMPRESSION_CCITTFAX4)), GFL_RGB, 8);
     row("1 bit in tiles", With(Gray(1), tiled), GFL_RGB, 8);
-    row("palette 1", Gray(1, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
+    row("palette 1", With(Gray(1, PHOTOMETRIC_PALETTE), resolution(RESUNIT_INCH, 99.5, {100, 50})), GFL_RGB, 8);
     row("palette 4 with 8-bit colors", With(Gray(4, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }),
         GFL_RGB, 8);
     row("RGBA straight 16, planar", With(Rgb(16, 4), straight, planar), GFL_RGBA, 16);
@@ -391,7 +397,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QCOMPARE(int(info.ColorModel), model);
     QCOMPARE(int(info.ComponentsPerPixel), isPalette ? 3 : spec.samples);
     QCOMPARE(int(info.BitsPerComponent), bits);
-    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127));
+    QCOMPARE(QSize(info.Xdpi, info.Ydpi), spec.dpi);
 }
 
 void tst_Tiff::writtenFilesAreCorrect()
@@ -403,9 +409,15 @@ void tst_Tiff::writtenFilesAreCorrect()
             for (int compression : schemes.keys()) {
                 const Case named(type, bits, "compression", compression);
                 const BitmapPtr bitmap = RandomBitmap(301, 503, type, bits); // many strips at all depths
+                bitmap->Xdpi = compression == 2 ? 0 : 300;
+                bitmap->Ydpi = compression == 0 ? 0 : 150;
                 QVERIFY2(Save(path, *bitmap, SaveParams("tiff", compression)) == GFL_NO_ERROR, gflLastErrorText());
                 TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");
-                quint16 scheme = 0, predictor = 1, extraCount = 0, *extra = nullptr;
+                quint16 scheme = 0, predictor = 1, extraCount = 0, *extra = nullptr, unit = 0;
+                float xDpi = 0, yDpi = 0;
+                const int dpiFields = TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &xDpi)
+                    + TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &yDpi)
+                    + TIFFGetField(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
                 TIFFGetField(tiff, TIFFTAG_COMPRESSION, &scheme);
                 TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
                 if (compression != 0)
@@ -420,6 +432,8 @@ void tst_Tiff::writtenFilesAreCorrect()
                 QCOMPARE(int(scheme), schemes[compression]);
                 QCOMPARE(int(predictor), compression == 0 ? 1 : bits == 32 ? 3 : 2);
                 QCOMPARE(isStraight, type == GFL_RGBA);
+                QCOMPARE(dpiFields, compression == 4 ? 3 : 0); // only if both are known
+                QVERIFY(compression != 4 || (xDpi == 300 && yDpi == 150 && unit == RESUNIT_INCH));
             }
 }
 

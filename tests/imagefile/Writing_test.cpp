@@ -176,6 +176,11 @@ void tst_Writing::colorDepth()
         {"gray to RGB", GFL_GREY, "a", GFL_DEPTH_RGB, 0, GFL_RGB, "aaa"},
         {"just below the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 125, GFL_GREY, QByteArray(1, '\0')},
         {"just above the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF"},
+        {"just below the default", GFL_GREY, "\x7F", GFL_DEPTH_BLACK_AND_WHITE, 0, GFL_GREY, QByteArray(1, '\0')},
+        {"at the default", GFL_GREY, "\x80", GFL_DEPTH_BLACK_AND_WHITE, 0, GFL_GREY, "\xFF"},
+        {"the highest threshold", GFL_GREY, "\xFE", GFL_DEPTH_BLACK_AND_WHITE, 255, GFL_GREY, QByteArray(1, '\0')},
+        {"all levels", GFL_RGB, rgb, GFL_DEPTH_LEVELS, 256, GFL_RGB, rgb},
+        {"two levels", GFL_RGB, "\x7F\x80\x01", GFL_DEPTH_LEVELS, 2, GFL_RGB, QByteArray("\0\xFF\0", 3)},
         {"three levels", GFL_RGBA, rgba, GFL_DEPTH_LEVELS, 3, GFL_RGBA, QByteArray("\xFF\x80\0\x07", 4)},
     };
     for (const auto &row : changes) {
@@ -193,7 +198,8 @@ void tst_Writing::colorDepth()
     QCOMPARE(gflChangeColorDepth(deep.get(), nullptr, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_BITMAP));
     GFL_BITMAP *other = nullptr;
     QCOMPARE(gflChangeColorDepth(bitmap.get(), &other, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_PARAMETERS));
-    const QPair<int, int> refused[] = {{0, 0}, {GFL_DEPTH_BLACK_AND_WHITE, 256}, {GFL_DEPTH_LEVELS, 1}};
+    const QPair<int, int> refused[] = {
+        {0, 0}, {GFL_DEPTH_BLACK_AND_WHITE, 256}, {GFL_DEPTH_LEVELS, 1}, {GFL_DEPTH_LEVELS, 257}};
     for (const auto &[mode, parameters] : refused) {
         const Case named(mode, parameters);
         QCOMPARE(gflChangeColorDepth(bitmap.get(), nullptr, std::uint16_t(mode), std::uint16_t(parameters)),
@@ -255,7 +261,8 @@ void tst_Writing::symbolicLinks()
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("real")));
     const QString real = folder("real/a.tif"), link = folder("link.tif");
     QVERIFY(::symlink("real/hop", link.toUtf8().constData()) == 0); // relative, then absolute
-    QVERIFY(::symlink(real.toUtf8().constData(), folder("real/hop").toUtf8().constData()) == 0);
+    QVERIFY(::symlink("h", folder("real/hop").toUtf8().constData()) == 0);
+    QVERIFY(::symlink(real.toUtf8().constData(), folder("real/h").toUtf8().constData()) == 0);
     for (const int rights : {0x6040, 0x6004}) {
         const Case named("permissions", rights);
         const BitmapPtr bitmap = RandomBitmap(3, 3, GFL_RGB, 8, static_cast<unsigned>(rights));
@@ -268,7 +275,7 @@ void tst_Writing::symbolicLinks()
         QCOMPARE(QFile::permissions(real) & 0x7077, QFile::Permissions(rights));
         ::chmod(real.toUtf8().constData(), 0604);
     }
-    QCOMPARE(Everything(folder("real")).join(QLatin1Char(' ')), QStringLiteral("a.tif hop"));
+    QCOMPARE(Everything(folder("real")).join(QLatin1Char(' ')), QStringLiteral("a.tif h hop"));
 }
 
 void tst_Writing::longNames()

@@ -3,9 +3,12 @@
 
 #include "Case.h"
 #include "Plane.h"
+#include "gaussian.h"
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
+#include <vector>
 
 using namespace primitives;
 
@@ -13,6 +16,7 @@ class tst_Pixels : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void statuses();
+    void missingPointers();
     void memory();
     void comparisons();
     void hsv();
@@ -24,9 +28,6 @@ void tst_Pixels::statuses()
 {
     Plane<Ipp8u, 1> a(4, 4, 1), b(4, 4, 2), before = b;
     Ipp8u *null = nullptr;
-    QVERIFY(ippiCopy_8u_C1R(null, 4, b.Data(), 4, {4, 4}) == Status::NullPointer);
-    QVERIFY(ippiCopy_8u_C1R(a.Data(), 4, null, 4, {4, 4}) == Status::NullPointer);
-    QVERIFY(ippiCopy_8u_C1R(a.Data(), 4, b.Data(), 4, {0, 4}) == Status::BadSize);
     QVERIFY(ippiCopy_8u_C1R(a.Data(), 4, b.Data(), 4, {4, -1}) == Status::BadSize);
     QVERIFY(ippiThreshold_Val_8u_C1R(a.Data(), 4, b.Data(), 4, {-4, 4}, 1, 2, Comparison::Less) == Status::BadSize);
     QVERIFY(ippiThreshold_Val_8u_C1R(a.Data(), 4, b.Data(), 4, {4, 4}, 1, 2, Comparison::Equal) == Status::BadArgument);
@@ -36,11 +37,58 @@ void tst_Pixels::statuses()
     QVERIFY(ippiSwapChannels_8u_C3R(a.Data(), 3, b.Data(), 3, {1, 1}, foreign) == Status::BadArgument);
     const Ipp32f values[] = {0, 1};
     QVERIFY(ippiScale_32f8u_C1R(values, 0, b.Data(), 0, {2, 1}, 1.0f, 1.0f) == Status::BadArgument); // empty range
-    QVERIFY(ippiMulC_8u_C3RSfs(a.Data(), 3, nullptr, b.Data(), 3, {1, 1}, 8) == Status::NullPointer);
     QVERIFY(ippiMulC_8u_C1RSfs(a.Data(), 4, 3, b.Data(), 4, {4, 4}, 32) == Status::BadArgument);
     QVERIFY(ippiCompareC_32f_C1R(values, 0, 2.0f, b.Data(), 0, {2, 1}, Comparison(5)) == Status::BadArgument);
     CompareSamples(b.Size(), 1, Reader(b), Reader(before), 0);
     QVERIFY(b.HasGapsOf(before));
+}
+
+namespace {
+
+struct Pointer { // to anything
+    void *block;
+    template <typename T> operator T *() const { return static_cast<T *>(block); }
+};
+
+} // namespace
+
+/// Calls functions without one of their pointers, or with a width or height of 0.
+void tst_Pixels::missingPointers()
+{
+    using P = std::vector<Pointer>;
+    using S = primitives::Size;
+    const std::tuple<const char *, int, Status (*)(const P &, S)> rows[] = {
+        {"copy", 2, [](const P &p, S s) { return ippiCopy_8u_C1R(p[0], 4, p[1], 4, s); }},
+        {"set", 2, [](const P &p, S s) { return ippiSet_32f_C4R(p[0], p[1], 16, s); }},
+        {"swap", 3, [](const P &p, S s) { return ippiSwapChannels_8u_C3R(p[0], 4, p[1], 4, s, p[2]); }},
+        {"add", 3, [](const P &p, S s) { return ippiAdd_32f_C1R(p[0], 4, p[1], 4, p[2], 4, s); }},
+        {"constants", 3, [](const P &p, S s) { return ippiMulC_8u_C3RSfs(p[0], 3, p[1], p[2], 3, s, 8); }},
+        {"kernel size", 2, [](const P &p, S s) { return FilterGaussianGetBufferSize(s, 3, p[0], p[1]); }},
+        {"kernel and buffer size", 1, [](const P &p, S s) { return FilterGaussGetBufferSize(s, 3, p[0]); }},
+        {"filter", 4, [](const P &p, S s) { return FilterGaussianBorder(p[0], 4, p[1], 4, s, p[2], p[3]); }},
+        {"blur", 2, [](const P &p, S s) { return GaussianBlur(p[0], 64, p[1], 64, s, 1); }},
+        {"decompose", 3, [](const P &p, S s) { return LuDecompose(p[0], 4, p[1], p[2], 4, s.width * s.height); }},
+        {"solve", 4,
+         [](const P &p, S s) { return LuBackSubstitute(p[0], 4, p[1], p[2], 4, p[3], 4, s.width, s.height); }},
+        {"rotate", 2,
+         [](const P &p, S s) {
+             const Rect all = {0, 0, s.width, s.height};
+             return RotateFloat4(p[0], s, 16, {0, 0, 1, 1}, p[1], 16, all, 0, 0, 0, kCubic);
+         }},
+        {"resize size", 2, [](const P &p, S s) { return ResizeGetSize(s, s, kResizeLinear, 0, p[0], p[1]); }},
+        {"prepare area", 1, [](const P &p, S s) { return ResizeSuperInit(s, s, p[0]); }},
+        {"prepare linear", 1, [](const P &p, S s) { return ResizeLinearInit(s, s, p[0], nullptr); }},
+        {"resize buffer", 2, [](const P &p, S s) { return ResizeGetBufferSize(p[0], s, 1, p[1]); }}};
+    for (const auto &[name, pointers, run] : rows)
+        for (int missing = 0; missing <= pointers; ++missing)
+            for (const S size : {S{1, 1}, S{0, 1}, S{1, 0}}) {
+                const Case named(name, "pointer", missing, "width", size.width);
+                alignas(64) float blocks[4][1024] = {{1}}; // the first begins with a regular matrix
+                P given = {{blocks[0]}, {blocks[1]}, {blocks[2]}, {blocks[3]}, {}};
+                given[std::size_t(missing)].block = nullptr;
+                const Status expected = size.width * size.height == 1 ? Status::Ok : Status::BadSize;
+                QVERIFY(run(given, size) == (missing < pointers ? Status::NullPointer : expected));
+            }
 }
 
 void tst_Pixels::memory()

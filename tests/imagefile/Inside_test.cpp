@@ -3,6 +3,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
+#include "Table.h"
 #include "core/byte_reader.h"
 #include "core/codec.h"
 #include "core/iso_boxes.h"
@@ -11,6 +12,7 @@
 #include "core/source.h"
 #include "core/tiff_directory.h"
 #include "formats.h"
+#include "jpeg/jpeg_codec.h"
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
@@ -21,6 +23,7 @@
 #include "tiff/tiff_codec.h"
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <array>
@@ -76,6 +79,24 @@ private:
 
     int m_left;
 };
+
+/// Writes a file again and again, so that each call to the sink fails once. Returns the complete file; an empty one if
+/// a failure isn't reported.
+QByteArray Written(const Codec &codec, const GFL_BITMAP &bitmap, const SaveOptions &options)
+{
+    for (int call = 1;; ++call) {
+        BrokenSink sink(call);
+        const Status status = codec.Write(bitmap, options, &sink);
+        if (QByteArray(status.Why().c_str()).contains("the disk is broken") != sink.HasFailed())
+            return QByteArray();
+        if (sink.HasFailed())
+            continue;
+        QByteArray file(int(sink.Size()), '\0');
+        std::size_t count = 0;
+        return status && sink.MemorySink::ReadAt(0, file.data(), sink.Size(), &count) ? file.left(int(count))
+                                                                                      : QByteArray();
+    }
+}
 
 /// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns false if it can't.
 bool Break(const QString &path)
@@ -147,6 +168,9 @@ private Q_SLOTS:
     void lists();
     void bigTiff();
     void bigTiffOfBothOrders();
+    void brokenWrites();
+    void damagedHeaders();
+    void notePlaces();
     void brokenDisk();
     void noMemory();
     void foreignException();
@@ -269,22 +293,15 @@ void tst_Inside::bigTiff()
         options.lzwAllowed = true;
         options.bigTiffFromBytes = i % 2 ? 1 : kBigTiffFromBytes;
         const Case named("compression", options.compression, "BigTIFF from", options.bigTiffFromBytes);
-        std::unique_ptr<BrokenSink> sink;
-        for (int call = 1; !sink || sink->HasFailed(); ++call) {
-            sink = std::make_unique<BrokenSink>(call);
-            const Status status = TiffCodec().Write(*bitmap, options, sink.get());
-            QCOMPARE(QByteArray(status.Why().c_str()), QByteArray(sink->HasFailed() ? "the disk is broken" : ""));
-        }
-        QByteArray file(int(sink->Size()), '\0');
+        const QByteArray file = Written(TiffCodec(), *bitmap, options);
         std::size_t count = 0;
         char version = 0;
-        QVERIFY(sink->MemorySink::ReadAt(0, file.data(), sink->Size(), &count) && count == sink->Size());
-        QCOMPARE(int(file[2]), i % 2 ? 43 : 42);
+        QCOMPARE(int(file.leftJustified(3)[2]), i % 2 ? 43 : 42);
         QVERIFY(file.contains(i % 2 ? QByteArray("\x69\x87\x10\0\1\0\0\0\0\0\0\0", 12) // EXIF: LONG8, one value
                                     : QByteArray("\x69\x87\4\0\1\0\0\0", 8)));         // EXIF: LONG
         for (const unsigned times : {1, 2}) { // the size is never underestimated, nor by a factor of 2 overestimated
             MemorySink other;
-            options.bigTiffFromBytes = i % 2 ? kBigTiffFromBytes : sink->Size() * times;
+            options.bigTiffFromBytes = i % 2 ? kBigTiffFromBytes : unsigned(file.size()) * times;
             QVERIFY(bool(TiffCodec().Write(*bitmap, options, &other)) && other.ReadAt(2, &version, 1, &count));
             QCOMPARE(int(version), i % 2 || times == 2 ? 42 : 43);
         }
@@ -292,7 +309,7 @@ void tst_Inside::bigTiff()
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(Difference(*read, *bitmap), QString());
         Metadata again;
-        QVERIFY(bool(ReadMetadata(Source(file.constData(), sink->Size()), &again)));
+        QVERIFY(bool(ReadMetadata(Source(file.constData(), std::size_t(file.size())), &again)));
         for (const Exiv2::Exifdatum &datum : metadata.exif) {
             const Case namedInside(datum.key().c_str());
             const auto found = again.exif.findKey(Exiv2::ExifKey(datum.key()));
@@ -335,6 +352,58 @@ void tst_Inside::bigTiffOfBothOrders()
             static_cast<void>(ReadMetadata(Source(file.constData(), std::size_t(size)), &cut));
             QVERIFY2(cut.exif.empty(), QByteArray::number(size));
         }
+    }
+}
+
+void tst_Inside::brokenWrites()
+{
+    Metadata metadata;
+    metadata.exif["Exif.Image.Make"] = "Acme";
+    SaveOptions options;
+    options.metadata = &metadata;
+    options.thumbnail = true;
+    for (int i = 0; const Codec *codec = CodecAt(i / 2); ++i) {
+        options.compression = i % 2 ? 0 : GFL_COMPRESSION_DEFAULT;
+        const Case named(FormatAt(i / 2)->Name, options.compression);
+        for (const int bits : {8, 16})
+            QCOMPARE(Written(*codec, *RandomBitmap(31, 9, GFL_RGBA, bits), options).isEmpty(),
+                     !FormatAt(i / 2)->CanBeWritten);
+    }
+}
+
+/// Each function of a codec checks the headers, even if another one has accepted them before.
+void tst_Inside::damagedHeaders()
+{
+    Metadata metadata;
+    metadata.exif["Exif.Image.Make"] = "Acme";
+    SaveOptions options;
+    options.metadata = &metadata;
+    options.thumbnail = true;
+    QByteArray jpeg =
+        Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), options); // only the thumbnail is intact
+    jpeg[jpeg.lastIndexOf("\xFF\xC0") + 1] = '\xC3';
+    for (const QByteArray &file : {QByteArray(4096, 'j'), jpeg})
+        for (int i = 0; const Codec *codec = CodecAt(i); ++i) {
+            const Case named(FormatAt(i)->Name, "reads", file.left(1));
+            const Source source(file.constData(), std::size_t(file.size()));
+            const GFL_LOAD_PARAMS params = LoadParams();
+            GFL_FILE_INFORMATION info = {};
+            BitmapRows rows(params);
+            Metadata none;
+            QVERIFY(!codec->ReadInfo(source, &info) && !codec->ReadPixels(source, params, &rows));
+            QVERIFY(!codec->ReadThumbnail(source, params, {90, 60}, &rows) && !rows.Bitmap());
+            QVERIFY(codec->ReadMetadata(source, &none) && none.icc.empty() && none.xmp.empty() && none.iptc.empty());
+        }
+}
+
+/// Which notes must stay where they are, because they contain offsets that no rebuilt note would have.
+void tst_Inside::notePlaces()
+{
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_NOTE_PLACES))) {
+        const Case named(row[0]);
+        QCOMPARE(row.size(), 5);
+        QCOMPARE(NeedsItsPlace(FromHex(row[3].toLatin1()), row[2].toULongLong(), row[1] == QLatin1String("MM")),
+                 row[4] == QLatin1String("stays"));
     }
 }
 
@@ -385,10 +454,16 @@ void tst_Inside::brokenDisk()
     }
 }
 
-/// Makes each call to operator new fail once. The load or save must then either report the lack of memory or succeed
-/// with all metadata; it must never crash or hang.
+/// Makes each call to operator new or to the host's allocator fail once. The load or save must then either report the
+/// lack of memory or succeed with all metadata; it must never crash or hang.
 void tst_Inside::noMemory()
 {
+    gflLibraryInitEx([](unsigned long size, void *) { return operator new(size, std::nothrow); },
+                     [](void *block, unsigned long size, void *) -> void * {
+                         return allocationsLeft == 0 || --allocationsLeft > 0 ? std::realloc(block, size) : nullptr;
+                     },
+                     [](void *block, void *) { std::free(block); }, nullptr);
+    const auto reset = qScopeGuard([] { gflLibraryExit(); });
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
         const Case named(format);
         const Folder folder;
@@ -400,7 +475,9 @@ void tst_Inside::noMemory()
                                    "camera-raw-settings/1.0/' crs:RawFileName='longer than a string without memory'/>"
                                    "</rdf:RDF></x:xmpmeta>";
         MakeMetadata(made.get())->xmp.assign(packet.begin(), packet.end());
-        QCOMPARE(Save(folder("a"), *made, SaveParams(format)), int(GFL_NO_ERROR));
+        GFL_SAVE_PARAMS save = SaveParams(format);
+        save.Flags |= GFL_SAVE_THUMBNAIL;
+        QCOMPARE(Save(folder("a"), *made, save), int(GFL_NO_ERROR));
         const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_METADATA);
         bool fails = true; // until there are fewer than n calls
         for (int n = 1; fails; ++n) {
@@ -415,7 +492,6 @@ void tst_Inside::noMemory()
         }
         fails = true;
         for (int n = 1; fails; ++n) {
-            const GFL_SAVE_PARAMS save = SaveParams(format);
             allocationsLeft = n;
             const int error = gflSaveBitmapUTF8(out.constData(), made.get(), &save);
             fails = std::exchange(allocationsLeft, 0) == 0;

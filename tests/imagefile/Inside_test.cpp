@@ -12,6 +12,7 @@
 #include "core/source.h"
 #include "core/tiff_directory.h"
 #include "formats.h"
+#include "heif/heif_boxes.h"
 #include "jpeg/jpeg_codec.h"
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
@@ -19,6 +20,7 @@
 #include "metadata/metadata_map.h"
 #include "metadata/note_place.h"
 #include "metadata/source_io.h"
+#include "png/png_codec.h"
 #include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
 
@@ -171,6 +173,9 @@ private Q_SLOTS:
     void brokenWrites();
     void damagedHeaders();
     void notePlaces();
+    void pngChunks();
+    void exifThumbnails();
+    void heifProperties();
     void brokenDisk();
     void noMemory();
     void foreignException();
@@ -407,6 +412,88 @@ void tst_Inside::notePlaces()
     }
 }
 
+void tst_Inside::pngChunks()
+{
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_PNG_CHUNKS))) {
+        const Case named(row[0]);
+        QByteArray file("\x89PNG\r\n\x1A\n");
+        for (const QString &chunk : row[1].split(QLatin1Char(' '))) {
+            const QByteArray bytes = QByteArray::fromHex(chunk.mid(5).toLatin1());
+            file += BigEndian(quint64(bytes.size()), 4) + chunk.left(4).toLatin1() + bytes + "sums";
+        }
+        Metadata got;
+        gflClearWarningText();
+        QVERIFY(bool(PngCodec().ReadMetadata(Source(file.constData(), std::size_t(file.size())), &got)));
+        QByteArray text;
+        for (const Bytes &block : {got.xmp, got.iptc, got.icc})
+            text += QByteArray(reinterpret_cast<const char *>(block.data()), int(block.size())).toPercentEncoding("/")
+                + '/';
+        QCOMPARE(text + QByteArray::number(int(got.exif.count())) + gflLastWarningText(), row[2].toUtf8());
+    }
+}
+
+/// Thumbnails in EXIF blocks of both byte orders. The thumbnail's directory is the second one and ends with the block.
+void tst_Inside::exifThumbnails()
+{
+    const QByteArray picture = SavedBytes(*SmoothBitmap(300, 200, GFL_GREY, 8), SaveParams("jpeg")),
+                     small = SavedBytes(*SmoothBitmap(120, 80, GFL_GREY, 8), SaveParams("jpeg"));
+    for (const bool isBig : {false, true})
+        for (const quint16 type : {3, 4})         // SHORT, LONG
+            for (const int missing : {0, 1, 2}) { // bytes of the thumbnail; a directory's last bytes
+                const Case named("big-endian", isBig, "type", type, "missing", missing);
+                const auto number = [&](int value, int bytes) {
+                    QByteArray text = BigEndian(quint64(value), bytes);
+                    if (!isBig)
+                        std::reverse(text.begin(), text.end());
+                    return text;
+                };
+                const auto field = [&](int tag, int value) {
+                    return number(tag, 2) + number(type, 2) + number(1, 4)
+                        + number(value, type == 3 ? 2 : 4).leftJustified(4, '\xFF');
+                };
+                const int length = small.size() + (missing == 1 ? 50 : 0);
+                const QByteArray first = number(1, 2) + field(274, 1) + number(26 + small.size(), 4),
+                                 second = number(2, 2) + field(513, 26) + field(514, length),
+                                 exif = QByteArray("Exif\0\0", 6) + (isBig ? "MM" : "II") + number(42, 2) + number(8, 4)
+                    + first + small + second.chopped(missing == 2 ? 3 : 0);
+                QByteArray file = picture;
+                file.insert(2, "\xFF\xE1" + BigEndian(quint64(exif.size()) + 2, 2) + exif);
+                file.insert(2, QByteArray("\xFF\xE1\0\x0Bhttp://xm", 13)); // EXIF follows XMP
+                const Source source(file.constData(), std::size_t(file.size()));
+                const GFL_LOAD_PARAMS params = LoadParams();
+                BitmapRows rows(params);
+                QCOMPARE(bool(ReadExifThumbnail(source, {90, 60}, &rows)), missing == 0);
+                QCOMPARE(rows.Bitmap() ? rows.Bitmap()->Width : 0, missing == 0 ? 120 : 0);
+            }
+}
+
+/// Boxes with short and long numbers; the primary item is the second one.
+void tst_Inside::heifProperties()
+{
+    const auto box = [](const char *name, const QByteArray &content) {
+        return BigEndian(quint64(content.size()) + 8, 4) + name + content;
+    };
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_HEIF_PROPERTIES)))
+        for (const int isLong : {0, 1}) {
+            const Case named(row[0], "long", isLong);
+            QByteArray properties, first, second;
+            const QStringList boxes = row[1].split(QLatin1Char(' '));
+            for (int i = 0; i < boxes.size(); ++i) {
+                properties += box(boxes[i].left(4).toLatin1(), QByteArray::fromHex(boxes[i].mid(5).toLatin1()));
+                second += BigEndian(quint64(i + 1) | (isLong ? 0x8000 : 0x80), isLong ? 2 : 1); // essential
+            }
+            const QByteArray version = BigEndian(isLong ? 0x01000001 : 0, 4), item = BigEndian(7, isLong ? 4 : 2);
+            const QByteArray entries = BigEndian(3, isLong ? 4 : 2) + QByteArray("\1", 1) + BigEndian(1, isLong ? 2 : 1)
+                + item + char(boxes.size()) + second + item + QByteArray("\1", 1) + BigEndian(1, isLong ? 2 : 1);
+            const QByteArray file = box("ftyp", "heic")
+                + box("meta",
+                      BigEndian(0, 4) + box("pitm", version + item)
+                          + box("iprp", box("ipco", properties) + box("ipma", version + BigEndian(3, 4) + entries)));
+            const HeifProperties got = ReadHeifProperties(Source(file.constData(), std::size_t(file.size())));
+            QCOMPARE(QString::asprintf("%d %d %d", got.turn.Orientation(), got.isCropped, got.isGray), row[2]);
+        }
+}
+
 void tst_Inside::brokenDisk()
 {
     const Folder folder;
@@ -607,6 +694,8 @@ void tst_Inside::readers()
     QVERIFY(io.getb() == EOF && io.seek(-300001, Exiv2::BasicIo::cur) == 1 && io.tell() == 300000);
     QVERIFY(io.seek(-9, Exiv2::BasicIo::end) == 0 && !io.eof() && io.getb() == quint8(bytes[299991]) && !io.eof());
     QVERIFY(io.seek(-299992, Exiv2::BasicIo::cur) == 0 && io.tell() == 0 && io.seek(9, Exiv2::BasicIo::end) == 0);
+    QVERIFY(io.isopen() && io.size() == 300000 && io.path().empty() && io.close() == 0 && io.munmap() == 0);
+    QVERIFY(io.write(nullptr, 1) == 0 && io.write(io) == 0 && io.putb(1) == EOF); // read-only
     QVERIFY(io.read(20).size_ == 0 && io.tell() == 300009 && io.error() == 0 && io.open() == 0 && io.tell() == 0);
     RawStream stream(source);
     QByteArray pieces(bytes.size(), '\0');

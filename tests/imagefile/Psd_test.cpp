@@ -22,6 +22,7 @@ struct Spec {
     bool isLarge = false;
     int layers = 0; // number of layers in the file: negative if the fourth channel is opacity
     QByteArray profile;
+    QByteArray blocks = {}; // additional layer information
 
     /// Returns a stored sample as a fraction of the full range: arbitrary, except in Lab and in CMYK with a profile.
     double Share(int x, int y, int c) const
@@ -66,8 +67,9 @@ QByteArray Encode(const Spec &spec)
     if (spec.mode == Indexed)
         for (int i = 0; i < 768; ++i) // red falls, green rises, blue is 7
             palette.append(char(i < 256 ? 255 - i : i < 512 ? i : 7));
-    const QByteArray layers =
-        spec.layers == 0 ? QByteArray() : BigEndian(2, length) + BigEndian(quint64(spec.layers), 2);
+    const QByteArray layers = !spec.blocks.isEmpty() ? BigEndian(0, length + 4) + spec.blocks // no layers, no mask
+        : spec.layers == 0                           ? QByteArray()
+                                                     : BigEndian(2, length) + BigEndian(quint64(spec.layers), 2);
     QByteArray file = "8BPS" + BigEndian(spec.isLarge ? 2 : 1, 2) + BigEndian(0, 6)
         + BigEndian(quint64(spec.channels), 2) + BigEndian(kHeight, 4) + BigEndian(kWidth, 4)
         + BigEndian(quint64(spec.bits), 2) + BigEndian(quint64(spec.mode), 2) + BigEndian(quint64(palette.size()), 4)
@@ -155,6 +157,24 @@ void tst_Psd::reads()
     Read({Rgb, 4, 16, false, false, -1, {}}, GFL_RGBA); // opacity of layers
     Read({Rgb, 6, 32, false, true, -3, {}}, GFL_RGBA);  // and selections
     Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);     // selections only
+    const QByteArray none(4, '\0'), odd = "8BIMabcd" + BigEndian(5, 4) + QByteArray(8, 'x');
+    const std::pair<QByteArray, bool> blocks[] = {{"8BIMMt16" + none, true},
+                                                  {"8B64Mtrn" + none, true},
+                                                  {"8BIMMt32" + none, true},
+                                                  {odd + "8BIMMt16" + none, true},
+                                                  {"8BIMLr16" + BigEndian(2, 4) + "\xFF\xFE" + "..", true},
+                                                  {"8BIMLayr" + BigEndian(2, 4) + "\xFF\xFE" + "..", true},
+                                                  {"8BIMLr32" + BigEndian(2, 4) + QByteArray("\0\2..", 4), false},
+                                                  {"8BIMLr32" + BigEndian(1, 4) + "\xFF...", false},
+                                                  {"8BIMMt16" + BigEndian(4, 4), false}, // longer than the section
+                                                  {"8BIMxxxx" + none, false},
+                                                  {"8BPSMt16" + none, false}};
+    for (const auto &[bytes, hasOpacity] : blocks) {
+        const Case named(bytes);
+        Read({Rgb, 4, 16, true, false, hasOpacity ? -1 : 0, {}, bytes}, hasOpacity ? GFL_RGBA : GFL_RGB);
+    }
+    Read({Rgb, 4, 16, true, true, -1, {}, "8B64Mt16" + none + none}, GFL_RGBA); // a 64-bit length
+    Read({Rgb, 4, 16, true, true, -1, {}, "8BIMabcd" + none + "8B64Mt16" + none + none}, GFL_RGBA);
 }
 
 void tst_Psd::Read(const Spec &spec, int type)

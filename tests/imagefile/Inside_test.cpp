@@ -219,19 +219,30 @@ void tst_Inside::lensId()
     for (const char *group : {"Exif.NikonLd1.", "Exif.NikonLd2.", "Exif.NikonLd3."}) {
         const Case named(group);
         Exiv2::ExifData nikon;
-        nikon[group + std::string("LensIDNumber")] = uint16_t(121);
-        QCOMPARE(LensId(nikon), std::string()); // incomplete
-        nikon[std::string(group) + "MinFocalLength"] = uint16_t(17);
-        nikon[std::string(group) + "MaxFocalLength"] = uint16_t(72);
-        nikon[std::string(group) + "MaxApertureAtMinFocal"] = uint16_t(44);
-        nikon[std::string(group) + "MaxApertureAtMaxFocal"] = uint16_t(48);
+        const std::pair<const char *, int> values[] = {{"LensIDNumber", 121},
+                                                       {"MinFocalLength", 17},
+                                                       {"MaxFocalLength", 72},
+                                                       {"MaxApertureAtMinFocal", 44},
+                                                       {"MaxApertureAtMaxFocal", 48}};
+        for (const auto &[key, value] : values)
+            nikon[std::string(group) + key] = uint16_t(value);
         QCOMPARE(LensId(nikon), std::string("8 40 121 3.6 4")); // from n: 5 * 2^(n / 24) mm; f-number 2^(n / 24)
+        for (const auto &each : values) {
+            Exiv2::ExifData incomplete = nikon;
+            incomplete.erase(incomplete.findKey(Exiv2::ExifKey(std::string(group) + each.first)));
+            QCOMPARE(LensId(incomplete), std::string());
+        }
     }
     Exiv2::ExifData canon;
     canon["Exif.CanonCs.Lens"] = "44 20 2"; // longest, shortest, units per millimeter
     QCOMPARE(LensId(canon), std::string());
     canon["Exif.CanonCs.LensType"] = uint16_t(235);
     QCOMPARE(LensId(canon), std::string("10 22 235"));
+    for (const char *unknown : {"44 20 0", "44 20"}) {
+        Exiv2::ExifData other = canon;
+        other["Exif.CanonCs.Lens"] = unknown;
+        QCOMPARE(LensId(other), std::string());
+    }
     canon["Exif.CanonCs.LensType"] = uint16_t(65535); // no lens
     QCOMPARE(LensId(canon), std::string());
 }
@@ -386,6 +397,12 @@ void tst_Inside::damagedHeaders()
     options.thumbnail = true;
     QByteArray jpeg =
         Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), options); // only the thumbnail is intact
+    Metadata written;
+    QVERIFY(bool(ReadMetadata(Source(jpeg.constData(), std::size_t(jpeg.size())), &written)));
+    const std::pair<const char *, const char *> fields[] = {
+        {"Make", ""}, {"Compression", "6"}, {"XResolution", "72/1"}, {"YResolution", "72/1"}, {"ResolutionUnit", "2"}};
+    for (const auto &[name, value] : fields)
+        QCOMPARE(written.exif[std::string("Exif.Thumbnail.") + name].toString(), std::string(value));
     jpeg[jpeg.lastIndexOf("\xFF\xC0") + 1] = '\xC3';
     for (const QByteArray &file : {QByteArray(4096, 'j'), jpeg})
         for (int i = 0; const Codec *codec = CodecAt(i); ++i) {

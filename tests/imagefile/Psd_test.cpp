@@ -248,8 +248,19 @@ void tst_Psd::mergedPicture()
 
 void tst_Psd::damaged()
 {
-    for (const QSize &side : {QSize(300001, 1), QSize(1, 300001)}) // too large for the format
-        QVERIFY(SavedBytes(*SmoothBitmap(side.width(), side.height(), GFL_GREY, 8), SaveParams("psd")).isEmpty());
+    // PSB from 30,001 pixels per side on, and for rows that may need more than 65,535 bytes after packing (one more for
+    // every 128 begun); no file above 300,000 pixels.
+    const struct {
+        int width, height, bits, compression, version;
+    } rows[] = {{30000, 1, 8, 1, 1},  {30001, 1, 8, 1, 2},  {1, 30000, 8, 1, 1},  {1, 30001, 8, 1, 2},
+                {16256, 1, 32, 1, 1}, {16257, 1, 32, 1, 2}, {16257, 1, 32, 0, 1}, {300000, 1, 8, 1, 2},
+                {1, 300000, 8, 0, 2}, {300001, 1, 8, 1, 0}, {1, 300001, 8, 1, 0}};
+    for (const auto &row : rows) {
+        const Case named(row.width, row.height, row.bits, "bits, compression", row.compression);
+        const BitmapPtr bitmap = SmoothBitmap(row.width, row.height, GFL_GREY, row.bits);
+        const QByteArray file = SavedBytes(*bitmap, SaveParams("psd", row.compression));
+        QCOMPARE(file.isEmpty() ? 0 : int(file[5]), row.version);
+    }
     QCOMPARE(BadFault("psd", Encode({Rgb, 3, 8, true, false, 0, {}})), QString());
     for (bool isPacked : {false, true}) {
         const Case named("packed", isPacked);

@@ -1,9 +1,9 @@
 // Tests of the layer's internals: EXIF texts, lens IDs from maker notes, EXIF in BigTIFF, disk and memory failures in
 // the middle of a file, the memory map of TIFF metadata, and pending rows.
 #include "Bitmaps.h"
+#include "BrokenSink.h"
 #include "Case.h"
 #include "Files.h"
-#include "Table.h"
 #include "core/byte_reader.h"
 #include "core/codec.h"
 #include "core/iso_boxes.h"
@@ -12,16 +12,12 @@
 #include "core/source.h"
 #include "core/tiff_directory.h"
 #include "formats.h"
-#include "heif/heif_boxes.h"
-#include "jpeg/jpeg_codec.h"
-#include "metadata/exif_carry.h"
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
 #include "metadata/note_place.h"
 #include "metadata/source_io.h"
-#include "png/png_codec.h"
 #include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
 
@@ -61,44 +57,6 @@ Bytes FromHex(const QByteArray &hex)
 {
     const QByteArray bytes = QByteArray::fromHex(hex);
     return Bytes(bytes.begin(), bytes.end());
-}
-
-/// Sink of which one call fails, as on a broken disk.
-class BrokenSink : public MemorySink {
-public:
-    explicit BrokenSink(int call) : m_left(call) { }
-    bool HasFailed() const { return m_left <= 0; }
-    Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override
-    {
-        return --m_left == 0 ? Failure() : MemorySink::WriteAt(offset, data, length);
-    }
-    Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) override
-    {
-        return --m_left == 0 ? Failure() : MemorySink::ReadAt(offset, buffer, length, count);
-    }
-
-private:
-    static Status Failure() { return Status::Fail(GFL_ERROR_FILE_WRITE, "the disk is broken"); }
-
-    int m_left;
-};
-
-/// Writes a file again and again, so that each call to the sink fails once. Returns the complete file; an empty one if
-/// a failure isn't reported.
-QByteArray Written(const Codec &codec, const GFL_BITMAP &bitmap, const SaveOptions &options)
-{
-    for (int call = 1;; ++call) {
-        BrokenSink sink(call);
-        const Status status = codec.Write(bitmap, options, &sink);
-        if (QByteArray(status.Why().c_str()).contains("the disk is broken") != sink.HasFailed())
-            return QByteArray();
-        if (sink.HasFailed())
-            continue;
-        QByteArray file(int(sink.Size()), '\0');
-        std::size_t count = 0;
-        return status && sink.MemorySink::ReadAt(0, file.data(), sink.Size(), &count) ? file.left(int(count))
-                                                                                      : QByteArray();
-    }
 }
 
 /// Replaces an open file with a folder, so that reads fail, as on a broken disk. Returns false if it can't.
@@ -171,12 +129,6 @@ private Q_SLOTS:
     void lists();
     void bigTiff();
     void bigTiffOfBothOrders();
-    void brokenWrites();
-    void damagedHeaders();
-    void notePlaces();
-    void pngChunks();
-    void exifThumbnails();
-    void heifProperties();
     void brokenDisk();
     void noMemory();
     void foreignException();
@@ -370,178 +322,6 @@ void tst_Inside::bigTiffOfBothOrders()
             QVERIFY2(cut.exif.empty(), QByteArray::number(size));
         }
     }
-}
-
-void tst_Inside::brokenWrites()
-{
-    Metadata metadata;
-    metadata.exif["Exif.Image.Make"] = "Acme";
-    SaveOptions options;
-    options.metadata = &metadata;
-    options.thumbnail = true;
-    for (int i = 0; const Codec *codec = CodecAt(i / 2); ++i) {
-        options.compression = i % 2 ? 0 : GFL_COMPRESSION_DEFAULT;
-        const Case named(FormatAt(i / 2)->Name, options.compression);
-        for (const int bits : {8, 16})
-            QCOMPARE(Written(*codec, *RandomBitmap(31, 9, GFL_RGBA, bits), options).isEmpty(),
-                     !FormatAt(i / 2)->CanBeWritten);
-    }
-}
-
-/// Each function of a codec checks the headers, even if another one has accepted them before.
-void tst_Inside::damagedHeaders()
-{
-    Metadata metadata;
-    metadata.exif["Exif.Image.Make"] = "Acme";
-    SaveOptions options;
-    options.metadata = &metadata;
-    options.thumbnail = true;
-    QByteArray jpeg =
-        Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), options); // only the thumbnail is intact
-    Metadata written;
-    QVERIFY(bool(ReadMetadata(Source(jpeg.constData(), std::size_t(jpeg.size())), &written)));
-    const std::pair<const char *, const char *> fields[] = {
-        {"Make", ""}, {"Compression", "6"}, {"XResolution", "72/1"}, {"YResolution", "72/1"}, {"ResolutionUnit", "2"}};
-    for (const auto &[name, value] : fields)
-        QCOMPARE(written.exif[std::string("Exif.Thumbnail.") + name].toString(), std::string(value));
-    jpeg[jpeg.lastIndexOf("\xFF\xC0") + 1] = '\xC3';
-    for (const QByteArray &file : {QByteArray(4096, 'j'), jpeg})
-        for (int i = 0; const Codec *codec = CodecAt(i); ++i) {
-            const Case named(FormatAt(i)->Name, "reads", file.left(1));
-            const Source source(file.constData(), std::size_t(file.size()));
-            const GFL_LOAD_PARAMS params = LoadParams();
-            GFL_FILE_INFORMATION info = {};
-            BitmapRows rows(params);
-            Metadata none;
-            QVERIFY(!codec->ReadInfo(source, &info) && !codec->ReadPixels(source, params, &rows));
-            QVERIFY(!codec->ReadThumbnail(source, params, {90, 60}, &rows) && !rows.Bitmap());
-            QVERIFY(codec->ReadMetadata(source, &none) && none.icc.empty() && none.xmp.empty() && none.iptc.empty());
-        }
-}
-
-/// Which notes must stay where they are, because they contain offsets that no rebuilt note would have.
-void tst_Inside::notePlaces()
-{
-    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_NOTE_PLACES))) {
-        const Case named(row[0]);
-        QCOMPARE(row.size(), 5);
-        QCOMPARE(NeedsItsPlace(FromHex(row[3].toLatin1()), row[2].toULongLong(), row[1] == QLatin1String("MM")),
-                 row[4] == QLatin1String("stays"));
-    }
-    const QByteArray bytes("a note that is in no list"), app1("\xFF\xD8\xFF\xE1??Exif\0\0", 12);
-    const auto withNote = [&](int size, int place) {
-        Exiv2::ExifData exif;
-        const Exiv2::DataValue value(reinterpret_cast<const Exiv2::byte *>(bytes.constData()), size);
-        exif.add(Exiv2::ExifKey("Exif.Photo.MakerNote"), &value);
-        if (place > 0)
-            exif[kNotePlaceKey] = uint32_t(place);
-        return exif;
-    };
-    const std::tuple<QByteArray, int, int> files[] = {// what precedes the note, its size, its place in the block
-                                                      {QByteArray("II*\0", 4), 16, 4},
-                                                      {QByteArray("MM\0*", 4), 16, 4},
-                                                      {QByteArray("II*\0", 4), 15, 0},
-                                                      {app1 + QByteArray("II*\0.", 5), 16, 5},
-                                                      {app1 + QByteArray("MM\0*", 4), 20, 4},
-                                                      {"x" + app1 + QByteArray("II*\0", 4), 16, 0},
-                                                      {app1 + "junk", 16, 0}};
-    for (const auto &[head, size, place] : files) {
-        const Case named(head, size);
-        const QByteArray file = head + bytes;
-        Exiv2::ExifData exif = withNote(size, 0);
-        AddNotePlace(Source(file.constData(), std::size_t(file.size())), &exif);
-        QCOMPARE(exif.count(), place > 0 ? 2L : 1L);
-        QCOMPARE(place > 0 ? int(exif[kNotePlaceKey].toLong()) : 0, place);
-    }
-    for (const int place : {15, 16, 32768, 32769}) { // notes further behind might not fit into a JPEG
-        const Case named("at", place);
-        const Bytes block = EncodeExif(withNote(bytes.size(), place));
-        const QByteArray text(reinterpret_cast<const char *>(block.data()), int(block.size()));
-        QCOMPARE(text.indexOf(bytes) == place, place == 16 || place == 32768);
-        QVERIFY(text.contains(bytes));
-    }
-}
-
-void tst_Inside::pngChunks()
-{
-    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_PNG_CHUNKS))) {
-        const Case named(row[0]);
-        QByteArray file("\x89PNG\r\n\x1A\n");
-        for (const QString &chunk : row[1].split(QLatin1Char(' '))) {
-            const QByteArray bytes = QByteArray::fromHex(chunk.mid(5).toLatin1());
-            file += BigEndian(quint64(bytes.size()), 4) + chunk.left(4).toLatin1() + bytes + "sums";
-        }
-        Metadata got;
-        gflClearWarningText();
-        QVERIFY(bool(PngCodec().ReadMetadata(Source(file.constData(), std::size_t(file.size())), &got)));
-        QByteArray text;
-        for (const Bytes &block : {got.xmp, got.iptc, got.icc})
-            text += QByteArray(reinterpret_cast<const char *>(block.data()), int(block.size())).toPercentEncoding("/")
-                + '/';
-        QCOMPARE(text + QByteArray::number(int(got.exif.count())) + gflLastWarningText(), row[2].toUtf8());
-    }
-}
-
-/// Thumbnails in EXIF blocks of both byte orders. The thumbnail's directory is the second one and ends with the block.
-void tst_Inside::exifThumbnails()
-{
-    const QByteArray picture = SavedBytes(*SmoothBitmap(300, 200, GFL_GREY, 8), SaveParams("jpeg")),
-                     small = SavedBytes(*SmoothBitmap(120, 80, GFL_GREY, 8), SaveParams("jpeg"));
-    for (const bool isBig : {false, true})
-        for (const quint16 type : {3, 4})         // SHORT, LONG
-            for (const int missing : {0, 1, 2}) { // bytes of the thumbnail; a directory's last bytes
-                const Case named("big-endian", isBig, "type", type, "missing", missing);
-                const auto number = [&](int value, int bytes) {
-                    QByteArray text = BigEndian(quint64(value), bytes);
-                    if (!isBig)
-                        std::reverse(text.begin(), text.end());
-                    return text;
-                };
-                const auto field = [&](int tag, int value) {
-                    return number(tag, 2) + number(type, 2) + number(1, 4)
-                        + number(value, type == 3 ? 2 : 4).leftJustified(4, '\xFF');
-                };
-                const int length = small.size() + (missing == 1 ? 50 : 0);
-                const QByteArray first = number(1, 2) + field(274, 1) + number(26 + small.size(), 4),
-                                 second = number(2, 2) + field(513, 26) + field(514, length),
-                                 exif = QByteArray("Exif\0\0", 6) + (isBig ? "MM" : "II") + number(42, 2) + number(8, 4)
-                    + first + small + second.chopped(missing == 2 ? 3 : 0);
-                QByteArray file = picture;
-                file.insert(2, "\xFF\xE1" + BigEndian(quint64(exif.size()) + 2, 2) + exif);
-                file.insert(2, QByteArray("\xFF\xE1\0\x0Bhttp://xm", 13)); // EXIF follows XMP
-                const Source source(file.constData(), std::size_t(file.size()));
-                const GFL_LOAD_PARAMS params = LoadParams();
-                BitmapRows rows(params);
-                QCOMPARE(bool(ReadExifThumbnail(source, {90, 60}, &rows)), missing == 0);
-                QCOMPARE(rows.Bitmap() ? rows.Bitmap()->Width : 0, missing == 0 ? 120 : 0);
-            }
-}
-
-/// Boxes with short and long numbers; the primary item is the second one.
-void tst_Inside::heifProperties()
-{
-    const auto box = [](const char *name, const QByteArray &content) {
-        return BigEndian(quint64(content.size()) + 8, 4) + name + content;
-    };
-    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_HEIF_PROPERTIES)))
-        for (const int isLong : {0, 1}) {
-            const Case named(row[0], "long", isLong);
-            QByteArray properties, first, second;
-            const QStringList boxes = row[1].split(QLatin1Char(' '));
-            for (int i = 0; i < boxes.size(); ++i) {
-                properties += box(boxes[i].left(4).toLatin1(), QByteArray::fromHex(boxes[i].mid(5).toLatin1()));
-                second += BigEndian(quint64(i + 1) | (isLong ? 0x8000 : 0x80), isLong ? 2 : 1); // essential
-            }
-            const QByteArray version = BigEndian(isLong ? 0x01000001 : 0, 4), item = BigEndian(7, isLong ? 4 : 2);
-            const QByteArray entries = BigEndian(3, isLong ? 4 : 2) + QByteArray("\1", 1) + BigEndian(1, isLong ? 2 : 1)
-                + item + char(boxes.size()) + second + item + QByteArray("\1", 1) + BigEndian(1, isLong ? 2 : 1);
-            const QByteArray file = box("ftyp", "heic")
-                + box("meta",
-                      BigEndian(0, 4) + box("pitm", version + item)
-                          + box("iprp", box("ipco", properties) + box("ipma", version + BigEndian(3, 4) + entries)));
-            const HeifProperties got = ReadHeifProperties(Source(file.constData(), std::size_t(file.size())));
-            QCOMPARE(QString::asprintf("%d %d %d", got.turn.Orientation(), got.isCropped, got.isGray), row[2]);
-        }
 }
 
 void tst_Inside::brokenDisk()

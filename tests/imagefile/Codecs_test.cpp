@@ -24,28 +24,35 @@ using namespace imagefile;
 class tst_Codecs : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { StartExiv2(); }
+    void initTestCase();
     void brokenWrites();
     void damagedHeaders();
     void notePlaces();
     void pngChunks();
     void exifThumbnails();
     void heifProperties();
+
+private:
+    Metadata m_metadata;
+    SaveOptions m_options;
 };
+
+void tst_Codecs::initTestCase()
+{
+    StartExiv2();
+    m_metadata.exif["Exif.Image.Make"] = "Acme";
+    m_options.metadata = &m_metadata;
+    m_options.thumbnail = true;
+}
 
 /// Each format reports each write that fails.
 void tst_Codecs::brokenWrites()
 {
-    Metadata metadata;
-    metadata.exif["Exif.Image.Make"] = "Acme";
-    SaveOptions options;
-    options.metadata = &metadata;
-    options.thumbnail = true;
     for (int i = 0; const Codec *codec = CodecAt(i / 2); ++i) {
-        options.compression = i % 2 ? 0 : GFL_COMPRESSION_DEFAULT;
-        const Case named(FormatAt(i / 2)->Name, options.compression);
+        m_options.compression = i % 2 ? 0 : GFL_COMPRESSION_DEFAULT;
+        const Case named(FormatAt(i / 2)->Name, m_options.compression);
         for (const int bits : {8, 16})
-            QCOMPARE(Written(*codec, *RandomBitmap(31, 9, GFL_RGBA, bits), options).isEmpty(),
+            QCOMPARE(Written(*codec, *RandomBitmap(31, 9, GFL_RGBA, bits), m_options).isEmpty(),
                      !FormatAt(i / 2)->CanBeWritten);
     }
 }
@@ -53,13 +60,8 @@ void tst_Codecs::brokenWrites()
 /// Each function of a codec checks the headers, even if another one has accepted them before.
 void tst_Codecs::damagedHeaders()
 {
-    Metadata metadata;
-    metadata.exif["Exif.Image.Make"] = "Acme";
-    SaveOptions options;
-    options.metadata = &metadata;
-    options.thumbnail = true;
     QByteArray jpeg =
-        Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), options); // only the thumbnail is intact
+        Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), m_options); // only the thumbnail is intact
     Metadata written;
     QVERIFY(bool(ReadMetadata(Source(jpeg.constData(), std::size_t(jpeg.size())), &written)));
     const std::pair<const char *, const char *> fields[] = {
@@ -151,7 +153,7 @@ void tst_Codecs::exifThumbnails()
     const QByteArray picture = SavedBytes(*SmoothBitmap(300, 200, GFL_GREY, 8), SaveParams("jpeg")),
                      small = SavedBytes(*SmoothBitmap(120, 80, GFL_GREY, 8), SaveParams("jpeg"));
     for (const bool isBig : {false, true})
-        for (const int type : {3, 4})         // SHORT, LONG
+        for (const int type : {3, 4})             // SHORT, LONG
             for (const int missing : {0, 1, 2}) { // bytes of the thumbnail; a directory's last bytes
                 const Case named("big-endian", isBig, "type", type, "missing", missing);
                 const auto number = [&](int value, int bytes) {

@@ -90,17 +90,17 @@ QString AttributesOf(const Imf::Header &header)
 {
     QString text;
     for (auto at = header.begin(); at != header.end(); ++at) {
-        QString value;
+        const QString name = QLatin1String(at.name()) + QLatin1Char('=');
         if (const auto *number = dynamic_cast<const Imf::FloatAttribute *>(&at.attribute()))
-            value = QString::asprintf("%g", double(number->value()));
+            text += name + QString::asprintf("%g; ", double(number->value()));
         else if (const auto *words = dynamic_cast<const Imf::StringAttribute *>(&at.attribute()))
-            value = QString::fromStdString(words->value());
-        else if (const auto *colors = dynamic_cast<const Imf::ChromaticitiesAttribute *>(&at.attribute()))
-            for (const Imath::V2f &color :
-                 {colors->value().red, colors->value().green, colors->value().blue, colors->value().white})
-                value += QString::asprintf("%g,%g ", double(color.x), double(color.y));
-        if (!value.isEmpty())
-            text += QLatin1String(at.name()) + QLatin1Char('=') + value.trimmed() + QLatin1String("; ");
+            text += name + QString::fromStdString(words->value() + "; ");
+        else if (const auto *colors = dynamic_cast<const Imf::ChromaticitiesAttribute *>(&at.attribute())) {
+            const auto &[red, green, blue, white] = colors->value();
+            text += name
+                + QString::asprintf("%g,%g %g,%g %g,%g %g,%g; ", double(red.x), double(red.y), double(green.x),
+                                    double(green.y), double(blue.x), double(blue.y), double(white.x), double(white.y));
+        }
     }
     return text.remove(QLatin1String("pixelAspectRatio=1; ")).remove(QLatin1String("screenWindowWidth=1; "));
 }

@@ -315,27 +315,6 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
 
 void tst_Metadata::iptcEntries()
 {
-    // The two forms that ImageMagick 6 writes into a PNG: plain IPTC, or a Photoshop resource that contains it.
-    const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
-    const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
-    const QByteArray exif = "Exif" + QByteArray(2, '\0') + PlainTiff({{274, 6}}, {});
-    const std::pair<const char *, QByteArray> texts[] = {{"iptc", set},  {"iptc", block},       {"8bim", block},
-                                                         {"exif", exif}, {"APP1", exif.mid(6)}, {"xmp", kXmp}};
-    for (const auto &[kind, profile] : texts) {
-        const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
-            + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
-        const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // not verified
-        WriteFile(m_folder("a.png"), QByteArray(png).insert(33, chunk));
-        const QByteArray path = m_folder("a.png").toUtf8();
-        QCOMPARE(gflHasEXIFUTF8(path), profile.endsWith(exif.mid(6)));
-        QCOMPARE(XmpOf(m_folder("a.png")), QByteArray(profile == kXmp ? kXmp : ""));
-        GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(path);
-        QVERIFY2(!profile.endsWith(set)
-                     ? !iptc
-                     : iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one",
-                 kind);
-        gflFreeIPTC(iptc);
-    }
     GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("source.jpg").toUtf8().constData());
     QVERIFY(iptc);
     QByteArray entries;

@@ -1,6 +1,7 @@
 // Tests of Photoshop files, built byte by byte.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Table.h"
 
 #include <QtTest>
 
@@ -154,27 +155,16 @@ void tst_Psd::reads()
     Read({Lab, 3, 16, false, false, 0, {}}, GFL_RGB);
     Read({Cmyk, 5, 16, true, true, 0, {}}, GFL_RGB); // a selection
     Read({Gray, 2, 16, false, false, 0, {}}, GFL_GREY);
-    Read({Rgb, 4, 16, false, false, -1, {}}, GFL_RGBA); // opacity of layers
-    Read({Rgb, 6, 32, false, true, -3, {}}, GFL_RGBA);  // and selections
-    Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);     // selections only
-    const QByteArray none(4, '\0'), odd = "8BIMabcd" + BigEndian(5, 4) + QByteArray(8, 'x');
-    const std::pair<QByteArray, bool> blocks[] = {{"8BIMMt16" + none, true},
-                                                  {"8B64Mtrn" + none, true},
-                                                  {"8BIMMt32" + none, true},
-                                                  {odd + "8BIMMt16" + none, true},
-                                                  {"8BIMLr16" + BigEndian(2, 4) + "\xFF\xFE" + "..", true},
-                                                  {"8BIMLayr" + BigEndian(2, 4) + "\xFF\xFE" + "..", true},
-                                                  {"8BIMLr32" + BigEndian(2, 4) + QByteArray("\0\2..", 4), false},
-                                                  {"8BIMLr32" + BigEndian(1, 4) + "\xFF...", false},
-                                                  {"8BIMMt16" + BigEndian(4, 4), false}, // longer than the section
-                                                  {"8BIMxxxx" + none, false},
-                                                  {"8BPSMt16" + none, false}};
-    for (const auto &[bytes, hasOpacity] : blocks) {
-        const Case named(bytes);
-        Read({Rgb, 4, 16, true, false, hasOpacity ? -1 : 0, {}, bytes}, hasOpacity ? GFL_RGBA : GFL_RGB);
+    Read({Rgb, 4, 16, false, false, -1, {}}, GFL_RGBA);                             // opacity of layers
+    Read({Rgb, 6, 32, false, true, -3, {}}, GFL_RGBA);                              // and selections
+    Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);                                 // selections only
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_PSD_BLOCKS))) { // name, version, opacity, bytes
+        const Case named(row[0]);
+        const bool hasOpacity = row[2] == QLatin1String("opacity");
+        const QByteArray blocks = QByteArray::fromHex(row[3].toLatin1());
+        Read({Rgb, 4, 16, true, row[1] == QLatin1String("PSB"), hasOpacity ? -1 : 0, {}, blocks},
+             hasOpacity ? GFL_RGBA : GFL_RGB);
     }
-    Read({Rgb, 4, 16, true, true, -1, {}, "8B64Mt16" + none + none}, GFL_RGBA); // a 64-bit length
-    Read({Rgb, 4, 16, true, true, -1, {}, "8BIMabcd" + none + "8B64Mt16" + none + none}, GFL_RGBA);
 }
 
 void tst_Psd::Read(const Spec &spec, int type)

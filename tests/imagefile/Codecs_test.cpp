@@ -26,6 +26,7 @@ class tst_Codecs : public QObject {
 private Q_SLOTS:
     void initTestCase();
     void brokenWrites();
+    void madeThumbnail();
     void damagedHeaders();
     void notePlaces();
     void pngChunks();
@@ -57,17 +58,35 @@ void tst_Codecs::brokenWrites()
     }
 }
 
+void tst_Codecs::madeThumbnail()
+{
+    const QByteArray jpeg = Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), m_options);
+    Metadata written;
+    QVERIFY(bool(ReadMetadata(Source(jpeg.constData(), std::size_t(jpeg.size())), &written)));
+    const std::pair<const char *, const char *> fields[] = {
+        {"Compression", "6"}, {"XResolution", "72/1"}, {"YResolution", "72/1"}, {"ResolutionUnit", "2"}};
+    for (const auto &[name, value] : fields)
+        QCOMPARE(written.exif[std::string("Exif.Thumbnail.") + name].toString(), std::string(value));
+    // Without EXIF there is no thumbnail, nor if the segment of 65,527 bytes has less than 16 KiB + 94 bytes left.
+    for (const int length : {0, 49022, 49023}) {
+        const Case named("bytes", length);
+        Metadata large, read;
+        if (length > 0)
+            large.exif["Exif.Image.Make"] = std::string(std::size_t(length - 1), 'm');
+        SaveOptions options = m_options;
+        options.metadata = &large;
+        const QByteArray file = Written(JpegCodec(), *SmoothBitmap(9, 9, GFL_RGB, 8), options);
+        QVERIFY(bool(ReadMetadata(Source(file.constData(), std::size_t(file.size())), &read)));
+        QVERIFY(read.exif.empty() == (length == 0));
+        QCOMPARE(read.exif.findKey(Exiv2::ExifKey("Exif.Thumbnail.Compression")) != read.exif.end(), length == 49022);
+    }
+}
+
 /// Each function of a codec checks the headers, even if another one has accepted them before.
 void tst_Codecs::damagedHeaders()
 {
     QByteArray jpeg =
-        Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), m_options); // only the thumbnail is intact
-    Metadata written;
-    QVERIFY(bool(ReadMetadata(Source(jpeg.constData(), std::size_t(jpeg.size())), &written)));
-    const std::pair<const char *, const char *> fields[] = {
-        {"Make", ""}, {"Compression", "6"}, {"XResolution", "72/1"}, {"YResolution", "72/1"}, {"ResolutionUnit", "2"}};
-    for (const auto &[name, value] : fields)
-        QCOMPARE(written.exif[std::string("Exif.Thumbnail.") + name].toString(), std::string(value));
+        Written(JpegCodec(), *SmoothBitmap(300, 200, GFL_RGB, 8), m_options); // only the thumbnail will be intact
     jpeg[jpeg.lastIndexOf("\xFF\xC0") + 1] = '\xC3';
     for (const QByteArray &file : {QByteArray(4096, 'j'), jpeg})
         for (int i = 0; const Codec *codec = CodecAt(i); ++i) {

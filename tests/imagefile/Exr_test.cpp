@@ -152,6 +152,14 @@ void tst_Exr::writeThenRead()
                 for (int c = 0; c < ChannelsOf(type); ++c)
                     QVERIFY(std::abs(multiplied(*got, x, y, c) - multiplied(*bitmap, x, y, c)) <= limit);
     }
+    const float given[] = {1e9f, -1e9f, 65504, 0.1f}, halves[] = {65504, -65504, 65504, 0.0999755859375f}; // IEEE 754
+    const BitmapPtr bright = NewBitmap(4, 1, GFL_GREY, 32);
+    std::copy(std::begin(given), std::end(given), reinterpret_cast<float *>(bright->Data));
+    GFL_SAVE_PARAMS params = SaveParams("exr");
+    params.Flags |= GFL_SAVE_HALF_FLOATS;
+    QCOMPARE(Save(path, *bright, params), int(GFL_NO_ERROR));
+    const BitmapPtr got = Load(path);
+    QVERIFY(got && PackedPixels(*got) == QByteArray(reinterpret_cast<const char *>(halves), sizeof halves));
 }
 
 void tst_Exr::attributes()

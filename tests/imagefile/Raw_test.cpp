@@ -85,6 +85,11 @@ void tst_Raw::facts()
             image->exifData()["Exif." + field.left(field.indexOf('=')).toStdString()].setValue(
                 QByteArray(field).replace('_', ' ').mid(field.indexOf('=') + 1).toStdString());
         WriteFile(m_folder("a.raw"), WrittenBy(*image).replace(2, 1, "X"));
+        GFL_FILE_INFORMATION info;
+        const BitmapPtr picture =
+            Load(m_folder("a.raw"), nullptr, LoadParams(), &info); // stays as the camera stored it
+        QVERIFY2(picture && QSize(picture->Width, picture->Height) == QSize(64, 48), gflLastErrorText());
+        QCOMPARE(QSize(info.Width, info.Height), QSize(64, 48));
         GFL_METADATA_LIST *list = nullptr;
         QCOMPARE(gflLoadMetadataListUTF8(m_folder("a.raw").toUtf8().constData(), &list), int(GFL_NO_ERROR));
         QByteArray text;

@@ -8,9 +8,6 @@
 #include <ImfStandardAttributes.h>
 #include <ImfStringAttribute.h>
 
-#include <algorithm>
-#include <cmath>
-
 namespace imagefile {
 
 namespace {
@@ -19,6 +16,16 @@ const Exiv2::Exifdatum *Find(const Exiv2::ExifData &exif, const char *key)
 {
     const auto found = exif.findKey(Exiv2::ExifKey(key));
     return found != exif.end() && found->count() > 0 ? &*found : nullptr;
+}
+
+/// Returns whether the value has at least @p count numbers and all are known: EXIF writes unknown ones with a
+/// denominator of 0, to which Exiv2 also converts infinity and NaN.
+bool AreKnown(const Exiv2::Exifdatum *numbers, long count)
+{
+    bool areKnown = numbers && numbers->count() >= count;
+    for (long i = 0; areKnown && i < count; ++i)
+        areKnown = numbers->toRational(i).second != 0;
+    return areKnown;
 }
 
 struct NumberRow {
@@ -48,13 +55,12 @@ constexpr TextRow kTexts[] = {
 bool ReadAngle(const Exiv2::ExifData &exif, const std::string &key, char negative, float *degrees)
 {
     const Exiv2::Exifdatum *angle = Find(exif, key.c_str()), *side = Find(exif, (key + "Ref").c_str());
-    if (!angle || angle->count() < 3 || !side)
+    if (!AreKnown(angle, 3) || !side)
         return false;
     *degrees = angle->toFloat(0) + angle->toFloat(1) / 60.0F + angle->toFloat(2) / 3600.0F;
-    const std::string name = side->toString();
-    if (!name.empty() && name[0] == negative)
+    if (side->toString()[0] == negative)
         *degrees = -*degrees;
-    return std::isfinite(*degrees);
+    return true;
 }
 
 void AddPlace(const Exiv2::ExifData &exif, Imf::Header *header)
@@ -102,7 +108,7 @@ void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
              "it");
     for (const NumberRow &row : kNumbers) {
         const Exiv2::Exifdatum *number = Find(metadata.exif, row.key);
-        if (number && std::isfinite(number->toFloat()))
+        if (AreKnown(number, 1))
             row.add(*header, number->toFloat());
     }
     for (const TextRow &row : kTexts) {

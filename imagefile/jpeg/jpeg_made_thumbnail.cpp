@@ -103,13 +103,10 @@ void ThumbnailRoom::Append(std::size_t most, Bytes *tiff)
 {
     constexpr std::size_t kHeaderBytes = 8;
     const std::size_t directoryAt = (tiff->size() + 1) & ~std::size_t(1);
-    if (tiff->size() < kHeaderBytes || (*tiff)[0] != 'I' || directoryAt + kJpegAt + kRoomBytes > most)
+    if (tiff->size() < kHeaderBytes || directoryAt + kJpegAt + kRoomBytes > most)
         return;
-    const std::size_t first = NumberAt(*tiff, 4, 4);
-    const std::size_t pointerAt = first + 2 + NumberAt(*tiff, first, 2) * kFieldBytes;
-    if (pointerAt + 4 > tiff->size() || NumberAt(*tiff, pointerAt, 4) != 0)
-        return;
-    m_pointerAt = pointerAt;
+    const std::size_t first = NumberAt(*tiff, 4, 4); // the only directory but for those it points to
+    m_pointerAt = first + 2 + NumberAt(*tiff, first, 2) * kFieldBytes;
     m_directoryAt = directoryAt;
     tiff->resize(directoryAt + kJpegAt + kRoomBytes);
 }

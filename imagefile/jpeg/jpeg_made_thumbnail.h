@@ -30,8 +30,8 @@ private:
 /// known only after the picture is written.
 class ThumbnailRoom {
 public:
-    /// Appends zeros to @p tiff, a little-endian block, as space for a second directory and the thumbnail. Does nothing
-    /// if the block is empty, would become longer than @p most bytes, or has a second directory.
+    /// Appends zeros to @p tiff, a little-endian block without a second directory, as space for that directory and the
+    /// thumbnail. Does nothing if the block is empty or would become longer than @p most bytes.
     void Append(std::size_t most, Bytes *tiff);
     bool IsReserved() const { return m_pointerAt != 0; }
 

@@ -27,7 +27,6 @@ Bytes ReadBytes(const Source &source, std::uint64_t offset, std::uint64_t length
 
 std::uint32_t Append(const Bytes &bytes, Bytes *view)
 {
-    view->resize((view->size() + 1) & ~std::size_t(1));
     const auto offset = static_cast<std::uint32_t>(view->size()); // <= kMaxBigTiffViewBytes + one value
     view->insert(view->end(), bytes.begin(), bytes.end());
     return offset;

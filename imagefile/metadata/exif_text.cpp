@@ -103,7 +103,7 @@ std::string Direction(const Exiv2::Value &value)
     constexpr std::pair<char, const char *> kNames[] = {{'N', "North"}, {'S', "South"}, {'E', "East"},
                                                         {'W', "West"},  {'T', "True"},  {'M', "Magnetic"}};
     for (const auto &[letter, name] : kNames)
-        if (!text.empty() && text[0] == letter)
+        if (text[0] == letter)
             return name;
     return text;
 }

@@ -267,6 +267,13 @@ QString BadRead(const QByteArray &file, const QByteArray &info, int type, const 
         return QString::asprintf("got %s; expected %s, type %d; the picture is %d x %d, %d bits, type %d",
                                  InfoText(got).constData(), info.constData(), type, read->Width, read->Height,
                                  read->BitsPerComponent, read->Type);
+    gflLibraryInitEx([](unsigned long, void *) -> void * { return nullptr; },
+                     [](void *, unsigned long, void *) -> void * { return nullptr; }, [](void *, void *) {}, nullptr);
+    int error = 0;
+    const bool isReadWithoutMemory = LoadFromMemory(file, &error) != nullptr;
+    gflLibraryExit();
+    if (isReadWithoutMemory || error != GFL_ERROR_NO_MEMORY)
+        return QString::asprintf("error %d without memory", error);
     return Difference(*read, expected, tolerance);
 }
 

@@ -2,10 +2,13 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
+#include "MetadataFiles.h"
+#include "Table.h"
 
 #include <QtTest>
 
 #include <ImfChannelList.h>
+#include <ImfFloatAttribute.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfInputFile.h>
@@ -15,6 +18,7 @@
 #include <ImfPartType.h>
 #include <ImfRgbaFile.h>
 #include <ImfStandardAttributes.h>
+#include <ImfStringAttribute.h>
 #include <ImfTiledOutputFile.h>
 
 #include <cmath>
@@ -81,12 +85,33 @@ void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &displa
     file.writePixels(height);
 }
 
+/// Returns "NAME=VALUE; " for each optional attribute, sorted by name.
+QString AttributesOf(const Imf::Header &header)
+{
+    QString text;
+    for (auto at = header.begin(); at != header.end(); ++at) {
+        const QString name = QLatin1String(at.name()) + QLatin1Char('=');
+        if (const auto *number = dynamic_cast<const Imf::FloatAttribute *>(&at.attribute()))
+            text += name + QString::asprintf("%g; ", double(number->value()));
+        else if (const auto *words = dynamic_cast<const Imf::StringAttribute *>(&at.attribute()))
+            text += name + QString::fromStdString(words->value() + "; ");
+        else if (const auto *colors = dynamic_cast<const Imf::ChromaticitiesAttribute *>(&at.attribute())) {
+            const auto &[red, green, blue, white] = colors->value();
+            text += name
+                + QString::asprintf("%g,%g %g,%g %g,%g %g,%g; ", double(red.x), double(red.y), double(green.x),
+                                    double(green.y), double(blue.x), double(blue.y), double(white.x), double(white.y));
+        }
+    }
+    return text.remove(QLatin1String("pixelAspectRatio=1; ")).remove(QLatin1String("screenWindowWidth=1; "));
+}
+
 } // namespace
 
 class tst_Exr : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void writeThenRead();
+    void attributes();
     void foreignFiles();
     void damagedFiles();
 
@@ -126,6 +151,31 @@ void tst_Exr::writeThenRead()
             for (int x = 0; x < 67; ++x)
                 for (int c = 0; c < ChannelsOf(type); ++c)
                     QVERIFY(std::abs(multiplied(*got, x, y, c) - multiplied(*bitmap, x, y, c)) <= limit);
+    }
+    const float given[] = {1e9f, -1e9f, 65504, 0.1f}, halves[] = {65504, -65504, 65504, 0.0999755859375f}; // IEEE 754
+    const BitmapPtr bright = NewBitmap(4, 1, GFL_GREY, 32);
+    std::copy(std::begin(given), std::end(given), reinterpret_cast<float *>(bright->Data));
+    GFL_SAVE_PARAMS params = SaveParams("exr");
+    params.Flags |= GFL_SAVE_HALF_FLOATS;
+    QCOMPARE(Save(path, *bright, params), int(GFL_NO_ERROR));
+    const BitmapPtr got = Load(path);
+    QVERIFY(got && PackedPixels(*got) == QByteArray(reinterpret_cast<const char *>(halves), sizeof halves));
+}
+
+void tst_Exr::attributes()
+{
+    const QByteArray jpeg = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg"));
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_EXR_ATTRIBUTES))) {
+        const Case named(row[0]);
+        const auto image = OpenImage(jpeg);
+        for (const QString &field : row[0].split(QLatin1Char(' ')))
+            image->exifData()["Exif." + field.section(QLatin1Char('='), 0, 0).toStdString()].setValue(
+                field.section(QLatin1Char('='), 1).replace(QLatin1Char('_'), QLatin1Char(' ')).toStdString());
+        const BitmapPtr bitmap = LoadFromMemory(WrittenBy(*image), nullptr, LoadParams(GFL_LOAD_METADATA));
+        gflClearWarningText();
+        QCOMPARE(Save(m_folder("a.exr"), *bitmap, SaveParams("exr")), int(GFL_NO_ERROR));
+        QCOMPARE(QString::fromUtf8(gflLastWarningText()), QLatin1String("metadata is left out: ") + row[2]);
+        QCOMPARE(AttributesOf(Imf::InputFile(m_folder("a.exr").toStdString().c_str()).header()).trimmed(), row[1]);
     }
 }
 

@@ -206,12 +206,18 @@ void tst_Heif::metadata()
         const char *name;
         int primaries, curve;
         bool isWarned;
-    } rows[] = {{"sRGB", 1, 13, false}, {"unknown", 2, 2, false}, {"Display P3", 12, 13, true}, {"PQ", 9, 16, true}};
+    } rows[] = {{"sRGB", 1, 13, false}, {"unknown", 2, 2, false}, {"Display P3", 12, 13, true},
+                {"PQ", 9, 16, true},    {"BT.709", 1, 1, false},  {"BT.601's curve", 1, 6, false},
+                {"linear", 1, 8, true}};
     for (const auto &row : rows) {
         const Case named(row.name);
         const QByteArray file =
             Encode({heif_compression_AV1, 8, 3, {64, 48}, 1, true, false, row.primaries, row.curve});
-        QCOMPARE(WarningOf(file).contains("treated as sRGB"), row.isWarned);
+        const QString warning =
+            QString::asprintf("colors are treated as sRGB, but the file has no profile and gives "
+                              "primaries %d and tone curve %d of ITU-T H.273 (0: not defined there)",
+                              row.primaries, row.curve);
+        QCOMPARE(QString::fromUtf8(WarningOf(file)), row.isWarned ? warning : QString());
     }
     std::swap(large.icc, large.xmp);
     QVERIFY(WarningOf(Encode({}, large)).contains("ICC profile"));

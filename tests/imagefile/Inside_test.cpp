@@ -1,6 +1,7 @@
 // Tests of the layer's internals: EXIF texts, lens IDs from maker notes, EXIF in BigTIFF, disk and memory failures in
 // the middle of a file, the memory map of TIFF metadata, and pending rows.
 #include "Bitmaps.h"
+#include "BrokenSink.h"
 #include "Case.h"
 #include "Files.h"
 #include "Table.h"
@@ -22,6 +23,7 @@
 #include "tiff/tiff_codec.h"
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <array>
@@ -59,26 +61,6 @@ Bytes FromHex(const QByteArray &hex)
     const QByteArray bytes = QByteArray::fromHex(hex);
     return Bytes(bytes.begin(), bytes.end());
 }
-
-/// Sink of which one call fails, as on a broken disk.
-class BrokenSink : public MemorySink {
-public:
-    explicit BrokenSink(int call) : m_left(call) { }
-    bool HasFailed() const { return m_left <= 0; }
-    Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override
-    {
-        return --m_left == 0 ? Failure() : MemorySink::WriteAt(offset, data, length);
-    }
-    Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) override
-    {
-        return --m_left == 0 ? Failure() : MemorySink::ReadAt(offset, buffer, length, count);
-    }
-
-private:
-    static Status Failure() { return Status::Fail(GFL_ERROR_FILE_WRITE, "the disk is broken"); }
-
-    int m_left;
-};
 
 /// Makes each of a function's system calls @p call fail once: with @p number as errno or, for 0, by doing nothing and
 /// returning 0. Returns an empty text if the function then always returns @p error with this text, otherwise its
@@ -208,19 +190,30 @@ void tst_Inside::lensId()
     for (const char *group : {"Exif.NikonLd1.", "Exif.NikonLd2.", "Exif.NikonLd3."}) {
         const Case named(group);
         Exiv2::ExifData nikon;
-        nikon[group + std::string("LensIDNumber")] = uint16_t(121);
-        QCOMPARE(LensId(nikon), std::string()); // incomplete
-        nikon[std::string(group) + "MinFocalLength"] = uint16_t(17);
-        nikon[std::string(group) + "MaxFocalLength"] = uint16_t(72);
-        nikon[std::string(group) + "MaxApertureAtMinFocal"] = uint16_t(44);
-        nikon[std::string(group) + "MaxApertureAtMaxFocal"] = uint16_t(48);
+        const std::pair<const char *, int> values[] = {{"LensIDNumber", 121},
+                                                       {"MinFocalLength", 17},
+                                                       {"MaxFocalLength", 72},
+                                                       {"MaxApertureAtMinFocal", 44},
+                                                       {"MaxApertureAtMaxFocal", 48}};
+        for (const auto &[key, value] : values)
+            nikon[std::string(group) + key] = uint16_t(value);
         QCOMPARE(LensId(nikon), std::string("8 40 121 3.6 4")); // from n: 5 * 2^(n / 24) mm; f-number 2^(n / 24)
+        for (const auto &each : values) {
+            Exiv2::ExifData incomplete = nikon;
+            incomplete.erase(incomplete.findKey(Exiv2::ExifKey(std::string(group) + each.first)));
+            QCOMPARE(LensId(incomplete), std::string());
+        }
     }
     Exiv2::ExifData canon;
     canon["Exif.CanonCs.Lens"] = "44 20 2"; // longest, shortest, units per millimeter
     QCOMPARE(LensId(canon), std::string());
     canon["Exif.CanonCs.LensType"] = uint16_t(235);
     QCOMPARE(LensId(canon), std::string("10 22 235"));
+    for (const char *unknown : {"44 20 0", "44 20"}) {
+        Exiv2::ExifData other = canon;
+        other["Exif.CanonCs.Lens"] = unknown;
+        QCOMPARE(LensId(other), std::string());
+    }
     canon["Exif.CanonCs.LensType"] = uint16_t(65535); // no lens
     QCOMPARE(LensId(canon), std::string());
 }
@@ -287,22 +280,15 @@ void tst_Inside::bigTiff()
         options.lzwAllowed = true;
         options.bigTiffFromBytes = i % 2 ? 1 : kBigTiffFromBytes;
         const Case named("compression", options.compression, "BigTIFF from", options.bigTiffFromBytes);
-        std::unique_ptr<BrokenSink> sink;
-        for (int call = 1; !sink || sink->HasFailed(); ++call) {
-            sink = std::make_unique<BrokenSink>(call);
-            const Status status = TiffCodec().Write(*bitmap, options, sink.get());
-            QCOMPARE(QByteArray(status.Why().c_str()), QByteArray(sink->HasFailed() ? "the disk is broken" : ""));
-        }
-        QByteArray file(int(sink->Size()), '\0');
+        const QByteArray file = Written(TiffCodec(), *bitmap, options);
         std::size_t count = 0;
         char version = 0;
-        QVERIFY(sink->MemorySink::ReadAt(0, file.data(), sink->Size(), &count) && count == sink->Size());
-        QCOMPARE(int(file[2]), i % 2 ? 43 : 42);
+        QCOMPARE(int(file.leftJustified(3)[2]), i % 2 ? 43 : 42);
         QVERIFY(file.contains(i % 2 ? QByteArray("\x69\x87\x10\0\1\0\0\0\0\0\0\0", 12) // EXIF: LONG8, one value
                                     : QByteArray("\x69\x87\4\0\1\0\0\0", 8)));         // EXIF: LONG
         for (const unsigned times : {1, 2}) { // the size is never underestimated, nor by a factor of 2 overestimated
             MemorySink other;
-            options.bigTiffFromBytes = i % 2 ? kBigTiffFromBytes : sink->Size() * times;
+            options.bigTiffFromBytes = i % 2 ? kBigTiffFromBytes : unsigned(file.size()) * times;
             QVERIFY(bool(TiffCodec().Write(*bitmap, options, &other)) && other.ReadAt(2, &version, 1, &count));
             QCOMPARE(int(version), i % 2 || times == 2 ? 42 : 43);
         }
@@ -310,7 +296,7 @@ void tst_Inside::bigTiff()
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(Difference(*read, *bitmap), QString());
         Metadata again;
-        QVERIFY(bool(ReadMetadata(Source(file.constData(), sink->Size()), &again)));
+        QVERIFY(bool(ReadMetadata(Source(file.constData(), std::size_t(file.size())), &again)));
         for (const Exiv2::Exifdatum &datum : metadata.exif) {
             const Case namedInside(datum.key().c_str());
             const auto found = again.exif.findKey(Exiv2::ExifKey(datum.key()));
@@ -403,10 +389,16 @@ void tst_Inside::brokenDisk()
         }
 }
 
-/// Makes each call to operator new fail once. The load or save must then either report the lack of memory or succeed
-/// with all metadata; it must never crash or hang.
+/// Makes each call to operator new or to the host's allocator fail once. The load or save must then either report the
+/// lack of memory or succeed with all metadata; it must never crash or hang.
 void tst_Inside::noMemory()
 {
+    gflLibraryInitEx([](unsigned long size, void *) { return operator new(size, std::nothrow); },
+                     [](void *block, unsigned long size, void *) -> void * {
+                         return allocationsLeft == 0 || --allocationsLeft > 0 ? std::realloc(block, size) : nullptr;
+                     },
+                     [](void *block, void *) { std::free(block); }, nullptr);
+    const auto reset = qScopeGuard([] { gflLibraryExit(); });
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
         const Case named(format);
         const Folder folder;
@@ -418,7 +410,9 @@ void tst_Inside::noMemory()
                                    "camera-raw-settings/1.0/' crs:RawFileName='longer than a string without memory'/>"
                                    "</rdf:RDF></x:xmpmeta>";
         MakeMetadata(made.get())->xmp.assign(packet.begin(), packet.end());
-        QCOMPARE(Save(folder("a"), *made, SaveParams(format)), int(GFL_NO_ERROR));
+        GFL_SAVE_PARAMS save = SaveParams(format);
+        save.Flags |= GFL_SAVE_THUMBNAIL;
+        QCOMPARE(Save(folder("a"), *made, save), int(GFL_NO_ERROR));
         const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_METADATA);
         bool fails = true; // until there are fewer than n calls
         for (int n = 1; fails; ++n) {
@@ -433,7 +427,6 @@ void tst_Inside::noMemory()
         }
         fails = true;
         for (int n = 1; fails; ++n) {
-            const GFL_SAVE_PARAMS save = SaveParams(format);
             allocationsLeft = n;
             const int error = gflSaveBitmapUTF8(out.constData(), made.get(), &save);
             fails = std::exchange(allocationsLeft, 0) == 0;
@@ -549,6 +542,8 @@ void tst_Inside::readers()
     QVERIFY(io.getb() == EOF && io.seek(-300001, Exiv2::BasicIo::cur) == 1 && io.tell() == 300000);
     QVERIFY(io.seek(-9, Exiv2::BasicIo::end) == 0 && !io.eof() && io.getb() == quint8(bytes[299991]) && !io.eof());
     QVERIFY(io.seek(-299992, Exiv2::BasicIo::cur) == 0 && io.tell() == 0 && io.seek(9, Exiv2::BasicIo::end) == 0);
+    QVERIFY(io.isopen() && io.size() == 300000 && io.path().empty() && io.close() == 0 && io.munmap() == 0);
+    QVERIFY(io.write(nullptr, 1) == 0 && io.write(io) == 0 && io.putb(1) == EOF); // read-only
     QVERIFY(io.read(20).size_ == 0 && io.tell() == 300009 && io.error() == 0 && io.open() == 0 && io.tell() == 0);
     RawStream stream(source);
     QByteArray pieces(bytes.size(), '\0');

@@ -115,6 +115,9 @@ void tst_Jp2::readsWhatOpenJpegWrites()
 
 void tst_Jp2::refuses()
 {
+    QByteArray profile = Encode({"RGB", 3, 8}); // method 2: an ICC profile
+    profile.replace(profile.indexOf("colr") + 4, 7, QByteArray("\2\0\0\0\0\0\x12", 7));
+    QVERIFY2(LoadFromMemory(profile), gflLastErrorText());
     QCOMPARE(BadFault("jp2 opacity", Encode({"RGBA", 4, 8})), QString());
     const std::pair<QByteArray, const char *> rows[] = {
         {Encode({"", 3, 8, false, true, 0, 0, 2}), "subsampled components are not supported"},

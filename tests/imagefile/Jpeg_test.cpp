@@ -161,9 +161,12 @@ void tst_Jpeg::damaged()
 {
     const QByteArray restarts = Encode(With([](Spec &s) { s.restart = 1; })),
                      scans = Encode(With([](Spec &s) { s.progressive = true; })),
+                     arithmetic = Encode(With([](Spec &s) { s.arithmetic = true; })),
                      last = scans.mid(scans.lastIndexOf("\xFF\xDA")).chopped(2);
-    const std::pair<const char *, QByteArray> rows[] = {
-        {"baseline", Encode(Spec())}, {"progressive", scans}, {"restart markers", restarts}};
+    const std::pair<const char *, QByteArray> rows[] = {{"baseline", Encode(Spec())},
+                                                        {"progressive", scans},
+                                                        {"restart markers", restarts},
+                                                        {"arithmetic", arithmetic}};
     for (const auto &[name, whole] : rows) {
         const Case named(name);
         QCOMPARE(BadCut(whole, whole.size() - 2), QString()); // the end marker is not needed
@@ -237,7 +240,11 @@ void tst_Jpeg::writes()
         QVERIFY(SavedBytes(*noise, SaveParams("jpeg", -1, quality)).size()
                 < SavedBytes(*noise, SaveParams("jpeg", -1, quality + 5)).size());
     }
-    QVERIFY(SavedBytes(*RandomBitmap(65501, 1, GFL_GREY, 8), SaveParams("jpeg")).isEmpty()); // too large for the format
+    for (const QSize size :
+         {QSize(65500, 1), QSize(1, 65500), QSize(65501, 1), QSize(1, 65501)}) { // the format's limit
+        const QByteArray file = SavedBytes(*RandomBitmap(size.width(), size.height(), GFL_GREY, 8), SaveParams("jpeg"));
+        QVERIFY2(file.isEmpty() == (size.width() + size.height() > 65501), gflLastErrorText());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Jpeg)

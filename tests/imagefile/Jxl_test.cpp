@@ -8,6 +8,7 @@
 #include <cmath>
 #include <jxl/encode.h>
 #include <lcms2.h>
+#include <tuple>
 
 namespace {
 
@@ -21,6 +22,9 @@ struct Spec {
     bool inContainer = false;
     bool isPacked = false; // compressed metadata
     QByteArray icc = {};
+    bool isAnimated = false;
+    uint32_t extra = 0; // number of further channels
+    JxlExtraChannelType extraType = JXL_CHANNEL_DEPTH;
 };
 
 /// Encodes a bitmap, whose samples are scaled to the stored depth; the blocks' ICC profile isn't used.
@@ -31,6 +35,8 @@ QByteArray Encode(const GFL_BITMAP &bitmap, const Spec &spec, const Blocks &bloc
     JxlEncoder *encoder = JxlEncoderCreate(nullptr);
     JxlEncoderUseContainer(encoder, spec.inContainer);
     JxlEncoderUseBoxes(encoder);
+    if (spec.extra > 0)
+        JxlEncoderSetCodestreamLevel(encoder, 10); // the usual level 5 allows 4 extra channels and no black
     JxlBasicInfo info;
     JxlEncoderInitBasicInfo(&info);
     info.xsize = uint32_t(bitmap.Width);
@@ -38,7 +44,9 @@ QByteArray Encode(const GFL_BITMAP &bitmap, const Spec &spec, const Blocks &bloc
     info.bits_per_sample = uint32_t(spec.storedBits);
     info.exponent_bits_per_sample = isFloat ? 8 : 0;
     info.num_color_channels = isGray ? 1 : 3;
-    info.num_extra_channels = hasAlpha;
+    info.num_extra_channels = hasAlpha + spec.extra;
+    info.have_animation = spec.isAnimated;
+    info.animation.tps_numerator = info.animation.tps_denominator = 1;
     info.alpha_bits = hasAlpha ? info.bits_per_sample : 0;
     info.alpha_exponent_bits = hasAlpha ? info.exponent_bits_per_sample : 0;
     info.orientation = JxlOrientation(spec.orientation);
@@ -51,6 +59,11 @@ QByteArray Encode(const GFL_BITMAP &bitmap, const Spec &spec, const Blocks &bloc
     else
         JxlEncoderSetICCProfile(encoder, reinterpret_cast<const uint8_t *>(spec.icc.constData()),
                                 size_t(spec.icc.size()));
+    for (uint32_t i = 0; i < spec.extra; ++i) {
+        JxlExtraChannelInfo extra;
+        JxlEncoderInitExtraChannelInfo(spec.extraType, &extra);
+        JxlEncoderSetExtraChannelInfo(encoder, hasAlpha + i, &extra);
+    }
     const auto addBox = [&](const char *name, const QByteArray &box) {
         JxlEncoderAddBox(encoder, name, reinterpret_cast<const uint8_t *>(box.constData()), size_t(box.size()),
                          spec.isPacked);
@@ -65,7 +78,11 @@ QByteArray Encode(const GFL_BITMAP &bitmap, const Spec &spec, const Blocks &bloc
                                                                        : JXL_TYPE_UINT8,
                                    JXL_LITTLE_ENDIAN, 0};
     const QByteArray pixels = PackedPixels(bitmap);
-    JxlEncoderAddImageFrame(settings, &format, pixels.constData(), size_t(pixels.size()));
+    for (int frame = 0; frame <= spec.isAnimated; ++frame)
+        JxlEncoderAddImageFrame(settings, &format, pixels.constData(), size_t(pixels.size()));
+    for (uint32_t i = 0; i < spec.extra; ++i)
+        JxlEncoderSetExtraChannelBuffer(settings, &format, pixels.constData(),
+                                        size_t(pixels.size() / ChannelsOf(bitmap.Type)), hasAlpha + i);
     if (!blocks.xmp.isEmpty())
         addBox("xml ", blocks.xmp); // after the picture
     JxlEncoderCloseInput(encoder);
@@ -101,6 +118,8 @@ void tst_Jxl::readsWhatLibjxlWrites()
                 {"16 bits, RGBA, rotated", {GFL_RGBA, 16, 16, 6}, 0.0},
                 {"float", {GFL_RGB, 32, 32}, 0.0},
                 {"float, RGBA, in a container", {GFL_RGBA, 32, 32, 1, true, true}, 0.0},
+                {"two frames", {GFL_RGB, 8, 8, 1, true, true, false, {}, true}, 0.0},
+                {"16 extra channels", {GFL_RGB, 8, 8, 1, true, false, false, {}, false, 16}, 0.0},
                 {"lossy", {GFL_RGB, 8, 8, 1, false}, 0.1},
                 {"lossy with a profile", {GFL_RGB, 8, 8, 1, false, false, false, SomeBlocks().icc}, 0.1}};
     for (const auto &row : rows) {
@@ -108,8 +127,9 @@ void tst_Jxl::readsWhatLibjxlWrites()
         const Spec &spec = row.spec;
         const BitmapPtr bitmap = spec.lossless ? RandomBitmap(kWidth, kHeight, spec.type, spec.bits)
                                                : SmoothBitmap(kWidth, kHeight, spec.type, spec.bits);
-        const QByteArray info = InfoText("jxl", "JPEG XL", {kWidth, kHeight}, ChannelsOf(spec.type), spec.bits,
-                                         spec.type == GFL_GREY ? GFL_CM_GREY : GFL_CM_RGB);
+        const QByteArray info =
+            InfoText("jxl", spec.isAnimated ? "JPEG XL animation" : "JPEG XL", {kWidth, kHeight}, ChannelsOf(spec.type),
+                     spec.bits, spec.type == GFL_GREY ? GFL_CM_GREY : GFL_CM_RGB);
         QCOMPARE(BadRead(Encode(*bitmap, spec), info, *bitmap, row.tolerance), QString());
     }
     // Lossy pictures with a profile that libjxl can't name are converted to sRGB; here its light is a bent line.
@@ -164,6 +184,19 @@ void tst_Jxl::metadata()
 
 void tst_Jxl::damaged()
 {
+    const std::tuple<Spec, int, const char *> refused[] = {
+        {{GFL_RGB, 8, 8, 1, true, false, false, {}, false, 17},
+         GFL_ERROR_FILE_READ,
+         ": 17 extra channels; up to 16 are supported"},
+        {{GFL_RGB, 8, 8, 1, true, false, false, {}, false, 2, JXL_CHANNEL_BLACK},
+         GFL_ERROR_UNKNOWN_FORMAT,
+         ": CMYK; only gray and RGB are supported"}};
+    for (const auto &[spec, expected, why] : refused) {
+        const Case named(why);
+        int error = 0;
+        QVERIFY(!LoadFromMemory(Encode(*SmoothBitmap(13, 9, GFL_RGB, 8), spec), &error));
+        QVERIFY2(error == expected && QByteArray(gflLastErrorText()).endsWith(why), gflLastErrorText());
+    }
     const BitmapPtr bitmap = SmoothBitmap(13, 9, GFL_RGBA, 16);
     for (bool inContainer : {false, true}) {
         const Case named(inContainer ? "in a container" : "bare");

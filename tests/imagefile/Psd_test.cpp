@@ -1,6 +1,7 @@
 // Tests of Photoshop files, built byte by byte.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Table.h"
 
 #include <QtTest>
 
@@ -22,6 +23,7 @@ struct Spec {
     bool isLarge = false;
     int layers = 0; // number of layers in the file: negative if the fourth channel is opacity
     QByteArray profile;
+    QByteArray blocks = {}; // additional layer information
 
     /// Returns a stored sample as a fraction of the full range: arbitrary, except in Lab and in CMYK with a profile.
     double Share(int x, int y, int c) const
@@ -66,8 +68,9 @@ QByteArray Encode(const Spec &spec)
     if (spec.mode == Indexed)
         for (int i = 0; i < 768; ++i) // red falls, green rises, blue is 7
             palette.append(char(i < 256 ? 255 - i : i < 512 ? i : 7));
-    const QByteArray layers =
-        spec.layers == 0 ? QByteArray() : BigEndian(2, length) + BigEndian(quint64(spec.layers), 2);
+    const QByteArray layers = !spec.blocks.isEmpty() ? BigEndian(0, length + 4) + spec.blocks // no layers, no mask
+        : spec.layers == 0                           ? QByteArray()
+                                                     : BigEndian(2, length) + BigEndian(quint64(spec.layers), 2);
     QByteArray file = "8BPS" + BigEndian(spec.isLarge ? 2 : 1, 2) + BigEndian(0, 6)
         + BigEndian(quint64(spec.channels), 2) + BigEndian(kHeight, 4) + BigEndian(kWidth, 4)
         + BigEndian(quint64(spec.bits), 2) + BigEndian(quint64(spec.mode), 2) + BigEndian(quint64(palette.size()), 4)
@@ -152,9 +155,16 @@ void tst_Psd::reads()
     Read({Lab, 3, 16, false, false, 0, {}}, GFL_RGB);
     Read({Cmyk, 5, 16, true, true, 0, {}}, GFL_RGB); // a selection
     Read({Gray, 2, 16, false, false, 0, {}}, GFL_GREY);
-    Read({Rgb, 4, 16, false, false, -1, {}}, GFL_RGBA); // opacity of layers
-    Read({Rgb, 6, 32, false, true, -3, {}}, GFL_RGBA);  // and selections
-    Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);     // selections only
+    Read({Rgb, 4, 16, false, false, -1, {}}, GFL_RGBA);                             // opacity of layers
+    Read({Rgb, 6, 32, false, true, -3, {}}, GFL_RGBA);                              // and selections
+    Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);                                 // selections only
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_PSD_BLOCKS))) { // name, version, opacity, bytes
+        const Case named(row[0]);
+        const bool hasOpacity = row[2] == QLatin1String("opacity");
+        const QByteArray blocks = QByteArray::fromHex(row[3].toLatin1());
+        Read({Rgb, 4, 16, true, row[1] == QLatin1String("PSB"), hasOpacity ? -1 : 0, {}, blocks},
+             hasOpacity ? GFL_RGBA : GFL_RGB);
+    }
 }
 
 void tst_Psd::Read(const Spec &spec, int type)
@@ -228,8 +238,19 @@ void tst_Psd::mergedPicture()
 
 void tst_Psd::damaged()
 {
-    for (const QSize &side : {QSize(300001, 1), QSize(1, 300001)}) // too large for the format
-        QVERIFY(SavedBytes(*SmoothBitmap(side.width(), side.height(), GFL_GREY, 8), SaveParams("psd")).isEmpty());
+    // PSB from 30,001 pixels per side on, and for rows that may need more than 65,535 bytes after packing (one more for
+    // every 128 begun); no file above 300,000 pixels.
+    const struct {
+        int width, height, bits, compression, version;
+    } rows[] = {{30000, 1, 8, 1, 1},  {30001, 1, 8, 1, 2},  {1, 30000, 8, 1, 1},  {1, 30001, 8, 1, 2},
+                {16256, 1, 32, 1, 1}, {16257, 1, 32, 1, 2}, {16257, 1, 32, 0, 1}, {300000, 1, 8, 1, 2},
+                {1, 300000, 8, 0, 2}, {300001, 1, 8, 1, 0}, {1, 300001, 8, 1, 0}};
+    for (const auto &row : rows) {
+        const Case named(row.width, row.height, row.bits, "bits, compression", row.compression);
+        const BitmapPtr bitmap = SmoothBitmap(row.width, row.height, GFL_GREY, row.bits);
+        const QByteArray file = SavedBytes(*bitmap, SaveParams("psd", row.compression));
+        QCOMPARE(file.isEmpty() ? 0 : int(file[5]), row.version);
+    }
     QCOMPARE(BadFault("psd", Encode({Rgb, 3, 8, true, false, 0, {}})), QString());
     for (bool isPacked : {false, true}) {
         const Case named("packed", isPacked);

@@ -4,11 +4,9 @@
 #include "DngFile.h"
 #include "Files.h"
 #include "MetadataFiles.h"
+#include "Table.h"
 
 #include <QtTest>
-
-#include <cmath>
-#include <limits>
 
 class tst_Raw : public QObject {
     Q_OBJECT
@@ -22,54 +20,34 @@ private:
     Folder m_folder;
 };
 
-struct Settings {
-    int automatic = 0, camera = 1, highlight = 0, autoBright = 0;
-    float gamma = 1, brightness = 1, red = 1, blue = 1;
-};
-
+/// The camera's neutral gray is 0.5, 1, 0.75: its balance multiplies by 2, 1, 4 / 3.
 void tst_Raw::settings()
 {
-    const SensorColor field = {0.1, 0.25, 0.15}, white = {1, 1, 1};
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    // The camera's neutral gray is 0.5, 1, 0.75: its balance multiplies by 2, 1, 4 / 3.
-    const struct {
-        const char *name;
-        Settings settings;
-        SensorColor sensor, expected;
-    } rows[] = {
-        {"camera balance", {}, field, {0.2, 0.25, 0.2}},
-        {"no balance: daylight", {0, 0}, field, field},
-        {"automatic balance overrides the camera's", {1, 1}, field, {0.25, 0.25, 0.25}},
-        {"brightness", {0, 1, 0, 0, 1, 2}, field, {0.4, 0.5, 0.4}},
-        {"brightness before gamma", {0, 1, 0, 0, 2, 2}, field, {std::sqrt(0.4), std::sqrt(0.5), std::sqrt(0.4)}},
-        {"red scaling", {0, 1, 0, 0, 1, 1, 1.5f}, field, {0.3, 0.25, 0.2}},
-        {"blue scaling", {0, 1, 0, 0, 1, 1, 1, 1.5f}, field, {0.2, 0.25, 0.3}},
-        {"red and blue scaling with automatic balance", {1, 0, 0, 0, 1, 1, 2, 0.5f}, field, {0.5, 0.25, 0.125}},
-        {"auto brightness", {0, 1, 0, 1}, field, {0.8, 1, 0.8}},
-        {"highlights clipped", {}, white, {1, 1, 1}},
-        {"highlights kept", {0, 1, 1}, white, {1, 0.5, 2.0 / 3}},
-        {"highlights blended", {0, 1, 2}, white, {13.0 / 18, 13.0 / 18, 13.0 / 18}},
-        {"invalid numbers count as 1", {0, 1, 0, 0, nan, -3, 0, nan}, field, {0.2, 0.25, 0.2}},
-    };
-    for (const auto &row : rows)
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_RAW_SETTINGS)))
         for (unsigned flags : {0u, unsigned(GFL_LOAD_ORIGINAL_DEPTH)}) {
-            const Case named(row.name, "flags", flags);
+            const Case named(row[0], "flags", flags);
+            const auto numbers = [&row](int cell) {
+                QVector<float> values;
+                for (const QString &number : row[cell].split(QLatin1Char(' ')))
+                    values.append(number.toFloat());
+                return values;
+            };
+            const QVector<float> settings = numbers(1), sensor = numbers(2), expected = numbers(3);
             GFL_LOAD_PARAMS params = LoadParams(flags);
-            params.RawUseAutomaticBalance = static_cast<std::uint8_t>(row.settings.automatic);
-            params.RawUseCameraBalance = static_cast<std::uint8_t>(row.settings.camera);
-            params.RawHighlight = static_cast<std::uint8_t>(row.settings.highlight);
-            params.RawAutoBright = static_cast<std::uint8_t>(row.settings.autoBright);
-            params.RawGamma = row.settings.gamma;
-            params.RawBrightness = row.settings.brightness;
-            params.RawRedScaling = row.settings.red;
-            params.RawBlueScaling = row.settings.blue;
-            const BitmapPtr got = LoadFromMemory(DngFile({130, 98}, row.sensor), nullptr, params);
+            std::uint8_t *const choices[] = {&params.RawUseAutomaticBalance, &params.RawUseCameraBalance,
+                                             &params.RawHighlight, &params.RawAutoBright};
+            float *const factors[] = {&params.RawGamma, &params.RawBrightness, &params.RawRedScaling,
+                                      &params.RawBlueScaling};
+            for (int i = 0; i < 4; ++i) {
+                *choices[i] = static_cast<std::uint8_t>(settings[i]);
+                *factors[i] = settings[4 + i];
+            }
+            const BitmapPtr got =
+                LoadFromMemory(DngFile({130, 98}, {sensor[0], sensor[1], sensor[2]}), nullptr, params);
             QVERIFY2(got && got->Width == 130 && got->Height == 98 && got->Type == GFL_RGB, gflLastErrorText());
             QCOMPARE(int(got->BitsPerComponent), flags == 0 ? 8 : 16);
-            const double want[] = {row.expected.red, row.expected.green, row.expected.blue};
-            QCOMPARE(Difference(
-                         *got, [&](int, int, int c) { return want[c]; }, 0.005),
-                     QString());
+            const auto want = [&](int, int, int c) { return double(expected[c]); };
+            QCOMPARE(Difference(*got, want, 0.005), QString());
         }
 }
 
@@ -107,6 +85,11 @@ void tst_Raw::facts()
             image->exifData()["Exif." + field.left(field.indexOf('=')).toStdString()].setValue(
                 QByteArray(field).replace('_', ' ').mid(field.indexOf('=') + 1).toStdString());
         WriteFile(m_folder("a.raw"), WrittenBy(*image).replace(2, 1, "X"));
+        GFL_FILE_INFORMATION info;
+        const BitmapPtr picture =
+            Load(m_folder("a.raw"), nullptr, LoadParams(), &info); // stays as the camera stored it
+        QVERIFY2(picture && QSize(picture->Width, picture->Height) == QSize(64, 48), gflLastErrorText());
+        QCOMPARE(QSize(info.Width, info.Height), QSize(64, 48));
         GFL_METADATA_LIST *list = nullptr;
         QCOMPARE(gflLoadMetadataListUTF8(m_folder("a.raw").toUtf8().constData(), &list), int(GFL_NO_ERROR));
         QByteArray text;

@@ -1,7 +1,11 @@
 #include "WizardTest.h"
 
+#include "ExpectedText.h"
+
 #include <QApplication>
 #include <QDropEvent>
+#include <QHeaderView>
+#include <QMetaProperty>
 #include <QMimeData>
 
 void WizardTest::init()
@@ -37,6 +41,36 @@ void WizardTest::Show(const std::vector<KIPluginOne2One *> &processes, const QSt
         m_wizard->Add({path});
     }
     m_wizard->show();
+}
+
+void WizardTest::CheckLooks(const QWidget &window, const char *section)
+{
+    QString seen = window.windowTitle() + QLatin1Char('\n');
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        QStringList words;
+        for (const char *name : {"text", "toolTip", "placeholderText", "currentText", "value", "maximum", "alignment",
+                                 "selectionMode", "selectionBehavior", "textElideMode", "editTriggers"}) {
+            const QMetaProperty property = widget->metaObject()->property(widget->metaObject()->indexOfProperty(name));
+            const QVariant value = property.read(widget);
+            const QString text = property.isEnumType()
+                ? QString::fromLatin1(property.enumerator().valueToKeys(value.toInt()))
+                : value.toString();
+            if (!text.isEmpty() && !text.startsWith("AlignL"_s)) // the default
+                words << (property.isEnumType() ? text : QLatin1Char('"') + text + QLatin1Char('"'));
+        }
+        for (const char *state : {"checked", "wordWrap", "rootIsDecorated", "uniformRowHeights", "showGrid",
+                                  "tabKeyNavigation", "acceptDrops", "clearButtonEnabled"})
+            words << (widget->property(state).toBool() ? QString::fromLatin1(state) : QString());
+        words << (widget->isEnabled() ? QString() : "disabled"_s);
+        words.removeAll(QString());
+        if (widget->isVisible() && !words.isEmpty() && !qobject_cast<const QHeaderView *>(widget))
+            seen += QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') + words.join(QLatin1Char(' '))
+                + QLatin1Char('\n');
+    }
+    for (const auto *header : window.findChildren<QHeaderView *>())
+        for (int i = 0; header->isVisible() && i < header->count(); ++i)
+            seen += "column "_s + header->model()->headerData(i, Qt::Horizontal).toString() + QLatin1Char('\n');
+    QVERIFY2(seen.toUtf8() == ExpectedText(section), qPrintable(seen));
 }
 
 void WizardTest::Drop(const QList<QUrl> &urls) const

@@ -225,6 +225,7 @@ void tst_UIVitreluxPage::states()
     MakePicture(kA, 400, 300);
     TestWizard desk;
     QCOMPARE(desk.State(), "unset waiting next"_s);
+    QCOMPARE(desk.page->title() + desk.page->subTitle(), desk.process.Name() + desk.process.Comment());
     QSignalSpy changes(desk.page, &QWizardPage::completeChanged);
     desk.process.SetFiles({kA});
     QCOMPARE(changes.count(), 2); // one for the old job, one for the render; setting the boxes adds none
@@ -241,9 +242,12 @@ void tst_UIVitreluxPage::states()
     desk.Click("m_cbPreview");
     QTest::qWait(50);
     QCOMPARE(renders.count(), 0); // neither resizing nor the split view needs a render
-    desk.process.SetFiles({});    // an empty job
+    desk.Click("m_cbCA");
+    desk.process.SetFiles({}); // an empty job, which the end of the previous render must not complete
     for (const char *name : {"m_cbDistortion", "pushButtonApplyAll", "QToolButton_Next", "toolButtonLensFile"})
         desk.Click(name);
+    desk.worker->wait();
+    QApplication::processEvents();
     QCOMPARE(desk.State(), "unset waiting next"_s);
 }
 

@@ -459,6 +459,13 @@ void HostRunTest::environment()
         QCOMPARE(window.exitCode, 1); // not a crash
         QVERIFY2(window.errorLines.last().startsWith("vitrelux: cannot show a window: "_s + wizard), window.error);
     }
+    m_run->Set("QT_QPA_PLATFORM", "offscreen"_s);
+    for (const auto &[options, why] : {std::pair("--plugin none.so"_s, "plug-in \"%1/none.so\": "_s),
+                                       {"--lens-path none"_s, "there is no profile folder \"%1/none\""_s}}) {
+        const ProgramResult refused = Run("wizard a.jpg "_s + options);
+        QVERIFY2(refused.exitCode == 1 && refused.errorLines.size() == 1, refused.error);
+        QVERIFY2(refused.errorLines[0].startsWith("vitrelux: "_s + why.arg(m_dir->path())), refused.error);
+    }
 }
 
 void HostRunTest::names()

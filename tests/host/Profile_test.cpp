@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <cmath>
 #include <functional>
@@ -356,6 +357,10 @@ void tst_Profile::pictureBetweenEntries()
         const double expected = 100.0 * ((1.0 - weight) * -0.08 + weight * 0.04) * u * u;
         QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));
     }
+    QCOMPARE(Run("profile --plot own.svg m.lcp"_s).exitCode, 0);
+    static const QRegularExpression kCurve("points=\"[^\"]{100,}\""_s);
+    const QString layout = QString::fromUtf8(ReadFile(Path("own.svg"_s))).replace(kCurve, "points=\"\""_s);
+    QCOMPARE(layout.toUtf8(), ExpectedText("vitrelux profile --plot own.svg m.lcp, without points of curves"));
     // A model that folds near the center: not even the largest zoom fills the picture.
     WriteFile(Path("folded.lcp"_s), File({Bent(28, -9.0)}));
     const QByteArray folded = Run("profile --for c.jpg folded.lcp"_s).output;
@@ -433,8 +438,6 @@ void tst_Profile::plot()
         const ReadPlot plot(ReadFile(Path("m.svg"_s)));
         QVERIFY(plot.Valid());
         QVERIFY2(plot.Texts().endsWith((title == blend ? blend : QString()) + "|24 mm"_s), qPrintable(plot.Texts()));
-        QVERIFY(ReadFile(Path("m.svg"_s)).contains("<text x=\"50.000\" y=\"24.000\"")); // the title
-        QCOMPARE(ReadFile(Path("m.svg"_s)).count("font-weight=\"bold\""), 1);
         QString pen;
         const QVector<QPointF> points = plot.Curve(panel, title, curve, &pen);
         QCOMPARE(pen,

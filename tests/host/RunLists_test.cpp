@@ -3,6 +3,7 @@
 #include "ExpectedText.h"
 #include "KException.h"
 #include "TestFiles.h"
+#include "Thrown.h"
 #include "app/OutputPlan.h"
 #include "command/Console.h"
 #include "command/ReportCommand.h"
@@ -102,7 +103,14 @@ void tst_RunLists::walks()
 
 void tst_RunLists::listThatCannotBeRead()
 {
-    QVERIFY_EXCEPTION_THROWN(ListPictures({{}, false, "/nowhere/list"_s, {}, {}}), KException);
+    const QTemporaryDir scene;
+    const QString file = scene.filePath("list"_s), why = "cannot read the list of pictures \"%1\": "_s;
+    const auto message = [](const QString &list) { return Thrown([&] { ListPictures({{}, false, list, {}, {}}); }); };
+    QCOMPARE(message("/nowhere/list"_s), why.arg("/nowhere/list"_s) + "No such file or directory"_s);
+    WriteFile(file, {});
+    QCOMPARE(message(file), "none"_s);
+    QVERIFY(QFile::resize(file, (256 << 20) + 1));
+    QCOMPARE(message(file), why.arg(file) + "more than 268435456 bytes, the maximum for a list"_s);
     QCOMPARE(PictureNamePatterns().filter(QRegularExpression("^\\*\\.(jpg|tiff|dng)$"_s)).size(), 3);
 }
 

@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QMetaProperty>
 #include <QMimeData>
+#include <QRegularExpression>
 
 void WizardTest::init()
 {
@@ -47,25 +48,22 @@ void WizardTest::CheckLooks(const QWidget &window, const char *section)
 {
     QString seen = window.windowTitle() + QLatin1Char('\n');
     for (const QWidget *widget : window.findChildren<QWidget *>()) {
-        QStringList words;
-        for (const char *name : {"text", "toolTip", "placeholderText", "currentText", "value", "maximum", "alignment",
-                                 "selectionMode", "selectionBehavior", "textElideMode", "editTriggers"}) {
+        QString line;
+        for (const char *name :
+             {"text", "toolTip", "placeholderText", "currentText", "value", "maximum", "alignment", "selectionMode",
+              "selectionBehavior", "textElideMode", "editTriggers", "checked", "wordWrap", "rootIsDecorated",
+              "uniformRowHeights", "showGrid", "tabKeyNavigation", "acceptDrops", "clearButtonEnabled"}) {
             const QMetaProperty property = widget->metaObject()->property(widget->metaObject()->indexOfProperty(name));
             const QVariant value = property.read(widget);
-            const QString text = property.isEnumType()
-                ? QString::fromLatin1(property.enumerator().valueToKeys(value.toInt()))
-                : value.toString();
+            const QString text = value.type() == QVariant::Bool ? QLatin1String(value.toBool() ? name : "")
+                : property.isEnumType() ? QString::fromLatin1(property.enumerator().valueToKeys(value.toInt()))
+                                        : QString(value.toString()).replace(QRegularExpression("(.+)"_s), "\"\\1\""_s);
             if (!text.isEmpty() && !text.startsWith("AlignL"_s)) // the default
-                words << (property.isEnumType() ? text : QLatin1Char('"') + text + QLatin1Char('"'));
+                line += QLatin1Char(' ') + text;
         }
-        for (const char *state : {"checked", "wordWrap", "rootIsDecorated", "uniformRowHeights", "showGrid",
-                                  "tabKeyNavigation", "acceptDrops", "clearButtonEnabled"})
-            words << (widget->property(state).toBool() ? QString::fromLatin1(state) : QString());
-        words << (widget->isEnabled() ? QString() : "disabled"_s);
-        words.removeAll(QString());
-        if (widget->isVisible() && !words.isEmpty() && !qobject_cast<const QHeaderView *>(widget))
-            seen += QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') + words.join(QLatin1Char(' '))
-                + QLatin1Char('\n');
+        if (widget->isVisible() && !line.isEmpty() && !qobject_cast<const QHeaderView *>(widget))
+            seen += QLatin1String(widget->metaObject()->className()) + line
+                + QLatin1String(widget->isEnabled() ? "\n" : " disabled\n");
     }
     for (const auto *header : window.findChildren<QHeaderView *>())
         for (int i = 0; header->isVisible() && i < header->count(); ++i)

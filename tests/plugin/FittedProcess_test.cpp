@@ -522,6 +522,10 @@ void tst_FittedProcess::recordOfResult()
                  + digest
                  + "; crs.LensProfileIsEmbedded=; crs.LensProfileDistortionScale=51; "
                    "crs.LensProfileChromaticAberrationScale=0"_s);
+    fit.profile = "lensfun:Maker/Lens 1/2"_s; // not a path
+    QVERIFY2(text().contains("Profile=lensfun:Maker/Lens 1/2; vitrelux.ProfileName=Maker/Lens 1/2; "
+                             "vitrelux.ProfileDigest=; "_s),
+             qPrintable(text()));
     fit.profile = "/absent.lcp"_s;
     QCOMPARE(Thrown(text), "cannot read \"/absent.lcp\": No such file or directory"_s);
 }

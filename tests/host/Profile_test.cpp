@@ -234,7 +234,7 @@ void tst_Profile::plainText()
     const ProgramResult result = Run("profile --plain m.lcp p.lcp"_s);
     QCOMPARE(result.exitCode, 0);
     // Centers are shares of 4000 x 3000, the largest pixel coordinates.
-    QVERIFY2(result.output.startsWith(ExpectedText("vitrelux profile --plain m.lcp p.lcp, the first")), result.output);
+    QVERIFY2(result.output == ExpectedText("vitrelux profile --plain m.lcp p.lcp"), result.output.right(900));
 }
 
 void tst_Profile::check_data()

@@ -10,6 +10,7 @@
 #include "app/MemoryBudget.h"
 
 #include <QImage>
+#include <QLoggingCategory>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -22,6 +23,7 @@ private Q_SLOTS:
     void returnsPixels();
     void describesRefused();
     void memoryBudget();
+    void fewMessagesFromQt();
     void analyticsIsOff();
 
 private:
@@ -113,6 +115,23 @@ void tst_HostApplication::memoryBudget()
     third.join();
     QVERIFY(!isEarly && isAdmitted);
     const MemoryBudget::Share alone(&budget, 101); // a single picture always is
+}
+
+/// Only the first messages of Qt are printed, and none about its runtime folder.
+void tst_HostApplication::fewMessagesFromQt()
+{
+    static QStringList printed;
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) { printed << text; });
+    ChooseDisplayless();
+    qWarning("QStandardPaths: no folder");
+    const QLoggingCategory plugins("qt.qpa.plugin");
+    qCWarning(plugins, "no plug-in");
+    for (int i = 1; i <= 22; ++i)
+        qWarning("%d", i);
+    qInstallMessageHandler(before);
+    QCOMPARE(printed.size(), 20);
+    QCOMPARE(printed.first() + printed.last(), "120\nvitrelux: further messages from Qt are omitted"_s);
 }
 
 void tst_HostApplication::analyticsIsOff()

@@ -22,12 +22,10 @@ Q_DECLARE_METATYPE(PictureSources)
 class tst_RunLists : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void namesInLists_data();
     void namesInLists();
     void walks_data();
     void walks();
     void listThatCannotBeRead();
-    void patterns_data();
     void patterns();
     void lostPictures();
     void summaries_data();
@@ -36,21 +34,17 @@ private Q_SLOTS:
     void timeLeft();
 };
 
-void tst_RunLists::namesInLists_data()
-{
-    QTest::addColumn<QByteArray>("list");
-    QTest::addColumn<QStringList>("names");
-    QTest::newRow("lines") << QByteArray("a b.jpg\n\n-c.jpg\nlast") << QStringList{"a b.jpg"_s, "-c.jpg"_s, "last"_s};
-    QTest::newRow("Windows line endings") << QByteArray("a.jpg\r\nb.jpg\r\n") << QStringList{"a.jpg"_s, "b.jpg"_s};
-    QTest::newRow("NUL, one name with a line feed")
-        << QByteArray("a\nb.jpg\0c.jpg\r\0", 15) << QStringList{"a\nb.jpg"_s, "c.jpg\r"_s};
-    QTest::newRow("nothing") << QByteArray() << QStringList();
-}
-
 void tst_RunLists::namesInLists()
 {
-    QFETCH(QByteArray, list);
-    QTEST(SplitNames(list), "names");
+    const std::pair<QByteArray, QStringList> rows[] = {
+        {"a b.jpg\n\n-c.jpg\nlast", {"a b.jpg"_s, "-c.jpg"_s, "last"_s}},
+        {"a.jpg\r\nb.jpg\r\n", {"a.jpg"_s, "b.jpg"_s}},
+        {QByteArray("a\nb.jpg\0c.jpg\r\0", 15), {"a\nb.jpg"_s, "c.jpg\r"_s}},
+        {"", {}}};
+    for (const auto &[list, names] : rows) {
+        const Case named(list);
+        QCOMPARE(SplitNames(list), names);
+    }
 }
 
 void tst_RunLists::walks_data()
@@ -114,28 +108,18 @@ void tst_RunLists::listThatCannotBeRead()
     QCOMPARE(PictureNamePatterns().filter(QRegularExpression("^\\*\\.(jpg|tiff|dng)$"_s)).size(), 3);
 }
 
-void tst_RunLists::patterns_data()
-{
-    QTest::addColumn<QString>("output"); // for "in/a.b.jpg" with subpath "s"; or "?" and the error
-    for (const QByteArray &row : ExpectedText("output patterns").trimmed().split('\n'))
-        QTest::newRow(row.left(row.indexOf(" => "))) << QString::fromLatin1(row.mid(row.indexOf(" => ") + 4));
-}
-
+/// Output for "in/a.b.jpg" with subpath "s", or "?" and the error.
 void tst_RunLists::patterns()
 {
-    QFETCH(QString, output);
-    const QString pattern = QString::fromLatin1(QTest::currentDataTag());
-    const QString fault = FaultOfOutputNames({{}, pattern}, {"tiff"_s, "tif"_s});
-    if (output.startsWith(QLatin1Char('?'))) {
-        QCOMPARE(fault, output.mid(1));
-        return;
-    }
-    QCOMPARE(fault, QString());
     const QVector<NamedPicture> pictures(2, {"/in/a.b.jpg"_s, "s"_s});
-    QCOMPARE(PlanOutputs(pictures, {{}, pattern})[0].outputFolder, "/in"_s);
-    const auto plan = PlanOutputs(pictures, {"/out"_s, pattern});
-    QCOMPARE(plan[0].output, "/"_s + output);
-    QVERIFY(plan[1].repeated);
+    for (const QByteArray &text : ExpectedText("output patterns").trimmed().split('\n')) {
+        const QString pattern = QString::fromLatin1(text).section(" => "_s, 0, 0);
+        const QString fault = FaultOfOutputNames({{}, pattern}, {"tiff"_s, "tif"_s});
+        const auto plan = PlanOutputs(pictures, {"/out"_s, pattern});
+        QCOMPARE(pattern + " => "_s + (fault.isEmpty() ? plan[0].output.mid(1) : "?"_s + fault),
+                 QString::fromLatin1(text));
+        QVERIFY(plan[1].repeated && PlanOutputs(pictures, {{}, pattern})[0].outputFolder == "/in"_s);
+    }
 }
 
 void tst_RunLists::lostPictures()

@@ -84,8 +84,6 @@ void FittedBands::MakeBand(Work *work, int firstRow) const
     if (!work->band.m_bitmap || work->band.height() != rows)
         work->band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     work->firstRow = firstRow;
-    if (firstRow + rows == m_picture.height())
-        ReadableRows(m_picture.height()); // wait for all rows, so that damage at the end of the file is always reported
     Render(&work->source, work->band, firstRow);
     m_values.Apply(&work->band);
 }
@@ -98,6 +96,8 @@ void FittedBands::FillFloat(KImage &image)
 void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
 {
     const int all = m_picture.height();
+    // Includes the band's own rows. So the last band waits for all rows, and damage at the end of the file is always
+    // reported.
     FittedWarp::RowRange range = m_warp.RowsFor(firstRow, band.height());
     if (m_warp.ReadsStored(m_picture) && (RenderStored(band, firstRow, range.end) || RenderStored(band, firstRow, all)))
         return;

@@ -20,12 +20,12 @@ void ApplyTables(const TransferCurve::Table *const (&tables)[kColors], float *pi
     }
 }
 
+/// Multiplies the colors by alpha, which the output's format doesn't hold.
 void Flatten(float *pixels, int count)
 {
     for (float *pixel = pixels; pixel < pixels + std::ptrdiff_t(kChannels) * count; pixel += kChannels) {
         for (int c = 0; c < kColors; ++c)
             pixel[c] *= pixel[kColors];
-        pixel[kColors] = 1.0F;
     }
 }
 

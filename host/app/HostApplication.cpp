@@ -202,9 +202,6 @@ HostApplication::~HostApplication()
 
 void HostApplication::Stop()
 {
-    if (m_isStopped)
-        return;
-    m_isStopped = true;
     m_settings.sync();
     m_pictures.clear(); // while the kernel is still running
     KImage::exit();

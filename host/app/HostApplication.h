@@ -102,7 +102,6 @@ private:
     Picture Describe(const QString &fileName);
     void Install(const QString &translation);
 
-    bool m_isStopped = false;
     QString m_settingsProblem;
     QSettings m_settings;
     std::mutex m_settingsMutex;                    // guards m_settings: plug-ins read it on any thread

@@ -2,6 +2,7 @@
 #include "Case.h"
 #include "FittedFiles.h"
 #include "ProgramRun.h"
+#include "Table.h"
 #include "TestFiles.h"
 #include "TiffRaster.h"
 #include "lens_reference.h"
@@ -264,21 +265,13 @@ void tst_CorrectedMetadata::kinds_data()
     QTest::addColumn<int>("bits");
     QTest::addColumn<int>("resultChannels"); // 0: refused; -1: a gray JPEG
     QTest::addColumn<int>("gray");           // in the result, in thousandths of its range
-    const int cmyk = PHOTOMETRIC_SEPARATED;
-    for (int bits : {8, 16, 32})
-        QTest::addRow("gray, %d bits", bits) << int(PHOTOMETRIC_MINISBLACK) << 1 << bits << 1 << 400;
-    QTest::newRow("gray, with empty pixels --framing 0.5") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 4 << 400;
-    QTest::newRow("gray as JPEG --framing 0.5 --format jpeg") << int(PHOTOMETRIC_MINISBLACK) << 1 << 16 << -1 << 400;
-    QTest::newRow("gray with alpha") << int(PHOTOMETRIC_MINISBLACK) << 2 << 8 << 4 << 400;
-    QTest::newRow("tiled") << int(PHOTOMETRIC_RGB) << 3 << 16 << 3 << 400;
-    QTest::newRow("gray, plain --plain") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 0 << 0;
-    QTest::newRow("pictures of 2 channels, plain --plain") << int(PHOTOMETRIC_MINISBLACK) << 2 << 8 << 0 << 0;
-    QTest::newRow("pictures of 5 channels") << int(PHOTOMETRIC_RGB) << 5 << 8 << 0 << 0;
-    QTest::newRow("tiled, plain --plain") << int(PHOTOMETRIC_RGB) << 3 << 8 << 0 << 0;
-    QTest::newRow("CMYK") << cmyk << 4 << 8 << 0 << 0;
-    QTest::newRow("CMYK --convert") << cmyk << 4 << 8 << 3 << 360; // (1 - 0.4) * (1 - 0.4): color ink and black
-    QTest::newRow("Lab") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 0 << 0;
-    QTest::newRow("Lab --convert") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 3 << 369; // sRGB value of L* = 40
+    const QMap<QString, int> photometric = {{"gray"_s, PHOTOMETRIC_MINISBLACK},
+                                            {"RGB"_s, PHOTOMETRIC_RGB},
+                                            {"CMYK"_s, PHOTOMETRIC_SEPARATED},
+                                            {"Lab"_s, PHOTOMETRIC_CIELAB}};
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/picture-kinds.tsv")))
+        QTest::newRow(qPrintable(row[0]))
+            << photometric[row[1]] << row[2].toInt() << row[3].toInt() << row[4].toInt() << row[5].toInt();
 }
 
 /// Corrects uniform tiled pictures; each sample is 40 % of its range.

@@ -1,20 +1,29 @@
 // Tests of the host as a plug-in uses it: descriptions of pictures, access to their pixels, and analytics.
 #include "app/HostApplication.h"
 
+#include "Case.h"
 #include "KImage.h"
+#include "KOmp.h"
 #include "KTools.h"
 #include "TestFiles.h"
 #include "analytics/KAnalyticsManager.h"
+#include "app/MemoryBudget.h"
 
 #include <QImage>
+#include <QLoggingCategory>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <atomic>
+#include <thread>
 
 class tst_HostApplication : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void returnsPixels();
     void describesRefused();
+    void memoryBudget();
+    void fewMessagesFromQt();
     void analyticsIsOff();
 
 private:
@@ -70,6 +79,59 @@ void tst_HostApplication::describesRefused()
         for (int i = 0; i < 3; ++i) // another width or height, or 8 bits
             QVERIFY_EXCEPTION_THROWN(def->Lock(size.width() - (i == 0), size.height() - (i == 1), i != 2), KException);
     }
+}
+
+/// In bytes per pixel of 8-bit RGB: stored 3, floats 16, a window of floats 4 per thread, and the decoder's.
+void tst_HostApplication::memoryBudget()
+{
+    const QTemporaryDir dir;
+    for (const auto &[name, decoder] :
+         {std::pair("a.jpg", 6), {"a.JPEG", 6}, {"a.tif", 0}, {"a.tiff", 0}, {"a.png", 0}, {"a.jp2", 3 * 4 + 3}}) {
+        const Case named(name);
+        const QString path = dir.filePath(QLatin1String(name));
+        WriteJpeg(path, 700, 500); // the content decides the format
+        const ImageDef &image = *m_host->ImageOf(path);
+        const auto perPixel = [&](Corrector corrector) {
+            return double(BytesToCorrect(image, corrector) - (80 << 20)) / (700 * 500);
+        };
+        QCOMPARE(perPixel(Corrector::Fitted), 3.0 + decoder);
+        QCOMPARE(perPixel(Corrector::FittedByFloats), 3.0 + decoder + 4 * komp_num_threads);
+        QCOMPARE(perPixel(Corrector::Plain), 3.0 + std::max(decoder, 3 + 16));
+    }
+    QVERIFY(AvailableBytes() > 1 << 20 && AvailableBytes() % 1024 == 0);
+
+    MemoryBudget budget(100);
+    auto first = std::make_unique<MemoryBudget::Share>(&budget, 60);
+    auto second = std::make_unique<MemoryBudget::Share>(&budget, 40); // exactly fits
+    std::atomic<bool> isAdmitted{false};
+    std::thread third([&] {
+        const MemoryBudget::Share share(&budget, 61);
+        isAdmitted = true;
+    });
+    second.reset();
+    QTest::qWait(20);
+    const bool isEarly = isAdmitted;
+    first.reset();
+    third.join();
+    QVERIFY(!isEarly && isAdmitted);
+    const MemoryBudget::Share alone(&budget, 101); // a single picture always is
+}
+
+/// Only the first messages of Qt are printed, and none about its runtime folder.
+void tst_HostApplication::fewMessagesFromQt()
+{
+    static QStringList printed;
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) { printed << text; });
+    ChooseDisplayless();
+    qWarning("QStandardPaths: no folder");
+    const QLoggingCategory plugins("qt.qpa.plugin");
+    qCWarning(plugins, "no plug-in");
+    for (int i = 1; i <= 22; ++i)
+        qWarning("%d", i);
+    qInstallMessageHandler(before);
+    QCOMPARE(printed.size(), 20);
+    QCOMPARE(printed.first() + printed.last(), "120\nvitrelux: further messages from Qt are omitted"_s);
 }
 
 void tst_HostApplication::analyticsIsOff()

@@ -2,6 +2,7 @@
 // interruptions; a terminal; odd file names; unusual environments, such as no display, home folder or locale.
 #include "Case.h"
 #include "ProgramTest.h"
+#include "Table.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -106,47 +107,27 @@ void HostRunTest::callsInOrder()
 
 void HostRunTest::recordHasChosenCorrections()
 {
-    const struct {
-        const char *switches;
-        const char *models;                // those in the profile: d, c, v
-        const char *flags;                 // Disto, CA and Falloff of the record; "": the run fails
-        const char *cut = "", *patch = ""; // a piece of the profile, and its replacement
-    } rows[] = {
-        {"", "dcv", "1 1 1"},
-        {"", "dv", "1 0 1"},
-        {"", "d", "1 0 0"},
-        {"", "v", "0 0 1"},
-        {"", "", ""},
-        {"--distortion", "dcv", "1 0 0"},
-        {"--ca --vignetting", "dcv", "0 1 1"},
-        {"--ca", "dv", ""},
-        {"--distortion --vignetting", "dc", ""}, // one of two is missing
-        {"", "dcv", "", "FocalLengthX", "Other"},
-        {"", "dcv", "1 0 1", "ChromaticRedGreenModel", "Other"},
-        {"", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
-        {"", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"}, // not a number
-        {"", "v", "0 0 1", "Perspective", "Fisheye"},                 // without coefficients
-        {"", "dcv", "", "ImageXCenter", "Other"},                     // a missing center isn't 0, the top left corner
-    };
-    for (const auto &row : rows) {
-        const auto has = [&](char model) { return std::strchr(row.models, model) != nullptr; };
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/plain-corrections.tsv"))) {
+        const Case named(row);
+        const auto has = [&](char model) { return row[1].contains(QLatin1Char(model)); };
         QByteArray profile = ProfileText({has('d'), has('c'), has('v')}, 60, 40);
-        QVERIFY2(profile.contains(row.cut), row.cut);
-        if (*row.cut)
-            profile.replace(row.cut, row.patch);
+        QVERIFY(profile.contains(row[3].toUtf8()));
+        if (!row[3].isEmpty())
+            profile.replace(row[3].toUtf8(), row[4].toUtf8());
         WriteFile(Path("p.lcp"_s), profile);
         WriteFile(Path("notes"_s), {});
-        const ProgramResult result = RunProbe("", "--overwrite a.jpg "_s + QLatin1String(row.switches));
-        const bool fails = !*row.flags;
-        const QString record = "AllocParameters %1 %2"_s.arg(QLatin1String(row.flags), Path("p.lcp"_s));
-        const bool good = result.exitCode == int(fails) && (!fails || result.errorLines.size() == 1);
-        QVERIFY2(good && Notes().contains(record) != fails, record.toUtf8() + row.models + row.cut + result.error);
-        if (fails || *row.switches)
+        const ProgramResult result = RunProbe("", "--overwrite a.jpg "_s + row[0]);
+        const bool fails = row[2].size() > 5;
+        if (fails)
+            QVERIFY2(result.error == "vitrelux: a.jpg: profile \"p.lcp\": " + row[2].toUtf8() + '\n', result.error);
+        QVERIFY(result.exitCode == int(fails)
+                && Notes().contains("AllocParameters %1 %2"_s.arg(row[2], Path("p.lcp"_s))) != fails);
+        if (fails || !row[0].isEmpty())
             continue;
         const char *const names[] = {"distortion", "chromatic aberration", "vignetting"};
         QByteArrayList made;
         for (int i = 0; i < 3; ++i)
-            if (row.flags[2 * i] == '1')
+            if (row[2][2 * i] == QLatin1Char('1'))
                 made << names[i];
         const QByteArray report = Run("profile --plain p.lcp"_s).output;
         QVERIFY2(report.contains("  Corrects              " + made.join(", ") + '\n'), report);
@@ -458,6 +439,13 @@ void HostRunTest::environment()
         const ProgramResult window = Run("wizard b.jpg"_s);
         QCOMPARE(window.exitCode, 1); // not a crash
         QVERIFY2(window.errorLines.last().startsWith("vitrelux: cannot show a window: "_s + wizard), window.error);
+    }
+    m_run->Set("QT_QPA_PLATFORM", "offscreen"_s);
+    for (const auto &[options, why] : {std::pair("--plugin none.so"_s, "plug-in \"%1/none.so\": "_s),
+                                       {"--lens-path none"_s, "there is no profile folder \"%1/none\""_s}}) {
+        const ProgramResult refused = Run("wizard a.jpg "_s + options);
+        QVERIFY2(refused.exitCode == 1 && refused.errorLines.size() == 1, refused.error);
+        QVERIFY2(refused.errorLines[0].startsWith("vitrelux: "_s + why.arg(m_dir->path())), refused.error);
     }
 }
 

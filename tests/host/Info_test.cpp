@@ -2,6 +2,7 @@
 #include "Case.h"
 #include "ExpectedText.h"
 #include "ProgramTest.h"
+#include "Table.h"
 
 #include <QColorSpace>
 #include <QDir>
@@ -109,73 +110,38 @@ void InfoTest::text()
 /// If only some EXIF values are present, they are shown unchanged, and nothing is invented.
 void InfoTest::incompleteExif()
 {
-    const struct {
-        const char *tag, *value, *key; // key: name of the fact
-        double number;                 // NaN: the fact is missing
-        const char *line = "";         // of the text
-    } rows[] = {
-        {"Exif.Photo.ShutterSpeedValue", "740/100", "exposureTime", 0.00592077}, // 2^-7.4 s
-        {"Exif.Photo.ShutterSpeedValue", "-1/1", "exposureTime", 2, "Exposure      2 s"},
-        {"Exif.Photo.ExposureTime", "3/10", "exposureTime", 0.3, "Exposure      0.3 s"},
-        {"Exif.Photo.ExposureTime", "1/4", "exposureTime", 0.25, "Exposure      1/4 s"},
-        {"Exif.Photo.ExposureTime", "0/1", "exposureTime", qQNaN()},
-        {"Exif.Photo.ExposureBiasValue", "0/3", "exposureBias", qQNaN()},
-        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34, "Focal length  34 mm"}, // of an unknown camera
-        {"Exif.Photo.FocalLength", "1/3", "focalLength", 0.333333, "Focal length  0.333333 mm"},
-        {"Exif.Photo.FocalLength", "0/1", "focalLength", qQNaN()},
-        {"Exif.Photo.ISOSpeedRatings", "1", "iso", 1, "Exposure      ISO 1"},
-        {"Exif.Photo.ISOSpeedRatings", "0", "iso", qQNaN()},
-        {"Exif.Photo.FNumber", "4/1", "focalLength", qQNaN()}, // no default of 50 mm
-        {"Exif.Photo.FNumber", "4/1", "fNumber", 4, "Exposure      f/4"},
-        {"Exif.Image.Model", "Canon", "maker", qQNaN(), "Camera        Canon"},
-        {"Exif.Image.Orientation", "1", "orientation", 1, "Orientation   upright (1)"},
-        {"Exif.Image.Orientation", "8", "orientation", 8,
-         "Orientation   to be rotated by 90\u00b0 counterclockwise (8)"},
-        {"Exif.Image.Orientation", "9", "orientation", qQNaN()},
-        {"Exif.GPSInfo.GPSImgDirection", "0/1", "direction", 0, "Direction     0\u00b0"},
-        {"Exif.GPSInfo.GPSLatitude", "0/0 0/0 0/0", "latitude", qQNaN()},
-        {"Exif.GPSInfo.GPSLatitude", "0/1 0/1 0/1", "latitude", 0, "Place         0\u00b0 North, 0\u00b0 East"},
-        {"Exif.GPSInfo.GPSLatitude", "45/1 0/1 0/1", "latitude", 45, "Place         45\u00b0 North, 0\u00b0 East"},
-    };
-    for (const auto &row : rows) {
-        const Case named(row.tag, row.value);
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/incomplete-exif.tsv"))) {
+        const Case named(row);
         Exiv2::ExifData exif;
-        exif[row.tag].setValue(row.value);
+        exif[row[0].toStdString()].setValue(row[1].toStdString());
         exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
         exif["Exif.GPSInfo.GPSLongitude"] = "0/1 0/1 0/1";
         SetExif(Path("b.jpg"_s), exif);
-        const QJsonValue fact = Json("b.jpg"_s).value(QLatin1String(row.key));
-        QCOMPARE(fact.isUndefined(), qIsNaN(row.number));
-        QVERIFY(fact.isUndefined() || qFuzzyCompare(1.0 + fact.toDouble(), 1.0 + row.number)); // six digits
-        const QByteArray text = *row.line ? Run("info --plain b.jpg"_s).output : QByteArray();
-        QVERIFY2(!*row.line || text.contains("\n  " + QByteArray(row.line) + '\n'), text);
+        const QJsonValue fact = Json("b.jpg"_s).value(row[2]);
+        QCOMPARE(fact.isUndefined(), row[3] == "missing"_s);
+        QVERIFY(fact.isUndefined() || qFuzzyCompare(1.0 + fact.toDouble(), 1.0 + row[3].toDouble())); // six digits
+        const QByteArray text = Run("info --plain b.jpg"_s).output;
+        QVERIFY2(row[4].isEmpty() || text.contains("\n  " + row[4].toUtf8() + '\n'), text);
     }
 }
 
 void InfoTest::profile()
 {
-    const struct {
-        const char *why, *maker, *lens;
-        uint16_t number;
-    } rows[] = {{"neither its metadata nor the table of cameras", "", "", 0},
-                {"no profile of the camera \"Canon EOS 40D\"", "Canon", "85 15 1", 488},
-                {"the lens \"7 7 9999\" isn't in the table", "Canon", "7 7 1", 9999},
-                {"several lenses identify themselves as \"24 70 137\"", "Canon", "70 24 1", 137},
-                {"doesn't name the lens", "Canon", "22 10 1", 65535},
-                {"only for Nikon and Canon", "SONY", "22 10 1", 235}};
-    for (const auto &row : rows) {
-        const Case named(row.why);
-        if (*row.maker) {
-            Exiv2::ExifData exif = CanonExif(row.lens, row.number);
-            exif["Exif.Image.Make"] = row.maker;
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/no-profile.tsv"))) {
+        const Case named(row);
+        const QString why = QString(row[0]).replace("%1"_s, Path("lenses"_s));
+        if (!row[1].isEmpty()) {
+            Exiv2::ExifData exif = CanonExif(qPrintable(row[2]), row[3].toUShort());
+            exif["Exif.Image.Make"] = row[1].toStdString();
             exif["Exif.Photo.FocalLengthIn35mmFilm"] = uint16_t(32);
             SetExif(Path("b.jpg"_s), exif);
         }
         const QString reason = Json("b.jpg"_s).value("noProfile"_s).toString();
-        QVERIFY2(reason.contains(QLatin1String(row.why)), qPrintable(reason));
+        QCOMPARE(reason, why);
         const ProgramResult corrected = Run("correct --plain --overwrite --lens-path lenses b.jpg a.jpg"_s);
         QCOMPARE(corrected.exitCode, 1);
-        QVERIFY2(corrected.error.contains(row.why), corrected.error);
+        QVERIFY2(corrected.error.contains("b.jpg: has no lens profile: " + why.toUtf8() + "; to choose one, "),
+                 corrected.error);
         QCOMPARE(corrected.output, Path("a_corrected.tiff\n"_s).toUtf8()); // the other one is still corrected
     }
 }

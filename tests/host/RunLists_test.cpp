@@ -3,6 +3,7 @@
 #include "ExpectedText.h"
 #include "KException.h"
 #include "TestFiles.h"
+#include "Thrown.h"
 #include "app/OutputPlan.h"
 #include "command/Console.h"
 #include "command/ReportCommand.h"
@@ -21,12 +22,10 @@ Q_DECLARE_METATYPE(PictureSources)
 class tst_RunLists : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void namesInLists_data();
     void namesInLists();
     void walks_data();
     void walks();
     void listThatCannotBeRead();
-    void patterns_data();
     void patterns();
     void lostPictures();
     void summaries_data();
@@ -35,21 +34,17 @@ private Q_SLOTS:
     void timeLeft();
 };
 
-void tst_RunLists::namesInLists_data()
-{
-    QTest::addColumn<QByteArray>("list");
-    QTest::addColumn<QStringList>("names");
-    QTest::newRow("lines") << QByteArray("a b.jpg\n\n-c.jpg\nlast") << QStringList{"a b.jpg"_s, "-c.jpg"_s, "last"_s};
-    QTest::newRow("Windows line endings") << QByteArray("a.jpg\r\nb.jpg\r\n") << QStringList{"a.jpg"_s, "b.jpg"_s};
-    QTest::newRow("NUL, one name with a line feed")
-        << QByteArray("a\nb.jpg\0c.jpg\r\0", 15) << QStringList{"a\nb.jpg"_s, "c.jpg\r"_s};
-    QTest::newRow("nothing") << QByteArray() << QStringList();
-}
-
 void tst_RunLists::namesInLists()
 {
-    QFETCH(QByteArray, list);
-    QTEST(SplitNames(list), "names");
+    const std::pair<QByteArray, QStringList> rows[] = {
+        {"a b.jpg\n\n-c.jpg\nlast", {"a b.jpg"_s, "-c.jpg"_s, "last"_s}},
+        {"a.jpg\r\nb.jpg\r\n", {"a.jpg"_s, "b.jpg"_s}},
+        {QByteArray("a\nb.jpg\0c.jpg\r\0", 15), {"a\nb.jpg"_s, "c.jpg\r"_s}},
+        {"", {}}};
+    for (const auto &[list, names] : rows) {
+        const Case named(list);
+        QCOMPARE(SplitNames(list), names);
+    }
 }
 
 void tst_RunLists::walks_data()
@@ -102,36 +97,29 @@ void tst_RunLists::walks()
 
 void tst_RunLists::listThatCannotBeRead()
 {
-    QVERIFY_EXCEPTION_THROWN(ListPictures({{}, false, "/nowhere/list"_s, {}, {}}), KException);
+    const QTemporaryDir scene;
+    const QString file = scene.filePath("list"_s), why = "cannot read the list of pictures \"%1\": "_s;
+    const auto message = [](const QString &list) { return Thrown([&] { ListPictures({{}, false, list, {}, {}}); }); };
+    QCOMPARE(message("/nowhere/list"_s), why.arg("/nowhere/list"_s) + "No such file or directory"_s);
+    WriteFile(file, {});
+    QCOMPARE(message(file), "none"_s);
+    QVERIFY(QFile::resize(file, (256 << 20) + 1));
+    QCOMPARE(message(file), why.arg(file) + "more than 268435456 bytes, the maximum for a list"_s);
     QCOMPARE(PictureNamePatterns().filter(QRegularExpression("^\\*\\.(jpg|tiff|dng)$"_s)).size(), 3);
 }
 
-void tst_RunLists::patterns_data()
-{
-    QTest::addColumn<QString>("output"); // for "in/a.b.jpg" with subpath "s"; or "?" and a part of the error
-    QTest::newRow("{name}_corrected.tiff") << "out/s/a.b_corrected.tiff";
-    QTest::newRow("{folder}-{name}.{ext}.TIF") << "out/s/in-a.b.jpg.TIF";
-    QTest::newRow("{name}{name}.tif") << "out/s/a.ba.b.tif";
-    QTest::newRow("}{{name}}{.tif") << "out/s/}{a.b}{.tif";
-    QTest::newRow("{date}{name}.tif") << "?{date}";
-    QTest::newRow("x.tif") << "?{name}";
-    QTest::newRow("x/{name}.tif") << "?slash";
-    QTest::newRow("{name}.jpg") << "?.tif";
-}
-
+/// Output for "in/a.b.jpg" with subpath "s", or "?" and the error.
 void tst_RunLists::patterns()
 {
-    QFETCH(QString, output);
-    const QString pattern = QString::fromLatin1(QTest::currentDataTag());
-    const QString fault = FaultOfOutputNames({{}, pattern}, {"tiff"_s, "tif"_s});
-    if (output.startsWith(QLatin1Char('?'))) {
-        QVERIFY2(fault.contains(output.mid(1)), qPrintable(fault));
-        return;
+    const QVector<NamedPicture> pictures(2, {"/in/a.b.jpg"_s, "s"_s});
+    for (const QByteArray &text : ExpectedText("output patterns").trimmed().split('\n')) {
+        const QString pattern = QString::fromLatin1(text).section(" => "_s, 0, 0);
+        const QString fault = FaultOfOutputNames({{}, pattern}, {"tiff"_s, "tif"_s});
+        const auto plan = PlanOutputs(pictures, {"/out"_s, pattern});
+        QCOMPARE(pattern + " => "_s + (fault.isEmpty() ? plan[0].output.mid(1) : "?"_s + fault),
+                 QString::fromLatin1(text));
+        QVERIFY(plan[1].repeated && PlanOutputs(pictures, {{}, pattern})[0].outputFolder == "/in"_s);
     }
-    QCOMPARE(fault, QString());
-    const auto plan = PlanOutputs({{"/in/a.b.jpg"_s, "s"_s}, {"/in/a.b.jpg"_s, "s"_s}}, {"/out"_s, pattern});
-    QCOMPARE(plan[0].output, "/"_s + output);
-    QVERIFY(plan[1].repeated);
 }
 
 void tst_RunLists::lostPictures()

@@ -1,8 +1,13 @@
 #include "WizardTest.h"
 
+#include "ExpectedText.h"
+
 #include <QApplication>
 #include <QDropEvent>
+#include <QHeaderView>
+#include <QMetaProperty>
 #include <QMimeData>
+#include <QRegularExpression>
 
 void WizardTest::init()
 {
@@ -37,6 +42,33 @@ void WizardTest::Show(const std::vector<KIPluginOne2One *> &processes, const QSt
         m_wizard->Add({path});
     }
     m_wizard->show();
+}
+
+void WizardTest::CheckLooks(const QWidget &window, const char *section)
+{
+    QString seen = window.windowTitle() + QLatin1Char('\n');
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        QString line;
+        for (const char *name :
+             {"text", "toolTip", "placeholderText", "currentText", "value", "maximum", "alignment", "selectionMode",
+              "selectionBehavior", "textElideMode", "editTriggers", "checked", "wordWrap", "rootIsDecorated",
+              "uniformRowHeights", "showGrid", "tabKeyNavigation", "acceptDrops", "clearButtonEnabled"}) {
+            const QMetaProperty property = widget->metaObject()->property(widget->metaObject()->indexOfProperty(name));
+            const QVariant value = property.read(widget);
+            const QString text = value.type() == QVariant::Bool ? QLatin1String(value.toBool() ? name : "")
+                : property.isEnumType() ? QString::fromLatin1(property.enumerator().valueToKeys(value.toInt()))
+                                        : QString(value.toString()).replace(QRegularExpression("(.+)"_s), "\"\\1\""_s);
+            if (!text.isEmpty() && !text.startsWith("AlignL"_s)) // the default
+                line += QLatin1Char(' ') + text;
+        }
+        if (widget->isVisible() && !line.isEmpty() && !qobject_cast<const QHeaderView *>(widget))
+            seen += QLatin1String(widget->metaObject()->className()) + line
+                + QLatin1String(widget->isEnabled() ? "\n" : " disabled\n");
+    }
+    for (const auto *header : window.findChildren<QHeaderView *>())
+        for (int i = 0; header->isVisible() && i < header->count(); ++i)
+            seen += "column "_s + header->model()->headerData(i, Qt::Horizontal).toString() + QLatin1Char('\n');
+    QVERIFY2(seen.toUtf8() == ExpectedText(section), qPrintable(seen));
 }
 
 void WizardTest::Drop(const QList<QUrl> &urls) const

@@ -29,6 +29,7 @@ public:
         ChooseDisplayless();
         HostApplication application(argc, argv);
         application.TranslateWindows();
+        application.MakeThumbnails();
         Test test;
         return QTest::qExec(&test, argc, argv);
     }
@@ -68,6 +69,9 @@ protected:
               FittedCorrection *correction = nullptr);
     void Show(const QString &names) { Show({m_process.get()}, names); }
     void Drop(const QList<QUrl> &urls) const;
+    /// Compares a window with a section of windows.txt, which has a line per visible widget: its class, texts, values
+    /// and states.
+    static void CheckLooks(const QWidget &window, const char *section);
     bool Close() const { return m_wizard->button(QWizard::FinishButton)->isEnabled() && m_wizard->close(); }
 
     static inline InterruptGuard *s_guard = nullptr;

@@ -372,7 +372,7 @@ void tst_FittedProcess::readsOnlyAnnouncedRows()
 {
     for (const auto &[size, bits] :
          {std::pair(QSize(640, 430), 8), std::pair(QSize(430, 640), 8), std::pair(QSize(430, 640), 32)})
-        for (const double bend : {0.05, -0.05, -0.4, 1.5})
+        for (const double bend : {0.05, -0.05, -1.2, 1.5})
             for (const Sampling sampling : {Sampling::Sharp, Sampling::Bilinear}) {
                 const Case named(size, bits, bend, sampling == Sampling::Sharp);
                 FittedPlan plan;
@@ -522,6 +522,10 @@ void tst_FittedProcess::recordOfResult()
                  + digest
                  + "; crs.LensProfileIsEmbedded=; crs.LensProfileDistortionScale=51; "
                    "crs.LensProfileChromaticAberrationScale=0"_s);
+    fit.profile = "lensfun:Maker/Lens 1/2"_s; // not a path
+    QVERIFY2(text().contains("Profile=lensfun:Maker/Lens 1/2; vitrelux.ProfileName=Maker/Lens 1/2; "
+                             "vitrelux.ProfileDigest=; "_s),
+             qPrintable(text()));
     fit.profile = "/absent.lcp"_s;
     QCOMPARE(Thrown(text), "cannot read \"/absent.lcp\": No such file or directory"_s);
 }

@@ -357,10 +357,6 @@ void tst_Profile::pictureBetweenEntries()
         const double expected = 100.0 * ((1.0 - weight) * -0.08 + weight * 0.04) * u * u;
         QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));
     }
-    QCOMPARE(Run("profile --plot own.svg m.lcp"_s).exitCode, 0);
-    static const QRegularExpression kCurve("points=\"[^\"]{100,}\""_s);
-    const QString layout = QString::fromUtf8(ReadFile(Path("own.svg"_s))).replace(kCurve, "points=\"\""_s);
-    QCOMPARE(layout.toUtf8(), ExpectedText("vitrelux profile --plot own.svg m.lcp, without points of curves"));
     // A model that folds near the center: not even the largest zoom fills the picture.
     WriteFile(Path("folded.lcp"_s), File({Bent(28, -9.0)}));
     const QByteArray folded = Run("profile --for c.jpg folded.lcp"_s).output;

@@ -2,9 +2,11 @@
 #include "Case.h"
 #include "Fit.h"
 
+#include "InputLimits.h"
 #include "KImage.h"
 #include "LensfunFit.h"
 #include "MadeProfiles.h"
+#include "MapCheck.h"
 #include "PictureLight.h"
 #include "Table.h"
 
@@ -200,6 +202,12 @@ void tst_FitChoices::oddities()
     profile.notes = {{7, 0, QStringLiteral("of a used entry")}, {9, 2, QStringLiteral("of another entry")}};
     const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
     QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
+    // The last of the notes allowed is followed by one that says so, if a further entry can't be used.
+    LensProfile full = Profile({Entry(20.0), Entry(40.0)});
+    full.notes.resize(kMaxProfileNotes);
+    full.entries[1].green->tangential1 = 1e9; // moves everything outside
+    QVERIFY(CheckMaps(&full).isEmpty() && full.notes.size() == kMaxProfileNotes + 1);
+    QCOMPARE(full.notes.last().text, QStringLiteral("more than 1000 notes; the rest are left out"));
     PictureFacts raw;
     raw.raw = true;
     // A stored value of 0.25 is a light of 0.25^gamma; an invalid gamma has no effect.

@@ -228,6 +228,21 @@ void tst_LensProfile::oddities_data()
     // With f = 50 / 36 of 6000 px, the corner is at r^2 = 0.1872; 1 - 3 * 2 r^2 = 0 at 94 % of the corner's radius.
     row("a fold", Small("", Value("RadialDistortParam1", "-2")),
         "distortion\n3: distortion folds back within the frame, at 94 % of the way to the corner");
+    row("folds of all colors", // 1 - 3 k r^2 = 0 at 84, 94 and 77 %
+        Small("",
+              kRadial
+                  + "<s:ChromaticGreenModel s:RadialDistortParam1='-2.5'/>"
+                    "<s:ChromaticRedGreenModel s:RadialDistortParam1='-2'/>"
+                    "<s:ChromaticBlueGreenModel s:RadialDistortParam1='-3'/>"),
+        "distortion green red blue\n3: green folds back within the frame, at 84 % of the way to the corner\n"
+        "3: red folds back within the frame, at 94 % of the way to the corner\n"
+        "3: blue folds back within the frame, at 77 % of the way to the corner");
+    // A fisheye's angle a folds at 1 - 3 * 2 a^2 = 0, where its radius a (1 - 2 a^2) is 0.2722; the farthest corner
+    // from the model's center, (3600 px, 2800 px) away, is at 0.5473.
+    row("a fisheye's fold",
+        Small("", Value("ImageXCenter", "0.4") + Value("ImageYCenter", "0.7") + Value("RadialDistortParam1", "-2"))
+            .replace("PerspectiveModel", "FisheyeModel"),
+        "distortion\n3: distortion folds back within the frame, at 50 % of the way to the corner");
     // 1 - 8 r^2 = 0 at 81.7 %, found in steps of 1/64.
     row("no light", Small("", light(" s:VignetteModelParam1='-8'")),
         "distortion light\n3: the light falls to 0 within the frame, at 83 % of the way to the corner");

@@ -3,6 +3,7 @@
 #include "InputLimits.h"
 #include "LensProfile.h"
 #include "SpelledProfile.h"
+#include "Table.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -169,83 +170,19 @@ void tst_LensProfile::oddities_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("expected"); // the models kept, and all notes: line, text, and "!" if a model is unusable
-    const auto row = [](const QByteArray &name, const QByteArray &content, const QByteArray &expected) {
-        QTest::newRow(name.constData()) << content << QString::fromLatin1(expected);
+    const QByteArray whole = Small("", "");
+    const auto filled = [](QString cell) {
+        return cell.replace(QLatin1String("FAR"), QString(81, QLatin1Char('9')))
+            .replace(QLatin1String("SHOWN"), QString(80, QLatin1Char('9')))
+            .replace(QLatin1String("RADIAL"), QString::fromLatin1(kRadial));
     };
-    const auto light = [](const QByteArray &content) { return kRadial + "<s:VignetteModel" + content + "/>"; };
-    const auto noNumber = [](const QByteArray &value) {
-        return "distortion\n7: VignetteModelParam1 is \"" + value
-            + "\", not a valid number: VignetteModel can't be used!";
-    };
-    const QByteArray far(81, '9'), shown = far.left(80); // notes show at most 80 characters
-    row("raw data", Small(Value("CameraRawProfile", "1"), kRadial), "distortion, raw");
-    row("duplicate field", Small(Value("Lens", "A" + far) + Value("Lens", far), kRadial),
-        "distortion\n7: Lens is given twice, \"A" + shown.left(79) + "\" and \"" + shown + "\"; the last one is used");
-    row("the same number twice", Small(Value("FocalLength", "100/2"), kRadial), "distortion");
-    row("duplicate coefficient", Small("", kRadial + Value("RadialDistortParam1", "-0.2")),
-        "distortion\n7: RadialDistortParam1 is given twice, \"-0.1\" and \"-0.2\"; the last one is used");
-    row("duplicate model",
-        Small("", "<s:VignetteModel s:VignetteModelParam1='-1'/>\n" + light(" s:VignetteModelParam1='-2'")),
-        "distortion light\n8: a second VignetteModel in one entry; the last one is used");
-    row("two lens models", Small("<s:FisheyeModel/>\n", kRadial),
-        "distortion\n7: a second lens model in one entry; the last one is used");
-    row("no frame", Small(Value("ImageWidth", far), kRadial),
-        "distortion\n6: ImageWidth is given twice, \"6000\" and \"" + shown
-            + "\"; the last one is used\n6: ImageWidth is \"" + shown
-            + "\", not a number from 1 to 1e+07; it is ignored\n"
-              "3: the size of the calibrated picture (ImageWidth, ImageLength) is missing");
-    row("a frame too small to divide by", Small(Value("SensorFormatFactor", "1e-300"), kRadial),
-        "distortion\n6: SensorFormatFactor is given twice, \"1\" and \"1e-300\"; the last one is used\n"
-        "6: SensorFormatFactor is \"1e-300\", not a number from 0.05 to 100; it is ignored\n"
-        "3: neither SensorFormatFactor nor a camera: the frame is unknown");
-    row("no focal length", Small("", Value("FocalLengthX", "1") + kRadial).replace("FocalLength>", "Focal>"),
-        "distortion\n3: no focal length");
-    row("focal length 0", Small("", Value("FocalLengthX", "0") + kRadial),
-        "distortion\n6: FocalLengthX is 0; it is ignored");
-    for (const QByteArray &aperture : {far, QByteArray("-4"), QByteArray("20")})
-        row("invalid aperture: " + aperture.left(3), Small(Value("ApertureValue", aperture), kRadial),
-            "distortion\n6: ApertureValue is \"" + aperture.left(80) + "\", not an aperture; it is ignored");
-    for (const char *value : {"nan", "1/0", "-0,5", "2e12", "-2e12", "1e999"})
-        row(QByteArray("coefficient ") + value, Small("", light(" s:VignetteModelParam1='" + QByteArray(value) + "'")),
-            noNumber(value));
-    row("a long coefficient", Small("", light(" s:VignetteModelParam1='" + far + "'")), noNumber(shown));
-    row("a center far outside", Small("", kRadial + "<s:ChromaticGreenModel s:ImageYCenter='2.1'/>"),
-        "distortion\n7: ImageYCenter is \"2.1\", not a valid number: ChromaticGreenModel can't be used!");
-    row("a fourth coefficient", Small("", "<s:ChromaticGreenModel s:RadialDistortParam4='1'/>" + kRadial),
-        "distortion\n6: RadialDistortParam4 is unknown: ChromaticGreenModel can't be used!");
-    row("a model without coefficients", Small("", light("")), "distortion\n7: VignetteModel has no coefficients!");
-    row("vignetting given as points",
-        Small("",
-              kRadial
-                  + "<s:VignetteModel s:VignetteModelParam1='-1'>\n<s:VignetteModelPiecewiseParam>"
-                    "<r:Seq><r:li>0.5, 1</r:li><r:li>0.1, 2</r:li></r:Seq>"
-                    "</s:VignetteModelPiecewiseParam></s:VignetteModel>"),
-        "distortion\n8: vignetting as points is not supported; the entry's vignetting is left out!");
-    row("scales", Small("", kRadial + Value("ScaleFactor", "1.1") + "<s:ChromaticRedGreenModel s:ScaleFactor='1.1'/>"),
-        "distortion red\n3: the ScaleFactor of distortion isn't used\n3: a model for red but none for blue");
-    row("only blue", Small("", kRadial + "<s:ChromaticBlueGreenModel s:ScaleFactor='1.1'/>"),
-        "distortion blue\n3: a model for blue but none for red");
-    // With f = 50 / 36 of 6000 px, the corner is at r^2 = 0.1872; 1 - 3 * 2 r^2 = 0 at 94 % of the corner's radius.
-    row("a fold", Small("", Value("RadialDistortParam1", "-2")),
-        "distortion\n3: distortion folds back within the frame, at 94 % of the way to the corner");
-    row("folds of all colors", // 1 - 3 k r^2 = 0 at 84, 94 and 77 %
-        Small("",
-              kRadial
-                  + "<s:ChromaticGreenModel s:RadialDistortParam1='-2.5'/>"
-                    "<s:ChromaticRedGreenModel s:RadialDistortParam1='-2'/>"
-                    "<s:ChromaticBlueGreenModel s:RadialDistortParam1='-3'/>"),
-        "distortion green red blue\n3: green folds back within the frame, at 84 % of the way to the corner\n"
-        "3: red folds back within the frame, at 94 % of the way to the corner\n"
-        "3: blue folds back within the frame, at 77 % of the way to the corner");
-    // A fisheye's angle a folds at 1 - 3 * 2 a^2 = 0, where its radius a (1 - 2 a^2) is 0.2722; the farthest corner
-    // from the model's center, (3600 px, 2800 px) away, is at 0.5473.
-    row("a fisheye's fold",
-        Small("", Value("ImageXCenter", "0.4") + Value("ImageYCenter", "0.7") + Value("RadialDistortParam1", "-2"))
-            .replace("PerspectiveModel", "FisheyeModel"),
-        "distortion\n3: distortion folds back within the frame, at 50 % of the way to the corner");
-    // 1 - 8 r^2 = 0 at 81.7 %, found in steps of 1/64.
-    row("no light", Small("", light(" s:VignetteModelParam1='-8'")),
-        "distortion light\n3: the light falls to 0 within the frame, at 83 % of the way to the corner");
+    for (const QStringList &row : ReadTable(QStringLiteral(ODDITIES))) {
+        const int start = whole.indexOf("<s:FocalLength>"), end = whole.indexOf("<s:PerspectiveModel>");
+        const QString frame = QString::fromLatin1(whole.mid(start, end - start));
+        const QByteArray elements = filled(row[1]).replace(QLatin1String("FRAME"), frame).toLatin1();
+        QTest::newRow(qPrintable(row[0]))
+            << whole.left(start) + elements + whole.mid(whole.indexOf("</r:li>")) << filled(row[2]);
+    }
 }
 
 void tst_LensProfile::oddities()
@@ -291,6 +228,13 @@ void tst_LensProfile::refused_data()
         "not a complete XML document: line 1: elements nest deeper than 256 levels");
     row("many elements", "<a>" + QByteArray("<b/>").repeated(kMaxXmlNodes) + "</a>",
         "not a complete XML document: line 1: more than 500000 elements, attributes and comments");
+    row("as deep as allowed", QByteArray("<a>").repeated(kMaxXmlDepth),
+        "not a complete XML document: line 1: Premature end of document.");
+    row("as many elements as allowed", "<a>" + QByteArray("<b/>").repeated(kMaxXmlNodes - 1) + "</a>", noEntry);
+    row("no coefficients", Small("", ""),
+        "none of its 1 entries can be used: line 6: a lens model without coefficients");
+    row("an unknown sub-model", Small("", "<s:VignetteModel><s:FisheyeModel/></s:VignetteModel>"),
+        "none of its 1 entries can be used: they have no models");
     row("no focal length", QByteArray(whole).replace("<s:FocalLength>50</s:FocalLength>", ""), noFocal);
     row("an invalid focal length", QByteArray(whole).replace("Length>50<", "Length>1e308<"), noFocal);
     row("a focal length that isn't a number", Small("", Value("FocalLengthX", "x") + kRadial),

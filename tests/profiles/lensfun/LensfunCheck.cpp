@@ -131,6 +131,11 @@ int WrongCurves()
             const LensfunCurves nominal = CurvesOf(lens, frame, {10.0});
             expect(model, (*nominal.distortion)(1000.0), factor);
             expect(projection, nominal.imageHeight ? (*nominal.imageHeight)(0.7) : 0.0, height);
+            const lfLensCalibTCA linear = {LF_TCA_MODEL_LINEAR, 10.0F, {1.5F, 0.75F}};
+            lens.AddCalibTCA(&linear);
+            const LensfunCurves colored = CurvesOf(lens, frame, {10.0});
+            expect("red", (*colored.red)(1000.0), 1.5);
+            expect("blue", (*colored.blue)(1000.0), 0.75);
             const lfLensCalibRealFocal real = {10.0F, 12.0F};
             lens.AddCalibRealFocal(&real);
             const double pxPerMm = std::hypot(6001.0, 4001.0) / std::hypot(36.0, 24.0);

@@ -116,7 +116,15 @@ void tst_Framing::framings()
     const FitResult ended = fit(Framing::Fill);
     QVERIFY(std::abs(ended.correction.geometry->endRadius - 3429.0) < 0.1);
     QVERIFY(ended.assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
-    options.projection = Projection::Equidistant;
+    // The radius a (1 - 0.1 a^2) folds back at the angle 1 / sqrt(0.3), which each projection shows at another radius.
+    entry.geometry->coefficients = {-0.1};
+    const double fold = 1.0 / std::sqrt(0.3);
+    for (const auto &[projection, radius] : {std::pair(Projection::Equidistant, fold),
+                                             {Projection::Stereographic, 2.0 * std::tan(fold / 2.0)},
+                                             {Projection::Equisolid, 2.0 * std::sin(fold / 2.0)}}) {
+        options.projection = projection;
+        QVERIFY(std::abs(fit(Framing::Fill).correction.geometry->endRadius - 300.0 * radius) < 0.01);
+    }
     QVERIFY(!fit(Framing::Fill).assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
 }
 

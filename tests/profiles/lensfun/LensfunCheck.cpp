@@ -126,6 +126,8 @@ int WrongCurves()
             lens.Type = type;
             lens.CropFactor = 1.0F;
             lens.AspectRatio = 1.5F;
+            lens.CenterX = 0.25F;
+            lens.CenterY = -0.125F;
             lens.AddCalibDistortion(&distortion);
             const LensfunFrame frame = {6001.0, 4001.0, 1.0};
             const LensfunCurves nominal = CurvesOf(lens, frame, {10.0});
@@ -134,6 +136,8 @@ int WrongCurves()
             const lfLensCalibTCA linear = {LF_TCA_MODEL_LINEAR, 10.0F, {1.5F, 0.75F}};
             lens.AddCalibTCA(&linear);
             const LensfunCurves colored = CurvesOf(lens, frame, {10.0});
+            expect("center x", colored.centerX, 0.25 * 2000.0);
+            expect("center y", colored.centerY, -0.125 * 2000.0);
             expect("red", (*colored.red)(1000.0), 1.5);
             expect("blue", (*colored.blue)(1000.0), 0.75);
             const lfLensCalibRealFocal real = {10.0F, 12.0F};

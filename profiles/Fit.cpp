@@ -190,10 +190,8 @@ private:
                             return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
                         });
         }
-        if (m_result.colorEntries.isEmpty()) { // correcting only one color would be worse than correcting none
-            to.red.reset();
-            to.blue.reset();
-        }
+        if (m_result.colorEntries.isEmpty())
+            to.red.reset(); // if only blue failed: correcting one color would be worse than correcting none
         if (!light.isEmpty())
             to.light = m_blend.Light(light, m_tasks[2].amount);
         m_result.distortion = to.geometry.has_value();

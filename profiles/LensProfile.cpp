@@ -205,14 +205,16 @@ private:
         if (!ReadPlace(node, &base))
             return; // its sub-models inherit the unreadable values
         ProfileModel geometry = base;
-        if (ReadCoefficients(node, "RadialDistortParam", &geometry)
-            && (!geometry.coefficients.isEmpty() || geometry.tangential1 != 0.0 || geometry.tangential2 != 0.0))
+        const bool isRead = ReadCoefficients(node, "RadialDistortParam", &geometry);
+        const bool hasTerms =
+            !geometry.coefficients.isEmpty() || geometry.tangential1 != 0.0 || geometry.tangential2 != 0.0;
+        if (isRead && hasTerms)
             Keep(node, geometry, &ProfileEntry::geometry);
         base.scaleFactor = 1.0;
         base.tangential1 = base.tangential2 = 0.0;
         for (const ProfileNode &child : node.models)
             ReadSubModel(child, base);
-        if (node.models.empty() && geometry.coefficients.isEmpty())
+        if (node.models.empty() && !hasTerms)
             Note(node.line, QStringLiteral("a lens model without coefficients"), true);
     }
 

@@ -27,7 +27,7 @@ double AngleOf(Projection projection, double radius)
     case Projection::Rectilinear:
         return std::atan(radius);
     case Projection::Equidistant:
-        return radius;
+        break;
     case Projection::Stereographic:
         return 2.0 * std::atan(radius / 2.0);
     case Projection::Equisolid:
@@ -42,7 +42,7 @@ double RadiusOf(Projection projection, double angle)
     case Projection::Rectilinear:
         return std::tan(std::min(angle, kRectilinearEnd));
     case Projection::Equidistant:
-        return angle;
+        break;
     case Projection::Stereographic:
         return angle < kPi ? 2.0 * std::tan(angle / 2.0) : std::numeric_limits<double>::infinity();
     case Projection::Equisolid:

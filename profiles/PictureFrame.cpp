@@ -82,7 +82,7 @@ PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
     m_place.height = facts.pixels.height();
     if (facts.readerTurn >= 5)
         std::swap(m_place.width, m_place.height);
-    if (!facts.crop.Known() || !(facts.crop.value.width() > 0.0) || !(facts.crop.value.height() > 0.0))
+    if (!facts.crop.Known())
         return;
     const QRectF &crop = facts.crop.value;
     m_place.width /= crop.width();

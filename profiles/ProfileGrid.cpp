@@ -108,9 +108,9 @@ bool HasModel(const ProfileEntry &entry, Quantity quantity)
     case Quantity::Color:
         return entry.redGreen || entry.blueGreen;
     case Quantity::Light:
-        return entry.vignette.has_value();
+        break;
     }
-    return false;
+    return entry.vignette.has_value();
 }
 
 ProfileGrid::ProfileGrid(const LensProfile &profile, Quantity quantity, const std::function<bool(int)> &serves)

@@ -93,8 +93,6 @@ std::optional<Curve> Light(const lfLens &lens, const LensfunSetting &setting, do
 double ImageHeight(lfLensType type, double angle)
 {
     switch (type) {
-    case LF_FISHEYE: // equidistant
-        return angle;
     case LF_FISHEYE_STEREOGRAPHIC:
         return 2.0 * std::tan(angle / 2.0);
     case LF_FISHEYE_EQUISOLID:
@@ -103,7 +101,7 @@ double ImageHeight(lfLensType type, double angle)
         return std::sin(angle);
     case LF_FISHEYE_THOBY: // M. Thoby, "Fisheye lens", on the AF DX 10.5 mm
         return 1.47 * std::sin(0.713 * angle);
-    default:
+    default: // LF_FISHEYE: equidistant
         return angle;
     }
 }

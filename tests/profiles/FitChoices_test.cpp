@@ -2,9 +2,11 @@
 #include "Case.h"
 #include "Fit.h"
 
+#include "InputLimits.h"
 #include "KImage.h"
 #include "LensfunFit.h"
 #include "MadeProfiles.h"
+#include "MapCheck.h"
 #include "PictureLight.h"
 #include "Table.h"
 
@@ -198,8 +200,17 @@ void tst_FitChoices::oddities()
 {
     LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
     profile.notes = {{7, 0, QStringLiteral("of a used entry")}, {9, 2, QStringLiteral("of another entry")}};
-    const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
-    QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
+    profile.entries[0].profileName = QStringLiteral("wide");
+    const FitResult used = Fit(profile, Facts({6000, 4000}, 30.0), {});
+    QCOMPARE(used.assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
+    QCOMPARE(used.profileName, QStringLiteral("wide"));
+    // The last of the notes allowed is followed by one that says so, if a further entry can't be used.
+    LensProfile full = Profile({Entry(20.0), Entry(40.0)});
+    full.notes.resize(kMaxProfileNotes);
+    full.entries[1].green->tangential1 = 1e9; // moves everything outside
+    QVERIFY(CheckMaps(&full).isEmpty() && full.notes.size() == kMaxProfileNotes + 1);
+    QCOMPARE(full.notes.last().entry, -1);
+    QCOMPARE(full.notes.last().text, QStringLiteral("more than 1000 notes; the rest are left out"));
     PictureFacts raw;
     raw.raw = true;
     // A stored value of 0.25 is a light of 0.25^gamma; an invalid gamma has no effect.
@@ -341,6 +352,12 @@ void tst_FitChoices::useless_data()
         "the center",
         [](ProfileEntry &e) {
             e.redGreen->coefficients = {-1e12, 1e12, -1e12};
+        });
+    row("the color model of blue alone", true, false,
+        "lateral color: 50 mm f/4 3 m (line 9): the model for blue leaves 0 % of the picture: it folds back 0 px from "
+        "the center",
+        [](ProfileEntry &e) {
+            e.blueGreen->coefficients = {-1e12, 1e12, -1e12};
         });
     row("only one of two entries is a fisheye", true, true, "", [](ProfileEntry &e) {
         e.kind = ProfileEntry::Kind::Fisheye;

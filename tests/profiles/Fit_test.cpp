@@ -220,6 +220,10 @@ void tst_Fit::unknownRotation()
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
     QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
+    FitOptions lightOnly;
+    lightOnly.distortion = lightOnly.chromatic = false;
+    QCOMPARE(
+        Fit(Profile({Entry()}), Facts({2000, 3000}), lightOnly).assumed.filter(QStringLiteral("tangential")).size(), 0);
     // The unit is the same as in landscape orientation: points at a radius of 1,000 px move by the same amount.
     FitOptions keep;
     keep.framing = Framing::Keep;
@@ -235,14 +239,27 @@ void tst_Fit::unknownFrames()
         (*model)->focalLengthX = 0.0; // to be computed from the focal length and the frame
     bare.model = QStringLiteral("THING");
     bare.sensorFormatFactor = 0.0;
-    for (const ProfileEntry &one : {entry, bare}) {
+    const std::pair<ProfileEntry, const char *> rows[] = {{entry, "SMALL"}, {bare, "SMALL"}, {bare, "THING"}};
+    for (const auto &[one, model] : rows) {
         PictureFacts facts = Facts();
-        facts.model = Known(QStringLiteral("SMALL"));
+        facts.model = Known(QString::fromLatin1(model));
         const FitResult fit = Fit(Profile({one}), facts, {});
         QVERIFY2(fit.why.endsWith(QLatin1String("the frame that the profile was made from is unknown")),
                  qPrintable(fit.why));
         QVERIFY2(!fit.correction.ChangesAnything(), qPrintable(one.model));
     }
+    // The frame of the table's camera is 24 mm wide. Entries of the same camera share it.
+    ProfileEntry longer = bare;
+    bare.model = longer.model = QStringLiteral("BODY");
+    longer.focalMm = 40.0;
+    LensProfile stated = Profile({bare, longer});
+    for (ProfileEntry &one : stated.entries)
+        for (auto *model : {&one.geometry, &one.green, &one.redGreen, &one.blueGreen, &one.vignette})
+            (*model)->focalLengthX = one.focalMm / 24.0;
+    const auto factor = [](const LensProfile &profile) {
+        return Fit(profile, Facts({6000, 4000}, 30.0), {}).correction.geometry->factor.AtSquared(1e6);
+    };
+    QVERIFY(std::abs(factor(Profile({bare, longer})) - factor(stated)) < 1e-7);
 }
 
 void tst_Fit::parts()
@@ -271,6 +288,13 @@ void tst_Fit::parts()
     lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 in landscape, then rotated
     const FitResult fit = Fit(Profile({entry}), lost, options);
     QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("its position there is unknown")), qPrintable(fit.why));
+    // Around the center, it is cropped like a picture of the whole frame.
+    lost = Facts({1600, 1500});
+    lost.crop = Known(QRectF(0.25, 0.1, 0.5, 0.8));
+    const auto factor = [&](const PictureFacts &facts) {
+        return Fit(Profile({entry}), facts, options).correction.geometry->factor.AtSquared(2.5e5);
+    };
+    QVERIFY(std::abs(factor(lost) - factor(Facts({3000, 2000}))) < 1e-7);
 }
 
 /// A picture cropped around the center is corrected like the same part of the whole picture.
@@ -300,6 +324,10 @@ void tst_Fit::lensfunFrames()
     bare.make = Known(QStringLiteral("Canon"));
     bare.model = Known(QStringLiteral("Canon EOS 40D"));
     bare.lensNames = {Known(QStringLiteral("EF-S18-55mm f/3.5-5.6 IS"))};
+    PictureFacts lost = bare;
+    lost.pixels = QSize(2000, 1500);
+    lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0));
+    QVERIFY(FitByLensfun(lost, {}).why.endsWith(QLatin1String("its position there is unknown")));
     bare.distanceM = {};
     QCOMPARE(text(FitByLensfun(bare, {})), found + QStringLiteral("\ndistant subject"));
     bare.aperture = {};

@@ -87,6 +87,12 @@ void tst_Framing::framings()
     QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
     options.framingFactor = 5.0;
     QCOMPARE(fit(Framing::Factor).zoom, 2.0);
+    // Pincushion distortion: the middle of a long edge, at 999.5 px or 0.33317 focal lengths, appears where
+    // r + 0.1 r^3 = 0.33317, at r = 0.329587.
+    entry.geometry->coefficients = {0.1};
+    options.framing = Framing::All;
+    for (const QSize &size : {QSize(3000, 2000), QSize(2000, 3000)})
+        QVERIFY(std::abs(Fit(Profile({entry}), Facts(size), options).zoom - 0.3331667 / 0.3295865) < 1e-5);
     entry.geometry->coefficients = {0.0}; // a quarter of the field at a zoom of 2, all at 1
     for (double zoom : {2.0, 1.0}) {
         options.framingFactor = zoom;
@@ -110,7 +116,15 @@ void tst_Framing::framings()
     const FitResult ended = fit(Framing::Fill);
     QVERIFY(std::abs(ended.correction.geometry->endRadius - 3429.0) < 0.1);
     QVERIFY(ended.assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
-    options.projection = Projection::Equidistant;
+    // The radius a (1 - 0.1 a^2) folds back at the angle 1 / sqrt(0.3), which each projection shows at another radius.
+    entry.geometry->coefficients = {-0.1};
+    const double fold = 1.0 / std::sqrt(0.3);
+    for (const auto &[projection, radius] : {std::pair(Projection::Equidistant, fold),
+                                             {Projection::Stereographic, 2.0 * std::tan(fold / 2.0)},
+                                             {Projection::Equisolid, 2.0 * std::sin(fold / 2.0)}}) {
+        options.projection = projection;
+        QVERIFY(std::abs(fit(Framing::Fill).correction.geometry->endRadius - 300.0 * radius) < 0.01);
+    }
     QVERIFY(!fit(Framing::Fill).assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
 }
 

@@ -329,6 +329,7 @@ void tst_Analytics::binaryFile()
     }
     KAnalyticsFile absent(nullptr);
     absent.setFilePath(m_dir->filePath("absent"_s));
+    QCOMPARE(absent.currentJSonRoot(), (QJsonObject{{"events"_s, QJsonArray()}}));
     QVERIFY(absent.allEvents().isEmpty());
     QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList("store"_s)); // no lock file is left
 }

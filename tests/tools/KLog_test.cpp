@@ -62,6 +62,9 @@ void tst_KLog::fileContainsOnlyTheLine()
     KLog::ms_instance->DisableLogToFile();
     KLog::ms_instance->Log(QStringLiteral("unheard"));
     QCOMPARE(ReadFile(name), QByteArray("abc\r\n"));
+    KLog::ms_instance->Clear(); // doesn't switch logging on again
+    KLog::ms_instance->Log(QStringLiteral("unheard"));
+    QCOMPARE(ReadFile(name), QByteArray());
 }
 
 void tst_KLog::unwritableFileShowsABox()

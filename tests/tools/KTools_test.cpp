@@ -131,6 +131,7 @@ void tst_KTools::aloneWithThreadsOnDistinctProcessors()
     const bool apart = RunApart(&allowed);
     KTools::exit();
     QCOMPARE(KLog::ms_instance, nullptr);
+    QVERIFY(!KTools::ms_instances.log && !KTools::ms_instances.reserved && !KTools::ms_instances.analytics);
     QCOMPARE(allowed, std::vector<int>(allowed.size(), before));
     QVERIFY(apart);
 }

@@ -73,12 +73,16 @@ void tst_LensName::alternatives()
     QCOMPARE(names[2].codes, QSet<QString>{QStringLiteral("012")});
     QCOMPARE(names[0].maker, QStringLiteral("canon"));
     QCOMPARE(names[1].maker, QStringLiteral("sigma"));
-    const LensName wanted = names[0];
-    // The exact spelling has a better score than others that fit.
-    const auto score = [&wanted](const char *text) {
+    // The exact spelling has a better score than others that fit, and each detail counts.
+    const auto score = [](const char *text) {
+        const LensName wanted = ParseLensNames(QStringLiteral("Sigma 28-70mm f/2.8 EX F004 Blue")).value(0);
         return CompareLensNames(wanted, ParseLensNames(QString::fromUtf8(text)).value(0)).score;
     };
-    QVERIFY(score("Canon EF 28-70mm f/2.8L USM") > score("EF 28-70mm f/2.8L USM Ultrasonic"));
+    for (const char *less :
+         {"28-70mm f/2.8 EX F004 Blue", "Sigma f/2.8 EX F004 Blue", "Sigma 28-70mm EX F004 Blue",
+          "Sigma 28-70mm f/2.8 F004 Blue", "Sigma 28-70mm f/2.8 EX Blue", "Sigma 28-70mm f/2.8 EX F004",
+          "Sigma 28-70mm f/2.8 EX DG F004 Blue", "Sigma 28-70mm f/2.8 EX F004 Blue Ultrasonic"})
+        QVERIFY2(score("Sigma 28-70mm f/2.8 EX F004 Blue") > score(less), less);
 }
 
 QTEST_APPLESS_MAIN(tst_LensName)

@@ -2,6 +2,7 @@
 #include "Case.h"
 #include "ProfileIndex.h"
 
+#include "InputLimits.h"
 #include "PictureFit.h"
 
 #include <QBuffer>
@@ -50,7 +51,10 @@ QByteArray Profile(const char *entries)
 
 QByteArray ProfileOf(const QString &lens)
 {
-    return Profile(qPrintable(QStringLiteral("<r:li c:Model='M' c:Lens='%1'/>").arg(lens)));
+    return Profile(qPrintable(
+        QStringLiteral("<r:li c:Make='Maker' c:Model='M' c:Lens='%1' c:LensID='7' c:LensInfo='0/0 0/0 18/10 2'"
+                       " c:SensorFormatFactor='1.6' c:CameraRawProfile='1'/>")
+            .arg(lens)));
 }
 
 void Write(const QString &path, const QByteArray &content)
@@ -74,8 +78,7 @@ QStringList Lenses(const ProfileIndex &index)
 {
     QStringList lenses;
     for (const IndexedProfile &profile : index.Profiles())
-        lenses.append(profile.error.isEmpty() ? profile.head.lensNames.join(QLatin1Char('|'))
-                                              : QStringLiteral("error"));
+        lenses.append(profile.error.isEmpty() ? profile.head.lensNames.join(QLatin1Char('|')) : profile.error);
     return lenses;
 }
 
@@ -127,7 +130,11 @@ void tst_ProfileIndex::unusable_data()
                               << QStringLiteral("no profile entry: expected rdf:li in photoshop:CameraProfiles");
     QTest::newRow("nameless") << Profile("<r:li c:ImageWidth='1'/>")
                               << QStringLiteral("its first entry names neither camera nor lens");
-    QTest::newRow("too deep") << Profile(QByteArray("<r:li>" + QByteArray("<a>").repeated(100)).constData())
+    QTest::newRow("as deep as allowed") << Profile(
+        QByteArray("<r:li>" + QByteArray("<a>").repeated(kMaxHeadDepth - 6)).constData())
+                                        << QStringLiteral("line 1: Opening and ending tag mismatch.");
+    QTest::newRow("too deep") << Profile(
+        QByteArray("<r:li>" + QByteArray("<a>").repeated(kMaxHeadDepth - 5)).constData())
                               << QStringLiteral("elements nested more than 64 deep");
 }
 
@@ -160,25 +167,35 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
         QCOMPARE(index.FilesRead(), filesRead);
         QCOMPARE(Lenses(index), lenses);
         const IndexedProfile &first = index.Profiles().first();
-        QCOMPARE(Text(first.head), QStringLiteral("|M|") + lenses[0] + QStringLiteral(" 50 50 0 0 0 0"));
+        QCOMPARE(Text(first.head), QStringLiteral("Maker|M|") + lenses[0] + QStringLiteral("|7 50 50 1.8 2 1.6 1"));
         QCOMPARE(first.path, folder.filePath(QStringLiteral("a.lcp")));
     };
-    const QString error = QStringLiteral("error"), one = QStringLiteral("one 50mm"), two = QStringLiteral("two 85mm");
-    scan(3, {one, error, two});
-    scan(0, {one, error, two});
+    QFile large(folder.filePath(QStringLiteral("large.lcp")));
+    QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(kMaxXmlBytes + 1));
+    const QString error = QStringLiteral("line 1: Start tag expected."),
+                  tooLarge = QStringLiteral("larger than 16 MiB"), one = QStringLiteral("one 50mm"),
+                  two = QStringLiteral("two 85mm");
+    scan(4, {one, error, two, tooLarge});
+    scan(0, {one, error, two, tooLarge});
     Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("another 50mm")));
-    scan(1, {QStringLiteral("another 50mm"), error, two});
+    scan(1, {QStringLiteral("another 50mm"), error, two, tooLarge});
     QFile::remove(folder.filePath(QStringLiteral("broken.lcp")));
-    scan(0, {QStringLiteral("another 50mm"), two});
+    scan(0, {QStringLiteral("another 50mm"), two, tooLarge});
+    QVERIFY(large.remove());
+    const QString deep = QStringLiteral("d/").repeated(kMaxFolderDepth); // as deep as allowed, and one folder deeper
+    Write(folder.filePath(deep + QStringLiteral("in.lcp")), ProfileOf(QStringLiteral("deep 24mm")));
+    Write(folder.filePath(deep + QStringLiteral("d/out.lcp")), ProfileOf(QStringLiteral("deeper 24mm")));
     QVERIFY(QFile::link(elsewhere.path(), folder.filePath(QStringLiteral("link"))));
     ProfileIndex index(file);
     QVERIFY(index.Scan({folder.path()}));
     QStringList lenses = Lenses(index);
     lenses.sort();
-    QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm or 50mm"), two}));
+    QCOMPARE(lenses,
+             (QStringList{QStringLiteral("another 50mm"), QStringLiteral("deep 24mm"),
+                          QStringLiteral("linked 35mm or 50mm"), two}));
     for (const IndexedProfile &profile : index.Profiles()) // a name of two lenses gives no focal lengths
         if (profile.path.endsWith(QLatin1String("c.lcp")))
-            QCOMPARE(Text(profile.head), QStringLiteral("|M|linked 35mm or 50mm 0 0 0 0 0 0"));
+            QCOMPARE(Text(profile.head), QStringLiteral("Maker|M|linked 35mm or 50mm|7 0 0 1.8 2 1.6 1"));
 }
 
 /// Two operations fail even for root: opening a file whose name is not UTF-8, and a folder while no file descriptor is
@@ -194,7 +211,7 @@ void tst_ProfileIndex::readsAgainWhatFailedToOpen()
         const Case named("scan", scan);
         ProfileIndex index(file);
         QVERIFY(index.Scan({folder.path()}));
-        QCOMPARE(Lenses(index), QStringList{QStringLiteral("error")});
+        QCOMPARE(Lenses(index), QStringList{QStringLiteral("its name is not UTF-8")});
         QCOMPARE(index.FilesRead(), 1);
         QVERIFY(index.UnreadFolders().isEmpty());
     }
@@ -274,10 +291,14 @@ void tst_ProfileIndex::typedFacts()
     QVERIFY2(fit().startsWith(QLatin1String("\n\n\ntwo profiles fit equally well: ")), qPrintable(fit()));
     QVERIFY(QFile::remove(second));
     options.typed.focalMm = 99.0;
-    QCOMPARE(fit(),
-             QStringLiteral("\n\n\nno profile for the lens \"EF24-70mm f/2.8L USM\"\n\"EF24-70mm f/2.8L USM\" on M "
-                            "(%1): its lens has no 99 mm")
-                 .arg(path));
+    for (const char *more : {"; lensfun doesn't know the camera \"Canon M\"", ""}) {
+        options.source = *more ? ProfileSource::Auto : ProfileSource::Lcp;
+        QCOMPARE(
+            fit(),
+            QStringLiteral("\n\n\nno profile for the lens \"EF24-70mm f/2.8L USM\"%1\n\"EF24-70mm f/2.8L USM\" on M "
+                           "(%2): its lens has no 99 mm")
+                .arg(QLatin1String(more), path));
+    }
     options.typed = {};
     QCOMPARE(fit(), QStringLiteral("\n\n\nthe picture doesn't say which camera and lens took it"));
     options.profile = path;

@@ -14,11 +14,6 @@ Q_DECLARE_METATYPE(IndexedProfile)
 
 namespace {
 
-QString Text(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
 /// Calls @p take for each "name=value" of a table's cell, with the value as text and as a number.
 template <typename Take> void ReadFields(const QString &cell, const Take &take)
 {
@@ -129,25 +124,8 @@ void tst_ProfileMatch::matches()
 
 void tst_ProfileMatch::sameCameras()
 {
-    const struct {
-        const char *make, *model, *otherMake, *otherModel;
-        bool same;
-    } rows[] = {
-        {"NIKON CORPORATION", "NIKON D70", "Nikon", "D70", true},
-        {"SAMSUNG", "SAMSUNG-SM-N900A", "samsung", "SM-N900A", true},
-        {"", "EOS 60D", "Canon", "Canon EOS 60D", true}, // typed without the maker
-        {"Canon", "Canonet", "Canon", "et", false},
-        {"Canon", "Canon", "Canon", "", false},
-        {"Canon", "Canon", "Canon", "Canon", true},
-        {"OM Digital Solutions", "E-M1", "OLYMPUS CORPORATION", "E-M1", true},
-        {"KONICA MINOLTA", "DYNAX 5D", "Minolta", "Dynax 5D", true},
-        {"Canon", "Canon EOS 60D", "", "EOS 60D", true},
-        {"Nikon", "D70", "Pentax", "D70", false},
-        {"RICOH IMAGING COMPANY, LTD.", "PENTAX K-3 II", "Pentax", "K-3 II", true},
-    };
-    for (const auto &row : rows)
-        QVERIFY2(IsSameCamera(Text(row.make), Text(row.model), Text(row.otherMake), Text(row.otherModel)) == row.same,
-                 row.model);
+    for (const QStringList &row : ReadTable(QStringLiteral(CAMERAS)))
+        QVERIFY2(IsSameCamera(row[0], row[1], row[2], row[3]) == (row[4] == QLatin1String("true")), qPrintable(row[1]));
 }
 
 QTEST_APPLESS_MAIN(tst_ProfileMatch)

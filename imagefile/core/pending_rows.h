@@ -7,8 +7,8 @@
 
 namespace imagefile {
 
-/// Starts @p decode on another thread (on this one if none can start); it must pass all rows to its sink, the top one
-/// first. Returns as soon as the bitmap exists; fails if decoding ends before that. The result is registered until
+/// Starts @p decode on another thread (on this one if no other can start). @p decode must pass all rows to its sink, the
+/// top one first. Returns as soon as the bitmap exists; fails if decoding ends before that. The result is registered until
 /// ForgetPending, which gflFreeBitmap calls. May throw what @p decode throws.
 Status StartPending(const GFL_LOAD_PARAMS &params, std::function<Status(RowSink *)> decode, Owned<GFL_BITMAP> *bitmap);
 

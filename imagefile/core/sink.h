@@ -59,7 +59,7 @@ private:
     mode_t m_mode = 0;
     bool m_replaces = false;
     bool m_flushesEarly = false;
-    std::uint64_t m_flushed = 0; // bytes from the start of the file whose flush has begun
+    std::uint64_t m_flushed = 0; // flushing has begun for the file's first m_flushed bytes
 };
 
 /// A block from the layer's allocator.

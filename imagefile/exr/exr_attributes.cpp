@@ -94,7 +94,7 @@ bool IsCompletePreview(ByteReader in, std::uint64_t end)
         && width * height == (end - in.Position()) / 4 && (end - in.Position()) % 4 == 0;
 }
 
-/// Returns whether the value from @p in's position to @p end has the length of its type.
+/// Returns whether the value from @p in's position to @p end has the length that its type requires.
 bool HasValidLength(const ByteReader &in, const char *type, std::uint64_t end)
 {
     const auto fixed = std::find_if(std::begin(kFixedTypes), std::end(kFixedTypes),

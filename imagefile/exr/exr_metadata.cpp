@@ -95,7 +95,7 @@ void AddColors(const Metadata &metadata, Imf::Header *header)
 
 void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
 {
-    // Warn about this first, because only the first warning is kept.
+    // Warn about the orientation first, because only the first warning is kept.
     const Exiv2::Exifdatum *turn = Find(metadata.exif, "Exif.Image.Orientation");
     if (turn && turn->toLong() > 1)
         Warn("metadata is left out: the orientation, which OpenEXR can't store; the picture stays as the camera stored "

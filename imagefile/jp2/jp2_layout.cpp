@@ -48,7 +48,7 @@ public:
         std::uint64_t end = 0;
         if (Status status = ReadSegments(reader.Position(), /*tiles=*/m_tiles, &end); !status)
             return status;
-        while (end < m_source.Size()) { // the end of the main header or of a tile part, where the next one begins
+        while (end < m_source.Size()) { // of the main header or a tile part; the next tile part begins there
             ByteReader part(m_source, end);
             const std::uint64_t marker = part.Number(2);
             if (marker != kTilePart)

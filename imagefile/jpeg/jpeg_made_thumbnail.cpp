@@ -37,7 +37,7 @@ std::size_t NumberAt(const Bytes &block, std::size_t at, std::size_t bytes)
     return value;
 }
 
-/// Returns the directory of a thumbnail (Exif 2.3, 4.6.9) for offset @p at, followed by its rational numbers.
+/// Returns a thumbnail's directory (Exif 2.3, 4.6.9) that will be at offset @p at, followed by its rational numbers.
 Bytes DirectoryAt(std::size_t at, std::size_t jpegBytes)
 {
     constexpr std::uint32_t kDpi = 72, kInch = 2, kJpegCompression = 6;

@@ -31,7 +31,7 @@ private:
 class ThumbnailRoom {
 public:
     /// Appends zeros to @p tiff, a little-endian block, as space for a second directory and the thumbnail. Does nothing
-    /// if the block is empty, would become longer than @p most bytes, or has a second directory.
+    /// if the block is empty, would become longer than @p most bytes, or already has a second directory.
     void Append(std::size_t most, Bytes *tiff);
     bool IsReserved() const { return m_pointerAt != 0; }
 

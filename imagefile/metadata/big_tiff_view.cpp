@@ -33,7 +33,7 @@ std::uint32_t Append(const Bytes &bytes, Bytes *view)
     return offset;
 }
 
-/// Builder of the view.
+/// Builder of the classic view of a BigTIFF.
 class Narrowing {
 public:
     Narrowing(const Source &source, bool isBigEndian)
@@ -86,7 +86,7 @@ bool Narrowing::NarrowValue(TiffField *field)
     return value.size() == bytes;
 }
 
-// Returns the offset of the directory in the view; 0 if it can't be read.
+// Copies a directory and those below it into the view. Returns its offset in the view; 0 if it can't be read.
 std::uint32_t Narrowing::NarrowDirectory(std::uint64_t offset)
 {
     TiffFields fields, narrow;

@@ -11,10 +11,10 @@ namespace imagefile {
 
 namespace {
 
-// Tags of the first directory that describe how this file stores its pixels, or that contain blocks that are copied
-// separately: most tags from subfile type (254) to page number (297), transfer function, predictor, color map,
-// halftones, tiles, sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, color filter, IPTC,
-// Photoshop resources, directory pointers, ICC, Photoshop layers, and the DNG range.
+// Tags of the first directory that describe how the file stores its pixels, or that contain blocks that are copied
+// separately. In this order: most tags from subfile type (254) to page number (297), transfer function, predictor,
+// color map, halftones, tiles, sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, color
+// filter, IPTC, Photoshop resources, directory pointers, ICC, Photoshop layers, and the DNG range.
 struct TagRange {
     std::uint16_t first, last;
 };

@@ -5,8 +5,9 @@
 
 namespace imagefile {
 
-/// Returns whether an EXIF value is copied to another file: it describes the shot rather than how this file stores
-/// pixels, has a known type, and is not empty. Thumbnails are not copied, because they would show the old picture.
+/// Returns whether an EXIF value is copied to another file: it describes the shot rather than how the source file
+/// stores pixels, has a known type, and is not empty. Thumbnails are not copied, because they would show the old
+/// picture.
 bool IsCarried(const Exiv2::Exifdatum &datum);
 
 /// Returns whether a value is a maker note or part of one. Valid only for values that IsCarried accepts.

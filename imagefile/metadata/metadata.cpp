@@ -61,7 +61,7 @@ Bytes RawTag(const Exiv2::Image &image, const char *key)
 }
 
 // Returns a JPEG's Photoshop image resources, which may span several segments of at most 64 KiB. Exiv2 only provides
-// parsed IPTC values, which don't always restore the same bytes.
+// parsed IPTC values, from which the original bytes can't always be restored.
 Bytes JpegResources(const Source &source)
 {
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
@@ -119,7 +119,7 @@ void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
     std::swap(metadata->exif, image.exifData());
 }
 
-// Constructs the classes directly: the factory that takes a path would interpret some file names as web addresses.
+// Constructs Exiv2's classes directly: its factory takes a path, and would interpret some as web addresses.
 Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
 {
     if (!view.empty())

@@ -13,7 +13,7 @@ enum class PhotoshopResource : std::uint16_t {
     Xmp = 0x0424,
 };
 
-/// Returns the data of the first resource of the given kind; empty if there is none, or none before damaged data.
+/// Returns the data of the first resource of the given kind; empty if there is none, or if damaged data precedes it.
 Bytes FindResource(const Bytes &resources, PhotoshopResource kind);
 
 /// Appends a resource without a name; does nothing if there is no data.

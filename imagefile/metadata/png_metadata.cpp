@@ -59,7 +59,8 @@ Bytes RawProfile(const Bytes &text)
     return block;
 }
 
-// Returns the IPTC of a profile, stored directly or, by older programs and ours, as a Photoshop resource.
+// Returns the IPTC in a profile. Some programs store IPTC directly; older ones and ours wrap it in a Photoshop
+// resource.
 Bytes IptcOf(const Bytes &profile)
 {
     constexpr std::uint8_t kDataSet = 0x1C;

@@ -9,8 +9,8 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the linear light of a stored value. Interpolates tables here, because lcms2 evaluates only formulas in
-/// floating point and rounds interpolated table values to 16 bits, which is coarse in the shadows.
+/// Returns the linear light of a pixel value. Interpolates tables itself, because lcms2 rounds interpolated table
+/// values to 16 bits, which is coarse in the shadows; it uses floating point only for formulas.
 double LightAt(const cmsToneCurve *curve, double stored)
 {
     if (cmsGetToneCurveParametricType(curve) != 0)

@@ -96,7 +96,7 @@ void Set(const Exiv2::XmpData &record, Exiv2::XmpData *xmp)
     }
 }
 
-/// Returns an empty packet if Exiv2 can't write the properties.
+/// Encodes the properties as an XMP packet; empty if Exiv2 can't write them.
 Bytes Encoded(const Exiv2::XmpData &xmp)
 {
     std::string packet;
@@ -115,8 +115,8 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
     return Bytes(packet.begin(), packet.end());
 }
 
-/// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage, or none if the
-/// packet isn't well-formed XML.
+/// Reads the properties of a packet. Returns false if the packet is damaged; @p xmp then contains the properties before
+/// the damage, or none if the packet isn't well-formed XML.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
     const MemoryCheck memory;

@@ -66,7 +66,7 @@ void RawFile::Developer::ScaleMultipliers()
     }
 }
 
-// Scales the pixels if the balance is automatic, because LibRaw computes it only while applying it.
+// Scales red and blue in the pixels if the balance is automatic: LibRaw computes that balance only while applying it.
 void RawFile::Developer::ScalePixels()
 {
     if (!BalancesAutomatically() || (redScaling == 1.0f && blueScaling == 1.0f))

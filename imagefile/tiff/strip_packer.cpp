@@ -173,7 +173,7 @@ void Ring::PackNext(Packer *packer, Lock *lock)
     Status status = Status::Ok();
     try {
         status = packer->Pack(GroupAt(group), &slot);
-    } catch (const std::bad_alloc &) { // no exception may leave a thread; the text below needs no memory
+    } catch (const std::bad_alloc &) { // no exception may leave a thread; an empty text needs no memory
         status = Status::Fail(GFL_ERROR_NO_MEMORY, std::string());
     }
     lock->lock();

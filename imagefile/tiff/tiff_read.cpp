@@ -18,7 +18,7 @@ namespace imagefile {
 namespace {
 
 /// Strips up to this size are decoded whole: libtiff then uses libdeflate, which is much faster than decoding row by
-/// row. For larger strips, such as a whole picture in one, that would take twice the memory.
+/// row. Decoding larger strips whole, such as the only strip of a picture, would take twice the memory.
 constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 
 /// Decoder that reads a TIFF from the top down, one band at a time: a row of tiles, a strip or a single row. Each plane
@@ -434,7 +434,7 @@ Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
     TiffLayout layout;
     if (Status status = OpenTiffPicture(source, &handle, &layout); !status)
         return status;
-    // Hosts compare the whole description of tiled files; in others they search for the color model.
+    // Hosts compare the whole description of tiled files; in other descriptions, they search for the color model.
     const GflColorModel model = ColorModelOf(layout);
     std::snprintf(info->Description, sizeof info->Description, "TIFF%s",
                   layout.isTiled             ? " tiled"

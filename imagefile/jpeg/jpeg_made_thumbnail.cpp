@@ -81,7 +81,7 @@ void MadeThumbnail::AddRow(const std::uint8_t *row)
     m_rows.Done(m_next++);
 }
 
-Status MadeThumbnail::Encode(std::size_t most, Bytes *jpeg)
+Status MadeThumbnail::Encode(std::size_t maxBytes, Bytes *jpeg)
 {
     const Owned<GFL_BITMAP> bitmap(m_rows.Take(), gflFreeBitmap);
     for (const std::uint16_t quality : kQualities) {
@@ -90,7 +90,7 @@ Status MadeThumbnail::Encode(std::size_t most, Bytes *jpeg)
         MemorySink sink;
         if (Status status = WriteJpeg(*bitmap, options, &sink); !status)
             return status;
-        if (sink.Size() > most)
+        if (sink.Size() > maxBytes)
             continue;
         jpeg->resize(sink.Size());
         std::size_t count = 0;
@@ -99,11 +99,11 @@ Status MadeThumbnail::Encode(std::size_t most, Bytes *jpeg)
     return Status::Ok();
 }
 
-void ThumbnailRoom::Append(std::size_t most, Bytes *tiff)
+void ThumbnailRoom::Append(std::size_t maxBytes, Bytes *tiff)
 {
     constexpr std::size_t kHeaderBytes = 8;
     const std::size_t directoryAt = (tiff->size() + 1) & ~std::size_t(1);
-    if (tiff->size() < kHeaderBytes || (*tiff)[0] != 'I' || directoryAt + kJpegAt + kRoomBytes > most)
+    if (tiff->size() < kHeaderBytes || (*tiff)[0] != 'I' || directoryAt + kJpegAt + kRoomBytes > maxBytes)
         return;
     const std::size_t first = NumberAt(*tiff, 4, 4);
     const std::size_t pointerAt = first + 2 + NumberAt(*tiff, first, 2) * kFieldBytes;

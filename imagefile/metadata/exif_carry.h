@@ -17,7 +17,7 @@ bool IsOfMakerNote(const Exiv2::Exifdatum &datum);
 /// note in the first of these forms that works:
 ///  - the camera's bytes at any offset, if the note's header marks it as movable;
 ///  - the same bytes at their original offset from the start of the block, if Exiv2 reads the same values there or
-///    can't rebuild the note from them (NeedsItsPlace); the value "Exif.MakerNote.Offset" gives EncodeExif the offset;
+///    can't rebuild the note from them (NeedsItsOffset); the value "Exif.MakerNote.Offset" gives EncodeExif the offset;
 ///  - the same bytes at any offset, if Exiv2 reads the same values there;
 ///  - the decoded values, from which Exiv2 rebuilds a note.
 /// Throws only std::bad_alloc.

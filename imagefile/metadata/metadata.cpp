@@ -4,7 +4,7 @@
 #include "core/byte_reader.h"
 #include "core/image_limits.h"
 #include "core/memory_check.h"
-#include "note_place.h"
+#include "note_offset.h"
 #include "photoshop_resources.h"
 #include "source_io.h"
 #include "xmp_namespaces.h"
@@ -235,7 +235,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
     }
     if (image.get() != nullptr)
         TakeParts(source, *image, metadata);
-    AddNotePlace(source, &metadata->exif);
+    AddNoteOffset(source, &metadata->exif);
     return source.Check();
 }
 

@@ -15,7 +15,7 @@
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
-#include "metadata/note_place.h"
+#include "metadata/note_offset.h"
 #include "metadata/source_io.h"
 #include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
@@ -594,11 +594,11 @@ void tst_Inside::boxes()
     QVERIFY(IsoBoxesIn(Source("\0\0\0\7tiny", 8), 0, 8).empty());
     TiffField rational = {33434, 5, 1, {4}}; // 8 bytes at byte 4
     QVERIFY(!WidenField(Bytes(11), &rational) && WidenField(Bytes(12), &rational));
-    // An EXIF block with a maker note's field. Before place 16 there is no room for the note.
+    // An EXIF block with a maker note's field. Before offset 16 there is no room for the note.
     const QByteArray head("II*\0", 4), entry("\1\0\x7C\x92\7\0\4\0\0\0", 10), end(4, '\0');
     const QByteArray block = head + QByteArray("\x08\0\0\0", 4) + entry + end + end;
-    const auto withNote = [](const QByteArray &exif, unsigned place) {
-        const Bytes result = WithNoteAt(Bytes(exif.begin(), exif.end()), {'N', 'O', 'T', 'E'}, place);
+    const auto withNote = [](const QByteArray &exif, unsigned offset) {
+        const Bytes result = WithNoteAt(Bytes(exif.begin(), exif.end()), {'N', 'O', 'T', 'E'}, offset);
         return QByteArray(reinterpret_cast<const char *>(result.data()), int(result.size()));
     };
     QCOMPARE(withNote(block, 15) + withNote(block.left(7), 16) + withNote(block.left(20), 16), QByteArray());

@@ -132,7 +132,7 @@ Status CheckExrAttributes(const Source &source, bool manyParts)
         afterEnd = false;
         const bool hasType = isNamed && ReadName(&in, type);
         const std::uint64_t size = hasType ? Number(&in) : 0;
-        if (!hasType || in.Failed() || size > kLongestValue || size > in.Left())
+        if (!hasType || in.Failed() || size > kLongestValue || size > in.Remaining())
             return Damaged("a header extends past the end of the file");
         if (!HasValidLength(in, type, in.Position() + size))
             return Damaged("an attribute's length doesn't match its type");

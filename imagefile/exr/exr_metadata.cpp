@@ -57,7 +57,7 @@ bool ReadAngle(const Exiv2::ExifData &exif, const std::string &key, char negativ
     return std::isfinite(*degrees);
 }
 
-void AddPlace(const Exiv2::ExifData &exif, Imf::Header *header)
+void AddPosition(const Exiv2::ExifData &exif, Imf::Header *header)
 {
     float latitude = 0.0F, longitude = 0.0F;
     if (!ReadAngle(exif, "Exif.GPSInfo.GPSLatitude", 'S', &latitude)
@@ -109,7 +109,7 @@ void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
         if (const Exiv2::Exifdatum *text = Find(metadata.exif, row.key))
             row.add(*header, text->toString());
     }
-    AddPlace(metadata.exif, header);
+    AddPosition(metadata.exif, header);
     AddColors(metadata, header);
     if (!metadata.xmp.empty())
         header->insert("xmp", Imf::StringAttribute(std::string(metadata.xmp.begin(), metadata.xmp.end())));

@@ -29,12 +29,12 @@ void LockXmp(void *, bool lock)
 thread_local bool isReading = false; // this thread is reading metadata
 
 /// Scope in which Exiv2's messages on this thread become warnings.
-class Listening {
+class LogScope {
 public:
-    Listening() { isReading = true; }
-    ~Listening() { isReading = false; }
-    Listening(const Listening &) = delete;
-    Listening &operator=(const Listening &) = delete;
+    LogScope() { isReading = true; }
+    ~LogScope() { isReading = false; }
+    LogScope(const LogScope &) = delete;
+    LogScope &operator=(const LogScope &) = delete;
 };
 
 void WarnOfDamage(const char *what) noexcept
@@ -162,7 +162,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
     StartExiv2();
-    const Listening listening;
+    const LogScope logScope;
     const XmpReading use;
     const MemoryCheck memory;
     try {
@@ -214,7 +214,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
     StartExiv2();
     Bytes view; // must outlive the image that reads it
     Exiv2::Image::AutoPtr image;
-    const Listening listening;
+    const LogScope logScope;
     const MemoryCheck memory;
     try {
         if (IsBigTiff(source))

@@ -59,8 +59,8 @@ Bytes RawProfile(const Bytes &text)
     return block;
 }
 
-// Returns the IPTC in a profile. Some programs store IPTC directly; older ones and ours wrap it in a Photoshop
-// resource.
+// Returns the IPTC in a profile. Some programs store IPTC directly; older ones and this layer wrap it in a
+// Photoshop resource.
 Bytes IptcOf(const Bytes &profile)
 {
     constexpr std::uint8_t kDataSet = 0x1C;
@@ -75,7 +75,7 @@ public:
     void Take(const std::string &name, const Bytes &chunk);
 
 private:
-    Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked);
+    Bytes RestOf(const Bytes &chunk, std::size_t at, bool isPacked);
     Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd);
     void TakeText(const std::string &key, const Bytes &text);
     void DecodeExif(const Bytes &bytes);
@@ -110,7 +110,7 @@ std::size_t TextEnd(const Bytes &chunk, std::size_t at)
 }
 
 // Returns the rest of a chunk from @p at on, decompressed if necessary.
-Bytes ChunkReader::Rest(const Bytes &chunk, std::size_t at, bool isPacked)
+Bytes ChunkReader::RestOf(const Bytes &chunk, std::size_t at, bool isPacked)
 {
     if (at >= chunk.size())
         return Bytes();
@@ -129,7 +129,7 @@ Bytes ChunkReader::InternationalText(const Bytes &chunk, std::size_t keyEnd)
     if (chunk.size() < flag + 2)
         return Bytes();
     const std::size_t translated = TextEnd(chunk, flag + 2) + 1;
-    return Rest(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0);
+    return RestOf(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0);
 }
 
 void ChunkReader::Take(const std::string &name, const Bytes &chunk)
@@ -139,11 +139,11 @@ void ChunkReader::Take(const std::string &name, const Bytes &chunk)
     if (name == "eXIf")
         DecodeExif(chunk);
     else if (name == "iCCP")
-        m_metadata.icc = Rest(chunk, keyEnd + 2, /*isPacked=*/true);
+        m_metadata.icc = RestOf(chunk, keyEnd + 2, /*isPacked=*/true);
     else if (name == "tEXt")
-        TakeText(key, Rest(chunk, keyEnd + 1, /*isPacked=*/false));
+        TakeText(key, RestOf(chunk, keyEnd + 1, /*isPacked=*/false));
     else if (name == "zTXt")
-        TakeText(key, Rest(chunk, keyEnd + 2, /*isPacked=*/true));
+        TakeText(key, RestOf(chunk, keyEnd + 2, /*isPacked=*/true));
     else
         TakeText(key, InternationalText(chunk, keyEnd));
 }

@@ -23,7 +23,7 @@ double LightAt(const cmsToneCurve *curve, double stored)
     return (from + (at - static_cast<double>(before)) * (to - from)) / 65535.0;
 }
 
-std::vector<double> Sampled(const cmsToneCurve *curve, std::size_t points)
+std::vector<double> SampleCurve(const cmsToneCurve *curve, std::size_t points)
 {
     std::vector<double> light(points);
     for (std::size_t i = 0; i < points; ++i)
@@ -50,7 +50,7 @@ std::vector<std::vector<double>> ToneCurves(const void *profile, std::size_t byt
         memory.Require();
         if (!curve)
             return {};
-        curves.push_back(Sampled(curve, points));
+        curves.push_back(SampleCurve(curve, points));
     }
     return curves;
 }

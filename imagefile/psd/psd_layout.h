@@ -34,13 +34,13 @@ struct PsdLayout {
     int height = 0;
     int bits = 8; // per sample
     PsdMode mode = PsdMode::Rgb;
-    int colors = 3;                        // color channels
-    bool hasAlpha = false;                 // an opacity channel follows the colors
-    bool mergesOpacity = false;            // the merged picture includes the opacity of the layers
-    bool isBlendedWithWhite = false;       // the colors of partly transparent pixels are
-    Bytes palette;                         // indexed: 256 values each of red, green and blue
-    std::vector<PsdChannel> channelPlaces; // where the used channels are stored
-    PixelForm form;                        // as delivered
+    int colors = 3;                           // color channels
+    bool hasAlpha = false;                    // an opacity channel follows the colors
+    bool mergesOpacity = false;               // the merged picture includes the opacity of the layers
+    bool isBlendedWithWhite = false;          // the colors of partly transparent pixels are
+    Bytes palette;                            // indexed: 256 values each of red, green and blue
+    std::vector<PsdChannel> channelLocations; // where the used channels are stored
+    PixelForm form;                           // as delivered
 
     int UsedChannels() const { return colors + (hasAlpha ? 1 : 0); }
     /// Returns the size of a length field in bytes.

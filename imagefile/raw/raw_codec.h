@@ -51,8 +51,8 @@ private:
     class Developer;
 
     void SetUp(const GFL_LOAD_PARAMS &params, Size size);
-    Status HandOver(RowSink *rows);
-    Status HandOverBitmap(RowSink *rows);
+    Status DeliverPicture(RowSink *rows);
+    Status DeliverPreviewBitmap(RowSink *rows);
 
     const Source *m_source = nullptr;
     std::unique_ptr<RawStream> m_stream; // must outlive the developer

@@ -100,7 +100,7 @@ private:
         return {first, std::min(m_groupStrips, m_job.strips - first)};
     }
     Slot &SlotOf(int group) { return m_slots[static_cast<std::size_t>(group) % m_slots.size()]; }
-    bool HasSlotToMake() const { return m_made < m_groups && m_made < m_written + static_cast<int>(m_slots.size()); }
+    bool CanMakeGroup() const { return m_made < m_groups && m_made < m_written + static_cast<int>(m_slots.size()); }
     bool HasPacked(int group) { return SlotOf(group).group == group; }
     bool MakesInOrder() const { return m_job.make && m_job.stripsAtOnce == 0; }
 
@@ -224,7 +224,7 @@ Status Ring::Run()
             return m_failure;
         if (HasPacked(m_written))
             status = WriteNext(&lock);
-        else if (HasSlotToMake())
+        else if (CanMakeGroup())
             status = MakeNext(&lock);
         else if (m_taken < m_made)
             PackNext(m_packers[0].get(), &lock);

@@ -518,12 +518,13 @@ void tst_Inside::readers()
     char byte = 'x';
     QByteArray part(70000, '\0');
     QVERIFY(reader.Number(3) == 0x020304 && reader.Skip(65530) && reader.Position() == 65535);
-    QVERIFY(reader.Read(part.data(), 70000) && part == bytes.mid(65535, 70000) && reader.Left() == 300000 - 135535);
+    QVERIFY(reader.Read(part.data(), 70000) && part == bytes.mid(65535, 70000)
+            && reader.Remaining() == 300000 - 135535);
     QVERIFY(!reader.Skip(300000) && !reader.Read(&byte, 1)); // after a failure nothing is read
-    QVERIFY(byte == 'x' && reader.Number(2) == 0 && reader.Failed() && reader.Left() == 0);
+    QVERIFY(byte == 'x' && reader.Number(2) == 0 && reader.Failed() && reader.Remaining() == 0);
     ByteReader far(source, 0);
     QVERIFY(far.Skip(70000) && far.Position() == 70000 && far.Number(1) == 70000 % 251 && far.Skip(229999));
-    QVERIFY(far.Left() == 0 && !far.Failed() && far.Skip(0) && far.Number(1) == 0 && far.Failed());
+    QVERIFY(far.Remaining() == 0 && !far.Failed() && far.Skip(0) && far.Number(1) == 0 && far.Failed());
     SourceIo io(source);
     QCOMPARE(io.seek(299990, Exiv2::BasicIo::beg), 0);
     const Exiv2::DataBuf end = io.read(20);

@@ -23,8 +23,8 @@ typedef void *(*GFL_REALLOC_CALLBACK)(void *pointer, unsigned long size, void *u
 typedef void (*GFL_FREE_CALLBACK)(void *pointer, void *userData);
 
 /// Starts the layer. Without this call, or with null callbacks, it uses malloc, realloc and free. Calls nest: the first
-/// allocator stays in use until the last gflLibraryExit. Don't call it while bitmaps or blocks of another allocator
-/// exist.
+/// allocator stays in use until the last gflLibraryExit. Don't start the layer while bitmaps or blocks of another
+/// allocator exist.
 GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK realloc, GFL_FREE_CALLBACK free,
                              void *userData);
 GFL_API void gflLibraryExit();
@@ -205,7 +205,8 @@ GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 /// spaced from 0 to 1, one curve after the other.
 /// @param points  At least 2. Tables in profiles have up to 4,096 entries.
 /// @param light   Room for 3 * @p points values; those of existing curves are filled.
-/// @return the number of curves: 3, or 1 for gray; 0 if the bytes are not such a profile or it has only lookup tables.
+/// @return the number of curves: 3, or 1 for gray; 0 if the profile is damaged, of another color space, or has only
+/// lookup tables.
 GFL_API int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light);
 
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);

@@ -30,7 +30,8 @@ public:
     const std::uint8_t *Data() const { return m_data; }
 
     /// Copies up to @p length bytes, starting at @p offset, and returns their number. It is less than @p length at the
-    /// end of the source, or if the disk fails or the file has become shorter than Size(). Check reports the latter two.
+    /// end of the source, and after failures that Check reports: a disk error, or a file that became shorter than
+    /// Size().
     std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
 
     /// Returns GFL_ERROR_FILE_READ once a read has failed for a reason other than the end of the file. Decoders mistake

@@ -25,7 +25,7 @@ bool NeedsItsOffset(const Bytes &note, std::uint64_t offset, bool isBigEndian);
 Bytes NotePlaceholder();
 
 /// Inserts a note into an EXIF block made by Exiv2, a classic little-endian TIFF whose maker note is NotePlaceholder.
-/// The note begins at @p offset, at least 16, and everything else moves out of its way. Empty if the block isn't as
+/// The note begins at @p offset, at least 16, and the rest of the block moves to make room. Empty if the block isn't as
 /// described.
 Bytes WithNoteAt(const Bytes &block, const Bytes &note, std::uint32_t offset);
 

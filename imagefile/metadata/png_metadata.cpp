@@ -37,7 +37,7 @@ Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
     return result == Z_STREAM_END ? out : Bytes();
 }
 
-// Returns the block in a "Raw profile type" text, which consists of a line feed, a line each for the kind and the
+// Returns the block in a "Raw profile type" text, which consists of a line feed, a line each for the type and the
 // decimal length, and the block's bytes in hexadecimal.
 Bytes RawProfile(const Bytes &text)
 {
@@ -176,10 +176,10 @@ Status ReadPngMetadata(const Source &source, Metadata *metadata)
     return source.Check();
 }
 
-std::string RawProfileText(const char *kind, const Bytes &block)
+std::string RawProfileText(const char *type, const Bytes &block)
 {
     constexpr std::size_t kBytesPerLine = 36;
-    std::string text = Text("\n%s\n%8zu", kind, block.size());
+    std::string text = Text("\n%s\n%8zu", type, block.size());
     for (std::size_t at = 0; at < block.size(); at += kBytesPerLine)
         text += '\n' + Hexadecimal(block.data() + at, std::min(kBytesPerLine, block.size() - at));
     return text + '\n';

@@ -213,7 +213,7 @@ std::size_t UnpackedRowBytes(const TiffLayout &layout)
 /// Decoder that runs on several threads, each with separate handles, and writes rows to their final location.
 class ParallelReader {
 public:
-    /// Returns whether bands can be decoded in any order, and are small and numerous enough to share.
+    /// Returns whether bands can be decoded in any order, and are small and numerous enough to share among threads.
     static bool IsWorthwhile(const BandReader &reader, const RowSink &rows);
 
     /// @p reader belongs to the calling thread and has been started.

@@ -1,8 +1,8 @@
 // The complete interface of the image-file layer: bitmap and parameter records, and the functions on them.
 //
 // C-style and re-entrant: threads may call any functions at the same time, on different bitmaps and files. Rules:
-//  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result of functions that
-//    return no error number; freeing null does nothing.
+//  - Paths and texts are UTF-8. Unless documented otherwise, null pointers give GFL_ERROR_BAD_PARAMETERS;
+//    functions that return no error number then return null, false, 0 or -1. Freeing null does nothing.
 //  - Functions that can fail return a GflError number, and gflLastErrorText() then explains it. No exception leaves the
 //    layer, whatever its type; running out of memory gives GFL_ERROR_NO_MEMORY.
 //  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx; release them with their gflFree* function.
@@ -23,8 +23,8 @@ typedef void *(*GFL_REALLOC_CALLBACK)(void *pointer, unsigned long size, void *u
 typedef void (*GFL_FREE_CALLBACK)(void *pointer, void *userData);
 
 /// Starts the layer. Without this call, or with null callbacks, it uses malloc, realloc and free. Calls nest: the first
-/// allocator stays in use until the last gflLibraryExit. Don't call it while bitmaps or blocks of another allocator
-/// exist.
+/// allocator stays in use until the last gflLibraryExit. Don't start the layer while bitmaps or blocks of another
+/// allocator exist.
 GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK realloc, GFL_FREE_CALLBACK free,
                              void *userData);
 GFL_API void gflLibraryExit();
@@ -90,8 +90,8 @@ GFL_API void gflAcceptPendingRows(int accept);
 GFL_API bool gflAcceptsPendingRows();
 
 /// Waits until the first @p rows rows of a bitmap are decoded. @p ready, which may be null, is set to the number of
-/// rows decoded so far, from the top. If the load fails, returns its error, at the latest when all rows are
-/// waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
+/// rows decoded so far, from the top. If decoding fails, returns its error, at the latest to a call that waits for all
+/// rows. Returns at once for bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
 GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 
 /// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions and never
@@ -100,9 +100,9 @@ GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 GFL_API int gflLoadThumbnailUTF8(const char *path, int width, int height, GFL_BITMAP **bitmap,
                                  const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
 
-/// Reads a record with the metadata of a picture file and no pixels (Data is null; size and form are the file's). A
-/// file whose headers can't be read gives the same error as gflLoadBitmapUTF8. Damaged metadata is left out with a
-/// warning (gflLastWarningText), here and in every function that reads metadata.
+/// Reads a record with the metadata of a picture file and no pixels (Data is null; size, type and depth are those of
+/// the file's picture). A file whose headers can't be read gives the same error as gflLoadBitmapUTF8. Damaged metadata
+/// is left out with a warning (gflLastWarningText), here and in every function that reads metadata.
 GFL_API int gflLoadMetadataUTF8(const char *path, GFL_BITMAP **bitmap);
 
 GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
@@ -129,10 +129,10 @@ typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std
                                  void *userData);
 
 /// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives its
-/// size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the calling
-/// thread, while other threads compress finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at
-/// once request GFL_FAST_ROWS rows each, roughly in order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
-/// GFL_ERROR_BAD_PARAMETERS.
+/// size, pixel form and metadata; its Data is not used. Requests each row once, in order and several rows at a time, on
+/// the calling thread, while other threads compress finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several
+/// threads at once request GFL_FAST_ROWS rows each, roughly in order. Only for "tiff", "jpeg", "png" and "exr"; other
+/// formats give GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
 
@@ -142,8 +142,8 @@ GFL_API int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, co
 
 // ---- Colors of a bitmap ----
 
-/// Changes form or colors of an 8-bit bitmap in place; @p mode is a GflColorDepth, which defines the meaning of @p
-/// parameters. @p result must be null. The pixels may move to another block. Returns GFL_ERROR_BAD_BITMAP for other
+/// Changes pixel form or colors of an 8-bit bitmap in place; @p mode is a GflColorDepth, which defines the meaning of
+/// @p parameters. @p result must be null. The pixels may move to another block. Returns GFL_ERROR_BAD_BITMAP for other
 /// depths and GFL_ERROR_BAD_PARAMETERS for invalid arguments; a failure leaves the bitmap unchanged.
 GFL_API int gflChangeColorDepth(GFL_BITMAP *bitmap, GFL_BITMAP **result, std::uint16_t mode, std::uint16_t parameters);
 
@@ -170,8 +170,8 @@ GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 ///  - Sizes in EXIF and XMP are set to the target's, and the orientation in XMP to that in EXIF. An invalid orientation
 ///    in EXIF is removed.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
-///  - Develop settings (prefixes crs and crss) are left out unless the source says that they were applied; an earlier
-///    record of ours (prefix vitrelux) is replaced.
+///  - Develop settings (prefixes crs and crss) are left out unless the source's XMP says that they were applied; an
+///    earlier record of ours (prefix vitrelux) is replaced.
 /// An XMP packet that can't be read, and the extended XMP of a JPEG, are left out with a warning. A key with an unknown
 /// prefix gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items,
@@ -201,11 +201,12 @@ GFL_API GFL_XMP_DATA *gflLoadXMPUTF8(const char *path);
 /// metadata gives an empty list.
 GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 
-/// Evaluates the tone curves of an RGB or gray ICC profile: the light for @p points stored values evenly spaced from 0
-/// to 1, one curve after the other.
+/// Evaluates the tone curves of an RGB or gray ICC profile: the linear light of @p points pixel values, evenly
+/// spaced from 0 to 1, one curve after the other.
 /// @param points  At least 2. Tables in profiles have up to 4,096 entries.
 /// @param light   Room for 3 * @p points values; those of existing curves are filled.
-/// @return the number of curves: 3, or 1 for gray; 0 if the bytes are not such a profile or it has only lookup tables.
+/// @return the number of curves: 3, or 1 for gray; 0 if the profile is damaged, of another color space, or has only
+/// lookup tables.
 GFL_API int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light);
 
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);

@@ -1,4 +1,4 @@
-// gflChangeColorDepth: other forms and fewer colors for 8-bit bitmaps.
+// gflChangeColorDepth: converts 8-bit bitmaps to another pixel form or to fewer colors.
 #include "gfl.h"
 
 #include "core/guard.h"

@@ -61,14 +61,14 @@ GFL_EXIF_DATAEX *ExifRawBlock(const Metadata &metadata)
 }
 
 /// Returns a block of a bitmap, using one of the functions above.
-template <class Block> Block *OfBitmap(const GFL_BITMAP *bitmap, Block *(*block)(const Metadata &))
+template <class Block> Block *BlockOfBitmap(const GFL_BITMAP *bitmap, Block *(*block)(const Metadata &))
 {
     const Metadata *metadata = MetadataOf(bitmap);
     return metadata ? GuardedValue([&] { return block(*metadata); }) : nullptr;
 }
 
 /// Returns a block of a file, using one of the functions above. Reads only the file's metadata.
-template <class Block> Block *OfFile(const char *path, Block *(*block)(const Metadata &))
+template <class Block> Block *BlockOfFile(const char *path, Block *(*block)(const Metadata &))
 {
     Block *result = nullptr;
     static_cast<void>(Guarded([&] {
@@ -88,7 +88,7 @@ template <class Block> Block *OfFile(const char *path, Block *(*block)(const Met
 
 template <class Block> bool FileHas(const char *path, Block *(*block)(const Metadata &), void (*freeBlock)(Block *))
 {
-    Block *found = OfFile(path, block);
+    Block *found = BlockOfFile(path, block);
     freeBlock(found);
     return found != nullptr;
 }
@@ -140,27 +140,27 @@ bool gflBitmapHasXMP(const GFL_BITMAP *bitmap)
 
 GFL_ICCPROFILE_DATA *gflBitmapGetICCProfileEx(const GFL_BITMAP *bitmap)
 {
-    return OfBitmap(bitmap, IccBlock);
+    return BlockOfBitmap(bitmap, IccBlock);
 }
 
 GFL_IPTC_DATA *gflBitmapGetIPTC(const GFL_BITMAP *bitmap)
 {
-    return OfBitmap(bitmap, IptcBlock);
+    return BlockOfBitmap(bitmap, IptcBlock);
 }
 
 GFL_EXIF_DATA *gflBitmapGetEXIF(const GFL_BITMAP *bitmap, std::uint32_t)
 {
-    return OfBitmap(bitmap, ExifBlock);
+    return BlockOfBitmap(bitmap, ExifBlock);
 }
 
 GFL_EXIF_DATAEX *gflBitmapGetEXIF2(const GFL_BITMAP *bitmap)
 {
-    return OfBitmap(bitmap, ExifRawBlock);
+    return BlockOfBitmap(bitmap, ExifRawBlock);
 }
 
 GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap)
 {
-    return OfBitmap(bitmap, XmpBlock);
+    return BlockOfBitmap(bitmap, XmpBlock);
 }
 
 int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target)
@@ -260,27 +260,27 @@ bool gflHasXMPUTF8(const char *path)
 
 GFL_ICCPROFILE_DATA *gflLoadICCProfileUTF8(const char *path)
 {
-    return OfFile(path, IccBlock);
+    return BlockOfFile(path, IccBlock);
 }
 
 GFL_IPTC_DATA *gflLoadIPTCUTF8(const char *path)
 {
-    return OfFile(path, IptcBlock);
+    return BlockOfFile(path, IptcBlock);
 }
 
 GFL_EXIF_DATA *gflLoadEXIFUTF8(const char *path, std::uint32_t)
 {
-    return OfFile(path, ExifBlock);
+    return BlockOfFile(path, ExifBlock);
 }
 
 GFL_EXIF_DATAEX *gflLoadEXIF2UTF8(const char *path, std::uint32_t)
 {
-    return OfFile(path, ExifRawBlock);
+    return BlockOfFile(path, ExifRawBlock);
 }
 
 GFL_XMP_DATA *gflLoadXMPUTF8(const char *path)
 {
-    return OfFile(path, XmpBlock);
+    return BlockOfFile(path, XmpBlock);
 }
 
 int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list)

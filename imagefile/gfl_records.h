@@ -64,8 +64,8 @@ static_assert(sizeof(GFL_BITMAP) == 88 && offsetof(GFL_BITMAP, Data) == 48, "lay
 
 /// Bits of GFL_LOAD_PARAMS::Flags.
 enum GflLoadFlag : std::uint32_t {
-    GFL_LOAD_FORCE_COLOR_MODEL = 0x0010, // deliver the form of ColorModel
-    GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's depth; without it everything becomes 8 bits
+    GFL_LOAD_FORCE_COLOR_MODEL = 0x0010, // deliver pixels of type ColorModel
+    GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's depth; without this flag, deliver 8 bits
     GFL_LOAD_METADATA = 0x0400,          // read ICC, IPTC, EXIF and XMP along with the pixels
     GFL_LOAD_FULL = 0x8000,              // set on every full read; has no effect
     GFL_LOAD_PENDING = 0x10000,          // may return before all rows are decoded: see gflWaitForRows
@@ -132,7 +132,7 @@ enum GflColorDepth : std::uint16_t {
     GFL_DEPTH_RGB = 2,             // GFL_RGB: drops opacity
     GFL_DEPTH_RGBA = 3,            // GFL_RGBA: opacity, if added, is full
     GFL_DEPTH_BLACK_AND_WHITE = 4, // GFL_GREY of 0 and 255; argument: lowest luma that becomes white, 0 means 128
-    GFL_DEPTH_LEVELS = 5,          // keeps the form; argument: number of evenly spaced values per color, 2 to 256
+    GFL_DEPTH_LEVELS = 5,          // keeps the type; argument: number of evenly spaced values per color, 2 to 256
 };
 
 /// How a file stores color: values of GFL_FILE_INFORMATION::ColorModel. Hosts rely on the numbers of CMYK and Lab.

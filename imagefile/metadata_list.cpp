@@ -63,7 +63,7 @@ std::string ToUtf8(const std::string &text)
 
 // Returns the text that @p write writes to the stream passed to it. Sets the classic locale, because a host may have
 // changed the default.
-template <class Write> std::string Written(Write write)
+template <class Write> std::string TextOf(Write write)
 {
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
@@ -81,9 +81,9 @@ void AddItem(const std::string &key, const Exiv2::Value &value, Print print, std
     if (value.size() > kMaxListedBytes) {
         item.raw = item.printed = '(' + std::to_string(value.size()) + " bytes)";
     } else {
-        item.raw = Written([&](std::ostream &stream) { value.write(stream); });
+        item.raw = TextOf([&](std::ostream &stream) { value.write(stream); });
         try {
-            item.printed = Written(print);
+            item.printed = TextOf(print);
         } catch (const std::bad_alloc &) {
             throw;
         } catch (const std::exception &) {

@@ -57,7 +57,7 @@ bool ByteReader::Read(void *data, std::size_t size)
 
 bool ByteReader::Skip(std::uint64_t size)
 {
-    if (m_failed || size > Left())
+    if (m_failed || size > Remaining())
         return Fail();
     const std::uint64_t to = Position() + size;
     if (to <= m_pieceAt + m_piece.size()) {

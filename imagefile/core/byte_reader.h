@@ -24,7 +24,8 @@ public:
     bool Failed() const { return m_failed; }
     /// Returns the position of the next byte.
     std::uint64_t Position() const { return m_pieceAt + m_next; }
-    std::uint64_t Left() const { return m_source.Size() - Position(); }
+    /// Returns the number of bytes from there to the end.
+    std::uint64_t Remaining() const { return m_source.Size() - Position(); }
 
     /// Reads the next byte; 0 past the end.
     std::uint8_t Byte() { return m_next < m_piece.size() || Fetch() ? m_piece[m_next++] : std::uint8_t(0); }

@@ -37,10 +37,10 @@ struct SaveOptions {
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
 };
 
-/// The format that a file's name suggests.
+/// The suffix of a file's name, as a hint at the file's format.
 struct NameHint {
     std::string suffix; // lowercase, with the dot; empty for memory or if there is none
-    bool isOwnSuffix;   // `suffix` is one of the format being tested
+    bool isOwnSuffix;   // `suffix` belongs to the format being tested
 };
 
 /// A file format. Stateless: one object serves all threads. No longjmp by the format's library leaves these functions,
@@ -49,7 +49,7 @@ class Codec {
 public:
     virtual ~Codec() = default;
 
-    /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
+    /// Returns whether a file that begins with @p head (16 bytes; zeros follow the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
     /// Returns whether a file that Probe accepted is of this format, for formats that share their first bytes with

@@ -17,7 +17,7 @@ struct Chromaticity {
 constexpr Chromaticity kD50 = {0.3457, 0.3585};
 
 /// One conversion to sRGB with lcms2. Samples use the full range of their type. CMYK without a profile that lcms2 can
-/// use is converted by formula: white times the share of light that each ink transmits.
+/// use is converted by formula: red is (1 - cyan) (1 - black), and so on.
 class ColorTransform {
 public:
     ColorTransform();
@@ -42,8 +42,8 @@ private:
     int m_bits = 8;
     bool m_hasAlpha = false;
     std::vector<float> m_percent;
-    std::array<double, 3> m_white = {};                // XYZ of a white other than D50
-    std::array<std::array<double, 3>, 3> m_toD50 = {}; // XYZ under that white to XYZ under D50
+    std::array<double, 3> m_white = {};                // XYZ of the white point if it isn't D50
+    std::array<std::array<double, 3>, 3> m_toD50 = {}; // XYZ relative to m_white to XYZ relative to D50
     std::vector<double> m_lab;                         // a row adapted to D50; empty if the white is D50
 };
 

@@ -16,8 +16,8 @@ inline std::string Decimal(double value)
     return std::string(text, result.ptr);
 }
 
-/// Like Decimal, but never in scientific notation; values below 0.5e-9 give "0". For values that other programs parse
-/// as plain decimals.
+/// Like Decimal, but never in scientific notation; positive values below 0.5e-9 give "0". For values that other
+/// programs parse as plain decimals.
 inline std::string FixedDecimal(double value)
 {
     const std::string general = Decimal(value);

@@ -6,7 +6,7 @@
 namespace imagefile {
 
 /// Scope in which this thread's locale is "C": printf writes a decimal point, and Exiv2, which translates its output,
-/// answers in English. If there is no memory for a locale, the thread keeps its own.
+/// answers in English. If there is no memory for a locale, the thread keeps its locale.
 class EnglishThread {
 public:
     EnglishThread()

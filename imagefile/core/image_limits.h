@@ -18,7 +18,7 @@ void SetMaxPixels(std::int64_t pixels);
 /// delivered.
 Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int bits);
 
-/// Checks a file's claims against its size; claims up to kHarmlessBytes pass. @p storedBytes: unpacked size of its
+/// Checks a file's claims against its size; claims up to kHarmlessBytes pass. @p storedBytes: unpacked size of the
 /// pixels, before conversion; @p deliveredBytes: size that the caller gets; @p maxRatio: maximum unpacked bytes per
 /// byte of the file that the format allows.
 Status CheckClaim(std::int64_t storedBytes, std::int64_t deliveredBytes, std::uint64_t fileBytes,

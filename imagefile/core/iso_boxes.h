@@ -19,7 +19,7 @@ struct IsoBox {
 /// Returns the boxes in a range of a file, up to the first invalid one; the last may be incomplete.
 std::vector<IsoBox> IsoBoxesIn(const Source &source, std::uint64_t begin, std::uint64_t end);
 
-/// Returns the first box with that name, or an empty one.
+/// Returns the first box with the given name, or an empty box.
 IsoBox FindIsoBox(const std::vector<IsoBox> &boxes, const char *name);
 
 } // namespace imagefile

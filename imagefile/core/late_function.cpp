@@ -9,8 +9,8 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the path of a file next to this library. If a sanitizer replaces dlopen, a name without a path would be
-/// searched for in other folders.
+/// Returns the path of a file next to this library. For a name without a path, a sanitizer's dlopen would search
+/// other folders.
 std::string PathOfNeighbor(const char *file)
 {
     Dl_info self = {};

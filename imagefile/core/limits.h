@@ -42,7 +42,7 @@ constexpr std::int64_t kRawRatio = kJpegPixelsPerByte * 2;
 /// OpenEXR's PIZ and ZIP reach for a single-color picture.
 constexpr std::int64_t kUnboundedRatio = 4096;
 
-// ---- Counts. Unless another reason is given, they end loops in damaged files, whose offsets can form cycles. ----
+// ---- Counts. Unless another reason is given, these limits end loops in damaged files: offsets can form cycles. ----
 
 /// Scans in one JPEG: a progressive file needs about 10, at most about 60. Each scan covers the whole picture, so a
 /// small file with thousands of them would keep a processor busy for minutes.

@@ -9,7 +9,7 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kReserveBytes = std::size_t(4) << 20; // a large XMP packet and its tree
+constexpr std::size_t kReserveBytes = std::size_t(4) << 20; // enough for a large XMP packet and its tree
 
 thread_local MemoryReserve *current = nullptr;
 std::new_handler previous = nullptr;

@@ -3,8 +3,8 @@
 
 namespace imagefile {
 
-/// Reserved memory of a thread: while an instance exists, the first operator new that fails frees the memory and tries
-/// again. The memory is never accessed, so it takes only address space. At most one instance per thread.
+/// Reserved memory of a thread: while an instance exists, the first operator new that fails frees this memory and
+/// tries again. The memory is never accessed, so it takes only address space. At most one instance per thread.
 class MemoryReserve {
 public:
     /// Throws std::bad_alloc.

@@ -7,7 +7,7 @@ namespace imagefile {
 namespace {
 
 constexpr std::size_t kMaxCount = 128;
-constexpr std::size_t kMinRun = 3; // shorter ones save nothing
+constexpr std::size_t kMinRun = 3; // shorter runs save nothing
 
 std::size_t RunLength(const std::uint8_t *row, std::size_t at, std::size_t size)
 {

@@ -149,7 +149,7 @@ GFL_BITMAP *PendingRows::Take()
 using Registry = std::map<const GFL_BITMAP *, std::unique_ptr<PendingRows>>;
 
 std::mutex registryMutex;
-std::atomic<int> registered{0}; // most programs have none and take no lock
+std::atomic<int> registered{0}; // 0 in most programs, which then take no lock
 
 /// Never destroyed: bitmaps may be freed while the process ends.
 Registry &Registered()

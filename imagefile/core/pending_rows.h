@@ -7,9 +7,9 @@
 
 namespace imagefile {
 
-/// Starts @p decode on another thread (on this one if none can start); it must pass all rows to its sink, the top one
-/// first. Returns as soon as the bitmap exists; fails if decoding ends before that. The result is registered until
-/// ForgetPending, which gflFreeBitmap calls. May throw what @p decode throws.
+/// Starts @p decode on another thread (on this one if no other can start). @p decode must pass all rows to its sink,
+/// the top one first. Returns as soon as the bitmap exists; fails if decoding ends before that. The result is
+/// registered until ForgetPending, which gflFreeBitmap calls. May throw what @p decode throws.
 Status StartPending(const GFL_LOAD_PARAMS &params, std::function<Status(RowSink *)> decode, Owned<GFL_BITMAP> *bitmap);
 
 /// Waits until the first @p rows rows are decoded (for all rows, until decoding has ended) and sets @p ready to the

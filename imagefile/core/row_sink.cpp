@@ -15,11 +15,11 @@ Box FitInto(const Box &box, int width, int height)
 
 bool CanReplace(const Box &picture, const Box &preview, const Box &box)
 {
-    constexpr double kAlmostTheSame = 0.03;
+    constexpr double kMaxDifference = 0.03;
     const Box wanted = FitInto(box, picture.width, picture.height);
     const double proportion = static_cast<double>(preview.width) * picture.height / preview.height / picture.width;
     return preview.width >= wanted.width && preview.height >= wanted.height
-        && std::abs(proportion - 1.0) < kAlmostTheSame;
+        && std::abs(proportion - 1.0) < kMaxDifference;
 }
 
 PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params)
@@ -131,7 +131,7 @@ void ReducedRows::Done(int y)
 {
     const bool is8 = m_form.bits == 8, is16 = m_form.bits == 16;
     is8 ? AddRow<std::uint8_t>() : is16 ? AddRow<std::uint16_t>() : AddRow<float>();
-    // Of h source rows, target row t of H covers those from t * h / H up to (t + 1) * h / H.
+    // Of h source rows, target row t of H covers those from t * h / H up to, but not including, (t + 1) * h / H.
     const std::int64_t end = (m_targetRow + std::int64_t(1)) * m_height / m_targetHeight;
     if (y + std::int64_t(1) == end)
         is8 ? FinishRow<std::uint8_t>() : is16 ? FinishRow<std::uint16_t>() : FinishRow<float>();

@@ -48,8 +48,8 @@ PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params);
 Status NewBitmap(int width, int height, const PixelForm &form, Owned<GFL_BITMAP> *bitmap);
 
 /// Checks that the layer accepts a caller's bitmap: GFL_GREY, GFL_RGB or GFL_RGBA of 8, 16 or 32 bits, with rows stored
-/// from the top and long enough. Otherwise returns GFL_ERROR_BAD_BITMAP. CheckShape doesn't check the pixels, which may
-/// be absent.
+/// from the top down and long enough. Otherwise returns GFL_ERROR_BAD_BITMAP. CheckShape doesn't check the pixels,
+/// which may be absent.
 Status CheckBitmap(const GFL_BITMAP &bitmap);
 Status CheckShape(const GFL_BITMAP &bitmap);
 
@@ -92,7 +92,7 @@ private:
     int m_width = 0, m_height = 0; // of the source
     int m_targetWidth = 0, m_targetHeight = 0;
     int m_targetRow = 0;
-    int m_rowsAdded = 0; // to the target row
+    int m_rowsAdded = 0; // source rows added to m_sums for the current target row
     std::vector<std::uint8_t> m_row;
     std::vector<double> m_sums; // exact for integers: fewer than 2^37 samples of 16 bits each
 };

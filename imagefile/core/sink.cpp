@@ -111,7 +111,7 @@ Status FileSink::Commit()
     if (m_replaces && ::fchmod(m_file, m_mode) != 0)
         return WriteFailure(m_target);
     // Ensures that the old or the new file survives a system crash. If there is no old file, the new one isn't synced:
-    // a batch of pictures would have to wait for the disk, and the sources still exist.
+    // otherwise a batch of pictures would have to wait for the disk, and the sources still exist.
     if (m_replaces && ::fsync(m_file) != 0 && errno != EINVAL)
         return WriteFailure(m_target);
     const int file = m_file;
@@ -146,8 +146,8 @@ Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t len
 /// Starts flushing new data to disk, without waiting for it. Failures are reported when the file is synced.
 void FileSink::StartFlush()
 {
-    constexpr std::uint64_t kAtOnce = 4 << 20;
-    if (!m_flushesEarly || m_size < m_flushed + kAtOnce)
+    constexpr std::uint64_t kMinFlushBytes = 4 << 20;
+    if (!m_flushesEarly || m_size < m_flushed + kMinFlushBytes)
         return;
     ::sync_file_range(m_file, static_cast<off_t>(m_flushed), static_cast<off_t>(m_size - m_flushed),
                       SYNC_FILE_RANGE_WRITE);

@@ -41,8 +41,8 @@ public:
     /// GFL_ERROR_FILE_CREATE if the folder is missing or not writable, or if the target is write-protected, a folder or
     /// a device.
     Status Create(const std::string &path);
-    /// Closes the file and renames it to its target. If the target exists, first copies its permissions and syncs the
-    /// new file to disk. A full disk may be reported only here.
+    /// Closes the file and renames it to the target's name. If the target exists, first copies its permissions and
+    /// syncs the new file to disk. A full disk may be reported only here.
     Status Commit();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;
@@ -59,7 +59,7 @@ private:
     mode_t m_mode = 0;
     bool m_replaces = false;
     bool m_flushesEarly = false;
-    std::uint64_t m_flushed = 0; // bytes from the start of the file whose flush has begun
+    std::uint64_t m_flushed = 0; // flushing has begun for the file's first m_flushed bytes
 };
 
 /// A block from the layer's allocator.

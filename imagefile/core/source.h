@@ -29,8 +29,9 @@ public:
     /// Returns the memory; null for a file.
     const std::uint8_t *Data() const { return m_data; }
 
-    /// Copies up to @p length bytes, starting at @p offset; fewer at the end of the source, or if the disk fails or the
-    /// file is now shorter than Size(), which Check then reports.
+    /// Copies up to @p length bytes, starting at @p offset, and returns their number. It is less than @p length at the
+    /// end of the source, and after failures that Check reports: a disk error, or a file that became shorter than
+    /// Size().
     std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
 
     /// Returns GFL_ERROR_FILE_READ once a read has failed for a reason other than the end of the file. Decoders mistake
@@ -42,7 +43,7 @@ private:
     std::uint64_t m_size = 0;
     int m_file = -1;
     mutable std::atomic<int> m_failure{0};     // errno
-    mutable std::atomic<bool> m_shrank{false}; // since it was opened
+    mutable std::atomic<bool> m_shrank{false}; // the file has become shorter than m_size
     std::string m_path;
 };
 

@@ -19,7 +19,7 @@ struct TiffField {
 };
 using TiffFields = std::vector<TiffField>;
 
-/// The classic form has 32-bit offsets, BigTIFF 64-bit ones. Both exist in either byte order.
+/// Variant of TIFF. Classic TIFF has 32-bit offsets, BigTIFF 64-bit ones; both exist in either byte order.
 struct TiffVariant {
     bool isBig;
     bool isBigEndian = false;
@@ -35,7 +35,8 @@ struct TiffVariant {
     std::uint64_t Number(const std::uint8_t *data, std::size_t bytes) const;
     /// Encodes a number of 1 to 8 bytes.
     void Put(std::uint64_t number, std::size_t bytes, std::uint8_t *data) const;
-    /// Returns the offset of a field's values if they don't fit in the field, or of the directory that it points to.
+    /// Returns the offset of a field's values if they don't fit in the field, or of the directory that the field points
+    /// to.
     std::uint64_t OffsetOf(const TiffField &field) const { return Number(field.value.data(), OffsetBytes()); }
 };
 
@@ -53,7 +54,7 @@ bool TiffVariantOf(const std::uint8_t *head, TiffVariant *variant);
 bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, TiffVariant variant,
                    TiffFields *fields);
 
-/// Encodes a directory with no successor. @p fields are sorted by tag.
+/// Encodes a directory with no successor. @p fields must be sorted by tag.
 std::vector<std::uint8_t> EncodeDirectory(const TiffFields &fields, TiffVariant variant);
 
 /// Converts a field of the classic TIFF @p classic to BigTIFF, both little-endian. Copies values of 5 to 8 bytes from

@@ -94,7 +94,7 @@ bool IsCompletePreview(ByteReader in, std::uint64_t end)
         && width * height == (end - in.Position()) / 4 && (end - in.Position()) % 4 == 0;
 }
 
-/// Returns whether the value from @p in's position to @p end has the length of its type.
+/// Returns whether the value from @p in's position to @p end has the length that its type requires.
 bool HasValidLength(const ByteReader &in, const char *type, std::uint64_t end)
 {
     const auto fixed = std::find_if(std::begin(kFixedTypes), std::end(kFixedTypes),
@@ -132,7 +132,7 @@ Status CheckExrAttributes(const Source &source, bool manyParts)
         afterEnd = false;
         const bool hasType = isNamed && ReadName(&in, type);
         const std::uint64_t size = hasType ? Number(&in) : 0;
-        if (!hasType || in.Failed() || size > kLongestValue || size > in.Left())
+        if (!hasType || in.Failed() || size > kLongestValue || size > in.Remaining())
             return Damaged("a header extends past the end of the file");
         if (!HasValidLength(in, type, in.Position() + size))
             return Damaged("an attribute's length doesn't match its type");

@@ -63,7 +63,7 @@ bool ReadAngle(const Exiv2::ExifData &exif, const std::string &key, char negativ
     return true;
 }
 
-void AddPlace(const Exiv2::ExifData &exif, Imf::Header *header)
+void AddPosition(const Exiv2::ExifData &exif, Imf::Header *header)
 {
     float latitude = 0.0F, longitude = 0.0F;
     if (!ReadAngle(exif, "Exif.GPSInfo.GPSLatitude", 'S', &latitude)
@@ -101,7 +101,7 @@ void AddColors(const Metadata &metadata, Imf::Header *header)
 
 void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
 {
-    // Warn about this first, because only the first warning is kept.
+    // Warn about the orientation first, because only the first warning is kept.
     const Exiv2::Exifdatum *turn = Find(metadata.exif, "Exif.Image.Orientation");
     if (turn && turn->toLong() > 1)
         Warn("metadata is left out: the orientation, which OpenEXR can't store; the picture stays as the camera stored "
@@ -115,7 +115,7 @@ void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
         if (const Exiv2::Exifdatum *text = Find(metadata.exif, row.key))
             row.add(*header, text->toString());
     }
-    AddPlace(metadata.exif, header);
+    AddPosition(metadata.exif, header);
     AddColors(metadata, header);
     if (!metadata.xmp.empty())
         header->insert("xmp", Imf::StringAttribute(std::string(metadata.xmp.begin(), metadata.xmp.end())));

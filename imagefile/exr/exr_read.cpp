@@ -56,7 +56,7 @@ Status Damaged(const char *why)
 }
 
 /// Runs @p work, which returns a Status; converts OpenEXR's exceptions to read errors.
-template <class Work> Status Caught(Work work)
+template <class Work> Status CatchErrors(Work work)
 {
     try {
         return work();
@@ -313,7 +313,7 @@ Status ReadRows(const Source &source, const ExrLayout &layout, RowSink *rows)
 Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info)
 {
     ExrLayout layout;
-    if (Status status = Caught([&] { return OpenExr(source, &layout); }); !status)
+    if (Status status = CatchErrors([&] { return OpenExr(source, &layout); }); !status)
         return status;
     std::snprintf(info->Description, sizeof info->Description, "OpenEXR");
     info->Width = layout.width;
@@ -330,7 +330,7 @@ Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info)
 Bytes ReadExrXmp(const Source &source)
 {
     Bytes xmp;
-    static_cast<void>(Caught([&] {
+    static_cast<void>(CatchErrors([&] {
         ExrLayout layout;
         if (Status status = ReadHeaders(source, &layout); !status)
             return status;
@@ -344,11 +344,11 @@ Bytes ReadExrXmp(const Source &source)
 Status ReadExrPixels(const Source &source, RowSink *rows)
 {
     ExrLayout layout;
-    if (Status status = Caught([&] { return OpenExr(source, &layout); }); !status)
+    if (Status status = CatchErrors([&] { return OpenExr(source, &layout); }); !status)
         return status;
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
         return status;
-    return Caught([&] { return ReadRows(source, layout, rows); });
+    return CatchErrors([&] { return ReadRows(source, layout, rows); });
 }
 
 } // namespace imagefile

@@ -5,8 +5,8 @@
 
 namespace imagefile {
 
-/// A pixel of four bytes: mantissas of red, green and blue with a common exponent. A value is mantissa * 2^(exponent -
-/// 136); exponent 0 is black.
+/// Bytes of a pixel: the mantissas of red, green and blue, and their common exponent. A value is mantissa * 2^(exponent
+/// - 136); exponent 0 is black.
 constexpr std::size_t kRgbeBytes = 4;
 
 /// Rows of 8 to 32,767 pixels may be packed channel by channel, after a marker: two bytes with the value 2, then the

@@ -213,7 +213,8 @@ Status ReadInOrder(ByteReader *reader, const HdrLayout &layout, const Scale &sca
     return Status::Ok();
 }
 
-/// Reads any other order: keeps the picture in memory at four bytes per pixel, a third of the delivered size.
+/// Reads scanlines in any other order: keeps the picture in memory at four bytes per pixel, a third of the delivered
+/// size.
 Status ReadTurned(ByteReader *reader, const HdrLayout &layout, const Scale &scale, RowSink *rows)
 {
     const auto length = static_cast<std::size_t>(layout.Length());

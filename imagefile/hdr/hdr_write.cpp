@@ -9,9 +9,9 @@ namespace {
 
 constexpr std::size_t kMaxRun = 127;     // pixels that one count can repeat
 constexpr std::size_t kMaxLiteral = 128; // bytes after one count
-constexpr std::size_t kMinRun = 4;       // shorter ones save nothing
+constexpr std::size_t kMinRun = 4;       // shorter runs save nothing
 
-// Clamps to the maximum, 255/256 * 2^127, infinity included; negative numbers and NaN become 0.
+// Clamps values, including infinity, to the format's maximum, 255/256 * 2^127; negative numbers and NaN become 0.
 float Clamp(float value)
 {
     constexpr float kGreatest = 0.99609375f * 1.7014118346046923e38f;

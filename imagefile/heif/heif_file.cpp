@@ -123,7 +123,7 @@ void HeifFile::TakeBlock(heif_item_id id, Metadata *metadata) const
         DecodeBoxedExif(block, &metadata->exif);
 }
 
-// Stores the ICC profile. Without one, warns unless the file's color codes (ITU-T H.273) mean sRGB.
+// Stores the ICC profile. Without one, warns if the file has color codes (ITU-T H.273) other than those of sRGB.
 void HeifFile::TakeColors(Metadata *metadata) const
 {
     metadata->icc = ProfileOf(m_handle.get());

@@ -27,7 +27,7 @@ Status Unsupported(const char *what)
     return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("JPEG 2000: %s not supported", what));
 }
 
-std::uint64_t DividedUp(std::uint64_t value, std::uint64_t by)
+std::uint64_t DivideRoundingUp(std::uint64_t value, std::uint64_t by)
 {
     return (value + by - 1) / by;
 }
@@ -48,7 +48,7 @@ public:
         std::uint64_t end = 0;
         if (Status status = ReadSegments(reader.Position(), /*tiles=*/m_tiles, &end); !status)
             return status;
-        while (end < m_source.Size()) { // the end of the main header or of a tile part, where the next one begins
+        while (end < m_source.Size()) { // of the main header or a tile part; the next tile part begins there
             ByteReader part(m_source, end);
             const std::uint64_t marker = part.Number(2);
             if (marker != kTilePart)
@@ -92,8 +92,8 @@ private:
             return Damaged("the size is damaged");
         if (bits > 16)
             return Unsupported("components of more than 16 bits are");
-        m_tiles = DividedUp(x1 - tileX0, m_tileWidth) * DividedUp(y1 - tileY0, m_tileHeight); // < 2^64
-        if (DividedUp(x1 - tileX0, m_tileWidth) > m_source.Size() || m_tiles > m_source.Size() / kTileBytes)
+        m_tiles = DivideRoundingUp(x1 - tileX0, m_tileWidth) * DivideRoundingUp(y1 - tileY0, m_tileHeight); // < 2^64
+        if (DivideRoundingUp(x1 - tileX0, m_tileWidth) > m_source.Size() || m_tiles > m_source.Size() / kTileBytes)
             return Damaged("the file is too short for its tiles");
         m_tileWidth = std::min(m_tileWidth, x1 - x0);
         m_tileHeight = std::min(m_tileHeight, y1 - y0);
@@ -148,7 +148,9 @@ private:
             const int reduced = std::min(levels - resolution, 30);
             // Plus one, because a tile may begin inside a precinct.
             const auto countAlong = [&](std::uint64_t side, unsigned exponent) {
-                return DividedUp(DividedUp(side, std::uint64_t(1) << reduced), std::uint64_t(1) << exponent) + 1;
+                return DivideRoundingUp(DivideRoundingUp(side, std::uint64_t(1) << reduced),
+                                        std::uint64_t(1) << exponent)
+                    + 1;
             };
             count += countAlong(m_tileWidth, sizes & 0xF) * countAlong(m_tileHeight, sizes >> 4); // <= 2^41 each
         }

@@ -91,7 +91,7 @@ Status Decode(const Source &source, const Jp2Layout &layout, Image *image)
     return Status::Fail(GFL_ERROR_FILE_READ, Text("JPEG 2000: %s", why.empty() ? "damaged" : why.c_str()));
 }
 
-bool IsAsDescribed(const opj_image_t &image, const Jp2Layout &layout)
+bool MatchesLayout(const opj_image_t &image, const Jp2Layout &layout)
 {
     if (image.numcomps != static_cast<OPJ_UINT32>(layout.components))
         return false;
@@ -103,7 +103,7 @@ bool IsAsDescribed(const opj_image_t &image, const Jp2Layout &layout)
 
 /// Writes one row of a component, scaled to the full range of T.
 template <class T>
-void Spread(const opj_image_comp_t &component, std::size_t first, std::size_t width, T *dst, std::size_t step)
+void ScaleComponent(const opj_image_comp_t &component, std::size_t first, std::size_t width, T *dst, std::size_t step)
 {
     const std::int32_t most = (std::int32_t(1) << component.prec) - 1; // <= 65,535
     const std::int32_t offset = component.sgnd ? std::int32_t(1) << (component.prec - 1) : 0;
@@ -122,9 +122,9 @@ template <class T> void FillRow(const opj_image_t &image, const Jp2Layout &layou
     const std::size_t colors = channels == 4 ? 3 : channels;
     const bool isGray = image.numcomps <= 2;
     for (std::size_t c = 0; c < colors; ++c)
-        Spread(image.comps[isGray ? 0 : c], first, width, row + c, channels);
+        ScaleComponent(image.comps[isGray ? 0 : c], first, width, row + c, channels);
     if (layout.hasAlpha)
-        Spread(image.comps[image.numcomps - 1], first, width, row + 3, channels);
+        ScaleComponent(image.comps[image.numcomps - 1], first, width, row + 3, channels);
 }
 
 } // namespace
@@ -152,7 +152,7 @@ Status ReadJp2Pixels(const Source &source, RowSink *rows)
     Image image;
     if (Status status = Decode(source, layout, &image); !status)
         return status;
-    if (!IsAsDescribed(*image, layout))
+    if (!MatchesLayout(*image, layout))
         return Status::Fail(GFL_ERROR_FILE_READ, "JPEG 2000: the data doesn't match the header");
     if (Status status = rows->Start(layout.width, layout.height, layout.Form()); !status)
         return status;

@@ -37,7 +37,7 @@ std::size_t NumberAt(const Bytes &block, std::size_t at, std::size_t bytes)
     return value;
 }
 
-/// Returns the directory of a thumbnail (Exif 2.3, 4.6.9) for offset @p at, followed by its rational numbers.
+/// Returns a thumbnail's directory (Exif 2.3, 4.6.9) that will be at offset @p at, followed by its rational numbers.
 Bytes DirectoryAt(std::size_t at, std::size_t jpegBytes)
 {
     constexpr std::uint32_t kDpi = 72, kInch = 2, kJpegCompression = 6;
@@ -81,7 +81,7 @@ void MadeThumbnail::AddRow(const std::uint8_t *row)
     m_rows.Done(m_next++);
 }
 
-Status MadeThumbnail::Encode(std::size_t most, Bytes *jpeg)
+Status MadeThumbnail::Encode(std::size_t maxBytes, Bytes *jpeg)
 {
     const Owned<GFL_BITMAP> bitmap(m_rows.Take(), gflFreeBitmap);
     for (const std::uint16_t quality : kQualities) {
@@ -90,7 +90,7 @@ Status MadeThumbnail::Encode(std::size_t most, Bytes *jpeg)
         MemorySink sink;
         if (Status status = WriteJpeg(*bitmap, options, &sink); !status)
             return status;
-        if (sink.Size() > most)
+        if (sink.Size() > maxBytes)
             continue;
         jpeg->resize(sink.Size());
         std::size_t count = 0;
@@ -99,11 +99,11 @@ Status MadeThumbnail::Encode(std::size_t most, Bytes *jpeg)
     return Status::Ok();
 }
 
-void ThumbnailRoom::Append(std::size_t most, Bytes *tiff)
+void ThumbnailRoom::Append(std::size_t maxBytes, Bytes *tiff)
 {
     constexpr std::size_t kHeaderBytes = 8;
     const std::size_t directoryAt = (tiff->size() + 1) & ~std::size_t(1);
-    if (tiff->size() < kHeaderBytes || directoryAt + kJpegAt + kRoomBytes > most)
+    if (tiff->size() < kHeaderBytes || directoryAt + kJpegAt + kRoomBytes > maxBytes)
         return;
     const std::size_t first = NumberAt(*tiff, 4, 4); // the only directory but for those it points to
     m_pointerAt = first + 2 + NumberAt(*tiff, first, 2) * kFieldBytes;

@@ -15,9 +15,9 @@ public:
     Status Start(int width, int height, int channels);
     /// Adds the next row, without padding.
     void AddRow(const std::uint8_t *row);
-    /// Encodes the thumbnail with the best quality that fits into @p most bytes. Call it after the last row. Leaves
+    /// Encodes the thumbnail with the best quality that fits into @p maxBytes bytes. Call it after the last row. Leaves
     /// @p jpeg unchanged if no quality fits.
-    Status Encode(std::size_t most, Bytes *jpeg);
+    Status Encode(std::size_t maxBytes, Bytes *jpeg);
 
 private:
     GFL_LOAD_PARAMS m_params = {};
@@ -31,8 +31,8 @@ private:
 class ThumbnailRoom {
 public:
     /// Appends zeros to @p tiff, a little-endian block without a second directory, as space for that directory and the
-    /// thumbnail. Does nothing if the block is empty or would become longer than @p most bytes.
-    void Append(std::size_t most, Bytes *tiff);
+    /// thumbnail. Does nothing if the block is empty or would become longer than @p maxBytes bytes.
+    void Append(std::size_t maxBytes, Bytes *tiff);
     bool IsReserved() const { return m_pointerAt != 0; }
 
     /// Writes the thumbnail into its space and links its directory; if no thumbnail fits, the space stays unused.

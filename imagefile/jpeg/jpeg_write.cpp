@@ -156,7 +156,7 @@ private:
     void SetUp();
     void WriteMetadata();
     void WriteRows();
-    std::uint64_t Written() const;
+    std::uint64_t BytesWritten() const;
 
     const GFL_BITMAP &m_bitmap;
     const SaveOptions &m_options;
@@ -240,14 +240,14 @@ void Encoder::SetUp()
 }
 
 /// Returns the number of bytes written so far, including those in the buffer.
-std::uint64_t Encoder::Written() const
+std::uint64_t Encoder::BytesWritten() const
 {
     return m_output->sink->Size() + kBufferBytes - m_output->base.free_in_buffer;
 }
 
 void Encoder::WriteMetadata()
 {
-    m_exifAt = Written() + 4; // after marker and length
+    m_exifAt = BytesWritten() + 4; // after marker and length
     for (const Segment &segment : m_segments)
         jpeg_write_marker(&m_cinfo, segment.marker, segment.payload.data(),
                           static_cast<unsigned>(segment.payload.size()));

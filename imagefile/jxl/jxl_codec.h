@@ -26,7 +26,7 @@ public:
     void Describe(GFL_FILE_INFORMATION *info) const;
     /// Decodes the first frame into @p rows.
     Status ReadPixels(RowSink *rows);
-    /// Reads whatever metadata a truncated file still contains.
+    /// Reads the metadata; from a truncated file, whatever it still contains.
     void ReadMetadata(Metadata *metadata);
 
 private:
@@ -39,7 +39,7 @@ private:
     void TakeColors(Metadata *metadata) const;
 
     const Source *m_source = nullptr;
-    std::uint64_t m_at = 0; // file offset after the piece
+    std::uint64_t m_at = 0; // file offset after m_piece
     Bytes m_piece;          // input of the decoder
     std::unique_ptr<JxlDecoder, JxlDecoderDeleter> m_decoder;
     JxlBasicInfo m_info = {};

@@ -11,7 +11,7 @@ namespace imagefile {
 namespace {
 
 // Decompresses the contents of a "brob" box; empty if they are damaged or exceed the limit for metadata blocks.
-Bytes Unpacked(const std::uint8_t *data, std::size_t size)
+Bytes DecompressBrotli(const std::uint8_t *data, std::size_t size)
 {
     Bytes out;
     const std::unique_ptr<BrotliDecoderState, decltype(&BrotliDecoderDestroyInstance)> state(
@@ -40,7 +40,7 @@ Bytes BoxContents(const Source &source, const std::vector<IsoBox> &boxes, const 
             continue;
         Bytes block = box.isComplete ? ReadMetadataBlock(source, box.begin, box.end - box.begin) : Bytes();
         if (isPacked && block.size() > kNameBytes)
-            block = Unpacked(block.data() + kNameBytes, block.size() - kNameBytes);
+            block = DecompressBrotli(block.data() + kNameBytes, block.size() - kNameBytes);
         if (block.empty())
             Warn("damaged metadata is left out: a box is empty, damaged or incomplete");
         return block;

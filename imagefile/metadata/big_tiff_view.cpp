@@ -32,10 +32,10 @@ std::uint32_t Append(const Bytes &bytes, Bytes *view)
     return offset;
 }
 
-/// Builder of the view.
-class Narrowing {
+/// Builder of the classic view of a BigTIFF.
+class ViewBuilder {
 public:
-    Narrowing(const Source &source, bool isBigEndian)
+    ViewBuilder(const Source &source, bool isBigEndian)
         : m_source(source), m_classic{false, isBigEndian}, m_big{true, isBigEndian}
     {
     }
@@ -53,7 +53,7 @@ private:
     int m_left = kMaxMetadataDirectories; // directories left to read; those of a damaged file can form a cycle
 };
 
-void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
+void ViewBuilder::SetOffset(std::uint32_t offset, TiffField *field) const
 {
     field->value.fill(0);
     m_classic.Put(offset, m_classic.OffsetBytes(), field->value.data());
@@ -61,7 +61,7 @@ void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
 
 /// Copies the field's value into the view. Returns false if a classic TIFF can't store it, or if it is too large or
 /// can't be read.
-bool Narrowing::NarrowValue(TiffField *field)
+bool ViewBuilder::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);
     if (bytes == 0 || bytes > kMaxBigTiffValueBytes || field->type > 13) // types above 13 are 64-bit
@@ -85,8 +85,8 @@ bool Narrowing::NarrowValue(TiffField *field)
     return value.size() == bytes;
 }
 
-// Returns the offset of the directory in the view; 0 if it can't be read.
-std::uint32_t Narrowing::NarrowDirectory(std::uint64_t offset)
+// Copies a directory and those below it into the view. Returns its offset in the view; 0 if it can't be read.
+std::uint32_t ViewBuilder::NarrowDirectory(std::uint64_t offset)
 {
     TiffFields fields, narrow;
     if (--m_left < 0 || !ReadDirectory(ReadBytes(m_source, offset, kDirectoryBytes), 0, m_big, &fields))
@@ -110,7 +110,7 @@ std::uint32_t Narrowing::NarrowDirectory(std::uint64_t offset)
     return Append(EncodeDirectory(narrow, m_classic), &m_view);
 }
 
-Bytes Narrowing::Make()
+Bytes ViewBuilder::Make()
 {
     m_view = ReadBytes(m_source, 0, std::min<std::uint64_t>(m_source.Size(), kHeadBytes));
     if (m_view.size() < m_big.HeaderBytes())
@@ -140,7 +140,7 @@ bool IsBigTiff(const Source &source)
 Bytes ClassicViewOfBigTiff(const Source &source)
 {
     TiffVariant variant = {};
-    return ReadVariant(source, &variant) ? Narrowing(source, variant.isBigEndian).Make() : Bytes();
+    return ReadVariant(source, &variant) ? ViewBuilder(source, variant.isBigEndian).Make() : Bytes();
 }
 
 } // namespace imagefile

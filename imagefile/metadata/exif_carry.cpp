@@ -2,7 +2,7 @@
 
 #include "core/memory_check.h"
 #include "core/tiff_directory.h"
-#include "note_place.h"
+#include "note_offset.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,10 +11,10 @@ namespace imagefile {
 
 namespace {
 
-// Tags of the first directory that describe how this file stores its pixels, or that contain blocks that are copied
-// separately: most tags from subfile type (254) to page number (297), transfer function, predictor, color map,
-// halftones, tiles, sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, color filter, IPTC,
-// Photoshop resources, directory pointers, ICC, Photoshop layers, and the DNG range.
+// Tags of the first directory that describe how the file stores its pixels, or that contain blocks that are copied
+// separately. In this order: most tags from subfile type (254) to page number (297), transfer function, predictor,
+// color map, halftones, tiles, sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, color
+// filter, IPTC, Photoshop resources, directory pointers, ICC, Photoshop layers, and the DNG range.
 struct TagRange {
     std::uint16_t first, last;
 };
@@ -63,7 +63,7 @@ std::vector<const Exiv2::Exifdatum *> MakerNoteValues(const Exiv2::ExifData &exi
 {
     std::vector<const Exiv2::Exifdatum *> values;
     for (const Exiv2::Exifdatum &datum : exif)
-        if (IsDecodedNote(datum) && IsCarried(datum) && datum.key() != kNotePlaceKey)
+        if (IsDecodedNote(datum) && IsCarried(datum) && datum.key() != kNoteOffsetKey)
             values.push_back(&datum);
     std::stable_sort(values.begin(), values.end(),
                      [](const Exiv2::Exifdatum *a, const Exiv2::Exifdatum *b) { return a->key() < b->key(); });
@@ -96,27 +96,27 @@ const Exiv2::Exifdatum *Find(const Exiv2::ExifData &exif, const char *key)
 
 // Returns the offset of the maker note; 0 if it is unknown, within the first bytes of the EXIF, or too large for
 // formats that limit the size of the EXIF, such as JPEG.
-std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
+std::uint32_t NoteOffsetOf(const Exiv2::ExifData &exif)
 {
     constexpr std::int64_t kFirst = 16, kLast = 32768;
-    const Exiv2::Exifdatum *place = Find(exif, kNotePlaceKey);
-    const std::int64_t offset = place ? place->toLong() : 0;
+    const Exiv2::Exifdatum *datum = Find(exif, kNoteOffsetKey);
+    const std::int64_t offset = datum ? datum->toLong() : 0;
     return offset >= kFirst && offset <= kLast ? static_cast<std::uint32_t>(offset) : 0;
 }
 
-// Returns the EXIF with the note's original bytes, to be written at offset @p place, or at any offset if that is 0.
-Exiv2::ExifData WithNoteAsItIs(const Exiv2::ExifData &withoutDecoded, std::uint32_t place)
+// Returns the EXIF with the note's original bytes, to be written at offset @p offset, or at any offset if that is 0.
+Exiv2::ExifData WithOriginalNote(const Exiv2::ExifData &withoutDecoded, std::uint32_t offset)
 {
     Exiv2::ExifData exif = withoutDecoded;
-    if (place > 0)
-        exif[kNotePlaceKey] = place;
+    if (offset > 0)
+        exif[kNoteOffsetKey] = offset;
     return exif;
 }
 
-bool CannotBeRebuilt(const Exiv2::ExifData &exif, const Bytes &note, std::uint32_t place)
+bool CannotBeRebuilt(const Exiv2::ExifData &exif, const Bytes &note, std::uint32_t offset)
 {
     const Exiv2::Exifdatum *order = Find(exif, kOrderKey);
-    return NeedsItsPlace(note, place, order && WholeText(*order) == "MM");
+    return NeedsItsOffset(note, offset, order && WholeText(*order) == "MM");
 }
 
 Bytes EncodeAnywhere(const Exiv2::ExifData &exif)
@@ -153,15 +153,15 @@ Bytes EncodeExif(const Exiv2::ExifData &exif)
     if (exif.empty())
         return {};
     const Exiv2::Exifdatum *note = Find(exif, kNoteKey);
-    const std::uint32_t place = PlaceOf(exif);
-    if (!note || place == 0)
+    const std::uint32_t offset = NoteOffsetOf(exif);
+    if (!note || offset == 0)
         return EncodeAnywhere(exif);
     Exiv2::ExifData rest = exif;
-    rest.erase(rest.findKey(Exiv2::ExifKey(kNotePlaceKey)));
+    rest.erase(rest.findKey(Exiv2::ExifKey(kNoteOffsetKey)));
     const Bytes placeholder = NotePlaceholder();
     const Exiv2::DataValue value(placeholder.data(), static_cast<long>(placeholder.size()));
     rest[kNoteKey] = value;
-    const Bytes placed = WithNoteAt(EncodeAnywhere(rest), ValueBytes(*note), place);
+    const Bytes placed = WithNoteAt(EncodeAnywhere(rest), ValueBytes(*note), offset);
     return placed.empty() ? EncodeAnywhere(exif) : placed;
 }
 
@@ -182,9 +182,9 @@ Exiv2::ExifData ExifToWrite(const Exiv2::ExifData &exif)
     const bool keepsAnywhere = KeepsMakerNote(withoutDecoded, exif);
     if (keepsAnywhere && IsMovableNote(bytes))
         return withoutDecoded;
-    const std::uint32_t place = PlaceOf(exif);
-    const Exiv2::ExifData placed = WithNoteAsItIs(withoutDecoded, place);
-    if (place > 0 && (KeepsMakerNote(placed, exif) || CannotBeRebuilt(exif, bytes, place)))
+    const std::uint32_t offset = NoteOffsetOf(exif);
+    const Exiv2::ExifData placed = WithOriginalNote(withoutDecoded, offset);
+    if (offset > 0 && (KeepsMakerNote(placed, exif) || CannotBeRebuilt(exif, bytes, offset)))
         return placed;
     return keepsAnywhere ? withoutDecoded : rebuilt;
 }

@@ -63,7 +63,7 @@ void FillNode(const Exiv2::Exifdatum &datum, GFL_EXIF_ENTRYEX *node)
 
 // Returns the values that pass the filter, sorted by block and tag. The sort is stable, because some cameras write a
 // tag twice.
-template <class Filter> std::vector<const Exiv2::Exifdatum *> Sorted(const Exiv2::ExifData &exif, Filter filter)
+template <class Filter> std::vector<const Exiv2::Exifdatum *> SelectSorted(const Exiv2::ExifData &exif, Filter filter)
 {
     std::vector<const Exiv2::Exifdatum *> sorted;
     for (const Exiv2::Exifdatum &datum : exif)
@@ -79,7 +79,7 @@ template <class Filter> std::vector<const Exiv2::Exifdatum *> Sorted(const Exiv2
 
 GFL_EXIF_DATA *ExifTexts(const Exiv2::ExifData &exif)
 {
-    const auto values = Sorted(exif, [](const Exiv2::Exifdatum &datum) {
+    const auto values = SelectSorted(exif, [](const Exiv2::Exifdatum &datum) {
         return BlockOf(datum) < GFL_EXIF_OTHER && !IsDirectoryPointer(datum.tag());
     });
     const std::string lensId = LensId(exif);
@@ -97,7 +97,7 @@ GFL_EXIF_DATA *ExifTexts(const Exiv2::ExifData &exif)
 
 GFL_EXIF_DATAEX *ExifRawList(const Exiv2::ExifData &exif)
 {
-    const auto values = Sorted(exif, [](const Exiv2::Exifdatum &datum) {
+    const auto values = SelectSorted(exif, [](const Exiv2::Exifdatum &datum) {
         return IsCarried(datum) && datum.typeId() <= 0xFFFF; // Exiv2's own types beyond that never come from a file
     });
     if (values.empty())

@@ -20,7 +20,7 @@ Exiv2::ExifData ExifOfRawList(const GFL_EXIF_DATAEX &list);
 std::string ExifText(const Exiv2::Exifdatum &datum);
 
 /// Returns the lens ID from the maker notes, in the form that lens tables use; empty if there is none.
-///  - Nikon: shortest and longest focal length in mm, lens number, f-numbers at both ends: "8 8 121 3.6 3.6"
+///  - Nikon: shortest and longest focal length in mm, lens number, smallest f-number at each: "8 8 121 3.6 3.6"
 ///  - Canon: shortest and longest focal length in mm, lens type: "10 22 235"
 std::string LensId(const Exiv2::ExifData &exif);
 

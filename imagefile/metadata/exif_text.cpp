@@ -78,7 +78,7 @@ std::string Degrees(const Exiv2::Value &value)
     return FixedDecimal(degrees) + "° " + FixedDecimal(minutes) + "' " + FixedDecimal(seconds) + '"';
 }
 
-std::string Named(const Exiv2::Value &value, const char *const *names, long first, long count)
+std::string NameOf(const Exiv2::Value &value, const char *const *names, long first, long count)
 {
     const long number = Integer(value) - first;
     return number >= 0 && number < count ? names[number] : std::to_string(Integer(value));
@@ -88,13 +88,13 @@ std::string Orientation(const Exiv2::Value &value)
 {
     static const char *const kNames[] = {"Top-left (1)", "Top-right (2)", "Bottom-right (3)", "Bottom-left (4)",
                                          "Left-top (5)", "Right-top (6)", "Right-bottom (7)", "Left-bottom (8)"};
-    return Named(value, kNames, 1, 8);
+    return NameOf(value, kNames, 1, 8);
 }
 
 std::string ResolutionUnit(const Exiv2::Value &value)
 {
     static const char *const kNames[] = {"None", "Inch", "cm", "mm", "um"};
-    return Named(value, kNames, 1, 5);
+    return NameOf(value, kNames, 1, 5);
 }
 
 std::string Direction(const Exiv2::Value &value)
@@ -142,7 +142,7 @@ constexpr TextRule kRules[] = {
     {"GPSInfo", 22, Degrees},    {"GPSInfo", 23, Direction},
 };
 
-std::string Plain(const Exiv2::Value &value)
+std::string PlainText(const Exiv2::Value &value)
 {
     switch (value.typeId()) {
     case Exiv2::asciiString: {
@@ -225,7 +225,7 @@ std::string ExifText(const Exiv2::Exifdatum &datum)
     for (const TextRule &rule : kRules)
         if (rule.tag == datum.tag() && group == rule.group)
             return rule.text(datum.value());
-    return Plain(datum.value());
+    return PlainText(datum.value());
 }
 
 std::string LensId(const Exiv2::ExifData &exif)

@@ -4,7 +4,7 @@
 #include "core/byte_reader.h"
 #include "core/image_limits.h"
 #include "core/memory_check.h"
-#include "note_place.h"
+#include "note_offset.h"
 #include "photoshop_resources.h"
 #include "source_io.h"
 #include "xmp_namespaces.h"
@@ -29,12 +29,12 @@ void LockXmp(void *, bool lock)
 thread_local bool isReading = false; // this thread is reading metadata
 
 /// Scope in which Exiv2's messages on this thread become warnings.
-class Listening {
+class LogScope {
 public:
-    Listening() { isReading = true; }
-    ~Listening() { isReading = false; }
-    Listening(const Listening &) = delete;
-    Listening &operator=(const Listening &) = delete;
+    LogScope() { isReading = true; }
+    ~LogScope() { isReading = false; }
+    LogScope(const LogScope &) = delete;
+    LogScope &operator=(const LogScope &) = delete;
 };
 
 void WarnOfDamage(const char *what) noexcept
@@ -61,7 +61,7 @@ Bytes RawTag(const Exiv2::Image &image, const char *key)
 }
 
 // Returns a JPEG's Photoshop image resources, which may span several segments of at most 64 KiB. Exiv2 only provides
-// parsed IPTC values, which don't always restore the same bytes.
+// parsed IPTC values, from which the original bytes can't always be restored.
 Bytes JpegResources(const Source &source)
 {
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
@@ -119,7 +119,7 @@ void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
     std::swap(metadata->exif, image.exifData());
 }
 
-// Constructs the classes directly: the factory that takes a path would interpret some file names as web addresses.
+// Constructs Exiv2's classes directly: its factory takes a path, and would interpret some as web addresses.
 Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
 {
     if (!view.empty())
@@ -162,7 +162,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
     StartExiv2();
-    const Listening listening;
+    const LogScope logScope;
     const XmpReading use;
     const MemoryCheck memory;
     try {
@@ -214,7 +214,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
     StartExiv2();
     Bytes view; // must outlive the image that reads it
     Exiv2::Image::AutoPtr image;
-    const Listening listening;
+    const LogScope logScope;
     const MemoryCheck memory;
     try {
         if (IsBigTiff(source))
@@ -235,7 +235,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
     }
     if (image.get() != nullptr)
         TakeParts(source, *image, metadata);
-    AddNotePlace(source, &metadata->exif);
+    AddNoteOffset(source, &metadata->exif);
     return source.Check();
 }
 

@@ -44,13 +44,13 @@ Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t si
 void StartExiv2();
 
 /// Returns the lock for Exiv2's table of XMP namespaces. Reading a packet adds new namespaces under Exiv2's own lock,
-/// but writing a packet iterates over the table without it. So hold this lock shared while reading and exclusively
-/// while writing.
+/// but writing a packet iterates over the table without that lock. So hold this lock shared while reading and
+/// exclusively while writing.
 std::shared_mutex &XmpNamespaces();
 
 /// Guard that must exist while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied
-/// because memory is short, the toolkit's lock is never released, and the next call to it hangs. The reserve lets the
-/// copy succeed.
+/// because memory is short, the toolkit's lock is never released, and the next call to the toolkit hangs. The reserve
+/// lets the copy succeed.
 template <class Lock> struct XmpUse {
     const MemoryReserve reserve;
     const Lock lock{XmpNamespaces()};

@@ -12,7 +12,7 @@ namespace imagefile {
 ///
 /// Reads the beginning of the file, and the directories, values and maker notes reachable from its first directory. In
 /// the copy, the first directory has no successor, because Exiv2 would mistake a second page for a thumbnail and copy
-/// its pixels. Files that are not TIFFs are read completely.
+/// its pixels. Files that are not TIFFs are read completely, up to kMaxMappedBytes.
 class MetadataMap {
 public:
     MetadataMap() = default;

@@ -13,11 +13,11 @@ enum class PhotoshopResource : std::uint16_t {
     Xmp = 0x0424,
 };
 
-/// Returns the data of the first resource of the given kind; empty if there is none, or none before damaged data.
-Bytes FindResource(const Bytes &resources, PhotoshopResource kind);
+/// Returns the data of the first resource with the given ID; empty if there is none, or if damaged data precedes it.
+Bytes FindResource(const Bytes &resources, PhotoshopResource id);
 
 /// Appends a resource without a name; does nothing if there is no data.
-void AppendResource(PhotoshopResource kind, const Bytes &data, Bytes *resources);
+void AppendResource(PhotoshopResource id, const Bytes &data, Bytes *resources);
 
 /// Returns a resource block that contains only IPTC.
 Bytes IptcResource(const Bytes &iptc);

@@ -37,7 +37,7 @@ Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
     return result == Z_STREAM_END ? out : Bytes();
 }
 
-// Returns the block in a "Raw profile type" text, which consists of a line feed, a line each for the kind and the
+// Returns the block in a "Raw profile type" text, which consists of a line feed, a line each for the type and the
 // decimal length, and the block's bytes in hexadecimal.
 Bytes RawProfile(const Bytes &text)
 {
@@ -59,7 +59,8 @@ Bytes RawProfile(const Bytes &text)
     return block;
 }
 
-// Returns the IPTC of a profile, stored directly or, by older programs and ours, as a Photoshop resource.
+// Returns the IPTC in a profile. Some programs store IPTC directly; older ones and this layer wrap it in a
+// Photoshop resource.
 Bytes IptcOf(const Bytes &profile)
 {
     constexpr std::uint8_t kDataSet = 0x1C;
@@ -74,7 +75,7 @@ public:
     void Take(const std::string &name, const Bytes &chunk);
 
 private:
-    Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked);
+    Bytes RestOf(const Bytes &chunk, std::size_t at, bool isPacked);
     Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd);
     void TakeText(const std::string &key, const Bytes &text);
     void DecodeExif(const Bytes &bytes);
@@ -109,7 +110,7 @@ std::size_t TextEnd(const Bytes &chunk, std::size_t at)
 }
 
 // Returns the rest of a chunk from @p at on, decompressed if necessary.
-Bytes ChunkReader::Rest(const Bytes &chunk, std::size_t at, bool isPacked)
+Bytes ChunkReader::RestOf(const Bytes &chunk, std::size_t at, bool isPacked)
 {
     if (at >= chunk.size())
         return Bytes();
@@ -128,7 +129,7 @@ Bytes ChunkReader::InternationalText(const Bytes &chunk, std::size_t keyEnd)
     if (chunk.size() < flag + 2)
         return Bytes();
     const std::size_t translated = TextEnd(chunk, flag + 2) + 1;
-    return Rest(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0);
+    return RestOf(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0);
 }
 
 void ChunkReader::Take(const std::string &name, const Bytes &chunk)
@@ -138,11 +139,11 @@ void ChunkReader::Take(const std::string &name, const Bytes &chunk)
     if (name == "eXIf")
         DecodeExif(chunk);
     else if (name == "iCCP")
-        m_metadata.icc = Rest(chunk, keyEnd + 2, /*isPacked=*/true);
+        m_metadata.icc = RestOf(chunk, keyEnd + 2, /*isPacked=*/true);
     else if (name == "tEXt")
-        TakeText(key, Rest(chunk, keyEnd + 1, /*isPacked=*/false));
+        TakeText(key, RestOf(chunk, keyEnd + 1, /*isPacked=*/false));
     else if (name == "zTXt")
-        TakeText(key, Rest(chunk, keyEnd + 2, /*isPacked=*/true));
+        TakeText(key, RestOf(chunk, keyEnd + 2, /*isPacked=*/true));
     else
         TakeText(key, InternationalText(chunk, keyEnd));
 }
@@ -175,10 +176,10 @@ Status ReadPngMetadata(const Source &source, Metadata *metadata)
     return source.Check();
 }
 
-std::string RawProfileText(const char *kind, const Bytes &block)
+std::string RawProfileText(const char *type, const Bytes &block)
 {
     constexpr std::size_t kBytesPerLine = 36;
-    std::string text = Text("\n%s\n%8zu", kind, block.size());
+    std::string text = Text("\n%s\n%8zu", type, block.size());
     for (std::size_t at = 0; at < block.size(); at += kBytesPerLine)
         text += '\n' + Hexadecimal(block.data() + at, std::min(kBytesPerLine, block.size() - at));
     return text + '\n';

@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Keywords of the texts that contain XMP and, in ImageMagick's form, IPTC.
+/// Keywords of the texts that contain XMP and, in ImageMagick's format, IPTC.
 constexpr char kPngXmpKey[] = "XML:com.adobe.xmp";
 constexpr char kPngIptcKey[] = "Raw profile type iptc";
 
@@ -15,7 +15,7 @@ constexpr char kPngIptcKey[] = "Raw profile type iptc";
 /// skipped. Otherwise like ReadExiv2Metadata.
 Status ReadPngMetadata(const Source &source, Metadata *metadata);
 
-/// Returns a block in ImageMagick's text form: kind, length and hexadecimal digits.
-std::string RawProfileText(const char *kind, const Bytes &block);
+/// Returns a block in ImageMagick's text format: type, length and hexadecimal digits.
+std::string RawProfileText(const char *type, const Bytes &block);
 
 } // namespace imagefile

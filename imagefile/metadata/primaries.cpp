@@ -44,7 +44,7 @@ cmsCIEXYZ WhiteOf(cmsHPROFILE profile)
     return white && !isAdapted ? *white : *cmsD50_XYZ();
 }
 
-bool Project(const cmsCIEXYZ &color, Chromaticity *result)
+bool ToChromaticity(const cmsCIEXYZ &color, Chromaticity *result)
 {
     const double sum = color.X + color.Y + color.Z;
     *result = {color.X / sum, color.Y / sum};
@@ -60,14 +60,15 @@ std::optional<Primaries> PrimariesOf(const Bytes &icc)
         return std::nullopt;
     const cmsCIEXYZ white = WhiteOf(profile.get());
     Primaries primaries = {};
-    bool isGood = Project(white, &primaries.white);
+    bool isGood = ToChromaticity(white, &primaries.white);
     const std::pair<cmsTagSignature, Chromaticity *> colors[] = {{cmsSigRedColorantTag, &primaries.red},
                                                                  {cmsSigGreenColorantTag, &primaries.green},
                                                                  {cmsSigBlueColorantTag, &primaries.blue}};
     for (const auto &[tag, color] : colors) {
         const cmsCIEXYZ *adapted = ColorTag(profile.get(), tag);
         cmsCIEXYZ own = {};
-        isGood = isGood && adapted && cmsAdaptToIlluminant(&own, cmsD50_XYZ(), &white, adapted) && Project(own, color);
+        isGood = isGood && adapted && cmsAdaptToIlluminant(&own, cmsD50_XYZ(), &white, adapted)
+            && ToChromaticity(own, color);
     }
     return isGood ? std::optional(primaries) : std::nullopt;
 }

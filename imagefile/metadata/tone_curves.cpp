@@ -9,8 +9,8 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the linear light of a stored value. Interpolates tables here, because lcms2 evaluates only formulas in
-/// floating point and rounds interpolated table values to 16 bits, which is coarse in the shadows.
+/// Returns the linear light of a pixel value. Interpolates tables itself, because lcms2 rounds interpolated table
+/// values to 16 bits, which is coarse in the shadows; it uses floating point only for formulas.
 double LightAt(const cmsToneCurve *curve, double stored)
 {
     if (cmsGetToneCurveParametricType(curve) != 0)
@@ -23,7 +23,7 @@ double LightAt(const cmsToneCurve *curve, double stored)
     return (from + (at - static_cast<double>(before)) * (to - from)) / 65535.0;
 }
 
-std::vector<double> Sampled(const cmsToneCurve *curve, std::size_t points)
+std::vector<double> SampleCurve(const cmsToneCurve *curve, std::size_t points)
 {
     std::vector<double> light(points);
     for (std::size_t i = 0; i < points; ++i)
@@ -50,7 +50,7 @@ std::vector<std::vector<double>> ToneCurves(const void *profile, std::size_t byt
         memory.Require();
         if (!curve)
             return {};
-        curves.push_back(Sampled(curve, points));
+        curves.push_back(SampleCurve(curve, points));
     }
     return curves;
 }

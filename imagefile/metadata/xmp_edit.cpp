@@ -65,7 +65,7 @@ bool AreSettingsApplied(const Exiv2::XmpData &xmp)
     return text == "True" || text == "true" || text == "1";
 }
 
-void SetIfThere(const char *key, long value, Exiv2::XmpData *xmp)
+void SetIfPresent(const char *key, long value, Exiv2::XmpData *xmp)
 {
     if (const auto found = xmp->findKey(Exiv2::XmpKey(key)); found != xmp->end())
         found->setValue(std::to_string(value));
@@ -79,12 +79,12 @@ void UpdateXmp(PictureSize size, const Exiv2::ExifData &exif, Exiv2::XmpData *xm
         Remove(xmp, IsDevelopSetting);
     Remove(xmp, IsOwnRecord);
     Remove(xmp, DescribesSourceFile);
-    SetIfThere("Xmp.tiff.ImageWidth", size.width, xmp);
-    SetIfThere("Xmp.tiff.ImageLength", size.height, xmp);
-    SetIfThere("Xmp.exif.PixelXDimension", size.width, xmp);
-    SetIfThere("Xmp.exif.PixelYDimension", size.height, xmp);
+    SetIfPresent("Xmp.tiff.ImageWidth", size.width, xmp);
+    SetIfPresent("Xmp.tiff.ImageLength", size.height, xmp);
+    SetIfPresent("Xmp.exif.PixelXDimension", size.width, xmp);
+    SetIfPresent("Xmp.exif.PixelYDimension", size.height, xmp);
     if (const auto turn = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation")); turn != exif.end())
-        SetIfThere("Xmp.tiff.Orientation", turn->toLong(), xmp);
+        SetIfPresent("Xmp.tiff.Orientation", turn->toLong(), xmp);
 }
 
 void Set(const Exiv2::XmpData &record, Exiv2::XmpData *xmp)
@@ -96,8 +96,8 @@ void Set(const Exiv2::XmpData &record, Exiv2::XmpData *xmp)
     }
 }
 
-/// Returns an empty packet if Exiv2 can't write the properties.
-Bytes Encoded(const Exiv2::XmpData &xmp)
+/// Encodes the properties as an XMP packet; empty if Exiv2 can't write them.
+Bytes EncodeXmp(const Exiv2::XmpData &xmp)
 {
     std::string packet;
     const XmpWriting use;
@@ -115,8 +115,8 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
     return Bytes(packet.begin(), packet.end());
 }
 
-/// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage, or none if the
-/// packet isn't well-formed XML.
+/// Reads the properties of a packet. Returns false if the packet is damaged; @p xmp then contains the properties before
+/// the damage, or none if the packet isn't well-formed XML.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
     const MemoryCheck memory;
@@ -159,11 +159,11 @@ Bytes EditedXmp(const Bytes &xmp, const Exiv2::XmpData &record, PictureSize size
         Warn("damaged metadata is left out: the XMP can't be read");
     UpdateXmp(size, exif, &edited);
     Set(record, &edited);
-    Bytes packet = Encoded(edited);
+    Bytes packet = EncodeXmp(edited);
     if (!packet.empty() || edited.empty())
         return packet;
     Warn("damaged metadata is left out: the XMP can't be written again");
-    return Encoded(record);
+    return EncodeXmp(record);
 }
 
 } // namespace imagefile

@@ -43,7 +43,7 @@ void DefineXmpPrefixes()
     const Prefix own = {"vitrelux", "urn:vitrelux:correction:1.0#"}; // see docs/fitting.md
     Exiv2::XmpProperties::registerNs(own.second, own.first);
     KnownPrefixes().push_back(own); // not in the list below: the XMP toolkit learns it only when a packet is written
-    Exiv2::Dictionary all;          // includes those that only the XMP toolkit knows
+    Exiv2::Dictionary all;          // includes prefixes that only the XMP toolkit knows
     Exiv2::XmpProperties::registeredNamespaces(all);
     for (const auto &[prefix, uri] : all) {
         if (NamespaceOf(prefix) == uri)

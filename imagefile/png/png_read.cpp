@@ -62,8 +62,8 @@ bool Decoder::TryReadHeader()
     png_set_read_fn(m_png, this, ReadBytes);
     png_set_user_limits(m_png, kMaxSidePixels, kMaxSidePixels);
     png_set_chunk_malloc_max(m_png, kMaxPngChunkBytes);
-    // Metadata is read elsewhere. Skipping it here avoids texts that unpack to gigabytes and profiles that libpng
-    // rejects.
+    // ReadPngMetadata reads the metadata. Skipping it here avoids texts that unpack to gigabytes and profiles that
+    // libpng rejects.
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_AS_DEFAULT, reinterpret_cast<png_const_bytep>("pHYs"), 1);
 #ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION // a fuzzer can't guess checksums

@@ -95,7 +95,7 @@ void ReadLayerInfo(const Source &source, std::uint64_t at, PsdLayout *layout)
         return;
     const LayerRecord record = ReadRecord(&reader, *layout);
     if (record.isPlain && !reader.Failed())
-        layout->channelPlaces = ChannelsOf(record, *layout, &reader);
+        layout->channelLocations = ChannelsOf(record, *layout, &reader);
 }
 
 // Reads the additional layer information, where 16-bit and 32-bit files store their layers.

@@ -91,8 +91,8 @@ void ChooseOpacity(PsdLayout *layout)
     const bool isFlat = layout->mode == PsdMode::Bitmap || layout->mode == PsdMode::Indexed;
     layout->hasAlpha = !isFlat && layout->mergesOpacity && layout->channels > layout->colors;
     if (!layout->hasAlpha)
-        layout->channelPlaces.clear();
-    layout->isBlendedWithWhite = layout->hasAlpha && layout->channelPlaces.empty();
+        layout->channelLocations.clear();
+    layout->isBlendedWithWhite = layout->hasAlpha && layout->channelLocations.empty();
 }
 
 // Finds the channels of the merged picture. The row sizes of all channels precede the first channel.
@@ -104,17 +104,17 @@ Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *l
     if (compression > 1)
         return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
                             Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are supported", compression));
-    if (!layout->channelPlaces.empty())
+    if (!layout->channelLocations.empty())
         return Status::Ok();
     const std::uint64_t tablesAt = reader->Position(),
                         tableBytes = layout->SizeTableBytes() * static_cast<std::uint64_t>(layout->channels);
-    if (compression != 0 && reader->Left() < tableBytes)
+    if (compression != 0 && reader->Remaining() < tableBytes)
         return Damaged("the file ends early");
     std::uint64_t at = tablesAt + (compression == 0 ? 0 : tableBytes);
     ByteReader sizes(source, tablesAt);
     for (int c = 0; c < layout->UsedChannels(); ++c) {
         const std::uint64_t sizesAt = tablesAt + static_cast<std::uint64_t>(c) * layout->SizeTableBytes();
-        layout->channelPlaces.push_back({compression, sizesAt, at});
+        layout->channelLocations.push_back({compression, sizesAt, at});
         if (compression == 0)
             at += layout->RowBytes() * static_cast<std::uint64_t>(layout->height);
         for (int y = 0; compression != 0 && y < layout->height; ++y)
@@ -135,7 +135,7 @@ Status CheckBytes(const Source &source, const PsdLayout &layout)
     if (Status status = CheckImageSize(layout.width, layout.height, form.channels, form.bits); !status)
         return status;
     const std::int64_t stored = static_cast<std::int64_t>(layout.RowBytes()) * layout.height * layout.UsedChannels();
-    const bool isPacked = std::any_of(layout.channelPlaces.begin(), layout.channelPlaces.end(),
+    const bool isPacked = std::any_of(layout.channelLocations.begin(), layout.channelLocations.end(),
                                       [](const PsdChannel &channel) { return channel.compression != 0; });
     const std::int64_t delivered = std::int64_t(layout.width) * layout.height * form.BytesPerPixel();
     return CheckClaim(stored, delivered, source.Size(), isPacked ? kPackBitsRatio : 1);

@@ -25,8 +25,8 @@ struct PsdChannel {
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, with opacity RGBA; same depth                         |
 ///
 /// Opacity is the first channel after the colors if the layer section marks it as such. Other channels are selections
-/// and are left out. A picture with opacity is read from its layer if that is the only one, plain and of the
-/// picture's size, because the colors of the merged picture are blended with white.
+/// and are left out. If a picture with opacity has a single layer, of its size and shown unchanged, that layer is read,
+/// because the colors of the merged picture are blended with white.
 struct PsdLayout {
     bool isLarge = false; // PSB: sides up to 300,000 pixels, 64-bit lengths
     int channels = 0;     // stored
@@ -34,13 +34,13 @@ struct PsdLayout {
     int height = 0;
     int bits = 8; // per sample
     PsdMode mode = PsdMode::Rgb;
-    int colors = 3;                        // color channels
-    bool hasAlpha = false;                 // an opacity channel follows the colors
-    bool mergesOpacity = false;            // the merged picture includes the opacity of the layers
-    bool isBlendedWithWhite = false;       // colors of partly transparent pixels
-    Bytes palette;                         // indexed: 256 values each of red, green and blue
-    std::vector<PsdChannel> channelPlaces; // of the used channels
-    PixelForm form;                        // as delivered
+    int colors = 3;                           // color channels
+    bool hasAlpha = false;                    // an opacity channel follows the colors
+    bool mergesOpacity = false;               // the merged picture includes the opacity of the layers
+    bool isBlendedWithWhite = false;          // the colors of partly transparent pixels are
+    Bytes palette;                            // indexed: 256 values each of red, green and blue
+    std::vector<PsdChannel> channelLocations; // where the used channels are stored
+    PixelForm form;                           // as delivered
 
     int UsedChannels() const { return colors + (hasAlpha ? 1 : 0); }
     /// Returns the size of a length field in bytes.

@@ -42,12 +42,12 @@ private:
 
 Status ChannelReader::Start()
 {
-    for (const PsdChannel &place : m_layout.channelPlaces) {
+    for (const PsdChannel &place : m_layout.channelLocations) {
         m_channels.push_back({place.compression != 0, place.pixelsAt, {}});
         ByteReader reader(m_source, place.sizesAt);
         if (!m_channels.back().isPacked)
             continue;
-        if (reader.Left() < m_layout.SizeTableBytes())
+        if (reader.Remaining() < m_layout.SizeTableBytes())
             return EndsEarly();
         for (int y = 0; y < m_layout.height; ++y)
             m_channels.back().size.push_back(static_cast<std::uint32_t>(reader.Number(m_layout.SizeEntryBytes())));

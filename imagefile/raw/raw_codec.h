@@ -13,8 +13,8 @@ class RawStream;
 /// file's name.
 bool HoldsSensorValues(const Source &source);
 
-/// Camera raw file opened by LibRaw for one purpose: its size, its preview, or its pixels. Pictures are sRGB, in sensor
-/// orientation: the orientation is not applied.
+/// Camera raw file opened by LibRaw for one purpose: to read its size, its preview or its pixels. Pictures are sRGB, in
+/// sensor orientation: the orientation is not applied.
 ///
 ///   | setting           | effect                                                                              |
 ///   |-------------------|-------------------------------------------------------------------------------------|
@@ -34,7 +34,7 @@ public:
 
     /// Reads the headers and checks sizes. @p source must outlive the object.
     Status Open(const Source &source);
-    /// Fills all fields but the format. The object can't be used afterward.
+    /// Fills all fields except FormatName and FormatIndex. The object can't be used afterward.
     Status Describe(GFL_FILE_INFORMATION *info);
 
     enum class Size { Full, Half };
@@ -51,8 +51,8 @@ private:
     class Developer;
 
     void SetUp(const GFL_LOAD_PARAMS &params, Size size);
-    Status HandOver(RowSink *rows);
-    Status HandOverBitmap(RowSink *rows);
+    Status DeliverPicture(RowSink *rows);
+    Status DeliverPreviewBitmap(RowSink *rows);
 
     const Source *m_source = nullptr;
     std::unique_ptr<RawStream> m_stream; // must outlive the developer

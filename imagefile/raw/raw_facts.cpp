@@ -115,9 +115,9 @@ void AddExposure(const libraw_imgother_t &shot, Builder *to)
 
 void AddPosition(const libraw_gps_info_t &gps, Builder *to)
 {
-    const bool hasPlace = gps.gpsparsed != 0 && (gps.latref == 'N' || gps.latref == 'S')
+    const bool hasPosition = gps.gpsparsed != 0 && (gps.latref == 'N' || gps.latref == 'S')
         && (gps.longref == 'E' || gps.longref == 'W') && gps.gpsstatus != 'V';
-    if (!hasPlace)
+    if (!hasPosition)
         return;
     constexpr std::uint32_t kUnit = 1000000; // float seconds are no more precise
     to->Exif("Exif.GPSInfo.GPSLatitudeRef", std::string(1, gps.latref));

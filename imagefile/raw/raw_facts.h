@@ -17,7 +17,7 @@ struct RawFacts {
     std::vector<std::pair<std::string, std::string>> fields;
 };
 
-/// Reads the headers of a file that the raw codec recognizes; returns empty facts if it is damaged. Throws
+/// Reads the headers of a file that the raw codec recognizes; returns empty facts if the file is damaged. Throws
 /// std::bad_alloc and Exiv2::AnyError.
 RawFacts ReadRawFacts(const Source &source);
 

@@ -66,7 +66,7 @@ void RawFile::Developer::ScaleMultipliers()
     }
 }
 
-// Scales the pixels if the balance is automatic, because LibRaw computes it only while applying it.
+// Scales red and blue in the pixels if the balance is automatic: LibRaw computes that balance only while applying it.
 void RawFile::Developer::ScalePixels()
 {
     if (!BalancesAutomatically() || (redScaling == 1.0f && blueScaling == 1.0f))
@@ -140,10 +140,10 @@ Status RawFile::Develop(const GFL_LOAD_PARAMS &params, Size size, RowSink *rows)
         return Status::Fail(GFL_ERROR_FILE_READ, "camera raw: pixels are damaged or missing");
     if (Status status = StatusOf(m_raw->dcraw_process()); !status)
         return status;
-    return HandOver(rows);
+    return DeliverPicture(rows);
 }
 
-Status RawFile::HandOver(RowSink *rows)
+Status RawFile::DeliverPicture(RowSink *rows)
 {
     int width = 0, height = 0, colors = 0, bits = 0;
     m_raw->get_mem_image_format(&width, &height, &colors, &bits);
@@ -182,7 +182,7 @@ Status RawFile::ReadPreview(const Box &box, RowSink *rows)
     if (Status status = StatusOf(m_raw->unpack_thumb()); !status)
         return status;
     if (preview.tformat == LIBRAW_THUMBNAIL_BITMAP)
-        return CanReplace(picture, {preview.twidth, preview.theight}, box) ? HandOverBitmap(rows) : small;
+        return CanReplace(picture, {preview.twidth, preview.theight}, box) ? DeliverPreviewBitmap(rows) : small;
     if (preview.tformat != LIBRAW_THUMBNAIL_JPEG)
         return small;
     const Source jpeg(preview.thumb, preview.tlength);
@@ -192,7 +192,7 @@ Status RawFile::ReadPreview(const Box &box, RowSink *rows)
     return CanReplace(picture, {info.Width, info.Height}, box) ? ReadJpegPixels(jpeg, &box, rows) : small;
 }
 
-Status RawFile::HandOverBitmap(RowSink *rows)
+Status RawFile::DeliverPreviewBitmap(RowSink *rows)
 {
     const libraw_thumbnail_t &preview = m_raw->imgdata.thumbnail;
     const std::size_t rowBytes = std::size_t(preview.twidth) * 3;

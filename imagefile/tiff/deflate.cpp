@@ -72,7 +72,7 @@ public:
 private:
     /// Bytes that are flushed before the rest, at a cost of about 8 bytes per strip. ISA-L 2.30 computes the hash of a
     /// stream's second position from the address of `m_stream` if 16 bytes or more follow, so about one strip in 10,000
-    /// would differ between processes. For 4 bytes, ISA-L uses other code, which leaves the correct hash.
+    /// would differ between processes. For 4 bytes, ISA-L uses other code, which keeps the hash correct.
     static constexpr std::size_t kFirstBytes = 4;
 
     void Continue(std::size_t bytes, std::uint16_t flush)

@@ -100,7 +100,7 @@ private:
         return {first, std::min(m_groupStrips, m_job.strips - first)};
     }
     Slot &SlotOf(int group) { return m_slots[static_cast<std::size_t>(group) % m_slots.size()]; }
-    bool HasSlotToMake() const { return m_made < m_groups && m_made < m_written + static_cast<int>(m_slots.size()); }
+    bool CanMakeGroup() const { return m_made < m_groups && m_made < m_written + static_cast<int>(m_slots.size()); }
     bool HasPacked(int group) { return SlotOf(group).group == group; }
     bool MakesInOrder() const { return m_job.make && m_job.stripsAtOnce == 0; }
 
@@ -173,7 +173,7 @@ void Ring::PackNext(Packer *packer, Lock *lock)
     Status status = Status::Ok();
     try {
         status = packer->Pack(GroupAt(group), &slot);
-    } catch (const std::bad_alloc &) { // no exception may leave a thread; the text below needs no memory
+    } catch (const std::bad_alloc &) { // no exception may leave a thread; an empty text needs no memory
         status = Status::Fail(GFL_ERROR_NO_MEMORY, std::string());
     }
     lock->lock();
@@ -224,7 +224,7 @@ Status Ring::Run()
             return m_failure;
         if (HasPacked(m_written))
             status = WriteNext(&lock);
-        else if (HasSlotToMake())
+        else if (CanMakeGroup())
             status = MakeNext(&lock);
         else if (m_taken < m_made)
             PackNext(m_packers[0].get(), &lock);

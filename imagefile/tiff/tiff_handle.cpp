@@ -31,7 +31,7 @@ tmsize_t TiffHandle::Client::Read(thandle_t handle, void *buffer, tmsize_t lengt
 {
     Client *client = Of(handle);
     if (!client->source)
-        return 0; // nothing is read back: a file that is written has one directory, written at its end
+        return 0; // nothing is read back: a file being written has one directory, which is written last
     const std::size_t count = client->source->ReadAt(client->position, buffer, static_cast<std::size_t>(length));
     client->position += count;
     return static_cast<tmsize_t>(count);

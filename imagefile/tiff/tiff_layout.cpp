@@ -220,7 +220,7 @@ Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
     return layout->color == TiffColor::Palette ? ReadPalette(handle, layout) : Status::Ok();
 }
 
-Status ChooseForeignForm(const TiffHandle &handle, TiffLayout *layout)
+Status ChooseConvertedForm(const TiffHandle &handle, TiffLayout *layout)
 {
     char why[1024] = "";
     if (!TIFFRGBAImageOK(handle.Get(), why))
@@ -278,7 +278,8 @@ Status ReadLayout(const Source &source, const TiffHandle &handle, TiffLayout *la
     if (Status status = CheckPalette(source, handle, *layout); !status)
         return status;
     ReadWhite(handle, layout);
-    Status status = layout->color == TiffColor::Other ? ChooseForeignForm(handle, layout) : ChooseForm(handle, layout);
+    Status status =
+        layout->color == TiffColor::Other ? ChooseConvertedForm(handle, layout) : ChooseForm(handle, layout);
     return status ? CheckBytes(source, handle, *layout) : status;
 }
 
@@ -291,12 +292,12 @@ std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
     return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxTiffDirectories));
 }
 
-// Search for the smallest suitable reduced version; Best() is 0 if there is none.
+// Search for the smallest suitable reduced version; BestOffset() is 0 if there is none.
 class ReducedSearch {
 public:
     ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }
 
-    void Look(const TiffHandle &handle)
+    void Consider(const TiffHandle &handle)
     {
         const auto width = handle.Field<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
         const auto height = handle.Field<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
@@ -305,14 +306,14 @@ public:
         if (!CanReplace(m_picture, {static_cast<int>(width), static_cast<int>(height)}, m_box))
             return;
         m_bestWidth = width;
-        m_best = TIFFCurrentDirOffset(handle.Get());
+        m_bestOffset = TIFFCurrentDirOffset(handle.Get());
     }
-    std::uint64_t Best() const { return m_best; }
+    std::uint64_t BestOffset() const { return m_bestOffset; }
 
 private:
     const Box m_picture, m_box;
     std::uint32_t m_bestWidth = kMaxSidePixels;
-    std::uint64_t m_best = 0;
+    std::uint64_t m_bestOffset = 0;
 };
 
 } // namespace
@@ -333,16 +334,16 @@ Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle,
     ReducedSearch search(picture, box);
     for (const std::uint64_t offset : SubDirectories(*handle))
         if (handle->OpenAt(offset))
-            search.Look(*handle);
+            search.Consider(*handle);
     // Stop at the second page: the reduced versions after it belong to other pages.
     bool more = handle->OpenFirst();
     for (int i = 0, pages = 0; more && i < kMaxTiffDirectories; ++i, more = handle->OpenNext()) {
         pages += IsReduced(*handle) ? 0 : 1;
         if (pages > 1)
             break;
-        search.Look(*handle);
+        search.Consider(*handle);
     }
-    if (search.Best() == 0 || !handle->OpenAt(search.Best()))
+    if (search.BestOffset() == 0 || !handle->OpenAt(search.BestOffset()))
         return Unknown("no reduced version of the requested size");
     return ReadLayout(source, *handle, layout);
 }

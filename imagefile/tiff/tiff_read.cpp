@@ -18,7 +18,7 @@ namespace imagefile {
 namespace {
 
 /// Strips up to this size are decoded whole: libtiff then uses libdeflate, which is much faster than decoding row by
-/// row. For larger strips, such as a whole picture in one, that would take twice the memory.
+/// row. Decoding larger strips whole, such as the only strip of a picture, would take twice the memory.
 constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 
 /// Decoder that reads a TIFF from the top down, one band at a time: a row of tiles, a strip or a single row. Each plane
@@ -211,13 +211,13 @@ std::size_t UnpackedRowBytes(const TiffLayout &layout)
 }
 
 /// Decoder that runs on several threads, each with separate handles, and writes rows to their final location.
-class SharedReading {
+class ParallelReader {
 public:
-    /// Returns whether bands can be decoded in any order, and are small and numerous enough to share.
+    /// Returns whether bands can be decoded in any order, and are small and numerous enough to share among threads.
     static bool IsWorthwhile(const BandReader &reader, const RowSink &rows);
 
     /// @p reader belongs to the calling thread and has been started.
-    SharedReading(const Source &source, BandReader *reader, RowSink *rows) : m_source(source), m_rows(rows)
+    ParallelReader(const Source &source, BandReader *reader, RowSink *rows) : m_source(source), m_rows(rows)
     {
         m_workers.push_back({reader, nullptr, {}});
     }
@@ -243,7 +243,7 @@ private:
     Status m_failure = Status::Ok();
 };
 
-bool SharedReading::IsWorthwhile(const BandReader &reader, const RowSink &rows)
+bool ParallelReader::IsWorthwhile(const BandReader &reader, const RowSink &rows)
 {
     constexpr std::size_t kMaxBandBytes = std::size_t(8) << 20;
     constexpr std::int64_t kMinPixels = 1 << 20; // smaller pictures decode faster than threads start
@@ -256,7 +256,7 @@ bool SharedReading::IsWorthwhile(const BandReader &reader, const RowSink &rows)
         && std::find(std::begin(kCompressions), std::end(kCompressions), layout.compression) != std::end(kCompressions);
 }
 
-Status SharedReading::AddWorkers()
+Status ParallelReader::AddWorkers()
 {
     const int wanted = std::min(ThreadCount(), m_workers[0].reader->Bands());
     while (static_cast<int>(m_workers.size()) < wanted) {
@@ -275,7 +275,7 @@ Status SharedReading::AddWorkers()
     return Status::Ok();
 }
 
-Status SharedReading::Read(Worker *worker, int band)
+Status ParallelReader::Read(Worker *worker, int band)
 {
     BandReader &reader = *worker->reader;
     const TiffLayout &layout = reader.Layout();
@@ -293,7 +293,7 @@ Status SharedReading::Read(Worker *worker, int band)
     return Status::Ok();
 }
 
-void SharedReading::Work(Worker *worker)
+void ParallelReader::Work(Worker *worker)
 {
     const int bands = worker->reader->Bands();
     std::unique_lock<std::mutex> lock(m_mutex);
@@ -314,7 +314,7 @@ void SharedReading::Work(Worker *worker)
     }
 }
 
-Status SharedReading::Run()
+Status ParallelReader::Run()
 {
     if (Status status = AddWorkers(); !status)
         return status;
@@ -322,7 +322,7 @@ Status SharedReading::Run()
     threads.reserve(m_workers.size());
     try {
         for (std::size_t i = 1; i < m_workers.size(); ++i)
-            threads.emplace_back(&SharedReading::Work, this, &m_workers[i]);
+            threads.emplace_back(&ParallelReader::Work, this, &m_workers[i]);
     } catch (const std::exception &) { // too many threads, or no memory: continue with those that started
     }
     Work(&m_workers[0]);
@@ -341,8 +341,8 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
         return status;
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
         return status;
-    if (SharedReading::IsWorthwhile(*reader, *rows))
-        return SharedReading(source, reader, rows).Run();
+    if (ParallelReader::IsWorthwhile(*reader, *rows))
+        return ParallelReader(source, reader, rows).Run();
     std::vector<std::uint8_t> scratch;
     if (!UnpacksInPlace(layout))
         scratch.resize(UnpackedRowBytes(layout));
@@ -361,7 +361,7 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
 }
 
 // Reads rare color models through libtiff's conversion, which also needs memory for the picture as 8-bit RGBA.
-Status ReadForeign(const BandReader &reader, RowSink *rows)
+Status ReadConverted(const BandReader &reader, RowSink *rows)
 {
     const TiffLayout &layout = reader.Layout();
     const auto width = static_cast<std::uint32_t>(layout.width), height = static_cast<std::uint32_t>(layout.height);
@@ -388,7 +388,7 @@ Status ReadForeign(const BandReader &reader, RowSink *rows)
 
 Status ReadOpened(const Source &source, BandReader *reader, RowSink *rows)
 {
-    return reader->Layout().color == TiffColor::Other ? ReadForeign(*reader, rows) : ReadBands(source, reader, rows);
+    return reader->Layout().color == TiffColor::Other ? ReadConverted(*reader, rows) : ReadBands(source, reader, rows);
 }
 
 std::uint16_t Dpi(const TiffHandle &handle, std::uint32_t tag)
@@ -434,7 +434,7 @@ Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
     TiffLayout layout;
     if (Status status = OpenTiffPicture(source, &handle, &layout); !status)
         return status;
-    // Hosts compare the whole description of tiled files; in others they search for the color model.
+    // Hosts compare the whole description of tiled files; in other descriptions, they search for the color model.
     const GflColorModel model = ColorModelOf(layout);
     std::snprintf(info->Description, sizeof info->Description, "TIFF%s",
                   layout.isTiled             ? " tiled"

@@ -84,7 +84,7 @@ template <class T> void Invert(const TiffLayout &layout, T *samples)
         samples[x * step] = static_cast<T>(FullScale<T>() - samples[x * step]);
 }
 
-template <class T> void SpreadGray(const TiffLayout &layout, const T *samples, T *row)
+template <class T> void ExpandGray(const TiffLayout &layout, const T *samples, T *row)
 {
     for (int x = 0; x < layout.width; ++x, samples += layout.unpacked.channels, row += layout.form.channels) {
         row[0] = row[1] = row[2] = samples[0];
@@ -146,7 +146,7 @@ template <class T> void Finish(const TiffLayout &layout, ColorTransform *transfo
     if (layout.color == TiffColor::Cmyk || layout.color == TiffColor::Lab)
         transform->Row(unpacked, row, static_cast<std::size_t>(layout.width));
     else if (!UnpacksInPlace(layout))
-        SpreadGray(layout, unpacked, row);
+        ExpandGray(layout, unpacked, row);
     if (layout.premultiplied)
         Unpremultiply(layout, row);
 }

@@ -227,7 +227,7 @@ Status Writer::WritePlain()
     return Status::Ok();
 }
 
-/// Writes LZW and Zstandard, one strip after another.
+/// Writes strips packed with LZW or Zstandard, one after another.
 Status Writer::WriteByLibtiff()
 {
     std::vector<std::uint8_t> buffer(m_picture.BytesOf(0)); // libtiff's predictor works in place

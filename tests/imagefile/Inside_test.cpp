@@ -17,7 +17,7 @@
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
 #include "metadata/metadata_map.h"
-#include "metadata/note_place.h"
+#include "metadata/note_offset.h"
 #include "metadata/source_io.h"
 #include "raw/raw_stream.h"
 #include "tiff/tiff_codec.h"
@@ -529,12 +529,13 @@ void tst_Inside::readers()
     char byte = 'x';
     QByteArray part(70000, '\0');
     QVERIFY(reader.Number(3) == 0x020304 && reader.Skip(65530) && reader.Position() == 65535);
-    QVERIFY(reader.Read(part.data(), 70000) && part == bytes.mid(65535, 70000) && reader.Left() == 300000 - 135535);
+    QVERIFY(reader.Read(part.data(), 70000) && part == bytes.mid(65535, 70000)
+            && reader.Remaining() == 300000 - 135535);
     QVERIFY(!reader.Skip(300000) && !reader.Read(&byte, 1)); // after a failure nothing is read
-    QVERIFY(byte == 'x' && reader.Number(2) == 0 && reader.Failed() && reader.Left() == 0);
+    QVERIFY(byte == 'x' && reader.Number(2) == 0 && reader.Failed() && reader.Remaining() == 0);
     ByteReader far(source, 0);
     QVERIFY(far.Skip(70000) && far.Position() == 70000 && far.Number(1) == 70000 % 251 && far.Skip(229999));
-    QVERIFY(far.Left() == 0 && !far.Failed() && far.Skip(0) && far.Number(1) == 0 && far.Failed());
+    QVERIFY(far.Remaining() == 0 && !far.Failed() && far.Skip(0) && far.Number(1) == 0 && far.Failed());
     SourceIo io(source);
     QCOMPARE(io.seek(299990, Exiv2::BasicIo::beg), 0);
     const Exiv2::DataBuf end = io.read(20);
@@ -607,11 +608,11 @@ void tst_Inside::boxes()
     QVERIFY(IsoBoxesIn(Source("\0\0\0\7tiny", 8), 0, 8).empty());
     TiffField rational = {33434, 5, 1, {4}}; // 8 bytes at byte 4
     QVERIFY(!WidenField(Bytes(11), &rational) && WidenField(Bytes(12), &rational));
-    // An EXIF block with a maker note's field. Before place 16 there is no room for the note.
+    // An EXIF block with a maker note's field. Before offset 16 there is no room for the note.
     const QByteArray head("II*\0", 4), entry("\1\0\x7C\x92\7\0\4\0\0\0", 10), end(4, '\0');
     const QByteArray block = head + QByteArray("\x08\0\0\0", 4) + entry + end + end;
-    const auto withNote = [](const QByteArray &exif, unsigned place) {
-        const Bytes result = WithNoteAt(Bytes(exif.begin(), exif.end()), {'N', 'O', 'T', 'E'}, place);
+    const auto withNote = [](const QByteArray &exif, unsigned offset) {
+        const Bytes result = WithNoteAt(Bytes(exif.begin(), exif.end()), {'N', 'O', 'T', 'E'}, offset);
         return QByteArray(reinterpret_cast<const char *>(result.data()), int(result.size()));
     };
     QCOMPARE(withNote(block, 15) + withNote(block.left(7), 16) + withNote(block.left(20), 16), QByteArray());

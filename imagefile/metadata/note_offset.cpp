@@ -1,4 +1,4 @@
-#include "note_place.h"
+#include "note_offset.h"
 
 #include "core/limits.h"
 #include "core/tiff_directory.h"
@@ -99,8 +99,8 @@ public:
     }
 
     bool IsComplete() const { return m_end <= m_note.size(); }
-    bool HasShiftedOffsets(std::int64_t place) const;
-    bool HasNestedDirectories(std::int64_t place) const;
+    bool HasShiftedOffsets(std::int64_t offset) const;
+    bool HasNestedDirectories(std::int64_t offset) const;
 
 private:
     struct Field {
@@ -125,26 +125,26 @@ private:
     std::vector<Field> m_fields;
 };
 
-bool NoteDirectory::HasShiftedOffsets(std::int64_t place) const
+bool NoteDirectory::HasShiftedOffsets(std::int64_t offset) const
 {
     const auto size = static_cast<std::int64_t>(m_note.size()), lowest = static_cast<std::int64_t>(m_end);
     std::int64_t first = INT64_MAX, last = INT64_MIN; // extent of the values, relative to the note
     for (const Field &field : m_fields) {
         if (field.Bytes() <= 4 || field.Bytes() > size) // larger values, such as previews, are stored elsewhere
             continue;
-        first = std::min(first, field.value - place);
-        last = std::max(last, field.value - place + field.Bytes());
+        first = std::min(first, field.value - offset);
+        last = std::max(last, field.value - offset + field.Bytes());
     }
     if (first > last || last - first > size - lowest) // there are no values, or they can't all be within the note
         return false;
     return first < lowest || last > size;
 }
 
-bool NoteDirectory::HasNestedDirectories(std::int64_t place) const
+bool NoteDirectory::HasNestedDirectories(std::int64_t offset) const
 {
     constexpr std::uint16_t kUndefined = 7;
     return std::any_of(m_fields.begin(), m_fields.end(), [&](const Field &field) {
-        const std::int64_t at = field.value - place;
+        const std::int64_t at = field.value - offset;
         return field.type == kUndefined && field.Bytes() > 4 && at >= static_cast<std::int64_t>(m_end)
             && NoteDirectory(m_note, static_cast<std::size_t>(at), m_isBigEndian).LooksValid(); // false past the end
     });
@@ -174,11 +174,11 @@ std::int64_t FindBlock(const Bytes &head)
 
 } // namespace
 
-void AddNotePlace(const Source &source, Exiv2::ExifData *exif)
+void AddNoteOffset(const Source &source, Exiv2::ExifData *exif)
 {
     constexpr std::size_t kSearchedBytes = 131072; // two segments of a JPEG
     const auto value = exif->findKey(Exiv2::ExifKey("Exif.Photo.MakerNote"));
-    if (value == exif->end() || value->size() < 16 || exif->findKey(Exiv2::ExifKey(kNotePlaceKey)) != exif->end())
+    if (value == exif->end() || value->size() < 16 || exif->findKey(Exiv2::ExifKey(kNoteOffsetKey)) != exif->end())
         return;
     Bytes note(static_cast<std::size_t>(value->size())), head(kSearchedBytes);
     value->copy(note.data(), Exiv2::littleEndian);
@@ -189,7 +189,7 @@ void AddNotePlace(const Source &source, Exiv2::ExifData *exif)
     const auto length = head.size() - static_cast<std::size_t>(block);
     // std::search would take minutes on some malicious notes.
     if (const void *found = memmem(head.data() + block, length, note.data(), note.size()))
-        (*exif)[kNotePlaceKey] =
+        (*exif)[kNoteOffsetKey] =
             static_cast<std::uint32_t>(static_cast<const std::uint8_t *>(found) - head.data() - block);
 }
 
@@ -199,15 +199,15 @@ bool IsMovableNote(const Bytes &note)
     return kind && kind->isMovable;
 }
 
-bool NeedsItsPlace(const Bytes &note, std::uint64_t place, bool isBigEndian)
+bool NeedsItsOffset(const Bytes &note, std::uint64_t offset, bool isBigEndian)
 {
     const NoteKind *kind = KindOf(note);
     if (kind && kind->isMovable)
         return false;
     const NoteDirectory directory(note, kind ? kind->directoryAt : 0, isBigEndian);
     return directory.IsComplete()
-        && (directory.HasShiftedOffsets(static_cast<std::int64_t>(place))
-            || directory.HasNestedDirectories(static_cast<std::int64_t>(place)));
+        && (directory.HasShiftedOffsets(static_cast<std::int64_t>(offset))
+            || directory.HasNestedDirectories(static_cast<std::int64_t>(offset)));
 }
 
 Bytes NotePlaceholder()
@@ -215,23 +215,23 @@ Bytes NotePlaceholder()
     return Bytes(4, 0);
 }
 
-Bytes WithNoteAt(const Bytes &block, const Bytes &note, std::uint32_t place)
+Bytes WithNoteAt(const Bytes &block, const Bytes &note, std::uint32_t offset)
 {
     std::vector<PlacedField> placed;
-    if (block.size() < kHeaderBytes || place < 16
+    if (block.size() < kHeaderBytes || offset < 16
         || !CollectFields(block, kClassic.Number(block.data() + 4, 4), 0, &placed))
         return {};
     const auto entry = std::find_if(placed.begin(), placed.end(),
                                     [](const PlacedField &each) { return each.field.tag == kMakerNote; });
     if (entry == placed.end() || entry->field.count != NotePlaceholder().size())
         return {};
-    const std::uint64_t noteEnd = (place + std::uint64_t(note.size()) + 1) & ~std::uint64_t(1);
-    const std::uint64_t room = place < block.size() ? noteEnd - kHeaderBytes : 0;
+    const std::uint64_t noteEnd = (offset + std::uint64_t(note.size()) + 1) & ~std::uint64_t(1);
+    const std::uint64_t room = offset < block.size() ? noteEnd - kHeaderBytes : 0;
     Bytes result = WithRoom(block, placed, room);
     result.resize(std::max<std::uint64_t>(result.size(), noteEnd));
-    std::copy(note.begin(), note.end(), result.begin() + place);
+    std::copy(note.begin(), note.end(), result.begin() + offset);
     SetNumber(note.size(), entry->CountAt() + room, &result);
-    SetNumber(place, entry->ValueAt() + room, &result);
+    SetNumber(offset, entry->ValueAt() + room, &result);
     return result;
 }
 

@@ -59,7 +59,7 @@ public:
     // --- Creating and finding ---
 
     /// Describes a file. Sets @p out to an image that the caller owns, or to null. Returns false for a file that can't
-    /// be read or isn't supported; throws nothing. Gray pictures add a line to g_ErrorMessages. @p withThumbnail also
+    /// be read or isn't supported; throws nothing. A gray picture adds a line to g_ErrorMessages. @p withThumbnail also
     /// loads a small version of the pixels.
     static bool CreateAPicture(const QString &path, ImageDef *&out, bool withThumbnail);
     /// Returns whether the file exists and has a picture's suffix.

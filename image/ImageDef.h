@@ -142,7 +142,7 @@ public:
     int m_cols = 0;
     int m_bands = 0;        // channels per pixel
     int m_depth = 0;        // bits per channel
-    bool m_hasExif = false; // m_shooting is reliable
+    bool m_hasExif = false; // true: m_shooting is reliable
     ShootingInformation m_shooting;
     QString m_exifSummary; // the main fields, for display
     bool m_hasIcc = false;

@@ -176,7 +176,7 @@ public:
         m_last(m_first ? between.bytes : src, dst, pixels);
     }
 
-    /// Returns the run in the other form: in @p block, or @p src itself if the forms are the same.
+    /// Returns the converted run, which is in @p block, or @p src itself if both forms are the same.
     const void *Converted(const void *src, RunBlock &block, int pixels) const
     {
         if (IsIdentity())

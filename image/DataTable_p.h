@@ -7,7 +7,8 @@
 
 #include <atomic>
 
-/// Calls @p visit with the untrimmed cells of each non-empty line. A file that can't be opened counts as empty.
+/// Calls @p visit with the untrimmed cells of each line that isn't empty or only a comment. A file that can't be opened
+/// counts as empty.
 template <typename Visit> void ForEachRow(const QString &fileName, Visit visit)
 {
     QFile file(fileName);

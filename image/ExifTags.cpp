@@ -149,7 +149,7 @@ float ParseDecimal(const char *text)
     return number;
 }
 
-float ParseWhole(const char *text)
+float ParseInteger(const char *text)
 {
     long long number = 0;
     std::sscanf(text, "%18lld", &number);
@@ -167,7 +167,7 @@ float ExifParseString(const char *text)
     if (number == 0.0F && std::strpbrk(text, ".,"))
         number = ParseDecimal(text);
     if (number == 0.0F)
-        number = ParseWhole(text);
+        number = ParseInteger(text);
     return FiniteOr(number, 0.0F);
 }
 

@@ -48,8 +48,8 @@ public:
 
     ImageDatas();
 
-    /// Copies the process-wide instance, if there is one, then reads each field from the key "image/" + field name, so
-    /// missing keys keep the process-wide value. thumbnailSize and thumbnailExtensions have no keys.
+    /// Copies the process-wide instance, if there is one, then reads each field from the key "image/" + field name. A
+    /// field whose key is missing keeps the process-wide value. thumbnailSize and thumbnailExtensions have no keys.
     void LoadSettings(KernelSettingsReader &reader);
     void LoadSettings(KSettingsManager &manager);
     void LoadSettings(QHash<QString, QVariant> &hash);

@@ -59,7 +59,7 @@ public:
     // --- Creating and finding ---
 
     /// Describes a file. Sets @p out to an image that the caller owns, or to null. Returns false for a file that can't
-    /// be read or isn't supported; throws nothing. Gray pictures add a line to g_ErrorMessages. @p withThumbnail also
+    /// be read or isn't supported; throws nothing. A gray picture adds a line to g_ErrorMessages. @p withThumbnail also
     /// loads a small version of the pixels.
     static bool CreateAPicture(const QString &path, ImageDef *&out, bool withThumbnail);
     /// Returns whether the file exists and has a picture's suffix.
@@ -142,7 +142,7 @@ public:
     int m_cols = 0;
     int m_bands = 0;        // channels per pixel
     int m_depth = 0;        // bits per channel
-    bool m_hasExif = false; // m_shooting is reliable
+    bool m_hasExif = false; // true: m_shooting is reliable
     ShootingInformation m_shooting;
     QString m_exifSummary; // the main fields, for display
     bool m_hasIcc = false;

@@ -39,7 +39,7 @@ double Number(const char *value)
     return FiniteOr(std::strtod(value, nullptr), 0.0);
 }
 
-int Whole(const char *value)
+int Integer(const char *value)
 {
     constexpr long kMost = std::numeric_limits<int>::max();
     return static_cast<int>(qBound(-kMost, std::strtol(value, nullptr, 10), kMost));
@@ -123,17 +123,17 @@ constexpr TagRow kTags[] = {
     {36867, QT_TRANSLATE_NOOP("ImageDef", "Date Time"),
      [](Readings &to, const char *value) { to.shooting.timestamp = Timestamp(value); }},
     {34855, QT_TRANSLATE_NOOP("ImageDef", "ISO"),
-     [](Readings &to, const char *value) { to.shooting.isoSpeed = Whole(value); }},
+     [](Readings &to, const char *value) { to.shooting.isoSpeed = Integer(value); }},
     {37380, QT_TRANSLATE_NOOP("ImageDef", "Exposure bias value"),
      [](Readings &to, const char *value) { to.shooting.exposureBias = ExifParseString(value); }},
     {40962, QT_TRANSLATE_NOOP("ImageDef", "Width"),
      [](Readings &to, const char *value) {
-         to.shooting.validWidth = Whole(value);
+         to.shooting.validWidth = Integer(value);
          to.imageWidth = static_cast<float>(to.shooting.validWidth);
      }},
     {40963, QT_TRANSLATE_NOOP("ImageDef", "Height"),
      [](Readings &to, const char *value) {
-         to.shooting.validHeight = Whole(value);
+         to.shooting.validHeight = Integer(value);
          to.imageHeight = static_cast<float>(to.shooting.validHeight);
      }},
     {41486, QT_TRANSLATE_NOOP("ImageDef", "Focal plane res X"),

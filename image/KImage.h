@@ -92,7 +92,7 @@ public:
     /// for NaN; 0 if there is none. The bytes of other depths are read as floats.
     int IntegrityValidation();
 
-    /// Sets a callback for the module's log lines; call it once, at startup. Log does nothing without a callback.
+    /// Sets a callback for the module's log lines. Call SetLog once, at startup; until then, Log does nothing.
     static void SetLog(void (*log)(const std::string &, void *), void *data);
     static void Log(const std::string &text);
 
@@ -182,8 +182,8 @@ public:
     KImage &operator-=(const KImage &other);
     KImage &operator+=(const KImage &other);
     KImage &operator*=(const KImage &other);
-    /// Multiplies the colors by @p factor. Integers saturate, and all their channels, even alpha, lose one part in 256
-    /// or 65,536.
+    /// Multiplies the colors by @p factor. Integer samples saturate, and those of all channels, even alpha, lose one
+    /// part in 256 or 65,536.
     KImage &operator*=(float factor);
 
     // --- Bridges to Qt (KImage_Qt.cpp) ---
@@ -261,16 +261,16 @@ public:
 
     // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp) ---
 
-    /// Finds the image circle: radius and center, in pixels from the frame's middle; all 0 if there is none. Seeds
-    /// qrand(). Cat-eye: for a circle cut off by the frame; @p nominalRadius: within 20 %, or 0 if unknown.
+    /// Find the image circle: radius and center, in pixels from the frame's middle; all 0 if there is no circle. Seed
+    /// qrand(). The second is for circles cut off by the frame; @p nominalRadius is right within 20 %, or 0 if unknown.
     void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
     void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.
     void CleanFisheyeData(double radius, double offsetX, double offsetY);
-    /// Maps an equidistant fisheye frame to a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to
-    /// 180 degrees from left to right, latitude 90 to -90 downward, with the lens pointing at the middle; directions
-    /// outside its view are transparent. The circle is detected ("Invalid Bitmap" if there is none) and spans @p
-    /// degrees, or it is given and spans 180 (for a lens of d degrees, pass radius * 180 / d).
+    /// Map an equidistant fisheye frame to a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to
+    /// 180 degrees from left to right, latitude 90 to -90 downward, with the lens pointing at the middle. Directions
+    /// outside the lens's view are transparent. The first detects a circle of @p degrees ("Invalid Bitmap" if there is
+    /// none); the second is given a circle of 180 degrees (for a lens of d degrees, pass radius * 180 / d).
     void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;
     void CircularCateyeToSpherical(int width, double radius, double offsetX, double offsetY, KImage &target) const;
 

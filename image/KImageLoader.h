@@ -10,7 +10,7 @@ using KImageCache = ImageCache<KImage, KImageLoader>;
 ///
 ///   | image             | first time                                           | after eviction |
 ///   |-------------------|------------------------------------------------------|----------------|
-///   | raw, above 8 bits | full size and depth: the file; others: that version  | its disk copy  |
+///   | raw, above 8 bits | full size and depth: the file; smaller: that version | its disk copy  |
 ///   | any other         | a bigger version in memory, else the file            | the file       |
 ///
 /// All functions except LockPostProcess are called with the item's mutex held. On failure they throw KException and
@@ -24,8 +24,8 @@ public:
     static void Load(ImageDef *def, Version *version);
     /// Fills an evicted version of the item.
     static void Load(ImageDef *def, Version *version, bool reloadFromSource, Item *item);
-    /// Fills a new version and returns true, after which the item must adopt it; or replaces @p version with one that
-    /// the item already has, locks that one and returns false.
+    /// Fills a new version and returns true: the caller must then add it to the item. If the item already has such a
+    /// version, sets @p version to that one, locks it and returns false.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
     /// Returns whether decoding failed after the version was handed out (gflAcceptPendingRows).

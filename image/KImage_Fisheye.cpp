@@ -171,7 +171,7 @@ struct PolarFrame {
     PolarPlane edges;
 };
 
-constexpr int kLevelRows = 4; // averaged on each side of an edge to measure the level
+constexpr int kLevelRows = 4; // averaged on each side of an edge to measure the brightness there
 
 /// Returns a quarter of the median brightness at the minimum radius, but at least 1 % of full brightness; brighter
 /// samples lie inside the circle.

@@ -66,8 +66,9 @@ template <typename T> void ResizeInto(const KImage &source, KImage &target)
 
 // --- Automatic crop ---
 
-/// Bounds of the valid area: the first and last valid position of each row and of each column, each searched only
-/// up to the middle. If there is none, the first is the middle and the last is the position before the middle.
+/// Bounds of the valid area: the first and last valid position of each row and of each column. The first is searched
+/// only before the middle, and is the middle if there is none; the last is searched only from the middle on, and is the
+/// position before the middle if there is none.
 struct Outline {
     std::vector<int> leftOf, rightOf, topOf, bottomOf;
 };
@@ -127,7 +128,7 @@ struct Span {
     float end;
 };
 
-/// Returns the innermost ends of all lines. Lines near the outer sides count less: at distance d from a side, a line
+/// Returns the innermost ends of all lines. Lines near the image's edges count less: at distance d from an edge, a line
 /// can move an end inward by at most reach(d), because the other pair of sides may cut off the corners instead.
 ///
 /// @param firstOf, lastOf  The ends of each line.

@@ -115,7 +115,7 @@ private:
     double Factor(double r2) const { return 1 + r2 * (m_k1 + r2 * (m_k2 + r2 * m_k3)); }
 
     /// Returns the factor at the radius r that maps to @p radius, found by Newton's method starting from @p radius.
-    /// Beyond a fold of the model the method finds other or negative radii, which are rejected.
+    /// Beyond a fold of the model, the method finds wrong or negative radii, which are rejected.
     float InverseFactor(float radius) const
     {
         double r = static_cast<double>(radius);

@@ -6,7 +6,7 @@
 #include <QDomElement>
 
 /// Deep copies of the four blocks, in the image-file layer's memory; each is null when absent, and setting one doesn't
-/// affect the others. If memory is short, a block is absent and an EXIF list keeps the values copied so far. Write on
+/// affect the others. If memory runs out, a block is absent or, for EXIF, has only the entries copied so far. Write on
 /// one thread, then read on any.
 class KMetaData {
 public:

@@ -8,7 +8,7 @@
 constexpr int kRunPixels = 512;
 constexpr int kMaxBytesPerPixel = 16;
 
-/// Buffer for one run, between two steps or as an aligned copy of an image's pixels.
+/// Buffer for one run: the result of the first of two steps, or an aligned copy of an image's pixels.
 struct alignas(64) RunBlock {
     unsigned char bytes[kRunPixels * kMaxBytesPerPixel];
 };
@@ -33,7 +33,7 @@ template <typename Run>
 void ForRuns(const KImage &source, int x, int y, int width, int height, KImage &target, int targetX, int targetY,
              Run run)
 {
-    const auto bounced = [&](const unsigned char *from, unsigned char *to, int pixels) {
+    const auto runOnCopies = [&](const unsigned char *from, unsigned char *to, int pixels) {
         RunBlock src, dst;
         const size_t srcBytes = size_t(pixels) * source.m_bitmap->BytesPerPixel;
         const size_t dstBytes = size_t(pixels) * target.m_bitmap->BytesPerPixel;
@@ -50,7 +50,7 @@ void ForRuns(const KImage &source, int x, int y, int width, int height, KImage &
             if (IsAligned(source, from) && IsAligned(target, to))
                 run(from, to, pixels);
             else
-                bounced(from, to, pixels);
+                runOnCopies(from, to, pixels);
         }
     }
 }

@@ -24,8 +24,8 @@ template <typename T> void StoreComponent(unsigned char *at, float value)
 template <typename T>
 constexpr float kFullValue = std::is_floating_point_v<T> ? 1.0f : float(std::numeric_limits<T>::max());
 
-/// Sampler for an image with components of type @p T. Pixel centers are at integers; positions in the outer half of an
-/// edge pixel repeat the edge. Must not outlive the image's pixels.
+/// Sampler for an image with components of type @p T. Pixel centers are at integers; in the outer half of an edge
+/// pixel, samples repeat the edge. Must not outlive the image's pixels.
 template <typename T> class PixelSampler {
 public:
     using Component = T;

@@ -20,7 +20,7 @@ struct ShootingInformation {
     double distortionK1 = 0.0; // radial coefficients, filled only from settings
     double distortionK2 = 0.0;
     double distortionK3 = 0.0;
-    double exposureTime = 0.0; // seconds; the unconverted shutter speed if the file has only that
+    double exposureTime = 0.0; // seconds; an unconverted APEX value if the file has only the shutter speed
     double fNumber = 0.0;
     int isoSpeed = 0;
     int orientation = 0; // 1 to 8 as in EXIF, 0: unknown

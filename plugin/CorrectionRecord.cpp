@@ -83,8 +83,8 @@ private:
     KImage::EditRecord *m_record;
 };
 
-void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &options, const ProfileNames &profile,
-            KImage::EditRecord *record)
+void AddOwnProperties(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
+                      const ProfileNames &profile, KImage::EditRecord *record)
 {
     Properties own("vitrelux", record);
     own.Set("Version", QStringLiteral(VITRELUX_VERSION));
@@ -105,8 +105,8 @@ void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &o
     });
 }
 
-void AddCameraRaw(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
-                  const ProfileNames &profile, KImage::EditRecord *record)
+void AddCameraRawProperties(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
+                            const ProfileNames &profile, KImage::EditRecord *record)
 {
     Properties crs("crs", record);
     crs.Set("AlreadyApplied", QStringLiteral("True"));
@@ -137,7 +137,7 @@ KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &fa
     const ProfileNames profile = NamesOf(fit);
     KImage::EditRecord record;
     record.append({QStringLiteral("Xmp.dc.format"), mimeType});
-    AddOwn(fit, facts, options, profile, &record);
-    AddCameraRaw(fit, facts, options, profile, &record);
+    AddOwnProperties(fit, facts, options, profile, &record);
+    AddCameraRawProperties(fit, facts, options, profile, &record);
     return record;
 }

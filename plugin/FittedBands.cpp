@@ -105,17 +105,18 @@ void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
     source->Hold(range.first, range.end);
     while (!m_warp.Render(source->Image(), source->FirstRow(), band, firstRow)) {
         if (range.first == 0 && range.end == all)
-            throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // the whole picture is already in memory
+            throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // even the whole picture isn't enough
         range = range.Widened(all);
         ReadableRows(range.end);
         source->Hold(range.first, range.end);
     }
 }
 
-/// Renders from stored rows as soon as the first @p rows of them can be read. Returns false if more are needed.
+/// Renders directly from the source's integer rows, as soon as the first @p rows rows can be read. Returns false if the
+/// warp needs more rows.
 bool FittedBands::RenderStored(KImage &band, int firstRow, int rows) const
 {
-    KImage readable; // wraps the complete rows, which no thread writes to
+    KImage readable; // wraps the decoded rows, which no thread writes to
     readable.AllocBitmap(m_picture.width(), ReadableRows(rows), m_picture.type(), m_picture.bitsPerComponent(),
                          /*clear=*/false, m_picture.getData(0, 0), static_cast<int>(m_picture.bytesPerLine()));
     return m_warp.Render(readable, 0, band, firstRow);

@@ -38,8 +38,8 @@ struct FittedRecord {
 /// | "Lens", "Body"                             | a name                                                          |
 /// | "Focal", "Aperture", "Distance"            | mm, f-number, m, above 0; the distance may be "inf"             |
 ///
-/// Numbers have a decimal point in every locale and are clamped to their range. Options get their defaults if their
-/// text is missing, empty or invalid.
+/// The decimal separator is a period in every locale. Numbers are clamped to their range. Options get their defaults if
+/// their text is missing, empty or invalid.
 namespace fitted {
 
 /// Lasting options are stored as defaults for later jobs and copied from picture to picture. The others, which are

@@ -58,7 +58,8 @@ public:
     QString UID() const override;
 
     /// Returns the page, which the first call creates without a parent. A host may add it to a wizard and delete it
-    /// with the wizard; the next call then creates a new one, for the next SetFiles. Null without a QApplication.
+    /// with the wizard; the next call then creates a page that is empty until the next SetFiles. Null without a
+    /// QApplication.
     QWizardPage *WizardPage() override;
     /// Stores the defaults and, if there is a page, the profile folder.
     void OnValidatePage() override;

@@ -64,7 +64,7 @@ private:
         FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
         m_source.Hold(range.first, range.end);
         while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
-            range = range.Widened(m_height); // at last to the whole picture, where no row is missing
+            range = range.Widened(m_height); // with the whole picture, rendering always succeeds
             m_source.Hold(range.first, range.end);
         }
     }

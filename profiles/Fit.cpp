@@ -117,7 +117,7 @@ private:
             const ProfileEntry &entry = m_profile.entries[one.entry];
             parts.append({&entry, *FrameOf(one.entry, &why), one.weight});
             m_result.assumed += parts.last().frame.assumed;
-            if (quantity != Quantity::Light && !parts.last().frame.tangential && HasTangentialTerms(entry))
+            if (quantity != Quantity::Light && !parts.last().frame.isDirectionKnown && HasTangentialTerms(entry))
                 m_result.assumed << QStringLiteral("rotated in an unknown direction: tangential terms are left out");
             if (quantity == Quantity::Light && entry.raw != m_facts.raw)
                 m_result.assumed << (entry.raw ? QStringLiteral("the profile was measured on raw data")
@@ -130,11 +130,11 @@ private:
     std::optional<EntryFrame> FrameOf(int index, QString *why)
     {
         const ProfileEntry &entry = m_profile.entries[index];
-        const auto &[of, known] = KnownFrameOf(entry);
+        const auto &[framed, known] = KnownFrameOf(entry);
         std::optional<EntryFrame> frame = known.frame;
         *why = known.why;
         if (frame && frame->focalLength > 0.0)
-            frame->focalLength *= entry.focalMm / of.entry->focalMm;
+            frame->focalLength *= entry.focalMm / framed.entry->focalMm;
         if (frame && !HasFocalLengths(entry) && !(frame->focalLength > 0.0)) {
             *why = QStringLiteral("the size of the frame that the profile was made from is unknown");
             return std::nullopt;
@@ -179,15 +179,15 @@ private:
         Correction &to = m_result.correction;
         const BlendParts &geometry = parts[0], &color = parts[1], &light = parts[2];
         if (!geometry.isEmpty())
-            MakeMap(m_tasks[0], geometry, QString(), &to.geometry, [&](const BlendParts &of) {
-                return m_blend.Geometry(of, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
+            MakeMap(m_tasks[0], geometry, QString(), &to.geometry, [&](const BlendParts &used) {
+                return m_blend.Geometry(used, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
             });
         for (auto [name, map, model] : {std::tuple("red", &to.red, &ProfileEntry::redGreen),
                                         std::tuple("blue", &to.blue, &ProfileEntry::blueGreen)}) {
             if (Any(color, model) && !m_result.colorEntries.isEmpty())
                 MakeMap(m_tasks[1], color, QStringLiteral(": the model for %1").arg(QLatin1String(name)), map,
-                        [&, model = model](const BlendParts &of) {
-                            return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
+                        [&, model = model](const BlendParts &used) {
+                            return Any(used, model) ? m_blend.Color(used, model, m_tasks[1].amount) : RadialMap();
                         });
         }
         if (m_result.colorEntries.isEmpty())

@@ -10,7 +10,7 @@
 namespace {
 
 /// Returns the value typed by the user, otherwise the one read from the file; nullopt if neither is above 0.
-std::optional<double> Settled(const std::optional<double> &typed, const Fact<double> &fact)
+std::optional<double> TypedOrRead(const std::optional<double> &typed, const Fact<double> &fact)
 {
     if (typed && *typed > 0.0)
         return typed;
@@ -39,9 +39,9 @@ bool ExtendsBeyondMap(const Correction &correction)
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed)
 {
     Setting setting;
-    setting.focalMm = Settled(typed.focalMm, facts.focalMm);
-    setting.aperture = Settled(typed.aperture, facts.aperture);
-    setting.distanceM = Settled(typed.distanceM, facts.distanceM);
+    setting.focalMm = TypedOrRead(typed.focalMm, facts.focalMm);
+    setting.aperture = TypedOrRead(typed.aperture, facts.aperture);
+    setting.distanceM = TypedOrRead(typed.distanceM, facts.distanceM);
     if (setting.focalMm && std::isinf(*setting.focalMm))
         setting.focalMm.reset();
     if (setting.aperture && std::isinf(*setting.aperture))
@@ -93,10 +93,10 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
     if (!task.isWanted)
         return false;
     const bool isChosen = !options.profile.isEmpty(); // an explicit choice overrides earlier corrections
-    const bool isAnew = options.again || isChosen;
-    if (task.done.value && !isAnew)
+    const bool mayRepeat = options.again || isChosen;
+    if (task.done.value && !mayRepeat)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
-    else if (task.tried && !isAnew)
+    else if (task.tried && !mayRepeat)
         Add(task, QStringLiteral("an earlier run couldn't correct it (XMP vitrelux:Requested)"));
     else if (!(task.amount > 0.0))
         Add(task, QStringLiteral("its amount is 0"));

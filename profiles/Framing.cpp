@@ -120,7 +120,7 @@ private:
 
 /// Finds the position in the unframed corrected picture that shows source position @p place, by Newton's method.
 /// @return false if there is none.
-bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
+bool FindShown(const CorrectionTwin &twin, const Point &place, Point *shown)
 {
     Point at = place;
     for (int i = 0; i < 100; ++i) {
@@ -148,7 +148,7 @@ double ZoomForAll(const Correction &correction)
     double zoom = 2.0 * kMaxZoom;
     for (const Point &edge : EdgePoints(correction.width, correction.height, kFirstSamples)) {
         Point shown{};
-        if (!Shows(twin, edge, &shown))
+        if (!FindShown(twin, edge, &shown))
             return 0.0; // beyond a fold: zoom out to the bound
         zoom = std::min({zoom, halfWidth / std::abs(shown.x - halfWidth), halfHeight / std::abs(shown.y - halfHeight)});
     }

@@ -37,12 +37,12 @@ constexpr TextRule kTextRules[] = {
 };
 
 /// A numeric field of an entry's setting or frame. Within the bounds, quotients are finite and no polynomial overflows.
-struct SizeRule {
+struct EntryNumberRule {
     const char *name;
     double ProfileEntry::*value;
     double least, most;
 };
-constexpr SizeRule kSizeRules[] = {
+constexpr EntryNumberRule kEntryNumberRules[] = {
     {"FocalLength", &ProfileEntry::focalMm, 0.1, 1e5}, // mm
     {"FocusDistance", &ProfileEntry::distanceM, 1e-3, 1e12},
     {"ImageWidth", &ProfileEntry::width, 1.0, 1e7},
@@ -62,12 +62,12 @@ constexpr ModelRule kSubModelRules[] = {
     {"VignetteModel", &ProfileEntry::vignette, "VignetteModelParam"},
 };
 
-struct PlaceRule {
+struct ModelNumberRule {
     const char *name;
     double ProfileModel::*value;
     double least, most;
 };
-constexpr PlaceRule kPlaceRules[] = {
+constexpr ModelNumberRule kModelNumberRules[] = {
     {"ImageXCenter", &ProfileModel::centerX, -1.0, 2.0},
     {"ImageYCenter", &ProfileModel::centerY, -1.0, 2.0},
     {"ScaleFactor", &ProfileModel::scaleFactor, 0.5, 2.0},
@@ -133,8 +133,8 @@ private:
         }
     }
 
-    /// Returns a value of the setting; 0 if it is missing or, with a note, invalid.
-    double Size(const SizeRule &rule)
+    /// Returns a number of the entry's setting or frame; 0 if it is missing or, with a note, invalid.
+    double EntryNumber(const EntryNumberRule &rule)
     {
         const ProfileField *field = Find(m_node, rule.name);
         if (!field)
@@ -155,8 +155,8 @@ private:
             if (const ProfileField *field = Find(m_node, rule.name))
                 m_entry.*rule.text = field->value;
         }
-        for (const SizeRule &rule : kSizeRules)
-            m_entry.*rule.value = Size(rule);
+        for (const EntryNumberRule &rule : kEntryNumberRules)
+            m_entry.*rule.value = EntryNumber(rule);
         if (m_entry.distanceM >= kInfinityM)
             m_entry.distanceM = std::numeric_limits<double>::infinity();
         if (const ProfileField *raw = Find(m_node, "CameraRawProfile"))
@@ -201,8 +201,8 @@ private:
     {
         NoteContradictions(node);
         ProfileModel base;
-        base.focalLengthX = FocalByFrame();
-        if (!ReadPlace(node, &base))
+        base.focalLengthX = FocalLengthFromFrame();
+        if (!ReadModelNumbers(node, &base))
             return; // its sub-models inherit the unreadable values
         ProfileModel geometry = base;
         const bool isRead = ReadCoefficients(node, "RadialDistortParam", &geometry);
@@ -242,7 +242,7 @@ private:
 
     void ReadKnownSubModel(const ProfileNode &node, const ModelRule &rule, ProfileModel model)
     {
-        if (!ReadPlace(node, &model) || !ReadCoefficients(node, rule.coefficients, &model))
+        if (!ReadModelNumbers(node, &model) || !ReadCoefficients(node, rule.coefficients, &model))
             return;
         const bool isScaled = Find(node, "ScaleFactor") != nullptr; // lateral color may consist of only a scale
         if (!model.coefficients.isEmpty() || isScaled || model.tangential1 != 0.0 || model.tangential2 != 0.0)
@@ -260,7 +260,7 @@ private:
                  true);
     }
 
-    double FocalByFrame() const
+    double FocalLengthFromFrame() const
     {
         const double longSideMm = LongSideMm(m_entry.sensorFormatFactor, m_entry.width, m_entry.height);
         return longSideMm > 0.0 ? m_entry.focalMm / longSideMm : 0.0;
@@ -281,17 +281,18 @@ private:
         return false;
     }
 
-    bool ReadPlace(const ProfileNode &node, ProfileModel *model)
+    bool ReadModelNumbers(const ProfileNode &node, ProfileModel *model)
     {
         const ProfileField *focal = Find(node, "FocalLengthX");
         if (focal && ParseRational(focal->value) == 0.0)
             Note(focal->line, QStringLiteral("FocalLengthX is 0; it is ignored"));
         else if (focal && !ReadBounded(node, *focal, kMinFocal, kMaxFocal, &model->focalLengthX))
             return false;
-        return std::all_of(std::begin(kPlaceRules), std::end(kPlaceRules), [&](const PlaceRule &rule) {
-            const ProfileField *field = Find(node, rule.name);
-            return !field || ReadBounded(node, *field, rule.least, rule.most, &(model->*rule.value));
-        });
+        return std::all_of(std::begin(kModelNumberRules), std::end(kModelNumberRules),
+                           [&](const ModelNumberRule &rule) {
+                               const ProfileField *field = Find(node, rule.name);
+                               return !field || ReadBounded(node, *field, rule.least, rule.most, &(model->*rule.value));
+                           });
     }
 
     bool ReadCoefficients(const ProfileNode &node, const char *name, ProfileModel *model)
@@ -305,12 +306,12 @@ private:
             if (!ReadBounded(node, *field, -kMaxCoefficient, kMaxCoefficient, &model->coefficients.last()))
                 return false;
         }
-        const auto further = std::find_if(node.fields.begin(), node.fields.end(), [&](const ProfileField &field) {
+        const auto unknown = std::find_if(node.fields.begin(), node.fields.end(), [&](const ProfileField &field) {
             return field.name.startsWith(prefix) && field.name.midRef(prefix.size()).toInt() > 3;
         });
-        if (further == node.fields.end())
+        if (unknown == node.fields.end())
             return true;
-        Note(further->line, QStringLiteral("%1 is unknown: %2 can't be used").arg(further->name, node.name), true);
+        Note(unknown->line, QStringLiteral("%1 is unknown: %2 can't be used").arg(unknown->name, node.name), true);
         return false;
     }
 

@@ -8,7 +8,7 @@
 
 constexpr double kMinLight = 1.0 / kMaxGain; // light below this share is not fully corrected
 
-/// Center and tangential terms of a map, both along the picture's axes.
+/// Center and tangential terms of a map, both in the picture's axes.
 struct MapMiddle {
     PictureVector center;     // pixels
     PictureVector tangential; // 1 / pixel

@@ -23,8 +23,8 @@ double RadiusOf(Projection projection, double angle);
 /// (t + k1 t^3 + k2 t^5 + k3 t^7) / radius, where t is the projection's angle from the axis at @p radius, in focal
 /// lengths.
 double FisheyeFactor(const ProfileModel &model, Projection projection, double radius);
-/// Returns the radius up to which the factor is valid, in focal lengths; may be infinite. That is where the polynomial
-/// folds back or, in rectilinear pictures, 85 degrees from the axis if that is nearer.
+/// Returns the radius up to which the factor is valid, in focal lengths; may be infinite: where the polynomial
+/// folds back or, in rectilinear pictures, at 85 degrees from the axis if that is nearer.
 double FisheyeEnd(const ProfileModel &model, Projection projection);
 
 /// Returns the first radius, up to @p endRadius, where radius times @p factor stops increasing; @p endRadius if it

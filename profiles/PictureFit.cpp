@@ -226,7 +226,7 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
         unread = m_index.UnreadFolders();
     }
     ProfileMatcher matcher({CameraFactor, Comparison(facts, options)});
-    const PictureFacts named = WithNameOfNumbers(facts);
+    const PictureFacts named = WithFullLensName(facts);
     ProfileMatch match = matcher.Match(profiles, named);
     if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // that folder may contain the profile
         match.reason += QStringLiteral("; %1: %2").arg(unread.first().path, unread.first().error);

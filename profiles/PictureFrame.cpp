@@ -8,10 +8,10 @@
 
 namespace {
 
-constexpr double kSameAspect = 1.02; // aspect ratios that differ by no more than this factor count as equal
-constexpr double kCropMode = 1.05;   // a 35 mm equivalent above this multiple of the expected one means a crop mode
-constexpr double kMinShare = 0.02;   // of the sensor's sides; no camera crops to less
-constexpr double kMiddleCrop = 0.01; // a crop this close to the center counts as centered
+constexpr double kSameAspect = 1.02;   // aspect ratios that differ by no more than this factor count as equal
+constexpr double kCropMode = 1.05;     // a 35 mm equivalent above this multiple of the expected one means a crop mode
+constexpr double kMinShare = 0.02;     // of the sensor's sides; no camera crops to less
+constexpr double kCenteredCrop = 0.01; // a crop this close to the center counts as centered
 
 double Aspect(const QSize &size)
 {
@@ -120,8 +120,8 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
         }
     }
     const double zoom = m_facts.digitalZoom.value;
-    const bool isFurther = zoom > crop * 1.01; // some makers include it in the 35 mm equivalent
-    if (isFurther && IsCredible(1.0 / zoom, QStringLiteral("digital zoom of %1").arg(zoom, 0, 'g', 10), assumed)) {
+    const bool cropsMore = zoom > crop * 1.01; // some makers include the zoom in the 35 mm equivalent
+    if (cropsMore && IsCredible(1.0 / zoom, QStringLiteral("digital zoom of %1").arg(zoom, 0, 'g', 10), assumed)) {
         crop = zoom;
         *assumed << QStringLiteral("only part of the sensor, %1 of its sides, according to the digital zoom")
                         .arg(Percent(1.0 / zoom));
@@ -136,17 +136,17 @@ bool PictureFrame::IsRotated(const QSizeF &reference) const
         return reference.height() > reference.width() ? m_place.width > m_place.height : m_place.height > m_place.width;
     // A crop may have any shape: choose the orientation in which the whole picture has the profile's proportions.
     const double profileAspect = reference.isEmpty() ? 1.5 : reference.width() / reference.height();
-    const double straight = std::abs(std::log(m_place.width / m_place.height / profileAspect));
+    const double mismatch = std::abs(std::log(m_place.width / m_place.height / profileAspect));
     const PictureVector rotated = SidesIfRotated();
-    return straight > std::log(kSameAspect) && std::abs(std::log(rotated.x / rotated.y / profileAspect)) < straight;
+    return mismatch > std::log(kSameAspect) && std::abs(std::log(rotated.x / rotated.y / profileAspect)) < mismatch;
 }
 
 /// Returns the sides that the whole picture has if the current one was rotated by 90 degrees.
 PictureVector PictureFrame::SidesIfRotated() const
 {
     const QRectF crop = m_facts.crop.Known() ? m_facts.crop.value : QRectF(0.0, 0.0, 1.0, 1.0);
-    const double share = crop.width() / crop.height();
-    return {m_place.height / share, m_place.width * share};
+    const double cropRatio = crop.width() / crop.height();
+    return {m_place.height / cropRatio, m_place.width * cropRatio};
 }
 
 /// Sets the ratio of the frames, and the focal length for models that give none.
@@ -205,7 +205,7 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
     if (shape.isRotated && m_facts.crop.Known()) {
         sides = SidesIfRotated();
         const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
-        if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
+        if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kCenteredCrop) {
             *why = QStringLiteral("the picture was cropped from a rotated one, and its position there is unknown");
             return std::nullopt;
         }
@@ -242,7 +242,7 @@ std::optional<EntryFrame> PictureFrame::ForEntry(const ProfileEntry &entry, bool
     if (!SetRatio(entry, shape->aspect, &frame, why) || !LimitRatio(chosen, &frame, why))
         return std::nullopt;
     frame.unitPx = shape->longPx / frame.ratio;
-    frame.tangential = !shape->isRotated;
+    frame.isDirectionKnown = !shape->isRotated;
     frame.assumed += shape->assumed;
     if (isSame && hasSize && !shape->isCut && !shape->isRotated)
         frame.frameHeight = entry.height / entry.width;

@@ -39,8 +39,9 @@ struct EntryFrame {
     double unitPx = 0.0;      // long side of the profile's frame, in pixels of the picture
     double focalLength = 0.0; // for models that give none; unit: long side of the profile's frame
     double frameHeight = 0.0; // of the profile's frame, divided by its width; 0: don't use the entry's centers
-    bool tangential = true;   // whether the direction of tangential terms is known
-    QStringList assumed;      // messages for the user
+    // False if the picture was rotated in an unknown direction; tangential terms then can't be used.
+    bool isDirectionKnown = true;
+    QStringList assumed; // messages for the user
 };
 
 /// The whole picture as the camera took it, before it was rotated or cropped to other proportions.
@@ -70,7 +71,7 @@ public:
     std::optional<EntryFrame> ForEntry(const ProfileEntry &entry, bool chosen, QString *why) const;
 
     /// Returns the shape of the frame; nullopt, with the reason in @p why, if the picture's position in it is unknown.
-    /// @param reference  sides of a picture as the camera stores it; empty: landscape.
+    /// @param reference  width and height of an unrotated frame; empty: landscape, 3:2.
     /// @param aspect     aspect ratio of the frame, at least 1; 0: that of the original size or, if unknown, of the
     ///                   picture.
     std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;

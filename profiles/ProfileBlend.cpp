@@ -22,7 +22,7 @@ ProfileBlend::Part ProfileBlend::PartOf(const BlendPart &part, const ProfileMode
 
 /// Blends centers and tangential terms. The tangential field t is quadratic, so F t(u) = t(d) / F for d = F u in
 /// pixels: terms divided by their focal lengths F have the same unit and can be blended.
-MapMiddle ProfileBlend::MiddleOf(const QVector<Part> &parts, const BlendParts &of, bool scaled) const
+MapMiddle ProfileBlend::MiddleOf(const QVector<Part> &parts, const BlendParts &entries, bool scaled) const
 {
     MapMiddle middle{{0.0, 0.0}, {0.0, 0.0}};
     double weights = 0.0;
@@ -30,11 +30,11 @@ MapMiddle ProfileBlend::MiddleOf(const QVector<Part> &parts, const BlendParts &o
         const Part &part = parts[i];
         if (!part.model)
             continue;
-        const PictureVector center = m_frame.CenterOf(*part.model, of[i].frame);
+        const PictureVector center = m_frame.CenterOf(*part.model, entries[i].frame);
         middle.center.x += part.weight * center.x;
         middle.center.y += part.weight * center.y;
         weights += part.weight;
-        if (!of[i].frame.tangential)
+        if (!entries[i].frame.isDirectionKnown)
             continue;
         // The field is 2 (u . t) u + |u|^2 t with the vector t = (tangential2, tangential1).
         const double unit = part.weight * (scaled ? part.model->scaleFactor : 1.0) / part.unitPx;
@@ -47,18 +47,18 @@ MapMiddle ProfileBlend::MiddleOf(const QVector<Part> &parts, const BlendParts &o
     return middle;
 }
 
-RadialMap ProfileBlend::Geometry(const BlendParts &of, bool byGreen, Projection projection, double amount) const
+RadialMap ProfileBlend::Geometry(const BlendParts &entries, bool byGreen, Projection projection, double amount) const
 {
     QVector<Part> parts;
     double end = kInfinite;
-    for (const BlendPart &part : of) {
+    for (const BlendPart &part : entries) {
         const ProfileEntry &entry = *part.entry;
         const bool isGreen = entry.green && (byGreen || !entry.geometry);
         parts.append(PartOf(part, isGreen ? &*entry.green : &*entry.geometry));
         if (parts.last().isFisheye)
             end = std::min(end, parts.last().unitPx * FisheyeEnd(*parts.last().model, projection));
     }
-    const MapMiddle middle = MiddleOf(parts, of, /*scaled=*/false);
+    const MapMiddle middle = MiddleOf(parts, entries, /*scaled=*/false);
     const auto factor = [&](double radius) {
         double sum = 0.0;
         for (const Part &part : qAsConst(parts)) {
@@ -71,13 +71,13 @@ RadialMap ProfileBlend::Geometry(const BlendParts &of, bool byGreen, Projection 
     return TabulateMap(middle, factor, FarthestRadius(m_pixels, middle.center, kMinZoom), end, amount);
 }
 
-RadialMap ProfileBlend::Color(const BlendParts &of, std::optional<ProfileModel> ProfileEntry::*color,
+RadialMap ProfileBlend::Color(const BlendParts &entries, std::optional<ProfileModel> ProfileEntry::*color,
                               double amount) const
 {
     QVector<Part> parts;
-    for (const BlendPart &part : of)
+    for (const BlendPart &part : entries)
         parts.append(PartOf(part, part.entry->*color ? &*(part.entry->*color) : nullptr));
-    const MapMiddle middle = MiddleOf(parts, of, /*scaled=*/true);
+    const MapMiddle middle = MiddleOf(parts, entries, /*scaled=*/true);
     const auto factor = [&](double radius) {
         double sum = 0.0;
         for (const Part &part : qAsConst(parts)) {
@@ -89,12 +89,12 @@ RadialMap ProfileBlend::Color(const BlendParts &of, std::optional<ProfileModel> 
     return TabulateMap(middle, factor, FarthestRadius(m_pixels, middle.center, 1.0), kInfinite, amount);
 }
 
-GainMap ProfileBlend::Light(const BlendParts &of, double amount) const
+GainMap ProfileBlend::Light(const BlendParts &entries, double amount) const
 {
     QVector<Part> parts;
-    for (const BlendPart &part : of)
+    for (const BlendPart &part : entries)
         parts.append(PartOf(part, &*part.entry->vignette));
-    const MapMiddle middle = MiddleOf(parts, of, /*scaled=*/false);
+    const MapMiddle middle = MiddleOf(parts, entries, /*scaled=*/false);
     const auto stops = [&](double radius) {
         double sum = 0.0;
         for (const Part &part : qAsConst(parts)) {

@@ -40,7 +40,7 @@ private:
         double weight;
     };
     Part PartOf(const BlendPart &part, const ProfileModel *model) const;
-    MapMiddle MiddleOf(const QVector<Part> &parts, const BlendParts &of, bool scaled) const;
+    MapMiddle MiddleOf(const QVector<Part> &parts, const BlendParts &entries, bool scaled) const;
 
     const PictureFrame &m_frame;
     QSize m_pixels;

@@ -33,30 +33,30 @@ void ForEachRun(QVector<int> entries, double same, const Value &value, const Tak
 /// Position of a value in a monotonic list: between the indices first and second, which are equal beyond the ends.
 struct Bracket {
     int first = 0, second = 0;
-    double share = 0.0; // weight of the second
+    double secondWeight = 0.0; // 0 to 1; the first has the rest
 };
 
-/// Finds the position of @p at. @p places must be monotonic.
-Bracket Find(const QVector<double> &places, double at)
+/// Finds the position of @p value in the monotonic list @p values.
+Bracket Find(const QVector<double> &values, double value)
 {
-    const bool isFalling = places.first() > places.last();
-    const auto found = std::lower_bound(places.begin(), places.end(), at,
+    const bool isFalling = values.first() > values.last();
+    const auto found = std::lower_bound(values.begin(), values.end(), value,
                                         [isFalling](double a, double b) { return isFalling ? a > b : a < b; });
-    const int second = int(found - places.begin());
+    const int second = int(found - values.begin());
     if (second == 0)
         return {0, 0, 0.0};
-    if (second == places.size())
+    if (second == values.size())
         return {second - 1, second - 1, 0.0};
-    const double from = places[second - 1], to = places[second];
-    return {second - 1, second, (at - from) / (to - from)};
+    const double from = values[second - 1], to = values[second];
+    return {second - 1, second, (value - from) / (to - from)};
 }
 
-template <typename Items, typename Place> Bracket FindAmong(const Items &items, double at, const Place &place)
+template <typename Items, typename ValueOf> Bracket FindAmong(const Items &items, double value, const ValueOf &valueOf)
 {
-    QVector<double> places;
+    QVector<double> values;
     for (const auto &item : items)
-        places.append(place(item));
-    return Find(places, at);
+        values.append(valueOf(item));
+    return Find(values, value);
 }
 
 double ApertureTerm(double apertureApex)
@@ -191,12 +191,12 @@ GridChoice ProfileGrid::Choose(const Setting &setting) const
         NoteBeyond(*setting.focalMm, shortest.focalMm, longest.focalMm, kMillimeters, &choice.assumed);
     }
     if (m_focals[at.first].kind != m_focals[at.second].kind) {
-        const int nearest = at.share < 0.5 ? at.first : at.second;
+        const int nearest = at.secondWeight < 0.5 ? at.first : at.second;
         at = {nearest, nearest, 0.0};
         choice.assumed << QStringLiteral("perspective and fisheye entries aren't mixed: the nearest is used");
     }
-    const bool isWhole = AddFocal(m_focals[at.first], 1.0 - at.share, setting, &choice)
-        && AddFocal(m_focals[at.second], at.share, setting, &choice);
+    const bool isWhole = AddFocal(m_focals[at.first], 1.0 - at.secondWeight, setting, &choice)
+        && AddFocal(m_focals[at.second], at.secondWeight, setting, &choice);
     if (!isWhole)
         choice.entries.clear();
     choice.assumed.removeDuplicates();
@@ -218,8 +218,8 @@ bool ProfileGrid::AddFocal(const Focal &focal, double weight, const Setting &set
                    &choice->assumed);
     const Bracket at =
         FindAmong(distances, 1.0 / *setting.distanceM, [](const Distance &one) { return 1.0 / one.distanceM; });
-    return AddDistance(distances[at.first], weight * (1.0 - at.share), setting, choice)
-        && AddDistance(distances[at.second], weight * at.share, setting, choice);
+    return AddDistance(distances[at.first], weight * (1.0 - at.secondWeight), setting, choice)
+        && AddDistance(distances[at.second], weight * at.secondWeight, setting, choice);
 }
 
 /// Adds a note: light changes with the aperture, so a measurement at one aperture may be far off at another.
@@ -264,5 +264,5 @@ bool ProfileGrid::AddDistance(const Distance &distance, double weight, const Set
                std::exp2(cells.last().apertureApex / 2.0), kFNumber, &choice->assumed);
     const Bracket at = FindAmong(cells, 1.0 / (*setting.aperture * *setting.aperture),
                                  [](const Cell &one) { return ApertureTerm(one.apertureApex); });
-    return add(cells[at.first], 1.0 - at.share) && add(cells[at.second], at.share);
+    return add(cells[at.first], 1.0 - at.secondWeight) && add(cells[at.second], at.secondWeight);
 }

@@ -14,7 +14,7 @@ constexpr int kMaxXmlDepth = 256;
 constexpr int kMaxXmlNodes = 500000;
 
 /// Maximum number of notes about one profile; the last one reports that the limit was reached. A damaged file may yield
-/// one per value.
+/// one note per value.
 constexpr int kMaxProfileNotes = 1000;
 
 // ---- Profile heads: names, frame and flags of a profile's first entry, which the index reads from every file ----

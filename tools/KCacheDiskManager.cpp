@@ -11,8 +11,9 @@
 namespace {
 
 constexpr int kFilesPerFolder = 1024;
-constexpr unsigned long long kPlenty = 0x40000000; // 1 GiB: the preferred reserve, because sizes are only estimates
-constexpr unsigned long long kEnough = 0x6400000;  // 100 MiB: the smallest reserve
+// A reserve is needed because the requested sizes are only estimates.
+constexpr unsigned long long kPreferredReserve = 0x40000000; // 1 GiB
+constexpr unsigned long long kMinReserve = 0x6400000;        // 100 MiB
 
 QStringList FilesIn(const QString &folder)
 {
@@ -95,9 +96,9 @@ QString KCacheDiskManager::getTempFolder(unsigned long long size, unsigned long 
 
 QString KCacheDiskManager::getTempFile(unsigned long long size)
 {
-    QString folder = getTempFolder(size, kPlenty);
+    QString folder = getTempFolder(size, kPreferredReserve);
     if (folder.isEmpty())
-        folder = getTempFolder(size, kEnough);
+        folder = getTempFolder(size, kMinReserve);
     return folder.isEmpty() ? QString() : getUniqueFilename(folder, m_prefix);
 }
 

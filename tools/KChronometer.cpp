@@ -30,7 +30,7 @@ QString KeyOf(const QString &name)
 }
 
 /// Truncates toward zero. Values beyond 64 bits are clamped to within 2,048 of the limits.
-qint64 Whole(double value)
+qint64 ToInteger(double value)
 {
     constexpr double kLargest = 9223372036854773760.0;
     return static_cast<qint64>(std::clamp(value, -kLargest, kLargest));
@@ -187,9 +187,9 @@ QStringList KChronometer::FindRelatedCounter(QString name)
 
 QString KChronometer::FormattedTime(qint64 ticks)
 {
-    const qint64 hours = Whole(UnitConv(Hours, ticks));
-    const qint64 minutes = Whole(UnitConv(Minutes, ticks));
-    const qint64 seconds = Whole(UnitConv(Seconds, ticks) - 60.0 * static_cast<double>(minutes));
+    const qint64 hours = ToInteger(UnitConv(Hours, ticks));
+    const qint64 minutes = ToInteger(UnitConv(Minutes, ticks));
+    const qint64 seconds = ToInteger(UnitConv(Seconds, ticks) - 60.0 * static_cast<double>(minutes));
     if (UnitConv(Hours, ticks) > 1.0)
         return QStringLiteral("%1 h:%2 min:%3 s").arg(hours).arg(minutes - 60 * hours).arg(seconds);
     if (UnitConv(Minutes, ticks) > 1.0)
@@ -202,7 +202,7 @@ QString KChronometer::FormattedTime(qint64 ticks)
     size_t i = 0;
     while (i + 1 < std::size(kSmall) && UnitConv(kSmall[i].units, ticks) <= 1.0)
         ++i;
-    const double cut = static_cast<double>(Whole(UnitConv(kSmall[i].units, ticks) * 1000.0)) / 1000.0;
+    const double cut = static_cast<double>(ToInteger(UnitConv(kSmall[i].units, ticks) * 1000.0)) / 1000.0;
     return QStringLiteral("%1 %2").arg(cut).arg(QLatin1String(kSmall[i].name));
 }
 

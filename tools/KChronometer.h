@@ -8,7 +8,7 @@
 
 /// Named timers with one counter per name and thread, so threads rarely wait for each other. Timers with different
 /// names can nest; on one thread, a timer can't nest in itself. Ticks are milliseconds of the system clock. Any thread
-/// may use it at any time, but call Reset() without a name and Dump() only while no timer runs.
+/// may call any function at any time, except Reset() without a name and Dump(), which require that no timer runs.
 ///
 /// Use the single instance, gChrono.
 class KChronometer {

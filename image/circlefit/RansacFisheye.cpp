@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr double kInlierShare = 0.005; // of the smaller side
+constexpr double kInlierDistance = 0.005; // relative to the smaller side
 constexpr double kMinScore = 0.05;
 constexpr double kGoodScore = 0.6;
 
@@ -86,7 +86,7 @@ bool RansacFisheye::evaluateModel(Model model)
             (std::sqrt(fromCenterX * fromCenterX + fromCenterY * fromCenterY) - model.radius) / smallerSide;
         if (measurement.inside) {
             bonus += residual < 0 ? 1 : 0;
-        } else if (std::fabs(residual) < kInlierShare) {
+        } else if (std::fabs(residual) < kInlierDistance) {
             ++inliers;
         } else {
             const double onCircleX = model.centerX + model.radius * measurement.directionX;

@@ -42,8 +42,8 @@ public:
     /// Scores a model: (edges on the circle + points inside it - edges counted against it) / measurements. An edge is
     /// on the circle if it is closer to it than 0.5 % of the image's smaller side. Any other edge counts against the
     /// model if the circle, in the edge's direction, lies at least the image's width to the right of the origin or at
-    /// least its height below it. Keeps the model if it is the best so far and the edges alone give more than 5 %;
-    /// returns true if the score is above 0.6.
+    /// least its height below it. Keeps the model if its score is the highest so far and more than 5 % of the
+    /// measurements are edges on the circle; returns true if the score is above 0.6.
     bool evaluateModel(Model model);
 
 private:

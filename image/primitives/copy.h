@@ -57,7 +57,7 @@ template <typename T, int S> Status CopyOpaque(const T *src, Step srcStep, T *ds
     });
 }
 
-/// Sets all pixels to the four values of @p value.
+/// Sets the four channels of all pixels to the elements of @p value.
 template <typename T> Status Set4(const T value[4], T *dst, Step dstStep, Size size)
 {
     if (!value)

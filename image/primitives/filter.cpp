@@ -63,21 +63,21 @@ PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], floa
 template <typename PairAt>
 void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *sums, std::int64_t count)
 {
-    constexpr std::int64_t kStretch = 1024;
-    for (std::int64_t start = 0; start < count; start += kStretch) {
-        const std::int64_t samples = std::min(kStretch, count - start);
-        const auto stretchAt = [&](int d) {
+    constexpr std::int64_t kRunSamples = 1024;
+    for (std::int64_t start = 0; start < count; start += kRunSamples) {
+        const std::int64_t samples = std::min(kRunSamples, count - start);
+        const auto runAt = [&](int d) {
             const Pair whole = pairAt(d);
             return Pair{whole.before + start, whole.after + start};
         };
         StartWith(center + start, spec.Weights()[0], sums + start, samples);
         int d = 1;
         for (; d + 3 <= spec.radius; d += 4) {
-            const Pair pairs[] = {stretchAt(d), stretchAt(d + 1), stretchAt(d + 2), stretchAt(d + 3)};
+            const Pair pairs[] = {runAt(d), runAt(d + 1), runAt(d + 2), runAt(d + 3)};
             AddPairs4(pairs, spec.Weights() + d, sums + start, samples);
         }
         for (; d <= spec.radius; ++d)
-            AddPair(stretchAt(d), spec.Weights()[d], sums + start, samples);
+            AddPair(runAt(d), spec.Weights()[d], sums + start, samples);
     }
 }
 

@@ -95,10 +95,10 @@ PRIMITIVES_WIDE void Add4(const Ipp32f *const rows[4], const float weights[4], I
 /// Computes one node's row: the weighted sum of the rows that the node covers.
 void ProjectOnNode(const Ipp32f *src, Step srcStep, const NodeWeights &node, Ipp32f *sums, std::int64_t width)
 {
-    constexpr std::int64_t kStretch = 1024; // the sums stay in the first-level cache
+    constexpr std::int64_t kRunSamples = 1024; // the sums stay in the first-level cache
     const std::int64_t last = static_cast<std::int64_t>(node.weights.size()) - 1;
-    for (std::int64_t start = 0; start < width; start += kStretch) {
-        const std::int64_t samples = std::min(kStretch, width - start);
+    for (std::int64_t start = 0; start < width; start += kRunSamples) {
+        const std::int64_t samples = std::min(kRunSamples, width - start);
         for (std::int64_t tap = 0; tap <= last; tap += 4) {
             const Ipp32f *rows[4];
             float weights[4];
@@ -184,11 +184,11 @@ public:
         : m_rows({size.height, spacing}),
           m_columns({size.width, spacing}),
           m_block({size.width, kBlock + kOverlap}),
-          m_turned({kBlock + kOverlap, size.width})
+          m_transposed({kBlock + kOverlap, size.width})
     {
     }
 
-    bool HasMemory() const { return m_block.block && m_turned.block; }
+    bool HasMemory() const { return m_block.block && m_transposed.block; }
     Size GridSize() const { return {m_rows.Nodes(), m_columns.Nodes()}; }
 
     void Project(const Ipp32f *src, Step srcStep, Plane &onGrid)
@@ -200,10 +200,10 @@ public:
             const int count = std::min(kBlock, m_rows.Nodes() - first);
             for (int i = 0; i < count; ++i)
                 ProjectOnNode(src, srcStep, NodeWeights(m_rows, first + i), m_block.Row(i), m_columns.pixels);
-            Transpose(m_block, {m_columns.pixels, count}, m_turned);
+            Transpose(m_block, {m_columns.pixels, count}, m_transposed);
             for (int node = 0; node < m_columns.Nodes(); ++node)
-                ProjectOnNode(m_turned.block.get(), m_turned.step, columnWeights[static_cast<std::size_t>(node)],
-                              onGrid.Row(node) + first, count);
+                ProjectOnNode(m_transposed.block.get(), m_transposed.step,
+                              columnWeights[static_cast<std::size_t>(node)], onGrid.Row(node) + first, count);
         }
     }
 
@@ -212,8 +212,8 @@ public:
         for (int first = 0, y = 0; y < m_rows.pixels; first += kBlock) {
             const int count = std::min(kBlock + kOverlap, m_rows.Nodes() - first);
             for (int x = 0; x < m_columns.pixels; ++x)
-                ReadOff(onGrid.block.get() + first, onGrid.step, 0, m_columns, x, m_turned.Row(x), count);
-            Transpose(m_turned, {count, m_columns.pixels}, m_block);
+                ReadOff(onGrid.block.get() + first, onGrid.step, 0, m_columns, x, m_transposed.Row(x), count);
+            Transpose(m_transposed, {count, m_columns.pixels}, m_block);
             // A row needs the node before it, its own node, and the next two.
             for (; y < m_rows.pixels && y / m_rows.spacing + kGridMargin + 2 < first + count; ++y)
                 ReadOff(m_block.block.get(), m_block.step, first, m_rows, y, RowAt(dst, dstStep, y), m_columns.pixels);
@@ -224,7 +224,7 @@ private:
     static constexpr int kBlock = 125, kOverlap = 3; // node rows; together a multiple of the vector length
 
     Grid m_rows, m_columns;
-    Plane m_block, m_turned;
+    Plane m_block, m_transposed;
 };
 
 Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma)

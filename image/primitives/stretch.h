@@ -39,7 +39,7 @@ public:
     {
         MapColors(m_table, m_channels, src, dst, pixels);
     }
-    /// Gives the same result, by vector multiplication if a factor reproduces the table.
+    /// Gives the same result as RunPlain, by vector multiplication if a factor reproduces the table.
     void Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const;
 
 private:

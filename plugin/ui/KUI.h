@@ -18,7 +18,7 @@ public:
     /// Starts the module with a host's state, which the host still owns, or with a new state if @p instances is null.
     /// A second call does nothing.
     static void init(KUIInstances *instances);
-    /// Stops the module: frees its state, or releases a host's.
+    /// Stops the module: frees its own state, or stops using the host's.
     static void exit();
 
     /// Registers "closure-library.rcc" from the application's folder, once; logs a critical message if that fails.

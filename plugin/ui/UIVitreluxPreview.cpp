@@ -235,8 +235,8 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
     ShowProfile(fileName);
     const Corrections supported = m_params->fitted ? FittedCorrections(fileName) : PlainCorrections(fileName);
     m_supported.insert(fileName, supported);
-    if (!m_params->fitted || !supported.distortion) // always for plain records
-        ui->m_cbDistortion->setChecked(false);      // unchecking clears the record's flag
+    if (!m_params->fitted || !supported.distortion) // plain records: unchecked by every new profile
+        ui->m_cbDistortion->setChecked(false);      // also clears the record's flag
     if (!supported.chromatic)
         ui->m_cbCA->setChecked(false);
     if (!supported.vignetting)

@@ -123,11 +123,11 @@ void AddWord(const QString &text, LensName *name)
         name->words.insert(word);
 }
 
-/// Replaces words that are marks only in names like this one; see OwnMark.
-void TakeOwnMarks(LensName *name)
+/// Replaces words that are marks only in names like this one; see ConditionalMark.
+void TakeConditionalMarks(LensName *name)
 {
-    for (const OwnMark &own : kOwnMarks) {
-        const QString with = QLatin1String(own.with), word = QLatin1String(own.word);
+    for (const ConditionalMark &mark : kConditionalMarks) {
+        const QString with = QLatin1String(mark.with), word = QLatin1String(mark.word);
         const bool applies = name->maker == with || name->words.contains(with) || name->marks.contains(with);
         if (applies && (name->words.remove(word) || name->marks.remove(word)))
             name->marks.insert(with + QLatin1Char('-') + word);
@@ -163,19 +163,19 @@ LensName ParseLensName(const QString &text)
     const QStringList words = rest.split(between, Qt::SkipEmptyParts);
     for (const QString &word : words)
         AddWord(word, &name);
-    TakeOwnMarks(&name);
+    TakeConditionalMarks(&name);
     return name;
 }
 
-bool Near(double a, double b, double share)
+bool IsNear(double a, double b, double tolerance)
 {
-    return std::fabs(a - b) <= share * std::max(a, b);
+    return std::fabs(a - b) <= tolerance * std::max(a, b);
 }
 
-QString Range(double from, double to, const QString &unit)
+QString RangeText(double from, double to, const QString &unit)
 {
     const QString first = QString::number(from);
-    return Near(from, to, 1e-6) ? unit.arg(first) : unit.arg(first + QLatin1Char('-') + QString::number(to));
+    return IsNear(from, to, 1e-6) ? unit.arg(first) : unit.arg(first + QLatin1Char('-') + QString::number(to));
 }
 
 /// Returns the words that identify a lens.
@@ -214,15 +214,15 @@ bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
 QString NumberContradiction(const LensName &wanted, const LensName &offered)
 {
     // Numbers in names are rounded: 4.25 mm is "4.3mm", f/1.68 is "f/1.7".
-    constexpr double kFocalShare = 0.015, kStopShare = 0.03;
+    constexpr double kFocalTolerance = 0.015, kStopTolerance = 0.03;
     if (wanted.HasFocal() && offered.HasFocal()
-        && !(Near(wanted.minFocalMm, offered.minFocalMm, kFocalShare)
-             && Near(wanted.maxFocalMm, offered.maxFocalMm, kFocalShare)))
-        return Range(offered.minFocalMm, offered.maxFocalMm, QStringLiteral("%1 mm"));
+        && !(IsNear(wanted.minFocalMm, offered.minFocalMm, kFocalTolerance)
+             && IsNear(wanted.maxFocalMm, offered.maxFocalMm, kFocalTolerance)))
+        return RangeText(offered.minFocalMm, offered.maxFocalMm, QStringLiteral("%1 mm"));
     if (wanted.HasAperture() && offered.HasAperture()
-        && !(Near(wanted.maxAperture, offered.maxAperture, kStopShare)
-             && Near(wanted.maxApertureAtTele, offered.maxApertureAtTele, kStopShare)))
-        return Range(offered.maxAperture, offered.maxApertureAtTele, QStringLiteral("f/%1"));
+        && !(IsNear(wanted.maxAperture, offered.maxAperture, kStopTolerance)
+             && IsNear(wanted.maxApertureAtTele, offered.maxApertureAtTele, kStopTolerance)))
+        return RangeText(offered.maxAperture, offered.maxApertureAtTele, QStringLiteral("f/%1"));
     return QString();
 }
 
@@ -320,14 +320,14 @@ QString Contradiction(const LensName &wanted, const LensName &offered)
     return mine == theirs ? QString() : QStringLiteral("other words");
 }
 
-int Shared(const QSet<QString> &a, const QSet<QString> &b)
+int SharedCount(const QSet<QString> &a, const QSet<QString> &b)
 {
     return QSet<QString>(a).intersect(b).size();
 }
 
-int Unmatched(const QSet<QString> &a, const QSet<QString> &b)
+int UnmatchedCount(const QSet<QString> &a, const QSet<QString> &b)
 {
-    return a.size() + b.size() - 2 * Shared(a, b);
+    return a.size() + b.size() - 2 * SharedCount(a, b);
 }
 
 } // namespace
@@ -367,9 +367,9 @@ NameMatch CompareLensNames(const LensName &wanted, const LensName &offered)
     match.fits = match.why.isEmpty();
     match.sameFocal = numbers && NumberContradiction(wanted, offered).isEmpty();
     constexpr double kMark = 2.0, kCode = 2.0, kWord = 1.0, kMiss = 0.5;
-    match.score = kMark * Shared(wanted.marks, offered.marks) + kCode * Shared(wanted.codes, offered.codes)
-        + kWord * Shared(wanted.words, offered.words)
-        - kMiss * (Unmatched(wanted.marks, offered.marks) + Unmatched(wanted.words, offered.words))
+    match.score = kMark * SharedCount(wanted.marks, offered.marks) + kCode * SharedCount(wanted.codes, offered.codes)
+        + kWord * SharedCount(wanted.words, offered.words)
+        - kMiss * (UnmatchedCount(wanted.marks, offered.marks) + UnmatchedCount(wanted.words, offered.words))
         + (numbers ? kMark : 0.0) + (stops ? kMark : 0.0)
         + (!wanted.maker.isEmpty() && wanted.maker == offered.maker ? kMark : 0.0);
     return match;

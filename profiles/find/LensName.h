@@ -35,7 +35,7 @@ struct NameMatch {
     bool fits = false;      // no number, mark or word conflicts
     bool sameFocal = false; // both give the same focal lengths, and their apertures don't conflict
     double score = 0;       // weighted count of shared parts minus those in only one name
-    QString why;            // if it doesn't fit: the first contradiction, as text for the user
+    QString why;            // if the names don't fit: the first contradiction, as text for the user
 };
 
 /// Compares the lens name of a picture with that of a profile or database.

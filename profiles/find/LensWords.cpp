@@ -184,7 +184,7 @@ constexpr Mark kMarks[] = {
     {"lanthar", Group::Formula, nullptr},
     {"skopar", Group::Formula, nullptr},
     {"hd", Group::Generation, nullptr},
-    // Results of kOwnMarks; they occur in no text.
+    // Results of kConditionalMarks; they occur in no text.
     {"nikon-e", Group::Letter, nullptr},
     {"samyang-af", Group::Generation, nullptr},
     {"olympus-r", Group::Generation, nullptr},
@@ -328,7 +328,7 @@ constexpr const char *kIdleWords[] = {"lens",  "mm",        "f",       "for",   
                                       "the",   "objective", "unknown", "a",      "no",   "none",
                                       "other", "adapted",   "mount",   "manual", "model"};
 
-template <std::size_t kCount> bool Among(const char *const (&words)[kCount], const QString &word)
+template <std::size_t kCount> bool IsOneOf(const char *const (&words)[kCount], const QString &word)
 {
     for (const char *each : words)
         if (word == QLatin1String(each))
@@ -383,12 +383,12 @@ QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group)
 
 bool IsMountFamily(const QString &word)
 {
-    return Among(kMountFamilies, word);
+    return IsOneOf(kMountFamilies, word);
 }
 
 bool IsDescription(const QString &word)
 {
-    return Among(kDescriptions, word);
+    return IsOneOf(kDescriptions, word);
 }
 
 QString MakerOfMount(const QSet<QString> &marks)
@@ -401,5 +401,5 @@ QString MakerOfMount(const QSet<QString> &marks)
 
 bool IsIdleWord(const QString &word)
 {
-    return Among(kIdleWords, word);
+    return IsOneOf(kIdleWords, word);
 }

@@ -68,11 +68,11 @@ struct Mark {
 
 /// A word that distinguishes versions only in names that also contain another word, or in names of one maker. There it
 /// becomes the mark "WITH-WORD".
-struct OwnMark {
+struct ConditionalMark {
     const char *with, *word;
 };
 
-constexpr OwnMark kOwnMarks[] = {
+constexpr ConditionalMark kConditionalMarks[] = {
     {"nikon", "e"},          // electromagnetic aperture; elsewhere Sony's mount
     {"samyang", "af"},       // part of many other names; Samyang's lenses without it have the same numbers
     {"olympus", "r"},        // elsewhere an aperture ring
@@ -91,10 +91,11 @@ QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group);
 
 /// Returns the maker identified by a word: its name, or a lens family that only it makes. Empty if there is none.
 QString FindMaker(const QString &word);
-/// Returns whether other makers also use this family name for the mount. The name identifies the maker only if nothing
-/// else does.
+/// Returns whether a word is a lens family's name that other makers use for the family's mount. Such a word identifies
+/// the maker only if nothing else in the lens name does.
 bool IsMountFamily(const QString &word);
-/// Returns the maker of the mount among @p marks if other makers' lens names use it too ("E", "Z"); empty otherwise.
+/// Returns the maker of the mount among @p marks if other makers' lens names include that mark too ("E", "Z"); empty
+/// otherwise.
 QString MakerOfMount(const QSet<QString> &marks);
 /// Returns whether a word describes glass, coatings or equipment. Many makers use such words, and other spellings of
 /// the same lens may omit them.

@@ -101,11 +101,11 @@ bool IsBelow(const QString &path, const QStringList &folders)
 
 QStringList CanonicalPaths(const QStringList &folders)
 {
-    QStringList whole;
+    QStringList paths;
     for (const QString &folder : folders)
-        if (const QString path = QFileInfo(folder).canonicalFilePath(); !path.isEmpty() && !whole.contains(path))
-            whole.append(path);
-    return whole;
+        if (const QString path = QFileInfo(folder).canonicalFilePath(); !path.isEmpty() && !paths.contains(path))
+            paths.append(path);
+    return paths;
 }
 
 } // namespace
@@ -123,11 +123,11 @@ ProfileIndex::ProfileIndex(const QString &cacheFile) : m_cacheFile(cacheFile)
 
 bool ProfileIndex::Scan(const QStringList &folders)
 {
-    const QStringList whole = CanonicalPaths(folders);
+    const QStringList roots = CanonicalPaths(folders);
     QStringList files;
     QSet<QString> walked; // canonical paths
     m_unreadFolders.clear();
-    for (const QString &folder : whole)
+    for (const QString &folder : roots)
         Walk(folder, 0, &walked, &files);
     const bool complete = files.size() <= kMaxIndexedProfiles;
     files = files.mid(0, kMaxIndexedProfiles);
@@ -152,7 +152,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
     for (auto known = m_known.begin(); known != m_known.end();)
         // Neither size nor time changes when a file becomes readable, so unread files aren't kept.
         known = known->modifiedMs == kUnread
-                || (IsBelow(known.key(), whole) && !std::binary_search(files.begin(), files.end(), known.key()))
+                || (IsBelow(known.key(), roots) && !std::binary_search(files.begin(), files.end(), known.key()))
             ? m_known.erase(known)
             : std::next(known);
     if (changed || m_known.size() != before)
@@ -170,12 +170,12 @@ void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked,
     while (entries.hasNext()) {
         entries.next();
         const QFileInfo info = entries.fileInfo();
-        const QString whole = info.isSymLink() ? info.canonicalFilePath() : info.filePath();
+        const QString path = info.isSymLink() ? info.canonicalFilePath() : info.filePath();
         if (info.isDir())
-            Walk(whole, depth + 1, walked, files);
-        else if ((info.isFile() || !info.exists()) && !whole.isEmpty()
+            Walk(path, depth + 1, walked, files);
+        else if ((info.isFile() || !info.exists()) && !path.isEmpty()
                  && info.suffix().compare(QLatin1String("lcp"), Qt::CaseInsensitive) == 0)
-            files->append(whole);
+            files->append(path);
     }
     AddMisnamed(folder, files);
 }

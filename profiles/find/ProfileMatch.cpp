@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr double kFocalShare = 0.02; // EXIF rounds focal lengths
-constexpr double kStopShare = 0.06;  // EXIF rounds f-numbers to thirds of a stop, as in "3.5" for 3.6
+constexpr double kFocalTolerance = 0.02; // EXIF rounds focal lengths
+constexpr double kStopTolerance = 0.06;  // EXIF rounds f-numbers to thirds of a stop, as in "3.5" for 3.6
 
 enum class Body { Other, SameMaker, Same };
 
@@ -40,10 +40,11 @@ QString MakerOf(const QString &make)
     return make.toCaseFolded().section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
 }
 
-bool IsSubset(const LensName &name, const LensName &of)
+bool IsSubset(const LensName &name, const LensName &whole)
 {
-    return of.marks.contains(name.marks) && of.words.contains(name.words)
-        && (of.marks != name.marks || of.words != name.words) && (name.maker.isEmpty() || name.maker == of.maker);
+    return whole.marks.contains(name.marks) && whole.words.contains(name.words)
+        && (whole.marks != name.marks || whole.words != name.words)
+        && (name.maker.isEmpty() || name.maker == whole.maker);
 }
 
 void CompleteNumbers(const PictureFacts &facts, LensName *name)
@@ -61,7 +62,7 @@ void CompleteNumbers(const PictureFacts &facts, LensName *name)
 
 bool ContainsFocal(double minFocal, double maxFocal, double focal)
 {
-    return focal >= minFocal * (1.0 - kFocalShare) && focal <= maxFocal * (1.0 + kFocalShare);
+    return focal >= minFocal * (1.0 - kFocalTolerance) && focal <= maxFocal * (1.0 + kFocalTolerance);
 }
 
 /// Returns why a profile's LensInfo contradicts the picture's focal length or aperture; empty if it doesn't.
@@ -71,7 +72,7 @@ QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
         && !ContainsFocal(head.minFocalMm, std::max(head.minFocalMm, head.maxFocalMm), facts.focalMm.value))
         return QStringLiteral("its lens has no %1 mm").arg(facts.focalMm.value);
     const double widest = std::min(head.minAperture, head.maxAperture);
-    if (widest > 0.0 && facts.aperture.Known() && facts.aperture.value < widest * (1.0 - kStopShare))
+    if (widest > 0.0 && facts.aperture.Known() && facts.aperture.value < widest * (1.0 - kStopTolerance))
         return QStringLiteral("its lens doesn't open to f/%1").arg(facts.aperture.value);
     return QString();
 }
@@ -81,8 +82,8 @@ bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
 {
     return std::any_of(wanted.begin(), wanted.end(), [&head](const LensName &name) {
         return !name.HasFocal() || head.minFocalMm <= 0.0
-            || (std::fabs(head.minFocalMm - name.minFocalMm) <= kFocalShare * name.minFocalMm
-                && std::fabs(head.maxFocalMm - name.maxFocalMm) <= kFocalShare * name.maxFocalMm);
+            || (std::fabs(head.minFocalMm - name.minFocalMm) <= kFocalTolerance * name.minFocalMm
+                && std::fabs(head.maxFocalMm - name.maxFocalMm) <= kFocalTolerance * name.maxFocalMm);
     });
 }
 
@@ -115,7 +116,7 @@ bool IsFixedLensName(const LensName &name, const QString &model)
 /// Returns whether a fixed lens's name has the focal range of the picture's lens, as far as both are known.
 bool HasFocalRangeOf(const PictureFacts &facts, const LensName &name)
 {
-    const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalShare * b; };
+    const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalTolerance * b; };
     return !facts.lensMinFocalMm.Known() || !facts.lensMaxFocalMm.Known() || !name.HasFocal()
         || (near(name.minFocalMm, facts.lensMinFocalMm.value) && near(name.maxFocalMm, facts.lensMaxFocalMm.value));
 }
@@ -316,7 +317,7 @@ private:
         return best.fits;
     }
 
-    /// Compares lens names; names with few details must also match the body.
+    /// Compares lens names. Names with few details fit only under further conditions, such as the same body.
     NameMatch CompareOnBody(const LensName &wanted, const LensName &offered, const Candidate &candidate) const
     {
         NameMatch match = CompareLensNames(wanted, offered);

@@ -80,7 +80,7 @@ bool HasMount(const lfLens *lens, const QStringList &mounts)
 }
 
 /// Removes the lenses that were measured on smaller sensors than the camera's.
-QVector<NamedLens> CoveringSensor(QVector<NamedLens> lenses, const Camera &camera)
+QVector<NamedLens> LensesCoveringSensor(QVector<NamedLens> lenses, const Camera &camera)
 {
     lenses.erase(std::remove_if(lenses.begin(), lenses.end(),
                                 [&camera](const NamedLens &each) {
@@ -111,7 +111,7 @@ struct LensfunDatabase::Tables {
 
     Camera CameraOf(const PictureFacts &facts) const;
     QStringList MountsOf(const Camera &camera) const;
-    QVector<NamedLens> OnCamera(const PictureFacts &facts, const Camera &camera) const;
+    QVector<NamedLens> LensesForCamera(const PictureFacts &facts, const Camera &camera) const;
 };
 
 const LensfunDatabase &LensfunDatabase::Instance()
@@ -159,7 +159,7 @@ QStringList LensfunDatabase::Tables::MountsOf(const Camera &camera) const
     return mounts;
 }
 
-QVector<NamedLens> LensfunDatabase::Tables::OnCamera(const PictureFacts &facts, const Camera &camera) const
+QVector<NamedLens> LensfunDatabase::Tables::LensesForCamera(const PictureFacts &facts, const Camera &camera) const
 {
     const QStringList mounts = MountsOf(camera);
     QVector<NamedLens> fitting;
@@ -177,7 +177,7 @@ bool AreBare(const QVector<LensName> &names)
 }
 
 /// Returns whether a lens may be the requested one. A name with only numbers may mean any lens that has them.
-bool MayBe(const LensName &wanted, const NamedLens &offered, const NameMatch &match)
+bool MayBeRequested(const LensName &wanted, const NamedLens &offered, const NameMatch &match)
 {
     const bool isMaker = wanted.maker.isEmpty() || wanted.maker == offered.name.maker;
     return wanted.IsBare() ? match.sameFocal && isMaker && wanted.converter == offered.name.converter : match.fits;
@@ -197,14 +197,14 @@ QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
     return standard.isEmpty() ? plain : standard;
 }
 
-QVector<NamedLens> NamedAlike(QVector<NamedLens> lenses, const QVector<LensName> &wanted, QStringList *nearest)
+QVector<NamedLens> LensesWithName(QVector<NamedLens> lenses, const QVector<LensName> &wanted, QStringList *nearest)
 {
     QVector<NamedLens> alike;
     for (NamedLens &each : lenses) {
         bool fits = false;
         for (const LensName &name : wanted) {
             const NameMatch match = CompareLensNames(name, each.name);
-            const bool fitsName = MayBe(name, each, match);
+            const bool fitsName = MayBeRequested(name, each, match);
             if (fitsName)
                 each.score = fits ? std::max(each.score, match.score) : match.score;
             else if (match.sameFocal && nearest->size() < 3)
@@ -243,12 +243,12 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
                         ? QStringLiteral("lensfun needs the camera's name; give it with --body")
                         : QStringLiteral("lensfun doesn't know the camera \"%1\"").arg(facts.model.value));
     match.cropFactor = camera.cropFactor;
-    QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);
+    QVector<NamedLens> lenses = m_tables->LensesForCamera(facts, camera);
     const QVector<LensName> wanted = WantedLenses(facts);
     // Names with only numbers are compared with all lenses: the picture's lens may be one whose data doesn't cover the
     // sensor.
     if (IsFixed(camera) || !AreBare(wanted))
-        lenses = CoveringSensor(lenses, camera);
+        lenses = LensesCoveringSensor(lenses, camera);
     if (IsFixed(camera))
         lenses = StandardLenses(lenses);
     else if (wanted.isEmpty())
@@ -257,7 +257,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
         return none(QStringLiteral("lensfun doesn't know the camera \"%1\", and the lens's name is not specific enough")
                         .arg(facts.model.value));
     else
-        lenses = NamedAlike(lenses, wanted, &match.nearest);
+        lenses = LensesWithName(lenses, wanted, &match.nearest);
     if (lenses.isEmpty())
         return none(wanted.isEmpty()
                         ? QStringLiteral("lensfun doesn't know the lens of the camera \"%1\"").arg(facts.model.value)
@@ -276,7 +276,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     if (byNumbers && best.name.maker != LensMakerOf(camera.make)) // other makers' lenses may share the numbers
         return none(QStringLiteral("the picture gives only the numbers of its lens, which \"%1\" may share by chance")
                         .arg(TitleOf(best.lens)));
-    const QVector<NamedLens> covering = CoveringSensor(lenses, camera);
+    const QVector<NamedLens> covering = LensesCoveringSensor(lenses, camera);
     if (covering.isEmpty())
         return none(QStringLiteral("lensfun's data for \"%1\" was measured on a smaller sensor").arg(best.name.text));
     match.lens = covering.first().lens;
@@ -307,7 +307,7 @@ QStringList LensfunDatabase::Search(const QStringList &words) const
     return found;
 }
 
-PictureFacts WithNameOfNumbers(PictureFacts facts)
+PictureFacts WithFullLensName(PictureFacts facts)
 {
     const QVector<LensName> wanted = WantedLenses(facts);
     const bool hasNumbers = std::any_of(wanted.begin(), wanted.end(),

@@ -46,4 +46,4 @@ private:
 
 /// Returns the facts, with the full name of the lens added if the picture gives only its numbers and exactly one lens
 /// in the database for the camera's mount has them.
-PictureFacts WithNameOfNumbers(PictureFacts facts);
+PictureFacts WithFullLensName(PictureFacts facts);

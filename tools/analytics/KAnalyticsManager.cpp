@@ -45,7 +45,7 @@ KAnalyticsManager::KAnalyticsManager(bool useSettingsUserId, QObject *parent, bo
 KAnalyticsManager::~KAnalyticsManager()
 {
     while (KAnalyticsProvider *provider = Providers().value(0)) {
-        Forget(provider); // removes all its entries, before its destruction is signaled
+        Forget(provider); // removes all of the provider's entries, before they dangle
         delete provider;
     }
     qDeleteAll(m_timers);

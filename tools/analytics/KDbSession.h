@@ -22,7 +22,7 @@ Q_DECLARE_LOGGING_CATEGORY(dbquery)
 /// previous commitAll(); cancelAll() and close() undo them. There is no savepoint while another process has the file
 /// locked. Without setUseRollBack(), each statement takes effect immediately.
 ///
-/// Use it only on the thread that opened it. The returned queries show failures; only a failure to open is logged.
+/// Use it only on the thread that opened it. The returned queries report failures; only a failure to open is logged.
 class KDbSession : public QObject {
     Q_OBJECT
 public:

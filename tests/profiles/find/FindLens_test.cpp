@@ -167,7 +167,7 @@ private:
     {
         const QString path = m_folder.filePath("a.jpg"_s);
         WritePicture(path, row);
-        return WithNameOfNumbers(ReadPictureFacts(path, nullptr));
+        return WithFullLensName(ReadPictureFacts(path, nullptr));
     }
     /// Returns all profiles except those for @p lenses.
     QVector<IndexedProfile> AllBut(const QStringList &lenses) const
@@ -285,7 +285,7 @@ void tst_FindLens::similarNamesInLensfun()
     if (!lens.startsWith("none"_s))
         facts.lensNames = {Known(lens)};
     // A full name is added for this lens alone: the other names have more words, or no aperture.
-    QCOMPARE(WithNameOfNumbers(facts).lensNames.size(), facts.lensNames.size() + (lens == "YN50mm f/1.8"_s));
+    QCOMPARE(WithFullLensName(facts).lensNames.size(), facts.lensNames.size() + (lens == "YN50mm f/1.8"_s));
     LensfunMatch found = LensfunDatabase::Instance().Find(facts);
     found.nearest.removeDuplicates(); // a lens may be listed under several names
     QCOMPARE((QStringList{found.title, found.reason} + found.notes + found.nearest).join(QLatin1Char('\n')), expected);

@@ -181,25 +181,16 @@ void tst_Loading::thumbnails()
 
 void tst_Loading::embeddedPreviews()
 {
-    struct Row {
-        Embedding embedding;
-        QSize preview;
-        bool isUsed;      // for a box of 90 x 90 and a picture of 300 x 200
-        int segments = 0; // more before the JPEG's EXIF, which is only found among the first four
-    };
-    QVector<Row> rows = {
-        {BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false},
-        {Damaged, {120, 80}, false},   {Between, {120, 80}, true}, // the smallest that suffices, of three
-        {Between, {90, 60}, true},     {InExif, {91, 60}, true},   // large enough, or a pixel too small
-        {InExif, {89, 60}, false},     {InExif, {90, 59}, false},
-        {InExif, {120, 78}, true}, // proportions that differ by 2.6 % and 3.6 %
-        {InExif, {120, 83}, false},    {InExif, {120, 80}, true, 2},
-        {InExif, {120, 80}, false, 3}};
-    // Previews larger than the box, too small, and with other proportions.
-    for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
-        rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
-    for (const auto &[embedding, preview, isUsed, segments] : rows) {
-        const Case named(int(embedding), preview, segments);
+    const QByteArrayList places = {
+        "raw",     "raw pixels", "EXIF", "page", "before the page", "below the page", "as a page of the second",
+        "damaged", "between"};
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_PREVIEWS))) {
+        const Case named(row);
+        const auto embedding = Embedding(places.indexOf(row[0].toUtf8()));
+        QVERIFY(places.contains(row[0].toUtf8()));
+        const QSize preview(row[1].section(QLatin1Char(' '), 0, 0).toInt(),
+                            row[1].section(QLatin1Char(' '), 1).toInt());
+        const bool isUsed = row[2] == QLatin1String("used");
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 1), SaveParams("jpeg"));
         if (embedding == InRaw || embedding == InRawAsPixels) {
@@ -213,7 +204,7 @@ void tst_Loading::embeddedPreviews()
                 .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
             image->writeMetadata();
             image.reset();
-            WriteFile(path, ReadFile(path).insert(2, QByteArray("\xFF\xFE\0\4ab", 6).repeated(segments)));
+            WriteFile(path, ReadFile(path).insert(2, QByteArray("\xFF\xFE\0\4ab", 6).repeated(row[3].toInt())));
         } else {
             TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
             const std::uint64_t none = 0; // filled in by libtiff

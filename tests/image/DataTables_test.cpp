@@ -4,6 +4,7 @@
 #include "Files.h"
 #include "KImage.h"
 #include "LensIDProperties.h"
+#include "Table.h"
 #include "Threads.h"
 
 #include <QDir>
@@ -58,23 +59,11 @@ void tst_DataTables::camera()
     const TestTable table("cameras.txt",
                           "stray text # of a line\n\n# comment\nCanon;A400;7\r\nCanon;A40;6\nEyedeas;S1;5.5   # each\n"
                           "Four;F1;2;3\nSamsung SM-G920F;6.511\nBad;B1;abc\nCommented#;C1;2");
-    const struct {
-        const char *make, *model;
-        float scale;
-    } rows[] = {{"Canon", "Canon PowerShot A400", 7}, // longer name first
-                {"CANON INC.", "powershot a40", 6},
-                {"Nikon", "A400", -1},
-                {"Canon", "PowerShot G1", -1},
-                {"Canon", "A4", -1}, // shorter than the row's name
-                {"Eyedeas", "S1", 5.5F},
-                {"Four", "F1", -1}, // rows with four or two cells are ignored
-                {"Samsung SM-G920F", "6.511", -1},
-                {"Bad", "B1", -1},
-                {"", "", -1}};
     CameraProperties cameras;
-    for (const auto &row : rows)
-        QVERIFY2(cameras.GetSensorSize(QString::fromLatin1(row.make), QString::fromLatin1(row.model)) == row.scale,
-                 row.model);
+    for (const QStringList &row : ReadTable(QStringLiteral(CAMERA_LOOKUPS))) {
+        const Case named(row);
+        QCOMPARE(cameras.GetSensorSize(row[0], row[1]), row[2].toFloat());
+    }
 }
 
 void tst_DataTables::lens()
@@ -86,24 +75,10 @@ void tst_DataTables::lens()
     LensIDProperties read;
     read.Initialize();
     LensIDProperties lenses(read); // lookups use copies
-    const struct {
-        const char *make, *lensId, *names;
-        int type;
-    } rows[] = {{"NIKON CORPORATION", "8 8 121 3.6 3.6", "Fish", 1}, // blank after the type
-                {"canon", "24 24 95", "Shift", 2},                   // truncated to an integer
-                {"Canon", "50 50 1", "Plain", 0},
-                {"Canon", "60 60 2", "Odd", 0},
-                {"Canon", "10 2", "Wide,Wider", -1}, // part of two identifiers; names in the table's order
-                {"Canon", "15 15 13", "A,B", -1},    // two fisheyes with the same identifier
-                {"Canon", "99 99", "", -1},
-                {"Nikon", "", "Fish", 1},
-                {"Many", "", "", -1}, // rows with five or two cells are ignored
-                {" Padded ", " 1 ", " Blank ", 0}};
-    for (const auto &row : rows) {
-        const Case named("row", &row - &*std::begin(rows));
-        const QString make = QString::fromLatin1(row.make), lensId = QString::fromLatin1(row.lensId);
-        QCOMPARE(lenses.findLensList(make, lensId).join(QLatin1Char(',')), QString::fromLatin1(row.names));
-        QVERIFY2(lenses.isFisheyLens(make, lensId) == row.type, row.lensId);
+    for (const QStringList &row : ReadTable(QStringLiteral(LENS_LOOKUPS))) {
+        const Case named(row);
+        QCOMPARE(lenses.findLensList(row[0], row[1]).join(QLatin1Char(',')), row[2]);
+        QCOMPARE(lenses.isFisheyLens(row[0], row[1]), row[3].toInt());
     }
 }
 

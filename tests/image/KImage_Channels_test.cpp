@@ -3,6 +3,7 @@
 
 #include "Case.h"
 #include "KOmp.h"
+#include "Table.h"
 #include "TestImages.h"
 
 #include <QImage>
@@ -159,83 +160,55 @@ void tst_KImageChannels::operators()
 
 void tst_KImageChannels::factors()
 {
-    const struct {
-        FormIndex form;
-        float factor;
-        double in, colors, alpha;
-    } rows[] = {
-        {k32fRgba, 0.5f, 0.5, 0.25, 0.5}, // float alpha is unchanged
-        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},
-        {k8uRgba, 1.0f, 255, 254, 254}, // 1/256 less
-        {k8uRgb, 0.5f, 200, 99, 0},     // 200 * 127 / 256
-        {k8uGray, 2.0f, 200, 255, 0},   // saturated
-        {k8uRgba, 2.0f, 100, 199, 100}, // 100 * 510 / 256
-        {k8uGray, 0.5f, 200, 99, 0},
-        {k16uGray, 0.5f, 60000, 29999, 0},
-        {k32fGray, 0.5f, 0.5, 0.25, 0},
-        {k8uGray, -1.0f, 200, 0, 0},
-        {k16uRgba, 0.5f, 60000, 29999, 59999},
-        {k16uRgb, 1e30f, 60000, 65535, 0},
-        {k16uGray, std::nanf(""), 60000, 0, 0},
-    };
-    for (const auto &row : rows) {
-        const Case named("row", &row - &*std::begin(rows));
-        const TestForm &form = kForms[row.form];
-        TestImage image(form, 11, 2, 8);
-        image.Fill([&](int, int, int) { return row.in; });
-        image.image *= row.factor;
-        QCOMPARE(Difference(image, [&](int, int, int c) { return c == 3 ? row.alpha : row.colors; }), QString());
+    for (const QStringList &row : ReadTable(QStringLiteral(FACTORS))) {
+        const Case named(row);
+        const auto *form = std::find_if(std::begin(kForms), std::end(kForms),
+                                        [&row](const TestForm &f) { return row[0] == QLatin1String(f.name); });
+        QVERIFY(form != std::end(kForms));
+        TestImage image(*form, 11, 2, 8);
+        image.Fill([&](int, int, int) { return row[2].toDouble(); });
+        image.image *= row[1].toFloat();
+        QCOMPARE(Difference(image, [&](int, int, int c) { return row[c == 3 ? 4 : 3].toDouble(); }), QString());
     }
 }
 
 void tst_KImageChannels::guards()
 {
-    const QString bitmap = QStringLiteral("Invalid Bitmap"), parameter = QStringLiteral("Invalid Parameter");
-    const auto make = [](int width, int height, int type, int bits) {
-        return KImage(width, height, static_cast<unsigned short>(type), bits, /*clear=*/true, nullptr, 0);
-    };
-    KImage empty, target, rgb = make(4, 3, GFL_RGB, 8), words = make(4, 3, GFL_RGB, 16),
-                          plane = make(4, 3, GFL_GREY, 8);
-    KImage palette = make(4, 3, GFL_COLORS, 8), deep = make(4, 3, GFL_RGBA, 24), seeThrough = make(2, 2, GFL_RGBA, 8);
-    KImage high = make(4, 4, GFL_GREY, 8), narrow = make(3, 3, GFL_RGB, 8), rgba = make(4, 3, GFL_RGBA, 8);
-    QImage image(2, 2, QImage::Format_RGB888);
-    empty.ToQImage(image); // unchanged
-    QCOMPARE(image.format(), QImage::Format_RGB888);
-
-    QCOMPARE(Thrown([&] { empty.ExtractChannel(target, 8, 0); }), bitmap);
-    QCOMPARE(Thrown([&] { rgb.ExtractAlpha(target, 8); }), parameter);
-    QCOMPARE(Thrown([&] { rgb.ExtractChannel(target, 8, -1); }), parameter);
-    QCOMPARE(Thrown([&] { rgb.ExtractChannel(target, 12, 0); }), parameter);
-    QCOMPARE(Thrown([&] { empty.SetChannel(plane, 0); }), bitmap);
-    QCOMPARE(Thrown([&] { rgb.SetAlpha(words); }), parameter);
-    QCOMPARE(Thrown([&] { rgb.SetChannel(words, 0); }), bitmap);
-    QCOMPARE(Thrown([&] { rgb.SetChannel(empty, 0); }), bitmap);
-    QCOMPARE(Thrown([&] { rgb.SetChannel(high, 0); }), parameter);
-    QCOMPARE(Thrown([&] { rgb.SetChannel(plane, -1); }), parameter);
-
-    QCOMPARE(Thrown([&] { empty.BlendTo(rgb, 0, 0); }), bitmap);
-    QCOMPARE(Thrown([&] { rgb.BlendTo(empty, 0, 0); }), parameter);
-    for (const QPoint at : {QPoint(-1, 0), QPoint(0, -1), QPoint(4, 0), QPoint(0, 3)}) {
-        const Case named(at);
-        QCOMPARE(Thrown([&] { rgb.BlendTo(words, at.x(), at.y()); }), parameter);
-        QCOMPARE(Thrown([&] { seeThrough.BlendTo(words, at.x(), at.y()); }), parameter); // a separate code path
+    QImage picture(2, 2, QImage::Format_RGB888);
+    KImage().ToQImage(picture); // unchanged
+    QCOMPARE(picture.format(), QImage::Format_RGB888);
+    const QMap<QByteArray, unsigned short> types = {
+        {"gray", GFL_GREY}, {"RGB", GFL_RGB}, {"RGBA", GFL_RGBA}, {"palette", GFL_COLORS}};
+    using Call = void (*)(KImage &, KImage &, int, int);
+    const QMap<QByteArray, Call> calls = {
+        {"ExtractChannel", [](KImage &i, KImage &to, int bits, int n) { i.ExtractChannel(to, bits, n); }},
+        {"ExtractAlpha", [](KImage &i, KImage &to, int bits, int) { i.ExtractAlpha(to, bits); }},
+        {"SetChannel", [](KImage &i, KImage &from, int n, int) { i.SetChannel(from, n); }},
+        {"SetAlpha", [](KImage &i, KImage &from, int, int) { i.SetAlpha(from); }},
+        {"BlendTo", [](KImage &i, KImage &to, int x, int y) { i.BlendTo(to, x, y); }},
+        {"ToQImage",
+         [](KImage &i, KImage &, int, int) {
+             QImage to;
+             i.ToQImage(to);
+         }},
+        {"scale", [](KImage &i, KImage &, int, int) { i *= 0.5f; }},
+        {"add", [](KImage &i, KImage &other, int, int) { i += other; }},
+        {"subtract", [](KImage &i, KImage &other, int, int) { i -= other; }},
+        {"multiply", [](KImage &i, KImage &other, int, int) { i *= other; }}};
+    for (const QStringList &row : ReadTable(QStringLiteral(CHANNEL_CALLS))) {
+        const Case named(row);
+        KImage images[2];
+        for (const int n : {0, 1}) {
+            const QStringList form = row[n + 1].split(QLatin1Char(' '));
+            if (form.size() == 4)
+                images[n].AllocBitmap(form[1].toInt(), form[2].toInt(), types[form[0].toLatin1()], form[3].toInt(),
+                                      true, nullptr, 0);
+        }
+        KImage &other = images[row[2] == QLatin1String("itself") ? 0 : 1];
+        const QStringList arguments = row[3].split(QLatin1Char(' '));
+        const Call call = calls[row[0].toLatin1()];
+        QCOMPARE(Thrown([&] { call(images[0], other, arguments[0].toInt(), arguments[1].toInt()); }), row[4]);
     }
-    QCOMPARE(Thrown([&] { palette.BlendTo(rgb, 0, 0); }), parameter);
-    QCOMPARE(Thrown([&] { deep.BlendTo(rgb, 0, 0); }), bitmap);
-    QCOMPARE(Thrown([&] { seeThrough.BlendTo(deep, 0, 0); }), parameter);
-    QCOMPARE(Thrown([&] { palette.ToQImage(image); }), bitmap);
-
-    for (KImage *bad : {&deep, &empty, &palette}) {
-        const Case named(bad == &deep ? "deep" : bad == &empty ? "empty" : "palette");
-        QCOMPARE(Thrown([&] { *bad *= 0.5f; }), bitmap);
-        if (bad != &deep)
-            QCOMPARE(Thrown([&] { *bad += rgb; }), bitmap);
-    }
-    QCOMPARE(Thrown([&] { words += words; }), bitmap);
-    QCOMPARE(Thrown([&] { rgb -= empty; }), parameter);
-    QCOMPARE(Thrown([&] { rgb -= words; }), parameter);
-    QCOMPARE(Thrown([&] { rgb *= narrow; }), parameter);
-    QCOMPARE(Thrown([&] { rgb += rgba; }), parameter);
 }
 
 void tst_KImageChannels::fromQImage()

@@ -182,47 +182,29 @@ void tst_Exr::attributes()
 void tst_Exr::foreignFiles()
 {
     const QString path = m_folder("a.exr");
-    const struct {
-        const char *name;
-        Kind kind;
-        QRect data; // the display window is 16 x 12 at (-3, 2)
-        QByteArray channels;
-        int components, model;
-        float dpi;
-    } files[] = {
-        {"overscan", ScanLines, {-6, 0, 24, 18}, "R G B A", 4, GFL_CM_RGB, 71.6f},
-        {"tiles with reduced versions, part of the picture", Tiles, {1, 5, 7, 6}, "R G B A", 4, GFL_CM_RGB, 65534.0f},
-        {"windows that don't overlap", ScanLines, {100, 100, 4, 4}, "R G B A", 4, GFL_CM_RGB, 65535.0f},
-        {"layer", ScanLines, {-3, 2, 16, 12}, "left.A left.B left.G left.R", 4, GFL_CM_RGB, -1.0f},
-        {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}, "Y", 3, GFL_CM_YCBCR, 0.0f},
-        {"gray", Tiles, {-3, 2, 16, 12}, "Y", 1, GFL_CM_GREY, 0.0f},
-        {"gray and alpha", ScanLines, {-3, 2, 16, 12}, "A Y", 2, GFL_CM_GREY, 0.0f},
-        {"only red", ScanLines, {-3, 2, 16, 12}, "R", 1, GFL_CM_RGB, 0.0f},
-        {"green and alpha", ScanLines, {-3, 2, 16, 12}, "A G", 2, GFL_CM_RGB, 0.0f},
-        {"only blue", ScanLines, {-3, 2, 16, 12}, "B", 1, GFL_CM_RGB, 0.0f},
-        {"two parts", Parts, {-3, 2, 16, 12}, "R G B A", 4, GFL_CM_RGB, 0.0f},
-        {"a layer of gray", ScanLines, {-3, 2, 16, 12}, "depth.Z left.Y", 1, GFL_CM_GREY, 0.0f},
-    };
-    for (const auto &file : files) {
-        const Case named(file.name);
-        const QRect &window = file.data;
-        WriteForeign(path.toStdString(), file.kind, {{-3, 2}, {12, 13}},
-                     {{window.left(), window.top()}, {window.right(), window.bottom()}}, file.channels, file.dpi);
-        const int dpi = file.dpi > 0 && file.dpi < 65535 ? qRound(file.dpi) : 0;
-        const bool isChroma = file.kind == LuminanceChroma, isGray = file.channels.contains('Y') && !isChroma,
-                   hasAlpha = file.channels.contains('A');
+    const QByteArrayList kinds = {"lines", "tiles", "chroma", "parts"};
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_EXR_FILES))) {
+        const Case named(row[0]);
+        QVERIFY(kinds.contains(row[1].toLatin1()));
+        const auto kind = Kind(kinds.indexOf(row[1].toLatin1()));
+        const QStringList place = row[2].split(QLatin1Char(' '));
+        const QRect window(place[0].toInt(), place[1].toInt(), place[2].toInt(), place[3].toInt());
+        const QByteArray channels = row[3].toLatin1();
+        const int model = row[5].toInt();
+        const float density = row[6].toFloat();
+        WriteForeign(path.toStdString(), kind, {{-3, 2}, {12, 13}},
+                     {{window.left(), window.top()}, {window.right(), window.bottom()}}, channels, density);
+        const int dpi = density > 0 && density < 65535 ? qRound(density) : 0;
+        const bool isChroma = kind == LuminanceChroma, isGray = channels.contains('Y') && !isChroma,
+                   hasAlpha = channels.contains('A');
         const auto expected = [&](int x, int y, int c) {
             const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGray ? 0 : c));
-            const bool isThere = isChroma || isGray || file.channels.contains("RGBA"[c]);
+            const bool isThere = isChroma || isGray || channels.contains("RGBA"[c]);
             return !window.contains(x - 3, y + 2) || !isThere ? 0.0 : c == 3 ? 0.5 : hasAlpha ? color / 0.5 : color;
         };
-        QCOMPARE(BadRead(ReadFile(path),
-                         InfoText("exr", "OpenEXR", {16, 12}, file.components, 32, file.model, {dpi, dpi}),
-                         hasAlpha                        ? GFL_RGBA
-                             : file.model == GFL_CM_GREY ? GFL_GREY
-                                                         : GFL_RGB,
-                         expected, isChroma ? 0.002 : 0.0),
-                 QString());
+        const QByteArray info = InfoText("exr", "OpenEXR", {16, 12}, row[4].toInt(), 32, model, {dpi, dpi});
+        const int type = hasAlpha ? GFL_RGBA : model == GFL_CM_GREY ? GFL_GREY : GFL_RGB;
+        QCOMPARE(BadRead(ReadFile(path), info, type, expected, isChroma ? 0.002 : 0.0), QString());
     }
 }
 

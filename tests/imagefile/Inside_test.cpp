@@ -159,12 +159,8 @@ private Q_SLOTS:
 
 void tst_Inside::texts()
 {
-    for (const QByteArray &line : ReadFile(QStringLiteral(VITRELUX_EXIF_TEXTS)).trimmed().split('\n')) {
-        if (line.startsWith('#'))
-            continue;
-        const QByteArrayList cells = line.split('\t'); // key, type, "VALUE=TEXT|..."
-        QCOMPARE(cells.size(), 3);
-        for (const QByteArray &pair : cells[2].split('|')) {
+    for (const QStringList &cells : ReadTable(QStringLiteral(VITRELUX_EXIF_TEXTS))) // key, type, "VALUE=TEXT|..."
+        for (const QByteArray &pair : cells.value(2).toUtf8().split('|')) {
             const Case named(cells[0], pair);
             const Exiv2::ExifKey key("Exif." + cells[0].toStdString());
             const auto typed =
@@ -182,7 +178,6 @@ void tst_Inside::texts()
             QCOMPARE(again.count(), 1L);
             QCOMPARE(ExifText(*again.begin()), text);
         }
-    }
 }
 
 void tst_Inside::lensId()

@@ -4,6 +4,7 @@
 #include "DngFile.h"
 #include "Files.h"
 #include "MetadataFiles.h"
+#include "Table.h"
 
 #include <QtTest>
 
@@ -180,25 +181,16 @@ void tst_Loading::thumbnails()
 
 void tst_Loading::embeddedPreviews()
 {
-    struct Row {
-        Embedding embedding;
-        QSize preview;
-        bool isUsed;      // for a box of 90 x 90 and a picture of 300 x 200
-        int segments = 0; // more before the JPEG's EXIF, which is only found among the first four
-    };
-    QVector<Row> rows = {
-        {BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false},
-        {Damaged, {120, 80}, false},   {Between, {120, 80}, true}, // the smallest that suffices, of three
-        {Between, {90, 60}, true},     {InExif, {91, 60}, true},   // large enough, or a pixel too small
-        {InExif, {89, 60}, false},     {InExif, {90, 59}, false},
-        {InExif, {120, 78}, true}, // proportions that differ by 2.6 % and 3.6 %
-        {InExif, {120, 83}, false},    {InExif, {120, 80}, true, 2},
-        {InExif, {120, 80}, false, 3}};
-    // Previews larger than the box, too small, and with other proportions.
-    for (Embedding embedding : {InRaw, InRawAsPixels, InExif, AsPage, BelowPage})
-        rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
-    for (const auto &[embedding, preview, isUsed, segments] : rows) {
-        const Case named(int(embedding), preview, segments);
+    const QByteArrayList places = {
+        "raw",     "raw pixels", "EXIF", "page", "before the page", "below the page", "as a page of the second",
+        "damaged", "between"};
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_PREVIEWS))) {
+        const Case named(row);
+        const auto embedding = Embedding(places.indexOf(row[0].toUtf8()));
+        QVERIFY(places.contains(row[0].toUtf8()));
+        const QSize preview(row[1].section(QLatin1Char(' '), 0, 0).toInt(),
+                            row[1].section(QLatin1Char(' '), 1).toInt());
+        const bool isUsed = row[2] == QLatin1String("used");
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 1), SaveParams("jpeg"));
         if (embedding == InRaw || embedding == InRawAsPixels) {
@@ -212,7 +204,7 @@ void tst_Loading::embeddedPreviews()
                 .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
             image->writeMetadata();
             image.reset();
-            WriteFile(path, ReadFile(path).insert(2, QByteArray("\xFF\xFE\0\4ab", 6).repeated(segments)));
+            WriteFile(path, ReadFile(path).insert(2, QByteArray("\xFF\xFE\0\4ab", 6).repeated(row[3].toInt())));
         } else {
             TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
             const std::uint64_t none = 0; // filled in by libtiff
@@ -343,17 +335,13 @@ void tst_Loading::refusedFiles()
                          {kUnknown, " has an unknown format; known formats: raw, tiff, ", "hello, this is a letter"},
                          {kUnknown, " has an unknown format; known", "\xFF\xD8"},
                          {kRead, ": JPEG: ", "\xFF\xD8" + QByteArray(100000, '\xFF')}};
-    for (const QByteArray &line : ReadFile(QStringLiteral(VITRELUX_REFUSED_TIFFS)).trimmed().split('\n')) {
-        if (line.startsWith('#'))
-            continue;
-        const QByteArrayList cells = line.split('\t');
-        QVERIFY2(cells.size() == 5, line);
+    for (const QStringList &cells : ReadTable(QStringLiteral(VITRELUX_REFUSED_TIFFS))) {
         QMap<int, quint32> fields = {{256, 4}, {257, 4}, {259, 1}};
-        for (const QByteArray &field : cells[4].split(' '))
-            fields[field.split('=')[0].toInt()] = field.mid(4).toUInt();
-        rows.append({cells[0].toInt(), cells[1],
+        for (const QString &field : cells.value(4).split(QLatin1Char(' ')))
+            fields[field.left(3).toInt()] = field.mid(4).toUInt();
+        rows.append({cells[0].toInt(), cells[1].toUtf8(),
                      TiffOf(fields[256], fields[257], fields[259], fields) + QByteArray(cells[3].toInt(), '\0'),
-                     cells[2] == "described"});
+                     cells[2] == QLatin1String("described")});
     }
     const QString path = m_folder("a.jpg");
     for (const auto &row : rows) {

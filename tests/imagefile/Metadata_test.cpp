@@ -6,8 +6,10 @@
 #include "Files.h"
 #include "MetadataFiles.h"
 #include "NoteFile.h"
+#include "Table.h"
 
 #include <QMap>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <exiv2/exiv2.hpp>
@@ -493,28 +495,13 @@ void tst_Metadata::metadataList()
     // LibRaw recognizes this camera by the size of its files, which contain only pixels.
     WriteFile(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0'));
     WriteFile(m_folder("a.txt"), "no picture at all");
-    const struct {
-        const char *file, *key;
-        QByteArray expected;
-    } rows[] = {
-        {"a.jpg", "Exif.Image.Artist", artist + '|' + artist},
-        {"a.jpg", "Exif.Photo.LensModel", "F\xC3\xBCnfziger|F\xC3\xBCnfziger"},
-        {"a.jpg", "Exif.Photo.PixelXDimension", "12000|12000"},
-        {"a.jpg", "Exif.Photo.FocalLength", "455/10|45.5 mm"},
-        {"a.jpg", "Exif.Photo.MeteringMode", "2|Center weighted average"},
-        {"a.jpg", "Exif.Image.ImageDescription", "(1101 bytes)|(1101 bytes)"},
-        {"a.jpg", "Exif.Nikon3.Lens", "80/10 80/10 35/10 35/10|8mm F3.5"},
-        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // regardless of the file's prefix
-        {"a.jpg", "LibRaw.Make", ""},
-        {"a.dng", "LibRaw.Model", "Camera 1|Camera 1"},
-        {"a.cr3", "Exif.Image.Orientation", "6|right, top"},
-        {"a.cr3", "Exif.Photo.FocalLengthIn35mmFilm", "77|77.0 mm"},
-        {"a.raw", "Exif.Image.Make", "AVT|AVT"},
-    };
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new GermanNumbers));
-    for (const auto &row : rows)
-        QCOMPARE(QByteArray(row.key) + ListItem(m_folder(row.file), row.key), QByteArray(row.key) + row.expected);
-    std::locale::global(before);
+    const auto reset = qScopeGuard([before] { std::locale::global(before); });
+    QCOMPARE(ListItem(m_folder("a.jpg"), "Exif.Image.Artist"), artist + '|' + artist);
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_METADATA_ITEMS))) {
+        const Case named(row);
+        QCOMPARE(ListItem(m_folder.filePath(row[0]), row[1].toLatin1()), row[2].toUtf8());
+    }
     QVERIFY(ListItem(m_folder("a.txt"), "").contains("unknown format"));
 }
 

@@ -3,6 +3,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "Files.h"
+#include "Table.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,31 +16,11 @@
 #include <limits>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 
 namespace {
-
-/// Format with a compression, and its properties.
-struct Format {
-    const char *name;
-    int compression;
-    bool holds16, holdsFloat, holdsIntegers, holdsGray, holdsAlpha;
-    double tolerance; // fraction of the full range, for samples from 0 to 1
-};
-
-constexpr double kExact = 0.0;
-constexpr double kRounded = 1.01 / 65535; // single precision may round a half in the other direction
-constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the largest channel
-
-const Format kFormats[] = {
-    {"tiff", 0, true, true, true, true, true, kExact},         {"tiff", 2, true, true, true, true, true, kExact},
-    {"tiff", 50000, true, true, true, true, true, kExact},     {"tiff", 4, true, true, true, true, true, kExact},
-    {"png", 0, true, false, true, true, true, kRounded},       {"png", -1, true, false, true, true, true, kRounded},
-    {"png", 99, true, false, true, true, true, kRounded},      {"psd", 0, true, true, true, true, true, kExact},
-    {"psd", -1, true, true, true, true, true, kExact},         {"hdri", 0, false, true, false, false, false, kMantissa},
-    {"hdri", -1, false, true, false, false, false, kMantissa},
-};
 
 QStringList Everything(const QString &folder)
 {
@@ -107,34 +88,34 @@ private Q_SLOTS:
     void fastDeflate();
 
 private:
-    void WriteThenRead(const Format &f, int type, int bits);
+    void WriteThenRead(const QStringList &format, int type, int bits);
 };
 
 void tst_Writing::writeThenRead()
 {
-    for (const Format &format : kFormats)
+    for (const QStringList &format : ReadTable(QStringLiteral(VITRELUX_WRITTEN_FORMS)))
         for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
             for (int bits : {8, 16, 32})
                 WriteThenRead(format, type, bits);
 }
 
-void tst_Writing::WriteThenRead(const Format &f, int type, int bits)
+void tst_Writing::WriteThenRead(const QStringList &format, int type, int bits)
 {
-    const int heldBits = bits == 32 ? (f.holdsFloat ? 32 : 16) : f.holdsIntegers ? bits : 32;
-    const int heldType = type == GFL_GREY ? (f.holdsGray ? GFL_GREY : GFL_RGB) : f.holdsAlpha ? type : GFL_RGB;
+    const QByteArray name = format[0].toLatin1();
+    const int compression = format[1].toInt();
+    const auto holds = [&format](const char *what) { return format[2].contains(QLatin1String(what)); };
+    const int heldBits = bits == 32 ? (holds("float") ? 32 : 16) : holds("integers") ? bits : 32;
+    const int heldType = type == GFL_GREY ? (holds("gray") ? GFL_GREY : GFL_RGB) : holds("alpha") ? type : GFL_RGB;
+    const double tolerance = heldBits == bits && holds("integers") ? 0.0 : format[3].toDouble() / 65536;
     for (const QSize size : {QSize(1, 1), QSize(1, 7), QSize(3, 1), QSize(31, 17), QSize(20011, 3)}) {
-        const Case named(f.name, f.compression, size);
+        const Case named(name, compression, type, bits, size);
         const BitmapPtr bitmap = RandomBitmap(size.width(), size.height(), type, bits);
-        const QByteArray file = SavedBytes(*bitmap, SaveParams(f.name, f.compression));
+        const QByteArray file = SavedBytes(*bitmap, SaveParams(name, compression));
         const BitmapPtr read = LoadFromMemory(file);
         QVERIFY2(read, gflLastErrorText());
-        const QString form = QStringLiteral("%1, compression %2").arg(QLatin1String(f.name)).arg(f.compression);
-        QCOMPARE(form
-                     + Difference(*read, *Converted(*bitmap, heldType, heldBits),
-                                  heldBits == bits && f.holdsIntegers ? 0.0 : f.tolerance),
-                 form);
+        QCOMPARE(Difference(*read, *Converted(*bitmap, heldType, heldBits), tolerance), QString());
         // Supported content comes back unchanged.
-        const BitmapPtr again = LoadFromMemory(SavedBytes(*read, SaveParams(f.name, f.compression)));
+        const BitmapPtr again = LoadFromMemory(SavedBytes(*read, SaveParams(name, compression)));
         QCOMPARE(Difference(*again, *read), QString());
     }
 }
@@ -163,48 +144,27 @@ void tst_Writing::runs()
 
 void tst_Writing::colorDepth()
 {
-    const QByteArray rgba("\xC8\x64\x32\x07"), rgb = rgba.left(3); // 200, 100, 50 have a luma of 124.2
-    const struct {
-        const char *name;
-        int from;
-        QByteArray pixel;
-        int mode, parameters, to;
-        QByteArray expected;
-    } changes[] = {
-        {"RGBA to gray", GFL_RGBA, rgba, GFL_DEPTH_GREY, 0, GFL_GREY, "\x7C"},
-        {"RGB to RGBA", GFL_RGB, rgb, GFL_DEPTH_RGBA, 0, GFL_RGBA, rgb + '\xFF'},
-        {"gray to RGB", GFL_GREY, "a", GFL_DEPTH_RGB, 0, GFL_RGB, "aaa"},
-        {"just below the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 125, GFL_GREY, QByteArray(1, '\0')},
-        {"just above the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF"},
-        {"just below the default", GFL_GREY, "\x7F", GFL_DEPTH_BLACK_AND_WHITE, 0, GFL_GREY, QByteArray(1, '\0')},
-        {"at the default", GFL_GREY, "\x80", GFL_DEPTH_BLACK_AND_WHITE, 0, GFL_GREY, "\xFF"},
-        {"the highest threshold", GFL_GREY, "\xFE", GFL_DEPTH_BLACK_AND_WHITE, 255, GFL_GREY, QByteArray(1, '\0')},
-        {"all levels", GFL_RGB, rgb, GFL_DEPTH_LEVELS, 256, GFL_RGB, rgb},
-        {"two levels", GFL_RGB, "\x7F\x80\x01", GFL_DEPTH_LEVELS, 2, GFL_RGB, QByteArray("\0\xFF\0", 3)},
-        {"three levels", GFL_RGBA, rgba, GFL_DEPTH_LEVELS, 3, GFL_RGBA, QByteArray("\xFF\x80\0\x07", 4)},
+    const auto typeOf = [](const QByteArray &pixel) {
+        return pixel.size() == 1 ? GFL_GREY : pixel.size() == 3 ? GFL_RGB : GFL_RGBA;
     };
-    for (const auto &row : changes) {
-        const BitmapPtr bitmap = NewBitmap(5, 3, row.from, 8, 32);
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_COLOR_DEPTHS))) {
+        const Case named(row[0]);
+        const QByteArray pixel = QByteArray::fromHex(row[1].toLatin1()),
+                         expected = QByteArray::fromHex(row[4].toLatin1());
+        const BitmapPtr bitmap = NewBitmap(5, 3, typeOf(pixel), 8, 32);
         for (int y = 0; y < 3; ++y)
-            std::copy_n(row.pixel.repeated(5).constData(), 5 * row.pixel.size(),
-                        bitmap->Data + y * int(bitmap->BytesPerLine));
-        const int error =
-            gflChangeColorDepth(bitmap.get(), nullptr, std::uint16_t(row.mode), std::uint16_t(row.parameters));
-        QVERIFY2(error == GFL_NO_ERROR && bitmap->Type == row.to, row.name);
-        QVERIFY2(bitmap->BytesPerPixel == row.expected.size(), row.name);
-        QVERIFY2(PackedPixels(*bitmap) == row.expected.repeated(15), row.name);
+            std::copy_n(pixel.repeated(5).constData(), 5 * pixel.size(), bitmap->Data + y * int(bitmap->BytesPerLine));
+        const int error = gflChangeColorDepth(bitmap.get(), nullptr, row[2].toUShort(), row[3].toUShort());
+        QCOMPARE(error, int(expected.isEmpty() ? GFL_ERROR_BAD_PARAMETERS : GFL_NO_ERROR));
+        if (expected.isEmpty())
+            continue;
+        QVERIFY(bitmap->Type == typeOf(expected) && bitmap->BytesPerPixel == expected.size());
+        QCOMPARE(PackedPixels(*bitmap), expected.repeated(15));
     }
     const BitmapPtr deep = RandomBitmap(3, 3, GFL_RGB, 16), bitmap = RandomBitmap(3, 3, GFL_RGB, 8);
     QCOMPARE(gflChangeColorDepth(deep.get(), nullptr, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_BITMAP));
     GFL_BITMAP *other = nullptr;
     QCOMPARE(gflChangeColorDepth(bitmap.get(), &other, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_PARAMETERS));
-    const QPair<int, int> refused[] = {
-        {0, 0}, {GFL_DEPTH_BLACK_AND_WHITE, 256}, {GFL_DEPTH_LEVELS, 1}, {GFL_DEPTH_LEVELS, 257}};
-    for (const auto &[mode, parameters] : refused) {
-        const Case named(mode, parameters);
-        QCOMPARE(gflChangeColorDepth(bitmap.get(), nullptr, std::uint16_t(mode), std::uint16_t(parameters)),
-                 int(GFL_ERROR_BAD_PARAMETERS));
-    }
 }
 
 void tst_Writing::invalidTargets()
@@ -362,24 +322,13 @@ void tst_Writing::generatedRows()
         const int error = gflSaveRowsUTF8(path.toUtf8().constData(), &shape, Maker::Make, &maker, &params);
         return error == GFL_NO_ERROR && maker.made != shape.Height ? -1 : error; // each row must be requested once
     };
-    struct Form {
-        const char *format;
-        int compression;
-        unsigned flags;
-    };
-    const Form forms[] = {{"tiff", 0, 0},
-                          {"tiff", 2, 0},
-                          {"tiff", 4, 0},
-                          {"tiff", 50000, 0},
-                          {"jpeg", -1, 0},
-                          {"png", 1, 0},
-                          {"exr", 3, 0},
-                          {"tiff", 2, GFL_SAVE_FAST},
-                          {"tiff", 4, GFL_SAVE_FAST}};
-    for (const auto &[format, compression, flags] : forms) {
-        const Case named(format, compression, flags);
+    const std::tuple<const char *, int, bool> forms[] = {
+        {"tiff", 0, false}, {"tiff", 2, false}, {"tiff", 4, false}, {"tiff", 50000, false}, {"jpeg", -1, false},
+        {"png", 1, false},  {"exr", 3, false},  {"tiff", 2, true},  {"tiff", 4, true}};
+    for (const auto &[format, compression, isFast] : forms) {
+        const Case named(format, compression, "fast", isFast);
         GFL_SAVE_PARAMS params = SaveParams(format, compression);
-        params.Flags |= flags;
+        params.Flags |= isFast ? unsigned(GFL_SAVE_FAST) : 0;
         gflSetThreads(1);
         const QByteArray alone = SavedBytes(*bitmap, params);
         for (int threads : {1, 2, 5}) {

@@ -6,7 +6,7 @@
 #include <QVector>
 
 /// Returns the rows of a file: cells separated by tabs; "-" is an empty cell, "\\n" a line break. Lines that begin with
-/// "#" are comments.
+/// "#" are comments. A file that can't be read or has no rows ends the test.
 inline QVector<QStringList> ReadTable(const QString &path)
 {
     QVector<QStringList> rows;
@@ -21,5 +21,7 @@ inline QVector<QStringList> ReadTable(const QString &path)
         if (!line.startsWith(QLatin1Char('#')))
             rows.append(cells);
     }
+    if (rows.isEmpty())
+        qFatal("%s has no rows", qPrintable(path));
     return rows;
 }

@@ -1,6 +1,7 @@
 // Tests of the wizard, which operate it as a user would, with a process object in place of the plug-in's.
 #include "Case.h"
 #include "KImage.h"
+#include "Table.h"
 #include "WizardTest.h"
 #include "wizard/CompareDialog.h"
 #include "wizard/ComparedView.h"
@@ -160,48 +161,27 @@ void tst_Wizard::movesAndZooms()
         const QRectF rect = view->PictureRect();
         return "%1 %2 %3 %4"_s.arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
     };
-    const auto key = [=](Qt::Key which) { return [=] { QTest::keyClick(view, which); }; };
-    const auto click = [=](int index) { return [=] { buttons.value(index)->click(); }; };
-    const auto drag = [](QWidget *widget, const QList<QPoint> &way) {
-        return [=] {
-            QTest::mousePress(widget, Qt::LeftButton, {}, way.first());
-            for (const QPoint &to : way.mid(1)) {
-                QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-                QApplication::sendEvent(widget, &move);
-            }
-        };
-    };
-    const auto turn = [](QWidget *widget, const QPointF &at, int degrees) {
-        return [=] {
-            QWheelEvent event(at, at, QPoint(), {0, degrees * 8}, {}, {}, Qt::NoScrollPhase, /*inverted=*/false);
+    for (const QStringList &row : ReadTable(QStringLiteral(MOVES))) {
+        const Case named(row);
+        const QStringList words = row[0].split(QLatin1Char(' '));
+        QWidget *widget = words[0].endsWith("-other"_s) ? other : view;
+        const auto point = [&](int i) { return QPoint(words.at(i).toInt(), words.at(i + 1).toInt()); };
+        if (words[0] == "key"_s)
+            QTest::keyClick(view, Qt::Key(QKeySequence(words[1])[0]));
+        else if (words[0] == "click"_s)
+            buttons.value(words[1].toInt())->click();
+        else if (words[0].startsWith("drag"_s))
+            QTest::mousePress(widget, Qt::LeftButton, {}, point(1));
+        for (int i = 3; i < words.size() && words[0].startsWith("drag"_s); i += 2) {
+            QMouseEvent move(QEvent::MouseMove, point(i), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(widget, &move);
+        }
+        if (words[0].startsWith("turn"_s)) {
+            QWheelEvent event(point(1), point(1), QPoint(), {0, words[3].toInt() * 8}, {}, {}, Qt::NoScrollPhase,
+                              /*inverted=*/false);
             QApplication::sendEvent(widget, &event);
-        };
-    };
-    const std::pair<std::function<void()>, const char *> steps[] = {
-        {key(Qt::Key_Plus), "60 -22.5 180 135"},
-        {key(Qt::Key_Equal), "15 -56.25 270 202.5"},
-        {key(Qt::Key_Left), "27 -56.25 270 202.5"},
-        {key(Qt::Key_Up), "27 -47.25 270 202.5"},
-        {key(Qt::Key_Right), "15 -47.25 270 202.5"},
-        {key(Qt::Key_Down), "15 -56.25 270 202.5"},
-        {key(Qt::Key_Minus), "60 -22.5 180 135"},
-        {drag(view, {{100, 40}, {118, 49}, {117, 45}}), "77 -17.5 180 135"},
-        {drag(view, {{50, 50}, {53, 44}}), "80 -23.5 180 135"},
-        {drag(view, {{50, 50}, {500, 500}}), "90 0 180 135"}, // as far as the picture's corner
-        {drag(view, {{50, 50}, {-500, -500}}), "30 -45 180 135"},
-        {key(Qt::Key_0), "90 0 120 90"},
-        {turn(view, {120, 45}, 15), "79.6239 -15.5641 161.504 121.128"}, // 1.02 times per degree, around {120, 45}
-        {turn(view, {120, 45}, -15), "90 0 120 90"},
-        {turn(view, {150, 45}, 900), "-1770 -1395 3840 2880"}, // enlarged at most 32 times
-        {click(2), "90 0 120 90"},
-        {click(0), "60 -22.5 180 135"},
-        {click(1), "90 0 120 90"},
-        {drag(other, {{50, 50}, {60, 60}}), "90 0 120 90"}, // has no picture
-        {turn(other, {50, 50}, 15), "90 0 120 90"},
-    };
-    for (const auto &[act, expected] : steps) {
-        act();
-        QVERIFY2(place() == QLatin1String(expected), qPrintable(place() + " instead of "_s + QLatin1String(expected)));
+        }
+        QCOMPARE(place(), row[1]);
     }
 
     SharedPlace unused;

@@ -2,6 +2,7 @@
 // source position, which is compared with the lens models in double precision.
 #include "LensOracle.h"
 #include "ProgramRun.h"
+#include "Table.h"
 #include "TestFiles.h"
 #include "TiffRaster.h"
 
@@ -125,28 +126,21 @@ void tst_Coordinates::everyPixelHasItsSourcePosition_data()
     QTest::addColumn<int>("corrections");
     QTest::addColumn<QSize>("size"); // of the upright picture
 
-    const LensModel two = {0.9, 0.49, 0.52, {-0.12, 0.04}};
-    const LensModel three = {0.9, 0.51, 0.48, {0.08, -0.05, 0.03}}; // corners map outside the source
-    const LensModel wideFish = {0.42, 0.495, 0.502, {-0.03, 0.004}};
-    const std::pair<const char *, LensProfile> profiles[] = {
-        {"one coefficient", Profile({0.9, 0.51, 0.48, {-0.15}})},
-        {"two coefficients", Profile(two)},
-        {"three coefficients, outward", Profile(three)},
-        {"tangential", Profile({0.9, 0.5, 0.5, {-0.12, 0.04}, 0.012, -0.009})},
-        {"tangential only", Profile({0.9, 0.5, 0.5, {}, -0.01, 0.013})},
-        {"fisheye, one coefficient", Profile({0.52, 0.505, 0.495, {-0.04}}, true)},
-        {"fisheye, two coefficients", Profile(wideFish, true)},
-        {"three warps", WithChromatic(Profile(two))},
-        {"three warps, outward", WithChromatic(Profile(three))},
-        {"three warps, fisheye", WithChromatic(Profile(wideFish, true))},
-    };
-    for (const auto &[name, profile] : profiles) {
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/lens-models.tsv"))) {
+        const auto number = [&row](int i) { return row.at(i).toDouble(); };
+        LensModel model = {number(3), number(4), number(5), {}, number(7), number(8)};
+        for (const QString &coefficient : row[6].split(QLatin1Char(' '), Qt::SkipEmptyParts))
+            model.coefficients.push_back(coefficient.toDouble());
+        LensProfile profile = Profile(model, row[1] == "fisheye"_s);
+        if (row[2] == "3"_s)
+            profile = WithChromatic(profile);
         for (const auto &[shape, size] :
              {std::pair("landscape", kLandscape), std::pair("portrait", kPortrait), std::pair("square", kSquare)}) {
-            QTest::addRow("%s, %s", name, shape)
+            QTest::addRow("%s, %s", qPrintable(row[0]), shape)
                 << profile << int(profile.green ? Distortion | Chromatic : Distortion) << size;
             if (profile.green)
-                QTest::addRow("%s, red and blue only, %s", name, shape) << profile << int(Chromatic) << size;
+                QTest::addRow("%s, red and blue only, %s", qPrintable(row[0]), shape)
+                    << profile << int(Chromatic) << size;
         }
     }
     QTest::newRow("fisheye, center on a pixel")

@@ -4,6 +4,7 @@
 #include "ExpectedText.h"
 #include "FittedFiles.h"
 #include "ProgramTest.h"
+#include "Table.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -85,15 +86,8 @@ void FittedRunTest::init()
     }
     for (const char *folder : {"lenses/deep/down", "empty", "alike", "unlike"})
         QVERIFY(QDir().mkpath(Path(QLatin1String(folder))));
-    WriteFile(Path(kFound), Profile("Canon EF 24-105mm f/4L IS USM"));
-    const char *const decoys[] = {"Canon EF 24-105mm f/4L IS II USM", "Canon EF 24-105mm f/3.5-5.6 IS STM",
-                                  "Canon EF 24-70mm f/4L IS USM", "Sigma 24-105mm f/4 DG OS HSM",
-                                  "Canon EF 28-105mm f/4-5.6 USM"};
-    int number = 0;
-    for (const char *lens : decoys)
-        WriteFile(Path("lenses/%1.lcp"_s.arg(number++)), Profile(lens));
-    for (const char *folder : {"alike", "unlike"})
-        WriteFile(Path(QLatin1String(folder) + "/a.lcp"_s), Profile(kLens));
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/lens-profiles.tsv")))
+        WriteFile(Path(row[0]), Profile(qPrintable(row[1])));
     WriteFile(Path("alike/b.lcp"_s), Profile(kLens) + "<!-- other bytes -->");
     WriteFile(Path("unlike/b.lcp"_s), Profile(kLens).replace("'-0.5'", "'-5'"));
     WriteFile(Path("light.lcp"_s), Profile(kLens, /*hasVignetting=*/false));
@@ -305,17 +299,11 @@ void FittedRunTest::lenses()
     QVERIFY2(QJsonDocument::fromJson(objects) == QJsonDocument::fromJson(expected), objects);
     const QByteArray lens = "{\"lens\":\"Sigma 24-105mm f/4 DG OS HSM\",\"profiles\":[\"%1/lenses/3.lcp\"]}\n";
     QVERIFY(printed("lenses --json sigma 24-105"_s).startsWith(lens + "{\"lens\":\"lensfun:Sigma/"));
-    const std::pair<const char *, const char *> failures[] = {
-        {"lenses no-such lens", "no lens named \"no-such lens\""},
-        {"lenses --lens-path gone", "there is no profile folder \"%1/gone\""},
-        {"correct -n --recursive lenses/shut", "lenses/shut: cannot be read"},
-        {"report gone", "gone: cannot be read: No such file or directory"},
-    };
-    for (const auto &[line, message] : failures) {
-        const ProgramResult failed = Run(QLatin1String(line));
+    for (const QByteArray &text : ExpectedText("failures without a picture").trimmed().split('\n')) {
+        const QStringList row = QString::fromLatin1(text).replace("%1"_s, m_dir->path()).split(" => "_s);
+        const ProgramResult failed = Run(row[0]);
         QCOMPARE(failed.exitCode, 1);
-        QCOMPARE(failed.errorLines,
-                 QStringList("vitrelux: "_s + QString::fromLatin1(message).replace("%1"_s, m_dir->path())));
+        QCOMPARE(failed.errorLines, QStringList("vitrelux: "_s + row.value(1)));
     }
     for (const char *line :
          {"lenses --lens-path link --plugin none.so", "info --lens-path gone --plugin none.so named.jpg"}) {

@@ -19,6 +19,8 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -158,24 +160,16 @@ void HostRunTest::failsWithOneLine()
 
 void HostRunTest::existingOutput()
 {
-    const struct {
-        const char *option, *content;
-        int exitCode;
-    } rows[] = {{"", "old", 1},
-                {"--skip-existing", "old", 0},
-                {"--overwrite", "probe", 0},
-                {"", "rival", 1},
-                {"--skip-existing", "rival", 0}};
-    for (const auto &row : rows) {
-        const Case named(row.option, row.content);
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/existing-outputs.tsv"))) {
+        const Case named(row);
         init();
-        const bool rival = QByteArray(row.content) == "rival"; // created while the picture is being corrected
+        const int exitCode = row[2].toInt();
+        const bool rival = row[1] == "rival"_s;
         if (!rival)
             WriteFile(Path(kOutput), "old");
-        const ProgramResult result = RunProbe(row.content, "a.jpg b.jpg "_s + QLatin1String(row.option));
-        QCOMPARE(result.exitCode, row.exitCode);
-        QCOMPARE(result.errorLines.size(), row.exitCode);
-        QCOMPARE(ReadFile(Path(kOutput)), QByteArray(row.content));
+        const ProgramResult result = RunProbe(qPrintable(row[1]), "a.jpg b.jpg "_s + row[0]);
+        QVERIFY2(result.exitCode == exitCode && result.errorLines.size() == exitCode, result.error);
+        QCOMPARE(QString::fromUtf8(ReadFile(Path(kOutput))), row[1]);
         QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), QByteArray("probe"));
         QCOMPARE(Made().size(), 2);
     }
@@ -184,36 +178,25 @@ void HostRunTest::existingOutput()
 /// --overwrite replaces the file that a link points to, keeps its permissions, and refuses protected files.
 void HostRunTest::replacedFile()
 {
-    const QByteArray path = kOutput.toUtf8();
-    const struct {
-        const char *name;
-        std::function<bool()> prepare;
-        const char *message; // empty: replaced
-    } rows[] = {
-        {"private", [&] { return chmod(path, 0600) == 0; }, ""},
-        {"read-only", [&] { return chmod(path, 0400) == 0; }, "Permission denied"},
-        {"link", [&] { return rename(path, "far") == 0 && symlink("far", path) == 0; }, ""},
-        {"pipe", [&] { return unlink(path) == 0 && mkfifo(path, 0600) == 0; }, "not a regular file"},
-    };
-    for (const auto &row : rows) {
-        const Case named(row.name);
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/replaced-files.tsv"))) {
+        const Case named(row);
         init();
-        QVERIFY(QDir::setCurrent(m_dir->path()));
         WriteFile(Path(kOutput), "old");
-        QVERIFY(row.prepare());
+        const QString program = std::exchange(m_run->program, "sh"_s);
+        QCOMPARE(m_run->Run({"-c"_s, row[1]}).exitCode, 0);
+        m_run->program = program;
         const QFileInfo before(Path(kOutput));
         const bool wasLink = before.isSymLink();
         const QFile::Permissions rights = before.permissions();
         m_run->beforeStart = RespectPermissions;
         const ProgramResult result = RunProbe("", "--overwrite a.jpg"_s);
-        const bool replaced = !*row.message;
-        QVERIFY2(result.exitCode == int(!replaced) && result.error.contains(row.message), row.name + result.error);
+        const bool replaced = row[2].isEmpty();
+        QVERIFY2(result.exitCode == int(!replaced) && result.error.contains(row[2].toUtf8()), result.error);
         const QFileInfo after(Path(kOutput));
-        QVERIFY2(after.isSymLink() == wasLink && after.permissions() == rights, row.name);
+        QVERIFY(after.isSymLink() == wasLink && after.permissions() == rights);
         if (after.isFile())
-            QVERIFY2(ReadFile(Path(kOutput)) == (replaced ? "probe" : "old"), row.name);
+            QVERIFY(ReadFile(Path(kOutput)) == (replaced ? "probe" : "old"));
     }
-    QVERIFY(QDir::setCurrent("/"_s));
 }
 
 /// If the file system doesn't support a call, the program falls back to another one. If the run fails nevertheless, the
@@ -221,41 +204,30 @@ void HostRunTest::replacedFile()
 void HostRunTest::refusedCalls()
 {
 #ifdef __x86_64__ // elsewhere, the C library makes other calls
-    const char *const noFolder = "cannot write into the folder \"%2\": Disk quota exceeded";
-    const Call noRename = {SYS_renameat2, EINVAL}, noLink = {SYS_link, EPERM};
-    const struct {
-        const char *name, *manner, *options;
-        QVector<Call> refused;
-        const char *content, *message; // the output's content, and the error; %1: the output, %2: its folder
-    } rows[] = {
-        {"exclusive rename", "", "", {noRename}, "probe", ""},
-        {"exclusive rename, output exists", "rival", "", {noRename}, "rival", "cannot write \"%1\": File exists"},
-        {"hard link", "", "", {{SYS_renameat2, ENOSYS}, noLink}, "probe", ""},
-        {"hard link, output exists", "rival", "", {noRename, noLink}, "rival", "cannot write \"%1\": File exists"},
-        {"any rename", "", "", {noRename, noLink, {SYS_rename, EIO}}, "", "cannot write \"%1\": Input/output error"},
-        {"rename fails", "", "", {{SYS_renameat2, EIO}}, "", "cannot write \"%1\": Input/output error"},
-        {"symbolic link", "", "", {{SYS_symlink, EPERM}}, "probe", ""},
-        {"folder", "", "", {{SYS_mkdir, EDQUOT}}, "", noFolder},
-        {"lock", "", "", {{SYS_openat, EDQUOT, O_EXCL}}, "", noFolder},
-        {"time", "", "--keep-time", {{SYS_utimensat, EPERM}}, "", "cannot set the file time: Operation not permitted"},
-        {"mode", "", "--overwrite", {{SYS_fchmod, EPERM}}, "old", "cannot write \"%1\": Operation not permitted"},
-        {"flush fails", "", "--overwrite", {{SYS_fsync, EIO}}, "old", "cannot write \"%1\": Input/output error"},
-        {"flush", "", "--overwrite", {{SYS_fsync, EINVAL}}, "probe", ""},
-        {"replace", "", "--overwrite", {{SYS_rename, EROFS}}, "old", "cannot write \"%1\": Read-only file system"},
-    };
-    for (const auto &row : rows) {
-        const Case named(row.name);
+    const QStringList names = "renameat2 rename link symlink mkdir openat utimensat fchmod fsync "
+                              "EINVAL EPERM ENOSYS EIO EDQUOT EROFS O_EXCL"_s.split(QLatin1Char(' '));
+    const std::vector<unsigned> values = {SYS_renameat2, SYS_rename, SYS_link,  SYS_symlink, SYS_mkdir, SYS_openat,
+                                          SYS_utimensat, SYS_fchmod, SYS_fsync, EINVAL,      EPERM,     ENOSYS,
+                                          EIO,           EDQUOT,     EROFS,     O_EXCL};
+    const auto number = [&](const QString &name) { return values.at(std::size_t(names.indexOf(name))); };
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/refused-calls.tsv"))) {
+        const Case named(row);
         init();
-        if (QByteArray(row.options) == "--overwrite")
+        if (row[2] == "--overwrite"_s)
             WriteFile(Path(kOutput), "old");
-        m_run->beforeStart = [&row] { std::for_each(row.refused.begin(), row.refused.end(), Refuse); };
-        const ProgramResult result = RunProbe(row.manner, "a.jpg "_s + QLatin1String(row.options));
-        QString line = "vitrelux: a.jpg: "_s + QLatin1String(row.message);
+        QVector<Call> refused;
+        for (const QString &call : row[3].split(QLatin1Char(';'))) {
+            const QStringList words = call.split(QLatin1Char(' '));
+            refused.append({number(words[0]), number(words[1]), words.size() > 2 ? number(words[2]) : 0});
+        }
+        m_run->beforeStart = [&refused] { std::for_each(refused.begin(), refused.end(), Refuse); };
+        const ProgramResult result = RunProbe(qPrintable(row[1]), "a.jpg "_s + row[2]);
+        QString line = "vitrelux: a.jpg: "_s + row[5];
         line.replace("%1"_s, Path(kOutput)).replace("%2"_s, m_dir->path());
-        QCOMPARE(result.errorLines, *row.message ? QStringList(line) : QStringList());
-        QCOMPARE(result.exitCode, int(*row.message != 0));
-        QCOMPARE(Made(), *row.content ? QStringList(kOutput) : QStringList());
-        QVERIFY(!*row.content || ReadFile(Path(kOutput)) == row.content);
+        QCOMPARE(result.errorLines, row[5].isEmpty() ? QStringList() : QStringList(line));
+        QCOMPARE(result.exitCode, int(!row[5].isEmpty()));
+        QCOMPARE(Made(), row[4].isEmpty() ? QStringList() : QStringList(kOutput));
+        QVERIFY(row[4].isEmpty() || ReadFile(Path(kOutput)) == row[4].toUtf8());
         QCOMPARE(Notes().filter("Process a.jpg "_s), Notes().filter("Process "_s)); // even if a copy replaces the link
     }
 #endif
@@ -414,31 +386,22 @@ void HostRunTest::notification()
 
 void HostRunTest::environment()
 {
-    // Variables added to a nearly empty environment, and the reason if the wizard cannot be shown.
-    const QString unreachable = "the display cannot be reached"_s;
-    const QString rows[][3] = {{"HOME"_s, "/none"_s, "there is no display"_s},
-                               {"DISPLAY"_s, "none:17"_s, unreachable},
-                               {"QT_QPA_PLATFORM"_s, "no-such-platform"_s, unreachable},
-                               {"QT_QPA_PLATFORMTHEME"_s, "gtk3"_s, {}},
-                               {"QT_STYLE_OVERRIDE"_s, "no-such-style"_s, {}},
-                               {"QT_IM_MODULE"_s, "ibus"_s, {}},
-                               {"LC_ALL"_s, "xx_YY.ISO-8859-1"_s, {}}};
-    for (const auto &[variable, value, wizard] : rows) {
-        const Case named(variable, value);
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/environments.tsv"))) {
+        const Case named(row);
         init();
         QVERIFY(QDir(m_dir->path()).mkdir("home"_s));
         QVERIFY(QFile::rename(Path("a.jpg"_s), Path(u8"\u00fcber\u65e5\u672c.jpg"_s)));
         m_run->Set("HOME", Path("home"_s));
-        m_run->Set(qPrintable(variable), value);
+        m_run->Set(qPrintable(row[0]), row[1]);
         const ProgramResult result = Run(u8"correct --plain --profile p.lcp \u00fcber\u65e5\u672c.jpg"_s);
-        QVERIFY2(result.exitCode == 0 && result.error.isEmpty(), variable.toUtf8() + result.error);
+        QVERIFY2(result.exitCode == 0 && result.error.isEmpty(), result.error);
         QCOMPARE(QString::fromUtf8(result.output), Path(u8"\u00fcber\u65e5\u672c_corrected.tiff\n"_s));
         QCOMPARE(Names(Path("home"_s)), QStringList()); // choices on a command line don't become defaults
-        if (wizard.isEmpty())
+        if (row[2].isEmpty())
             continue;
         const ProgramResult window = Run("wizard b.jpg"_s);
         QCOMPARE(window.exitCode, 1); // not a crash
-        QVERIFY2(window.errorLines.last().startsWith("vitrelux: cannot show a window: "_s + wizard), window.error);
+        QVERIFY2(window.errorLines.last().startsWith("vitrelux: cannot show a window: "_s + row[2]), window.error);
     }
     m_run->Set("QT_QPA_PLATFORM", "offscreen"_s);
     for (const auto &[options, why] : {std::pair("--plugin none.so"_s, "plug-in \"%1/none.so\": "_s),
@@ -451,21 +414,15 @@ void HostRunTest::environment()
 
 void HostRunTest::names()
 {
-    const QString rows[][3] = {{"-o.jpg"_s, {}, "-o_corrected.tiff"_s},
-                               {"a.b.c.jpg"_s, {}, "a.b.c_corrected.tiff"_s},
-                               {"no suffix"_s, {}, "no suffix_corrected.tiff"_s},
-                               {"%1 \"'$(x).jpg"_s, "new/deep"_s, "new/deep/%1 \"'$(x)_corrected.tiff"_s},
-                               {":a.jpg"_s, {}, ":a_corrected.tiff"_s}, // not a Qt resource
-                               {"a\nb.jpg"_s, "./x/../new"_s, "new/a\nb_corrected.tiff"_s}};
-    for (const auto &[picture, folder, output] : rows) {
-        const Case named(picture);
-        QVERIFY(QFile::copy(Path("a.jpg"_s), m_dir->path() + "/"_s + picture));
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/odd-names.tsv"))) {
+        const Case named(row);
+        QVERIFY(QFile::copy(Path("a.jpg"_s), m_dir->path() + "/"_s + row[0]));
         QStringList arguments{"correct"_s, "--plain"_s, "--profile"_s, "p.lcp"_s};
-        if (!folder.isEmpty())
-            arguments << "-o"_s << folder;
-        const ProgramResult result = m_run->Run(arguments << "--"_s << picture);
+        if (!row[1].isEmpty())
+            arguments << "-o"_s << row[1];
+        const ProgramResult result = m_run->Run(arguments << "--"_s << row[0]);
         QVERIFY2(result.exitCode == 0, result.error);
-        QVERIFY2(QFileInfo::exists(m_dir->path() + "/"_s + output), qPrintable(output));
+        QVERIFY2(QFileInfo::exists(m_dir->path() + "/"_s + row[2]), qPrintable(row[2]));
     }
     const QString tooLong = QString(246, QLatin1Char('x')) + ".jpg"_s; // its output's name is over 255 bytes long
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path(tooLong)));

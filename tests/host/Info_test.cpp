@@ -23,21 +23,8 @@ const QString kProfile = "lenses/Canon/Canon EOS 40D (Canon EF-S 10-22mm).lcp"_s
 Exiv2::ExifData CanonExif(const char *longAndShort, uint16_t number)
 {
     Exiv2::ExifData exif;
-    exif["Exif.Image.Make"] = "Canon";
-    exif["Exif.Image.Model"] = "Canon EOS 40D";
-    exif["Exif.Image.Orientation"] = uint16_t(6);
-    exif["Exif.Photo.FocalLength"] = Exiv2::Rational(20, 1);
-    exif["Exif.Photo.ExposureTime"] = Exiv2::Rational(1, 160);
-    exif["Exif.Photo.FNumber"] = Exiv2::Rational(71, 10);
-    exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(100);
-    exif["Exif.Photo.DateTimeOriginal"] = "2008:07:30 15:56:01"; // daylight saving time must not shift it
-    exif["Exif.GPSInfo.GPSLatitude"] = "45/1 30/1 15/1";
-    exif["Exif.GPSInfo.GPSLatitudeRef"] = "S";
-    exif["Exif.GPSInfo.GPSLongitude"] = "11/1 15/1 0/1";
-    exif["Exif.GPSInfo.GPSLongitudeRef"] = "W";
-    exif["Exif.GPSInfo.GPSImgDirection"] = "3705/20";
-    exif["Exif.GPSInfo.GPSImgDirectionRef"] = "M";
-    exif["Exif.Photo.ExposureBiasValue"] = "-3/4";
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/canon-exif.tsv")))
+        exif[row[0].toStdString()] = row[1].toStdString();
     exif["Exif.CanonCs.Lens"] = longAndShort;
     exif["Exif.CanonCs.LensType"] = number;
     return exif;

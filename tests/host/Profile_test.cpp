@@ -3,6 +3,7 @@
 #include "ExpectedText.h"
 #include "ProfileText.h"
 #include "ProgramTest.h"
+#include "Table.h"
 
 #include <QDomDocument>
 #include <QImage>
@@ -239,42 +240,15 @@ void tst_Profile::plainText()
 void tst_Profile::check_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QByteArray>("message"); // the start of a line after the file's name; empty: no message
+    QTest::addColumn<QByteArray>("message");
     QTest::addColumn<int>("exitCode");
-    const QByteArray sound = Bent(kFrame + Setting(50, 3, 3)), at24 = kFrame + Setting(24, 3, 3);
-    const auto row = [](const char *name, const QList<QByteArray> &entries, const char *message, int exitCode = 0) {
-        QTest::newRow(name) << File(entries) << QByteArray(message) << exitCode;
-    };
-    row("valid", {sound}, "");
-    row("contradictory fields",
-        {sound, at24 + ">\n<s:FocalLength>28</s:FocalLength>" + Model("PerspectiveModel", kBent)},
-        ":5: warning: entry 2: FocalLength is given twice, ");
-    row("contradictory entries", {Bent(at24), sound, Bent(24, -0.2)},
-        ":2: warning: entry 1: the same focal length, distance and aperture as entry 3, line 6");
-    row("fold", {sound, Bent(24, -1.2)},
-        ":4: warning: entry 2: distortion folds back within the frame, at 88 % of "); // 1/sqrt(3.6) / 0.601
-    const auto bent = [&](const char *values) {
-        return at24 + ">" + Model("PerspectiveModel", kBent + values, Model("ChromaticRedGreenModel", kBent));
-    };
-    row("positions outside", {sound, Bent(24, 1e12)},
-        ":4: error: entry 2: distortion leaves 0 % of the picture: the rest");
-    row("tangential terms far outside", {bent(R"( s:TangentialDistortParam1="1e11")")},
-        ":2: error: entry 1: distortion leaves 0 % of the picture");
-    row("a focal length far too short", {at24 + R"(>
-<s:PerspectiveModel s:FocalLengthX="0.01" s:RadialDistortParam1="-0.1"/>)"},
-        ":2: error: entry 1: distortion leaves 0 % of the picture: it folds", 1);
-    row("dark",
-        {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
-        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, rounded up to 36/64
-    row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the calibrated picture");
-    row("no coefficients in one entry", {sound, at24 + ">" + Model("PerspectiveModel", {})},
-        ":5: error: entry 2: a lens model without coefficients");
-    row("no coefficients at all", {at24 + ">" + Model("PerspectiveModel", {})},
-        ":3: error: entry 1: a lens model without coefficients", 1);
-    row("focal length 0", {Bent(kFrame + Setting(0, 3, 3))}, ":2: warning: entry 1: FocalLength is \"0\"");
-    row("not finite", {sound, at24 + ">" + Model("PerspectiveModel", R"(s:RadialDistortParam1="nan")")},
-        ":5: error: entry 2: RadialDistortParam1 is \"nan\"");
-    row("no entries", {}, "", 1);
+    const QByteArray sound = Bent(kFrame + Setting(50, 3, 3));
+    for (const QStringList &row : ReadTable(QStringLiteral(VITRELUX_TABLES "/profile-checks.tsv"))) {
+        QList<QByteArray> entries;
+        for (const QString &entry : row.mid(3))
+            entries << entry.toUtf8().replace("%1", kFrame).replace("%2", Setting(24, 3, 3)).replace("%3", sound);
+        QTest::newRow(qPrintable(row[0])) << File(entries) << row[2].toUtf8() << row[1].toInt();
+    }
 }
 
 void tst_Profile::check()

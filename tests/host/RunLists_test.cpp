@@ -128,23 +128,14 @@ void tst_RunLists::lostPictures()
     const QString picture = scene.filePath("a.jpg"_s), link = scene.filePath("a-link.jpg"_s);
     WriteFile(picture, {});
     QVERIFY(QFile::link(picture, link));
-    const struct {
-        QStringList pictures;
-        OutputNaming naming;
+    for (const QByteArray &text : ExpectedText("folder, pattern, pictures, and those replaced").trimmed().split('\n')) {
+        const Case named(text);
+        const QStringList row = QString::fromLatin1(text).replace("%1"_s, scene.path()).split(QLatin1Char('|'));
+        QCOMPARE(row.size(), 4);
         QStringList lost; // per picture, the one that its output would replace
-    } rows[] = {
-        {{"/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s}},
-        {{"/in/a.jpg"_s}, {"/out"_s, "{name}.jpg"_s}, {""_s}},
-        {{"/in/a.dng"_s, "/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s, "/in/a.jpg"_s}},
-        {{"/in/a.tif"_s, "/in/a_x.tif"_s}, {{}, "{name}_x.tif"_s}, {""_s, ""_s}}, // the second is an earlier output
-        {{picture}, {{}, "{name}-link.jpg"_s}, {picture}},
-    };
-    for (const auto &row : rows) {
-        const Case named(row.pictures, row.naming.pattern);
-        QStringList lost;
-        for (const PlannedPicture &planned : PlanOutputs(Named(row.pictures), row.naming))
+        for (const PlannedPicture &planned : PlanOutputs(Named(row[2].split(QLatin1Char(','))), {row[0], row[1]}))
             lost << planned.lost;
-        QCOMPARE(lost, row.lost);
+        QCOMPARE(lost.join(QLatin1Char(',')), row[3]);
     }
 }
 
@@ -234,17 +225,14 @@ void tst_RunLists::recordsOfOtherPrograms()
 
 void tst_RunLists::timeLeft()
 {
-    const struct {
-        double seconds;
-        int done, open;
-        const char *text;
-    } rows[] = {{5.0, 0, 9, ""},
-                {5.0, 5, 0, ""},
-                {2.2, 4, 6, "about 4 s left"}, // 3.3 s, rounded up
-                {60.0, 2, 4, "about 2 min left"},
-                {100.0, 1, 1999, "about 55 h 32 min left"}}; // 199,900 s
-    for (const auto &row : rows)
-        QCOMPARE(TimeLeft(row.seconds, row.done, row.open), QString::fromLatin1(row.text));
+    const QByteArray expected = ExpectedText("time left: seconds, pictures done, and open");
+    QByteArray printed;
+    for (const QByteArray &line : expected.trimmed().split('\n')) {
+        const QByteArrayList numbers = line.left(line.indexOf(':')).split(' ');
+        const QString left = TimeLeft(numbers[0].toDouble(), numbers.value(1).toInt(), numbers.value(2).toInt());
+        printed += numbers.join(' ') + ':' + left.toUtf8() + '\n';
+    }
+    QCOMPARE(printed, expected);
 }
 
 QTEST_APPLESS_MAIN(tst_RunLists)

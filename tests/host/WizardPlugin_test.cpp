@@ -1,6 +1,7 @@
 // Tests of the wizard with the real plug-in: choices for pictures, fitted profiles, languages, and the keyboard.
 #include "Case.h"
 #include "KOmp.h"
+#include "Table.h"
 #include "TiffRaster.h"
 #include "WizardTest.h"
 #include "app/PluginLoader.h"
@@ -234,30 +235,16 @@ void tst_WizardPlugin::checkKeyboard() const
 
 void tst_WizardPlugin::usesTheUsersLanguage()
 {
-    const struct {
-        const char *locale, *ofPlugin, *ofWindow; // parts of the plug-in's description and of the window's title
-    } rows[] = {{"fi_FI", "This plugin reuse", "lens correction"}, // must come first: translators stay installed
-                {"zh_TW", "描述檔", "鏡頭校正"},
-                {"zh_CN", "配置文件", "镜头校正"},
-                {"fr_FR", "profils", "correction d'objectif"},
-                {"es_ES", "perfiles", "corrección"},
-                {"pl_PL", "jego profili", "korekcja"},
-                {"ru_RU", "профилям", "коррекция"},
-                {"it_IT", "profili", "correzione"},
-                {"ja_JP", "プロファイル", "補正"},
-                {"de_AT", "Verzeichnung", "korrektur"}};
-    for (const auto &[locale, ofPlugin, ofWindow] : rows) {
-        const Case named(locale);
-        QLocale::setDefault(QLocale(QLatin1String(locale)));
+    for (const QStringList &row : ReadTable(QStringLiteral(LOCALES))) {
+        const Case named(row);
+        QLocale::setDefault(QLocale(row[0]));
         m_host->TranslateWindows();
         const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
-        QVERIFY2(plugin.Process()->Comment().contains(QString::fromUtf8(ofPlugin)),
-                 qPrintable(plugin.Process()->Comment()));
+        QVERIFY2(plugin.Process()->Comment().contains(row[1]), qPrintable(plugin.Process()->Comment()));
         m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
         m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
         Show({plugin.Process()}, QString());
-        QVERIFY2(m_wizard->windowTitle().contains(QString::fromUtf8(ofWindow), Qt::CaseInsensitive),
-                 qPrintable(m_wizard->windowTitle()));
+        QVERIFY2(m_wizard->windowTitle().contains(row[2], Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
 
         m_wizard->resize(1, 1); // the description on the plug-in's page must be fully visible even in a narrow window
         WriteJpeg(Path("cut.jpg"), 60, 40);

@@ -9,6 +9,7 @@
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
 #include "SpelledProfile.h"
+#include "Table.h"
 #include "TestFiles.h"
 #include "Thrown.h"
 #include "TiffRaster.h"
@@ -417,33 +418,11 @@ void tst_FittedProcess::readsOnlyAnnouncedRows()
 /// Corrects a flat picture, so that positions don't affect the values.
 void tst_FittedProcess::formats()
 {
-    const char *const noOpacity = "no opacity: transparent pixels are black";
-    const struct {
-        const char *name; // begins with the format
-        int bits, channels;
-        double gamma; // of the ICC profile; 0: none
-        int resultBits;
-        double value; // expected for 0.4, half opaque if there is alpha
-        const char *assumed = "";
-    } rows[] = {
-        {"jpeg, 16 bits", 16, 3, 0.0, 8, 0.4, "8 bits per channel instead of 16"},
-        {"jpeg, alpha", 8, 4, 0.0, 8, 0.2, noOpacity},
-        {"jpeg, gray", 8, 1, 0.0, 8, 0.4},
-        {"png, alpha", 16, 4, 0.0, 16, 0.4},
-        {"png, floats", 32, 3, 0.0, 16, LightToSrgb(0.4),
-         "16 bits per channel instead of floats (clipped to 0 to 1), with the sRGB curve"},
-        {"png, gray floats with profile", 32, 1, 1.75, 16, 0.4,
-         "16 bits per channel instead of floats (clipped to 0 to 1)"},
-        {"exr, 8 bits", 8, 3, 0.0, 32, SrgbToLight(0.4), "no color profile with curves: treated as sRGB"},
-        {"jpeg, empty borders", 8, 3, 0.0, 8, 0.4, noOpacity},
-        {"png, gray, empty borders", 8, 1, 0.0, 8, 0.4,
-         "RGB with opacity instead of gray, because some pixels are empty, and without the gray color profile"},
-        {"exr, 16 bits with alpha and profile", 16, 4, 1.75, 32, std::pow(0.4, 1.75)},
-        {"exr, floats", 32, 1, 0.0, 32, 0.4},
-    };
-    for (const auto &[name, bits, channels, gamma, resultBits, value, assumed] : rows) {
-        const Case named(name);
-        const QString format = QString::fromLatin1(name).section(QLatin1Char(','), 0, 0);
+    for (const QStringList &row : ReadTable(QStringLiteral(FORMATS))) {
+        const Case named(row);
+        const int bits = row[1].toInt(), channels = row[2].toInt(), resultBits = row[4].toInt();
+        const double gamma = row[3].toDouble(), value = row[5].toDouble();
+        const QString format = row[0].section(QLatin1Char(','), 0, 0);
         TiffRaster source = BlankRaster(300, 200, channels, bits);
         for (size_t i = 0; i < source.values.size(); ++i)
             source.values[i] =
@@ -451,7 +430,7 @@ void tst_FittedProcess::formats()
         if (bits == 32) // the tables have no entry for NaN
             std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
         const QString path = Put(source, RgbProfile(gamma));
-        const bool leavesEmpty = QByteArray(name).contains("empty");
+        const bool leavesEmpty = row[0].contains("empty"_s);
         void *record = Record({{"Disto"_s, "1"_s},
                                {"Framing"_s, leavesEmpty ? "all"_s : "1.2"_s},
                                {"Format"_s, format},
@@ -462,7 +441,7 @@ void tst_FittedProcess::formats()
         m_process.FreeParameters(record);
         QVERIFY(Host().Def(path)->acceptedPending && !gflAcceptsPendingRows()); // only while the picture is locked
         QCOMPARE(element.attribute("Format"_s), format);
-        QCOMPARE(element.attribute("Assumed"_s), QLatin1String(assumed));
+        QCOMPARE(element.attribute("Assumed"_s), row[6]);
         QVERIFY2(output.endsWith("a_corrected."_s + (format == "jpeg"_s ? "jpg"_s : format)), qPrintable(output));
         // OpenEXR's channel list has the sample type after each name: 1 is half float, 2 is float.
         const QByteArray list("channels\0chlist", 16), file = ReadFile(output);
@@ -505,26 +484,13 @@ void tst_FittedProcess::recordOfResult()
         QStringList lines;
         for (const auto &[key, value] : CorrectionRecord(fit, facts, options, "image/png"_s))
             lines << key.mid(4) + QLatin1Char('=') + value;
-        return lines.filter(QRegularExpression("^(?!vitrelux.Version=.)"_s)).join("; "_s);
+        return lines.filter(QRegularExpression("^(?!vitrelux.Version=.)"_s)).join(QLatin1Char('\n'))
+            + QLatin1Char('\n');
     };
-    const QString digest = "Digest=900150983CD24FB0D6963F7D28E17F72"_s;
-    QCOMPARE(text(),
-             "dc.format=image/png; vitrelux.Corrections=distortion, vignetting; "
-             "vitrelux.Requested=distortion, vignetting; vitrelux.Profile=my.abc.lcp; "
-             "vitrelux.ProfileName=my.abc; vitrelux.Profile"_s
-                 + digest
-                 + "; vitrelux.Entries=24 mm; "
-                   "vitrelux.Zoom=1.23457; vitrelux.Framing=fill; vitrelux.Sampling=sharp; "
-                   "vitrelux.Projection=rectilinear; vitrelux.AmountDisto=0.506; vitrelux.AmountCA=0; "
-                   "vitrelux.AmountFalloff=1; vitrelux.Focal=23.5; crs.AlreadyApplied=True; crs.LensProfileEnable=1; "
-                   "crs.LensProfileSetup=Custom; crs.LensProfileName=my.abc; crs.LensProfileFilename=my.abc.lcp; "
-                   "crs.LensProfile"_s
-                 + digest
-                 + "; crs.LensProfileIsEmbedded=; crs.LensProfileDistortionScale=51; "
-                   "crs.LensProfileChromaticAberrationScale=0"_s);
+    QCOMPARE(text(), QString::fromUtf8(ReadFile(QStringLiteral(RECORD))));
     fit.profile = "lensfun:Maker/Lens 1/2"_s; // not a path
-    QVERIFY2(text().contains("Profile=lensfun:Maker/Lens 1/2; vitrelux.ProfileName=Maker/Lens 1/2; "
-                             "vitrelux.ProfileDigest=; "_s),
+    QVERIFY2(text().contains("Profile=lensfun:Maker/Lens 1/2\nvitrelux.ProfileName=Maker/Lens 1/2\n"
+                             "vitrelux.ProfileDigest=\n"_s),
              qPrintable(text()));
     fit.profile = "/absent.lcp"_s;
     QCOMPARE(Thrown(text), "cannot read \"/absent.lcp\": No such file or directory"_s);

@@ -134,34 +134,24 @@ private:
 
 void tst_KVitreluxOne2One::recordFromElement()
 {
-    const struct {
-        const char *name, *stored; // the setting "Disto"; empty: nothing is stored
-        const char *attribute;     // "Disto" of the element; null: no element, empty: without the attribute
-        bool disto;
-    } rows[] = {{"nothing stored", "", nullptr, false},
-                {"stored", "true", nullptr, true},
-                {"element overrides setting", "true", "0", false},
-                {"missing attribute overrides setting", "true", "", false},
-                {"number above 1", "", "2", true},
-                {"not a number", "", "true", false}};
-    for (const auto &row : rows) {
-        const Case named(row.name);
+    for (const QStringList &row : ReadTable(QStringLiteral(RECORDS))) {
+        const Case named(row);
         Host().Clear();
-        const bool isStored = *row.stored;
-        if (isStored) {
-            Host().settings.insert(kUid + "/Disto"_s, QLatin1String(row.stored));
+        if (!row[1].isEmpty()) {
+            Host().settings.insert(kUid + "/Disto"_s, row[1]);
             Host().settings.insert(kUid + "/LCPfilename"_s, "/stored.lcp"_s);
         }
         QDomDocument document;
         QDomElement element;
-        if (row.attribute)
+        const bool hasElement = row[2] != "no element"_s;
+        if (hasElement)
             element = document.createElement("any"_s);
-        if (row.attribute && *row.attribute)
-            element.setAttribute("Disto"_s, QLatin1String(row.attribute));
+        if (hasElement && !row[2].isEmpty())
+            element.setAttribute("Disto"_s, row[2]);
         KVitreluxOne2One process;
         auto *params = static_cast<Params *>(process.AllocParameters(element));
-        QCOMPARE(params->disto, row.disto);
-        QCOMPARE(params->lcpFilename, isStored && !row.attribute ? "/stored.lcp"_s : QString());
+        QCOMPARE(params->disto, row[3] == "yes"_s);
+        QCOMPARE(params->lcpFilename, row[1].isEmpty() || hasElement ? QString() : "/stored.lcp"_s);
         QCOMPARE(params->scale, 1.0f);
         process.FreeParameters(params);
     }

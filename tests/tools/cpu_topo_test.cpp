@@ -74,34 +74,6 @@ R MachineOf(const QStringList &row)
     return machine;
 }
 
-struct FailureRow {
-    const char *name;
-    RecordedMachine machine;
-    unsigned error;
-    int bindings = 0, forbiddenCpu = -1, unbindableCpu = -1;
-};
-
-std::vector<FailureRow> Failures()
-{
-    const R four = R(R::Intel, 0xB, Range(0, 4)).PerPackage(4).Caches(4, {{1, D, 1, 64, 8}});
-    const CpuidRegisters manyLeaves = {0x1E, 0x756E6547, 0x6C65746E, 0x49656E69};
-    return {
-        {"restricted to some processors", four, kTopologyAffinityError, 0, 2},
-        {"binding refused", four, kTopologyBindError, 3, -1, 2},
-        {"leaf 11 without threads", R(four).Levels({{2, 1, 4}}), kTopologyGeneralError},
-        {"leaf 11 that never ends", R(four).Levels(std::vector<RecordedLevel>(20, {1, 1, 2})), kTopologyGeneralError},
-        {"more levels than the record holds", R(four).Levels(std::vector<RecordedLevel>(6, {1, 1, 2})),
-         kTopologyGeneralError},
-        {"more caches than the record holds", R(four).Caches(4, Caches(6, {1, D, 1, 64, 8})), kTopologyGeneralError},
-        {"more leaves than the record holds", R(four).Set(0, 0, manyLeaves), kTopologyGeneralError},
-        {"more cores than the record holds",
-         R(R::Intel, 0xB, Range(0, MAX_CORES + 1)).PerPackage(4).Levels({{1, 0, 1}, {2, 10, 9}}), kTopologyGeneralError,
-         MAX_CORES + 1},
-        {"no processors", R(R::Intel, 0xB, {}), kTopologyAnalysisError},
-        {"cores counted as threads, before leaf 4", R(R::Amd, 1, Range(0, 4)).PerPackage(4).AmdCores(0xF, 4, 0),
-         kTopologyLegacyError}};
-}
-
 /// Returns whether the parts of each identifier add up to it.
 bool AddsUp()
 {
@@ -190,19 +162,24 @@ void tst_CpuTopo::ordinals()
 
 void tst_CpuTopo::failures()
 {
-    for (const FailureRow &failure : Failures()) {
-        const Case named(failure.name);
-        RecordedMachine machine = failure.machine;
-        machine.forbiddenCpu = failure.forbiddenCpu;
-        machine.unbindableCpu = failure.unbindableCpu;
+    const QStringList errors = QStringLiteral("affinity binding general analysis legacy").split(QLatin1Char(' '));
+    const std::vector<unsigned> codes = {kTopologyAffinityError, kTopologyBindError, kTopologyGeneralError,
+                                         kTopologyAnalysisError, kTopologyLegacyError};
+    for (const QStringList &row : ReadTable(QStringLiteral(FAILING_MACHINES))) {
+        const Case named(row[0]);
+        const auto processor = [](const QString &cell) { return cell.isEmpty() ? -1 : cell.toInt(); };
+        RecordedMachine machine = MachineOf(row);
+        machine.forbiddenCpu = processor(row[11]);
+        machine.unbindableCpu = processor(row[12]);
         SetCpuMachine(&machine);
-        QVERIFY2(GetSysLogicalProcessorCount() == 0u && glbl_ptr->error == failure.error, failure.name);
+        QCOMPARE(GetSysLogicalProcessorCount(), 0u);
+        QCOMPARE(glbl_ptr->error, codes.at(size_t(errors.indexOf(row[9]))));
         const Ids counts = {GetSysProcessorCoreCount(), GetSysEachCacheCount(0), GetthreadCount(0, 0),
                             SlectOrdfromPkg(-1, -1, -1)};
         QCOMPARE(counts, Ids(4, 0u));
         QCOMPARE(GetHWMTConfig(0), -1);
         QCOMPARE(getEnumerateAPICID(0), 0xFFFFFFFFu);
-        QCOMPARE(machine.bindings, failure.bindings); // a failed read is not repeated
+        QCOMPARE(machine.bindings, row[10].toInt()); // a failed read is not repeated
         cleanup();
         init();
     }

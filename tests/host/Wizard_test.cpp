@@ -21,7 +21,6 @@
 #include <QTreeWidget>
 
 #include <csignal>
-#include <functional>
 #include <limits>
 
 class tst_Wizard : public WizardTest {

@@ -10,7 +10,7 @@
 #include "jpeg/jpeg_codec.h"
 #include "metadata/exif_carry.h"
 #include "metadata/metadata.h"
-#include "metadata/note_place.h"
+#include "metadata/note_offset.h"
 #include "png/png_codec.h"
 
 #include <QtTest>
@@ -109,7 +109,7 @@ void tst_Codecs::notePlaces()
         const Case named(row[0]);
         QCOMPARE(row.size(), 5);
         const QByteArray note = QByteArray::fromHex(row[3].toLatin1());
-        QCOMPARE(NeedsItsPlace(Bytes(note.begin(), note.end()), row[2].toULongLong(), row[1] == QLatin1String("MM")),
+        QCOMPARE(NeedsItsOffset(Bytes(note.begin(), note.end()), row[2].toULongLong(), row[1] == QLatin1String("MM")),
                  row[4] == QLatin1String("stays"));
     }
     const QByteArray bytes("a note that is in no list");
@@ -124,14 +124,14 @@ void tst_Codecs::notePlaces()
         const Case named(row[0]);
         const QByteArray file = QByteArray::fromHex(row[1].toLatin1()) + bytes;
         Exiv2::ExifData exif = withNote(row[2].toInt());
-        AddNotePlace(Source(file.constData(), std::size_t(file.size())), &exif);
-        const auto found = exif.findKey(Exiv2::ExifKey(kNotePlaceKey));
+        AddNoteOffset(Source(file.constData(), std::size_t(file.size())), &exif);
+        const auto found = exif.findKey(Exiv2::ExifKey(kNoteOffsetKey));
         QCOMPARE(found == exif.end() ? "none" : found->toString(), row[3].toStdString());
     }
     for (const int place : {15, 16, 32768, 32769}) { // notes further behind might not fit into a JPEG
         const Case named("at", place);
         Exiv2::ExifData exif = withNote(bytes.size());
-        exif[kNotePlaceKey] = uint32_t(place);
+        exif[kNoteOffsetKey] = uint32_t(place);
         const Bytes block = EncodeExif(exif);
         const QByteArray text(reinterpret_cast<const char *>(block.data()), int(block.size()));
         QCOMPARE(text.indexOf(bytes) == place, place == 16 || place == 32768);

@@ -233,6 +233,8 @@ ImageVersion<Image> *ImageCacheItem<Image, Loader>::FindBiggerInMemory(int width
 
 template <typename Image, typename Loader> QString ImageCacheItem<Image, Loader>::fullCacheName(Version *version)
 {
+    if (!version->m_cacheName.isEmpty())
+        return version->m_cacheName;
     // An estimate for one channel only; the disk manager keeps a reserve for the rest.
     const qint64 bytes = static_cast<qint64>(version->m_width) * version->m_height * (version->m_depth / 8);
     KCacheDiskManager::init(nullptr); // created on first use

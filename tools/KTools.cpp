@@ -60,6 +60,8 @@ void MakeOwn()
     KSystemInfo::init(nullptr);
     SetUpOpenMp();
     CountProcessors();
+    KPoolMemManager::init(nullptr);
+    KCacheDiskManager::init(nullptr);
     KTools::ms_instances.reserved = new void *(nullptr);
     KAnalyticsManager::init(nullptr);
     s_standsAlone = true;

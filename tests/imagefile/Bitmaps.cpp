@@ -305,6 +305,6 @@ QByteArray BigEndian(quint64 number, int bytes)
 {
     QByteArray out;
     for (int i = bytes; i-- > 0;)
-        out.append(char(number >> (8 * i)));
+        out.append(i < 8 ? char(number >> (8 * i)) : char(0));
     return out;
 }

@@ -159,8 +159,10 @@ bool KDbSession::Tune(QSqlDatabase &db)
         Run(query, QStringLiteral("COMMIT")); // exclusive mode keeps the lock
     }
     Run(query, QStringLiteral("PRAGMA synchronous = OFF"));
-    if (m_useRollBack)
+    if (m_useRollBack) {
+        Run(query, QStringLiteral("RELEASE SAVEPOINT load;"));
         Run(query, QStringLiteral("PRAGMA journal_mode = MEMORY")); // without a journal SQLite can't roll back
+    }
     return locked;
 }
 

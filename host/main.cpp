@@ -135,7 +135,7 @@ int main(int argc, char **argv)
     // A library may end the program, as libgomp does if it has no memory for its threads. At a normal exit there is no
     // folder to remove.
     std::atexit([] { InterruptGuard::RemoveFolders(); });
-    // Nothing catches exceptions here, so that the terminate handler runs where they are thrown: many objects of Qt
+    // Nothing catches exceptions here, so that the terminate handler runs where they are thrown: many Qt objects
     // crash in their destructors if memory runs out while they are constructed.
     Console console;
     const int result = RunChecked(ParseCommandLine(ReadArguments(argc, argv)), &console);

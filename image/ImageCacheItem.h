@@ -28,7 +28,7 @@ public:
     /// Data that the cache needs to enforce its limit.
     struct Usage {
         qint64 bytes = 0;        // total size of the versions in memory
-        qint64 newest = -1;      // the highest stamp, -1: no version is in memory
+        qint64 newest = -1;      // the highest stamp; -1: no version is in memory
         bool isFreeable = false; // at least one is unlocked
     };
 
@@ -49,7 +49,7 @@ public:
     void Unlock(int width, int height, int depth);
     bool IsInMemory(int width, int height, int depth);
 
-    /// Makes @p def, a new description, the item's image and drops all versions: the file may have changed.
+    /// Makes the new description @p def the item's image, and drops all versions: the file may have changed.
     void Adopt(ImageDef *def);
     /// Gives up ownership of the image and returns the pixels that are still locked, which the caller then owns.
     QVector<Image *> Abandon();

@@ -260,7 +260,7 @@ double RatioOfPlane(const Readings &readings)
 {
     if (readings.imageWidth == 0.0F || readings.imageHeight == 0.0F)
         return 0.0;
-    // Without a unit the plane has no size, without a resolution an infinite one: the quotient is infinite, 0 or NaN.
+    // Without a unit the plane's size is 0; without a resolution it is infinite. The quotient is infinite, 0 or NaN.
     const float widthMm = readings.imageWidth * readings.planeUnitMm / readings.planeX;
     const float heightMm = readings.imageHeight * readings.planeUnitMm / readings.planeY;
     return FiniteOr(kFullFrameDiagonalMm / static_cast<double>(std::sqrt(widthMm * widthMm + heightMm * heightMm)),

@@ -196,8 +196,8 @@ public:
 
     // --- Geometry (KImage_Geometry.cpp) ---
 
-    /// Changes the size, in place or into @p target: by area weighting, or bilinearly if any side grows. All channels
-    /// use the same filter. The KException for an empty image has an empty message.
+    /// Changes the size, in place or into @p target: by area weighting, or bilinearly if either side grows. All
+    /// channels use the same filter. The KException for an empty image has an empty message.
     void Resize(int width, int height);
     void Resize(KImage &target, int width, int height);
     /// Finds a rectangle, as large as possible, in the area of a float RGBA image where alpha isn't 0: from (left, top)
@@ -261,8 +261,8 @@ public:
 
     // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp) ---
 
-    /// Find the image circle: radius and center, in pixels from the frame's middle; all 0 if there is no circle. Seed
-    /// qrand(). The second is for circles cut off by the frame; @p nominalRadius is right within 20 %, or 0 if unknown.
+    /// Find the image circle: radius and center, in pixels from the frame's middle; all 0 if there is none. Both seed
+    /// qrand(). The second is for circles cut off by the frame; @p nominalRadius is accurate to 20 %, or 0 if unknown.
     void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
     void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.

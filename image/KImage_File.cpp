@@ -61,7 +61,7 @@ QString FormatName(const QString &format)
 }
 
 /// Throws if a save failed because of the disk; call it right after the failure. Returns if the disk is not the cause.
-/// If there was no file, the check creates an empty one, which is removed again.
+/// If there was no file, the check creates an empty one, which is then removed.
 void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString &where)
 {
     const QString reason = QString::fromUtf8(gflLastErrorText());
@@ -119,8 +119,8 @@ int FormatIndex(const QString &formatName)
     return gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
 }
 
-/// Runs the steps common to all writes. Doesn't access the pixels of @p image; @p save(path, params) writes the file
-/// and returns the layer's error.
+/// Runs the steps common to Write and WriteRows. Doesn't access the pixels of @p image; @p save(path, params) writes
+/// the file and returns the layer's error.
 template <typename Save>
 void WriteBy(KImage &image, const QString &fileName, const KImage::FileForm &form, const QString &metadataSource,
              const KImage::EditRecord &record, Save save)

@@ -23,14 +23,14 @@
 namespace {
 
 /// Scope in which standard output is redirected to standard error.
-class OutputAside {
+class StdoutToStderr {
 public:
-    OutputAside() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))
+    StdoutToStderr() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))
     {
         if (m_output != -1)
             dup2(STDERR_FILENO, STDOUT_FILENO);
     }
-    ~OutputAside()
+    ~StdoutToStderr()
     {
         std::fflush(stdout);
         if (m_output == -1)
@@ -38,8 +38,8 @@ public:
         dup2(m_output, STDOUT_FILENO);
         close(m_output);
     }
-    OutputAside(const OutputAside &) = delete;
-    OutputAside &operator=(const OutputAside &) = delete;
+    StdoutToStderr(const StdoutToStderr &) = delete;
+    StdoutToStderr &operator=(const StdoutToStderr &) = delete;
 
 private:
     int m_output;
@@ -69,13 +69,13 @@ void SwitchAnalyticsOff()
 void StartKernels()
 {
     // The tool kernel prints messages about processors to standard output, which is for results.
-    const OutputAside aside;
+    const StdoutToStderr redirection;
     SwitchAnalyticsOff();
     KImage::init(nullptr);
 }
 
 /// The description of a file that isn't a picture: it has size 0 and provides no pixels. The kernel's Lock would add it
-/// to the image cache, and cache and HostApplication would both delete it.
+/// to the image cache, and both the cache and HostApplication would delete it.
 class StandIn : public ImageDef {
 public:
     StandIn(const QString &path, const QString &problem) : m_problem(problem)
@@ -92,7 +92,7 @@ private:
     const QString m_problem;
 };
 
-QString HintAt(const RefusalReason &reason, AcceptedPictures accepted)
+QString HintFor(const RefusalReason &reason, AcceptedPictures accepted)
 {
     const bool isConvertible = reason.kind == RefusalReason::Cmyk || reason.kind == RefusalReason::Lab;
     return isConvertible && accepted == AcceptedPictures::GrayAndTiled
@@ -291,7 +291,7 @@ HostApplication::Picture HostApplication::Describe(const QString &fileName)
     if (picture.problem.isEmpty() && !ImageDef::IsAPicture(path, image, m_makesThumbnails, &reason)) {
         picture.own = DescribeRefused(path, reason, m_accepted);
         if (!picture.own)
-            picture.problem = TextOf(reason, path) + HintAt(reason, m_accepted);
+            picture.problem = TextOf(reason, path) + HintFor(reason, m_accepted);
     }
     if (!image && !picture.own)
         picture.own = std::make_shared<StandIn>(path, picture.problem);

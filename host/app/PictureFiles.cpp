@@ -51,11 +51,11 @@ public:
                 m_found->pictures.append({Joined(folder, file), subpath});
         }
         AddUndecodable(folder, subpath);
-        const QStringList folders = dir.entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
-        for (const QString &below : folders) {
-            const QString path = Joined(folder, below);
+        const QStringList subfolders = dir.entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
+        for (const QString &subfolder : subfolders) {
+            const QString path = Joined(folder, subfolder);
             if (m_outputFolder.isEmpty() || QFileInfo(path).canonicalFilePath() != m_outputFolder)
-                Visit(path, subpath.isEmpty() ? below : Joined(subpath, below));
+                Visit(path, subpath.isEmpty() ? subfolder : Joined(subpath, subfolder));
         }
     }
 

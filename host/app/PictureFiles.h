@@ -8,7 +8,7 @@
 /// One picture of a run.
 struct NamedPicture {
     QString name;    // as typed, or as shown to the user
-    QString subpath; // path from the walked folder to the picture's; empty: the same folder, or named individually
+    QString subpath; // path from the walked folder to the picture's folder; empty: same folder, or named individually
 };
 
 /// Returns the patterns of file names of all known formats: "*.tif" and so on.
@@ -30,7 +30,7 @@ struct PictureSources {
 /// files with the suffix of a known format, omits hidden ones, and follows links to files but not to folders.
 struct PictureFiles {
     QVector<NamedPicture> pictures;
-    QStringList unreadable; // folders that cannot be read: walked ones and those below
+    QStringList unreadable; // folders that cannot be read, including subfolders
 };
 
 /// Finds the pictures. Throws KException with a text for the user if the list cannot be read.

@@ -150,15 +150,15 @@ void AddLens(const ImageDef &image, PictureSummary *facts)
     }
     if (!image.HasExif())
         return;
-    const char *tabled = NameOfLensKind(ImageDef::IsFisheyeLens(shooting.makerName, shooting.lensId));
-    const QString kind = QLatin1String(tabled                   ? tabled
+    const char *listed = NameOfLensKind(ImageDef::IsFisheyeLens(shooting.makerName, shooting.lensId));
+    const QString kind = QLatin1String(listed                   ? listed
                                            : image.Model() == 1 ? "fisheye, by its focal length"
                                                                 : "unknown");
     *facts << PictureFact{QStringLiteral("Lens kind"), kind, QStringLiteral("lensKind"), kind};
 }
 
-/// Adds the focal length from the file's EXIF: that in ShootingInformation is not reliable if the ratio to 35 mm film
-/// is unknown.
+/// Adds the focal length from the file's EXIF: the one in ShootingInformation is not reliable if the ratio to 35 mm
+/// film is unknown.
 void AddRealFocalLength(const FileExif &exif, PictureSummary *facts)
 {
     constexpr quint32 kFocalLength = 37386;

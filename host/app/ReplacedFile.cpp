@@ -35,7 +35,7 @@ QByteArray FollowLinks(QByteArray path)
 }
 
 /// Sets a file's permissions and flushes it to disk. @return 0, or -1 with errno set.
-int GiveModeAndSync(const char *file, mode_t mode)
+int SetModeAndSync(const char *file, mode_t mode)
 {
     const int descriptor = open(file, O_RDONLY | O_CLOEXEC);
     if (descriptor == -1)
@@ -68,7 +68,7 @@ QString ReplacedFile::ReplaceBy(const QString &from) const
         return problem;
     const QByteArray source = QFile::encodeName(from), target = QFile::encodeName(m_path);
     struct stat status = {};
-    if (stat(target.constData(), &status) == 0 && GiveModeAndSync(source.constData(), status.st_mode & 07777) != 0)
+    if (stat(target.constData(), &status) == 0 && SetModeAndSync(source.constData(), status.st_mode & 07777) != 0)
         return SystemError();
     return std::rename(source.constData(), target.constData()) == 0 ? QString() : SystemError();
 }

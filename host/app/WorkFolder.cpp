@@ -77,8 +77,8 @@ QString WorkFolder::Admit(const QString &picture)
     const int error = errno;
     QFile file(picture);
     if (!file.copy(m_admitted)) {
-        const bool knowsLinks = error != EPERM && error != EOPNOTSUPP && error != ENOSYS;
-        ThrowCannotWriteInto(m_outputFolder, knowsLinks ? SystemError(error) : file.errorString());
+        const bool supportsLinks = error != EPERM && error != EOPNOTSUPP && error != ENOSYS;
+        ThrowCannotWriteInto(m_outputFolder, supportsLinks ? SystemError(error) : file.errorString());
     }
     return m_admitted;
 }

@@ -234,7 +234,7 @@ bool ReadShard(const QString &text, Shard *shard)
 }
 
 /// Returns a hint about a picture whose name was parsed as an option; empty if there is none.
-QString HintAtDashes(const QStringList &arguments)
+QString HintAboutDashes(const QStringList &arguments)
 {
     for (const QString &argument : arguments) {
         if (argument.startsWith(QLatin1Char('-')) && QFileInfo::exists(argument))
@@ -274,7 +274,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     AddOptions(&parser, verb.verb);
     const QString command = QLatin1String("vitrelux ") + Latin(verb.name);
     if (!parser.parse(arguments))
-        return Refuse(command, parser.errorText() + HintAtDashes(arguments));
+        return Refuse(command, parser.errorText() + HintAboutDashes(arguments));
     if (parser.isSet(QStringLiteral("help")))
         return PrintText(VerbHelp(verb, true));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())

@@ -23,12 +23,12 @@ constexpr VerbRow kVerbs[] = {
      "is found by the picture's camera and lens, at any depth below the profile folder; if none fits, lensfun's "
      "database is used. A line on standard error names the profile, the assumptions and anything left out. Pictures "
      "that the camera, another program or an earlier run already corrected are skipped.\n\n"
-     "With --plain a profile's first entry corrects pictures of the profile's size, as other programs do with this "
+     "With --plain a profile's first entry corrects pictures of the profile's size, as in other programs with this "
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n\n"
      "Prints the name of each output file to standard output, one per line. A picture that fails gets one line on "
      "standard error, and the run continues with the others. After the first interrupt (Ctrl-C), the pictures in "
-     "progress are finished; the second one stops at once. A run with --skip-existing resumes. A run over several "
-     "pictures ends with a summary on standard error.",
+     "progress are finished; a second interrupt ends the run at once. A run with --skip-existing resumes. A run over "
+     "several pictures ends with a summary on standard error.",
      {"vitrelux correct photo.jpg", "vitrelux correct -r Pictures -o Corrected --skip-existing"}},
     {Verb::Info,
      "info",

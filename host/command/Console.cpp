@@ -75,19 +75,19 @@ QString LabeledLine(const QString &label, int width, const QString &value)
     return value.isEmpty() ? QString() : QStringLiteral("  %1%2\n").arg(label, -width).arg(OneLine(value));
 }
 
-QString TimeLeft(double seconds, int done, int open)
+QString TimeLeft(double seconds, int done, int remaining)
 {
-    if (done < 1 || open < 1)
+    if (done < 1 || remaining < 1)
         return QString();
     constexpr double kMinute = 60.0, kMaxInSeconds = 90.0;
-    constexpr int kMinutesOfHour = 60;
-    const double left = seconds / done * open;
+    constexpr int kMinutesPerHour = 60;
+    const double left = seconds / done * remaining;
     if (left < kMaxInSeconds)
         return QStringLiteral("about %1 s left").arg(std::ceil(left), 0, 'f', 0);
     const auto minutes = static_cast<qint64>(std::min(std::ceil(left / kMinute), 1e9));
-    if (minutes < kMinutesOfHour)
+    if (minutes < kMinutesPerHour)
         return QStringLiteral("about %1 min left").arg(minutes);
-    return QStringLiteral("about %1 h %2 min left").arg(minutes / kMinutesOfHour).arg(minutes % kMinutesOfHour);
+    return QStringLiteral("about %1 h %2 min left").arg(minutes / kMinutesPerHour).arg(minutes % kMinutesPerHour);
 }
 
 Console::Console() : m_terminal(IsLiveTerminal())
@@ -174,8 +174,8 @@ void Console::ShowProgress()
     if (m_progress.isEmpty())
         return;
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
-    const int open = m_count - m_begun + m_progress.size();
+    const int remaining = m_count - m_begun + m_progress.size();
     // Let the terminal cut off what doesn't fit: only the last part of a wrapped line could be erased.
     const QLatin1String kNoWrap("\033[?7l"), kWrap("\033[?7h");
-    Write(stderr, kNoWrap + m_progress.last() + QLatin1Char(' ') + TimeLeft(seconds, m_worked, open) + kWrap);
+    Write(stderr, kNoWrap + m_progress.last() + QLatin1Char(' ') + TimeLeft(seconds, m_worked, remaining) + kWrap);
 }

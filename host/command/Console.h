@@ -14,16 +14,16 @@ QString OneLine(const QString &text);
 QString LabeledLine(const QString &label, int width, const QString &value);
 
 /// Returns the time left at the speed so far, such as "about 3 min left"; empty before the first picture is done.
-/// @param seconds  since the start.
-/// @param done     pictures that took work; skipped ones don't affect the estimate.
-/// @param open     pictures not finished, each of which may take work.
-QString TimeLeft(double seconds, int done, int open);
+/// @param seconds    since the start.
+/// @param done       pictures that took work; skipped ones don't affect the estimate.
+/// @param remaining  pictures not finished, each of which may take work.
+QString TimeLeft(double seconds, int done, int remaining);
 
 /// Returns each line of @p text indented, without control characters.
 QString Indented(const QString &text);
 
-/// Writer of the program's output, unbuffered and in UTF-8. On a terminal, a progress line below the messages shows the
-/// pictures in progress. Only one thread at a time may use it.
+/// Writer of the program's output, unbuffered and in UTF-8. On a terminal, a progress line below the messages shows a
+/// picture in progress. Only one thread at a time may use it.
 class Console {
 public:
     Console();

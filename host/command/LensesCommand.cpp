@@ -20,7 +20,7 @@
 
 namespace {
 
-bool HoldsAll(const QString &text, const QStringList &words)
+bool ContainsAll(const QString &text, const QStringList &words)
 {
     return std::all_of(words.begin(), words.end(),
                        [&](const QString &word) { return text.contains(word, Qt::CaseInsensitive); });
@@ -134,7 +134,7 @@ QVector<FoundLens> FindLenses(const QStringList &words, const ProfileIndex &inde
     for (const IndexedProfile &profile : index.Profiles()) {
         const QString names = profile.head.lensNames.join(QLatin1Char('\n')) + QLatin1Char('\n') + profile.head.make
             + QLatin1Char('\n') + profile.head.model;
-        if (profile.error.isEmpty() && HoldsAll(names, words))
+        if (profile.error.isEmpty() && ContainsAll(names, words))
             byName[LensOf(profile.head)] << profile.path;
     }
     QVector<FoundLens> found;

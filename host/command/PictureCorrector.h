@@ -33,8 +33,8 @@ public:
     /// @param lookupProcess  the process object made last. ProfileLookup uses it to find profiles for plain correction.
     void Begin(KIPluginOne2One *lookupProcess);
 
-    /// Corrects a picture and fills in outcome, reason, profile and notes. Throws KException with a text without the
-    /// picture's name, or any exception from the plug-in; earlier notes stay.
+    /// Corrects a picture and fills in the outcome, reason, profile and notes. Throws KException with a message that
+    /// omits the picture's name, or any exception from the plug-in; earlier notes stay.
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
 
 private:

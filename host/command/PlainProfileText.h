@@ -8,6 +8,6 @@ struct ProfileReport;
 /// Returns the lines about a profile. @p file is its name as the user wrote it; @p report must be usable.
 QString PlainProfileText(const QString &file, const ProfileReport &report);
 
-/// Returns one line about why plain corrections can't use the profile; empty if they can. A readable profile that
+/// Returns why plain corrections can't use the profile, in one line; empty if they can. A readable profile that
 /// corrects nothing also counts as unusable.
 QString WhyNoPlainCorrection(const QString &file, const ProfileReport &report);

@@ -22,9 +22,9 @@ namespace {
 constexpr double kPlotScale = 2.0; // PNG pixels per unit of the scene
 
 /// Printer of profiles, one after the other.
-class ProfileShow {
+class ProfilePrinter {
 public:
-    ProfileShow(const ProfileOptions &options, Console *console) : m_options(options), m_console(console) { }
+    ProfilePrinter(const ProfileOptions &options, Console *console) : m_options(options), m_console(console) { }
 
     /// Reads the picture of --for. @return false if it can't be read.
     bool ReadPicture()
@@ -163,24 +163,24 @@ private:
     ExitCode m_result = kAllDone;
 };
 
-ExitCode ShowAll(const ProfileOptions &options, ProfileShow *show)
+ExitCode ShowAll(const ProfileOptions &options, ProfilePrinter *printer)
 {
     for (const QString &file : options.files)
-        show->Show(file);
-    return show->Result();
+        printer->Show(file);
+    return printer->Result();
 }
 
 } // namespace
 
 ExitCode RunProfile(const ProfileOptions &options, Console *console)
 {
-    ProfileShow show(options, console);
+    ProfilePrinter printer(options, console);
     if (options.picture.isEmpty() && options.plot.isEmpty())
-        return ShowAll(options, &show);
+        return ShowAll(options, &printer);
     ChooseDisplayless();
     ProgramName name;
     HostApplication application(name.argc, name.argv); // needed for metadata, the table of cameras, and fonts
-    if (!options.picture.isEmpty() && !show.ReadPicture())
+    if (!options.picture.isEmpty() && !printer.ReadPicture())
         return kSomeFailed;
-    return ShowAll(options, &show);
+    return ShowAll(options, &printer);
 }

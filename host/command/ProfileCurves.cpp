@@ -107,7 +107,7 @@ ProfileCurves CurvesOf(const ProfileEntry &entry, const CurveFrame &frame, bool 
     return curves;
 }
 
-ProfileCurve OfMap(const std::optional<RadialMap> &map, double halfDiagonal, double most, bool inPercent)
+ProfileCurve CurveOfMap(const std::optional<RadialMap> &map, double halfDiagonal, double most, bool inPercent)
 {
     if (!map)
         return {};
@@ -145,9 +145,9 @@ ProfileCurves CurvesOfBlend(const LensProfile &profile, const ProfileFit &fit)
     const double half = std::hypot(correction.width, correction.height) / 2.0;
     ProfileCurves curves;
     curves.name = QStringLiteral("blend for ") + QFileInfo(fit.picture).fileName();
-    curves.distortion = OfMap(correction.geometry, half, kMaxPercent, true);
-    curves.red = OfMap(correction.red, half, kMaxPixels, false);
-    curves.blue = OfMap(correction.blue, half, kMaxPixels, false);
+    curves.distortion = CurveOfMap(correction.geometry, half, kMaxPercent, true);
+    curves.red = CurveOfMap(correction.red, half, kMaxPixels, false);
+    curves.blue = CurveOfMap(correction.blue, half, kMaxPixels, false);
     if (correction.light)
         curves.light = Sampled(half, std::sqrt(correction.light->gain.EndSquared()), kMaxEv, [&](double radius) {
             return -std::log2(correction.light->gain.AtSquared(radius * radius));

@@ -6,7 +6,7 @@
 struct LensProfile;
 struct ProfileEntry;
 
-/// Returns those of "distortion, green, red, blue, light" that the entry has; empty if it has none.
+/// Returns the names of the entry's models, out of "distortion, green, red, blue, light"; empty if it has none.
 QString ModelNames(const ProfileEntry &entry);
 
 /// Returns the profile's names and frames, and one row for each focal length, distance and set of models, with its

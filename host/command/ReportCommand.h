@@ -9,7 +9,7 @@
 class Console;
 
 /// Reads the records of one file, one JSON object per line; empty lines are ignored.
-/// @param problems  receives a text for each line that isn't a record (beyond 20, only their number), and one if the
+/// @param problems  receives a message for each line that isn't a record (beyond 20, only their number), and one if the
 ///                  file can't be read or a line is too long; reading stops at that line.
 QVector<PictureReport> ReadReports(const QString &file, QStringList *problems);
 

@@ -29,7 +29,7 @@ void SharedPlace::ShowAll()
     Set(1.0, m_center);
 }
 
-/// Sets zoom and center, but keeps the center so far inside the picture that the views show nothing outside it.
+/// Sets zoom and center, but keeps the center far enough inside the picture that the views show nothing outside it.
 void SharedPlace::Set(double zoom, const QPointF &center)
 {
     const double margin = 0.5 / zoom;

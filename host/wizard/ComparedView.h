@@ -32,7 +32,7 @@ private:
     QPointF m_center{0.5, 0.5};
 };
 
-/// View of a picture, or of a text instead. The mouse moves and zooms all pictures that share the place.
+/// View of a picture, or of text instead. The mouse moves and zooms all pictures that share the place.
 class ComparedView : public QWidget {
     Q_OBJECT
 public:
@@ -41,7 +41,7 @@ public:
 
     void Show(const QImage &image);
     void Show(const QString &text);
-    /// Returns the picture; null if a text is shown.
+    /// Returns the picture; null if text is shown.
     QImage Image() const { return m_image; }
     /// Returns the rectangle of the whole picture in the view; it may be larger than the view.
     QRectF PictureRect() const;

@@ -50,13 +50,13 @@ public:
 
     const std::vector<JobPicture> &Pictures() const { return m_pictures; }
     /// Stops the job: pictures in progress are interrupted, unless they are almost finished. The interrupted and the
-    /// remaining pictures are LeftOut, without a file.
+    /// remaining pictures are LeftOut, without an output file.
     void Cancel();
 
 Q_SIGNALS:
     void Begins(int index);
     /// Emitted once for each picture, in any order.
-    /// @param why  the reason if it is not corrected, otherwise how it was corrected.
+    /// @param why  the reason if the picture was not corrected, otherwise how it was corrected.
     /// @param profile  of a corrected picture: path, or "lensfun:MAKER/LENS".
     void Ended(int index, PictureOutcome outcome, const QString &why, const QString &profile);
 

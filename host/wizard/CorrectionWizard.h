@@ -30,7 +30,7 @@ public:
     int FailedCount() const;
 
     bool validateCurrentPage() override;
-    /// Closes the window; during a run it stops the run instead, and a second call closes it.
+    /// Closes the window. During a run, the first call stops the run instead, and the second one closes the window.
     void reject() override;
     void done(int result) override;
 

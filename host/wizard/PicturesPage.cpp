@@ -49,7 +49,7 @@ constexpr ChoiceRow kFramings[] = {
     {"all", QT_TRANSLATE_NOOP("PicturesPage", "Show everything that was photographed")},
 };
 
-enum Column { kName, kWhat, kFolder, kColumnCount };
+enum Column { kName, kSize, kFolder, kColumnCount };
 constexpr int kThumbnailSide = 48;
 constexpr int kRowHeight = kThumbnailSide + 4; // also for rows without a thumbnail
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute path
@@ -185,7 +185,7 @@ QString PicturesPage::OutputFolder() const
     return isBelowHome ? QDir::homePath() + folder.mid(1) : folder;
 }
 
-/// Returns what is wrong with the output folder; empty if no problem is known. It need not exist.
+/// Returns what is wrong with the output folder; empty if no problem is known. The folder need not exist.
 QString PicturesPage::OutputFolderFault() const
 {
     const QString folder = OutputFolder();
@@ -256,12 +256,12 @@ void PicturesPage::DescribeNext()
     const ImageDef &image = *m_application->ImageOf(path);
     const QString problem = m_application->ProblemOf(path);
     const bool usable = problem.isEmpty();
-    row->setText(kWhat, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : problem);
-    row->setToolTip(kWhat, problem);
+    row->setText(kSize, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : problem);
+    row->setToolTip(kSize, problem);
     if (usable)
         row->setIcon(kName, QIcon(*image.GetThumbnail()));
     else
-        row->setIcon(kWhat, style()->standardIcon(QStyle::SP_MessageBoxWarning));
+        row->setIcon(kSize, style()->standardIcon(QStyle::SP_MessageBoxWarning));
     ShowReading();
     if (isComplete())
         Q_EMIT completeChanged();

@@ -60,7 +60,7 @@ private:
 
     HostApplication *m_application;
     QTreeWidget *m_list;
-    int m_described = 0; // number of rows, from the first on, whose files are described
+    int m_described = 0; // number of leading rows whose files have been described
     QLabel *m_hint;
     QPushButton *m_remove;
     QLabel *m_reading; // how many files are described; empty if all are

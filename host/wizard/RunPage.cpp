@@ -84,7 +84,7 @@ RunPage::RunPage(HostApplication *application, FittedCorrection *correction, std
     connect(&m_everySecond, &QTimer::timeout, this, &RunPage::ShowTimeLeft);
 }
 
-/// Sets up the list of results. Reasons may be long, so texts wrap and rows adapt their height.
+/// Sets up the list of results. Reasons may be long, so texts wrap and row heights adapt.
 void RunPage::SetUpList()
 {
     m_list->setObjectName(QStringLiteral("results"));

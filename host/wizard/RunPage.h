@@ -16,8 +16,8 @@ class QProgressBar;
 class QPushButton;
 class QTableWidget;
 
-/// Wizard page of the run, complete when nothing is running. A row whose corrected picture exists opens both pictures
-/// side by side. GUI thread.
+/// Wizard page of the run, complete when nothing is running. Opening a row whose corrected picture exists shows both
+/// pictures side by side. GUI thread.
 class RunPage : public QWizardPage {
     Q_OBJECT
 public:

@@ -24,7 +24,7 @@ public:
 private:
     bool EnableUnchosenCorrections(HostApplication *application) const;
 
-    SearchedFolders m_folders; // before the plug-in, which reads the stored folder when it is loaded
+    SearchedFolders m_folders; // declared before the plug-in, which reads the stored folder when it is loaded
     PluginLoader m_loader;
     std::unique_ptr<QObject> m_another; // the process object in use, if it isn't the loader's
     KIPluginOne2One *m_process;

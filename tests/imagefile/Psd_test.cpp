@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int kWidth = 11, kHeight = 5;
-constexpr quint16 kBits = 0x5260; // a row with 1 bit per pixel; 5 bits are left over
+constexpr quint16 kBits = 0x52E0; // a row with 1 bit per pixel; 5 bits are left over
 constexpr double kCyan = 0.8;     // the only ink in a file with a profile
 
 enum Mode { Binary = 0, Gray = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Multichannel = 7, Duotone = 8, Lab = 9 };

@@ -10,8 +10,9 @@
 
 namespace {
 
-constexpr int kWidth = 7, kHeight = 5;
-constexpr double kCyan = 0.8; // the only ink in a file with a profile
+constexpr int kWidth = 11, kHeight = 5;
+constexpr quint16 kBits = 0x52E0; // a row with 1 bit per pixel; 5 bits are left over
+constexpr double kCyan = 0.8;     // the only ink in a file with a profile
 
 enum Mode { Binary = 0, Gray = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Multichannel = 7, Duotone = 8, Lab = 9 };
 
@@ -51,7 +52,7 @@ QByteArray Sample(const Spec &spec, int x, int y, int c)
 QByteArray Row(const Spec &spec, int y, int c)
 {
     if (spec.bits == 1)
-        return QByteArray(1, char(0x52)); // 01010010: one bit is left over
+        return BigEndian(kBits, 2);
     QByteArray row;
     for (int x = 0; x < kWidth; ++x)
         row += Sample(spec, x, y, c);
@@ -103,7 +104,7 @@ double Expected(const Spec &spec, int x, int y, int c)
     const double share = spec.Share(x, y, c);
     switch (spec.mode) {
     case Binary:
-        return (0x52 >> (7 - x) & 1) != 0 ? 0.0 : 1.0;
+        return (kBits >> (15 - x) & 1) != 0 ? 0.0 : 1.0;
     case Indexed: {
         const int index = int(std::lround(spec.Share(x, y, 0) * 255));
         return (c == 0 ? 255 - index : c == 1 ? index : 7) / 255.0;

@@ -140,6 +140,8 @@ void tst_Writing::runs()
         QCOMPARE(Difference(*read, *bitmap), QString());
         QVERIFY(file.size() < width / 10);
     }
+    const auto pngSize = [&](int level) { return SavedBytes(*bitmap, SaveParams("png", level)).size(); };
+    QVERIFY(pngSize(0) > 3 * width && pngSize(1) < width / 10);
 }
 
 void tst_Writing::colorDepth()

@@ -297,8 +297,14 @@ void tst_Analytics::binaryForms()
     QByteArray bytes = StoreBytes();
     for (int length = 0; length < bytes.size(); ++length)
         QVERIFY2(ObjectOfBinaryJson(bytes.left(length)).isEmpty(), qPrintable(QString::number(length)));
-    const QByteArray itself = QByteArray::fromHex("16000000030000000C00000010000000150000000000");
-    QVERIFY(ObjectOfBinaryJson(bytes.left(8) + itself).isEmpty()); // an object that contains itself
+    const auto objectOfOne = [&](const char *type) { // with an empty key
+        return ObjectOfBinaryJson(bytes.left(8)
+                                  + QByteArray::fromHex("16000000030000000C00000010000000")
+                                        .append(QByteArray::fromHex(type) + QByteArray(5, '\0')));
+    };
+    QCOMPARE(objectOfOne("10"), QJsonObject({{QString(), QJsonValue::Null}}));
+    for (const char *refused : {"15", "16", "17"}) // an object that contains itself, and unknown types
+        QVERIFY2(objectOfOne(refused).isEmpty(), refused);
 }
 
 void tst_Analytics::binaryFile()

@@ -123,6 +123,7 @@ void tst_CpuTopo::recorded()
                  expected[0]);
         QCOMPARE(GetcoreCount(packages), 0u);
         QCOMPARE(glbl_ptr->cacheRecords.size(), expected.size() - 1);
+        QCOMPARE(GetSysEachCacheCount(MAX_CACHE_SUBLEAFS), 0u);
         for (unsigned i = 0; i + 1 < expected.size(); ++i) {
             const unsigned kb = glbl_ptr->cacheRecords[i].sizeKb;
             QCOMPARE(Ids({GetSysEachCacheCount(i), GetCoreCountPerEachCache(i, 0), kb}), expected[i + 1]);

@@ -305,6 +305,15 @@ void tst_ProfileIndex::typedFacts()
     QCOMPARE(fit(),
              path + QStringLiteral("\n\nchosen\ndistortion: the picture doesn't name its camera; name it with --body; ")
                  + left);
+
+    // A profile that is replaced by one with the same time but another size is read again.
+    PictureFitter fitter({folder.path()}, QString());
+    QCOMPARE(fitter.Fit(facts, options).profile, path);
+    const QDateTime time = QFileInfo(path).lastModified();
+    Write(path, "not a profile");
+    QFile replaced(path);
+    QVERIFY(replaced.open(QIODevice::Append) && replaced.setFileTime(time, QFileDevice::FileModificationTime));
+    QVERIFY2(fitter.Fit(facts, options).why.startsWith(path), qPrintable(fitter.Fit(facts, options).why));
 }
 
 void tst_ProfileIndex::rebuildsDamagedCache()
